@@ -1,0 +1,20 @@
+#pragma once
+
+#include "KvCInventoryAddress.h"
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+/// The texts of the identifiers of KvNInventoryIDs.
+namespace InventoryNames {
+
+/// The name of an identifier; empty when there is none.
+[[nodiscard]] std::string_view nameOf(std::uint32_t identifier);
+/// The identifier of an item ("HCN"); nothing for an unknown name or the name of a parameter.
+[[nodiscard]] std::optional<std::uint32_t> itemIdentifier(std::string_view name);
+/// The address of a parameter path ("PRODUCT/BOARD_TYPE", "SLOT"): one parameter name, or the group PRODUCT and one;
+/// nothing for anything else.
+[[nodiscard]] std::optional<KvCInventoryAddress> parameterAddress(std::string_view path);
+
+} // namespace InventoryNames
