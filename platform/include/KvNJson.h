@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <iterator>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -19,7 +19,7 @@ class json;
 
 /// A read-only look at one value inside a `json`. It holds no memory and is valid as long as the `json` that it looks
 /// into is neither changed, moved from, nor destroyed. Asking a value for what it is not (the text of a number, a
-/// member of an array) is a programming error.
+/// member of an array) is a programming error, and gives false, 0, the empty text, or a view of nothing.
 class KV_PLATFORM_API jsonView {
 public:
     /// Looks at nothing; is_valid() is false, and every test of a type is false.
@@ -31,7 +31,7 @@ public:
     [[nodiscard]] bool is_string() const noexcept;
     [[nodiscard]] bool is_array() const noexcept;
     [[nodiscard]] bool is_object() const noexcept;
-    /// Written without sign, fraction and exponent, and at most 2^64-1.
+    /// Written without sign, fraction and exponent, and at most 2^64-1 (`-0` counts too).
     [[nodiscard]] bool is_number_unsigned() const noexcept;
     [[nodiscard]] bool is_number() const noexcept;
 
@@ -58,11 +58,13 @@ private:
     const void* node_ = nullptr;
 };
 
-/// What dump() does with bytes that are not UTF-8.
+/// What dump() does with bytes of a text that are not UTF-8: `ignore` leaves them out, `replace` writes U+FFFD for each
+/// longest beginning of a character, and so does `strict`, which has no way to refuse. Parsed texts have no such bytes.
 enum class error_handler_t : std::uint32_t { strict = 0, replace = 1, ignore = 2 };
 
 /// An owned JSON value. Copying copies the whole value; moving is cheap and leaves a null behind. A value taken out of
-/// a parsed document shares the document's memory block, which lives until the last such value is gone.
+/// a parsed document shares the document's memory block, which lives until the last such value is gone and only grows
+/// when such values are changed. Values of one document are changed by one thread at a time.
 class KV_PLATFORM_API json {
 public:
     /// null
@@ -70,7 +72,9 @@ public:
     json(bool value) noexcept;
     json(std::uint32_t value) noexcept;
     json(std::uint64_t value) noexcept;
+    /// A number that is not finite, which JSON does not have, is dumped as null.
     json(double value) noexcept;
+    /// Null counts as the empty text.
     json(const char* text);
     json(std::string_view text);
     json(const KvCString& text);
@@ -84,7 +88,7 @@ public:
     /// whose is_invalid() is true. The stream stays open.
     [[nodiscard]] static json parse(std::FILE* stream);
     /// The same for a text in memory. `reason`, when given, receives a sentence and `offset` the byte offset of the
-    /// fault.
+    /// fault; both stay as they are when the text is valid.
     [[nodiscard]] static json parse(std::string_view text, std::string* reason = nullptr,
                                     std::size_t* offset = nullptr);
 
@@ -93,12 +97,13 @@ public:
 
     [[nodiscard]] jsonView view() const noexcept;
 
-    /// Moves item `index` out of this array, leaving null in its place.
+    /// Moves item `index` out of this array, or the value of member `index` out of this object, leaving null in its
+    /// place. An index that does not exist gives null.
     [[nodiscard]] json takeItem(std::size_t index);
-    /// Sets member `key` of this object (a null becomes an empty object first): replaces the value of an existing key
-    /// in its place, otherwise adds the key at the end.
+    /// Sets member `key` of this object (anything else becomes an empty object first): replaces the value of an
+    /// existing key in its place, otherwise adds the key at the end.
     void set(std::string_view key, json value);
-    /// Adds an item to the end of this array (a null becomes an empty array first).
+    /// Adds an item to the end of this array (anything else becomes an empty array first).
     void append(json value);
     /// An empty object and an empty array.
     [[nodiscard]] static json makeObject();
@@ -111,8 +116,13 @@ public:
                                    error_handler_t onInvalidUtf8 = error_handler_t::strict) const;
 
 private:
+    struct Factory;
+    void swap(json& other) noexcept;
+
     static constexpr std::size_t nodeSize = 24;
     alignas(8) unsigned char node_[nodeSize];
+    /// The memory that the value lives in; null when it has memory of its own.
+    std::shared_ptr<void> document_;
     bool invalid_ = false;
 };
 

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "Faults.h"
+#include "Outcome.h"
+#include "StateStore.h"
+#include "TargetDescription.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+class UpdateSession;
+
+/// What was installed into elements, as it shows now.
+using InstalledElements = std::unordered_map<const ItemDescription*, InstalledValues>;
+
+/// One served target: its description, its state, and the update session that a client of this process has with it.
+class EmulatedTarget {
+public:
+    struct Loaded {
+        /// Null: refused, and `error` says why.
+        std::shared_ptr<EmulatedTarget> target;
+        std::string error;
+        std::vector<std::string> warnings;
+    };
+    /// Loads the target in `folder` (UTF-8); writes nothing.
+    [[nodiscard]] static Loaded load(const std::string& folder);
+
+    /// Use load().
+    EmulatedTarget(const std::filesystem::path& folder, std::unique_ptr<TargetDescription> description);
+
+    [[nodiscard]] const TargetDescription& description() const noexcept { return *description_; }
+    [[nodiscard]] Faults& faults() noexcept { return faults_; }
+    [[nodiscard]] StateStore& state() noexcept { return state_; }
+
+    /// Null when there is no such item.
+    [[nodiscard]] const ItemDescription* findItem(const KvCInventoryAddress& address) const noexcept;
+    /// The element with the identifier `id` of the board at `board`.
+    [[nodiscard]] OrFailure<const ItemDescription*> findElement(const KvCInventoryAddress& board,
+                                                                std::uint32_t id) const;
+    /// The file system elements whose file is at `location`: components joined by "/".
+    [[nodiscard]] const std::vector<const ItemDescription*>& fileSystemElementsAt(const std::string& location) const;
+
+    [[nodiscard]] InstalledElements installedElements() const;
+    /// Installs `values` into `element`, as far as it has such parameters, in the way that its description asks for.
+    [[nodiscard]] Outcome install(const ItemDescription& element, const InstalledValues& values);
+
+    /// The update session of this process; null when it has none.
+    [[nodiscard]] std::shared_ptr<UpdateSession> session() const noexcept { return session_.lock(); }
+    void setSession(const std::shared_ptr<UpdateSession>& session) noexcept { session_ = session; }
+
+private:
+    /// An element by its board and identifier.
+    struct ElementKey {
+        const ItemDescription* board;
+        std::uint32_t id;
+        friend bool operator==(const ElementKey&, const ElementKey&) = default;
+    };
+    struct ElementKeyHash {
+        std::size_t operator()(const ElementKey& key) const noexcept;
+    };
+    struct ElementEntry {
+        const ItemDescription* element;
+        bool isAmbiguous;
+    };
+
+    void indexItems(const ItemDescription& item, std::vector<std::string>& warnings);
+    void indexElement(const ItemDescription& element, std::vector<std::string>& warnings);
+    void indexLocation(const ItemDescription& element);
+    [[nodiscard]] InstalledElements resolve(const StateStore::Contents& contents,
+                                            std::vector<std::string>* unknown) const;
+
+    std::unique_ptr<TargetDescription> description_;
+    Faults faults_;
+    StateStore state_;
+    std::unordered_map<ElementKey, ElementEntry, ElementKeyHash> elements_;
+    std::unordered_map<std::string, std::vector<const ItemDescription*>> locations_;
+    std::weak_ptr<UpdateSession> session_;
+};

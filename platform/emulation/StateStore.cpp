@@ -1,0 +1,293 @@
+#include "StateStore.h"
+
+#include "FileBytes.h"
+
+#include <algorithm>
+#include <optional>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The contents of the folder.
+constexpr const char* elementFolder = "elements";
+constexpr const char* transferFolder = "transferred";
+constexpr const char* fileSystemFolder = "cfdrive";
+constexpr const char* countersFile = "resets.json";
+constexpr const char* updateLockFile = "lock";
+constexpr const char* guardFile = "guard";
+
+constexpr const char* stateExtension = ".json";
+constexpr const char* asideExtension = ".tmp";
+
+/// Far above what a state file can hold.
+constexpr std::size_t largestStateFile = std::size_t(1) << 20U;
+
+/// FNV-1a: the same on every system and in every run.
+std::uint64_t hashOf(std::string_view text) {
+    std::uint64_t hash = 0xCBF29CE484222325U;
+    for (const char byte : text) {
+        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001B3U;
+    }
+    return hash;
+}
+
+std::string hexOf(std::uint64_t number) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text(16, '0');
+    for (auto digit = text.rbegin(); digit != text.rend(); ++digit) {
+        *digit = digits[number & 0xFU];
+        number >>= 4U;
+    }
+    return text;
+}
+
+/// A file name, without extension, for an address: readable, of bounded length and fit for every file system.
+std::string nameOf(const std::string& address) {
+    constexpr std::size_t longestReadable = 80;
+    std::string name;
+    for (const char character : address) {
+        if (character == '/') {
+            name += '-';
+        } else if (character == '[') {
+            name += '.';
+        } else if (character != ']') {
+            name += character;
+        }
+    }
+    if (name.size() <= longestReadable) {
+        return name;
+    }
+    return name.substr(0, longestReadable) + "~" + hexOf(hashOf(address));
+}
+
+std::optional<std::string> readSmallFile(const fs::path& path, std::error_code& fault) {
+    const SystemFiles::File file = SystemFiles::openForReading(path, fault);
+    return file != nullptr ? readBytes(*file, largestStateFile) : std::nullopt;
+}
+
+/// Writes a file aside and puts it into place, so that nobody ever sees half of it.
+Outcome replaceFile(const fs::path& path, std::string_view bytes) {
+    fs::path aside = path;
+    aside += asideExtension;
+    std::error_code fault;
+    fs::remove(aside, fault);
+    SystemFiles::File file = SystemFiles::createNew(aside, fault);
+    if (file == nullptr) {
+        return fileFailure("write", SystemFiles::textOf(aside), fault);
+    }
+    const bool isWritten = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+    if (std::fclose(file.release()) != 0 || !isWritten) {
+        return fileFailure("write", SystemFiles::textOf(aside), "the disk does not take it");
+    }
+    fault = SystemFiles::moveIntoPlace(aside, path);
+    if (fault) {
+        return fileFailure("write", SystemFiles::textOf(path), fault);
+    }
+    return std::nullopt;
+}
+
+/// Creates the folder when it is missing; a link in its place is refused, for it may lead anywhere.
+Outcome createFolder(const fs::path& path) {
+    std::error_code fault;
+    fs::create_directory(path, fault);
+    std::error_code unknown;
+    if (fs::symlink_status(path, unknown).type() == fs::file_type::directory) {
+        return std::nullopt;
+    }
+    const std::error_code reason = fault ? fault : std::make_error_code(std::errc::not_a_directory);
+    return fileFailure("create the folder", SystemFiles::textOf(path), reason);
+}
+
+/// The paths in a folder, sorted; none when it is missing.
+std::vector<fs::path> listFolder(const fs::path& folder, std::error_code& fault) {
+    std::vector<fs::path> paths;
+    fs::directory_iterator entry(folder, fault);
+    while (!fault && entry != fs::directory_iterator()) {
+        paths.push_back(entry->path());
+        entry.increment(fault);
+    }
+    std::sort(paths.begin(), paths.end());
+    return paths;
+}
+
+bool isAbsent(const std::error_code& fault) {
+    return fault == std::errc::no_such_file_or_directory;
+}
+
+std::string ignoredFile(const fs::path& path, const std::string& reason) {
+    return SystemFiles::textOf(path) + ": " + reason;
+}
+
+std::string ignoredFile(const fs::path& path, const std::error_code& fault) {
+    return ignoredFile(path, fault ? fault.message() : "not a file of the emulation");
+}
+
+} // namespace
+
+StateStore::StateStore(const fs::path& folder) : state_(folder / "state") {}
+
+StateStore::Contents StateStore::read() const {
+    Contents contents;
+    contents.resets = readCounters(&contents.ignored).resets;
+    std::error_code fault;
+    for (const fs::path& path : listFolder(state_ / elementFolder, fault)) {
+        readElement(path, contents);
+    }
+    if (fault && !isAbsent(fault)) {
+        contents.ignored.push_back(ignoredFile(state_ / elementFolder, fault));
+    }
+    return contents;
+}
+
+void StateStore::readElement(const fs::path& path, Contents& contents) const {
+    if (path.extension() == asideExtension) {
+        return;
+    }
+    std::error_code fault;
+    const auto text = readSmallFile(path, fault);
+    auto state = text ? parseElementState(*text) : std::nullopt;
+    if (state && elementPath(state->address) == path) {
+        contents.elements.push_back(std::move(*state));
+    } else if (!isAbsent(fault)) {
+        contents.ignored.push_back(ignoredFile(path, fault));
+    }
+}
+
+ResetCounters StateStore::readCounters(std::vector<std::string>* ignored) const {
+    const fs::path path = state_ / countersFile;
+    std::error_code fault;
+    const auto text = readSmallFile(path, fault);
+    const auto counters = text ? parseResetCounters(*text) : std::nullopt;
+    if (!counters && !isAbsent(fault) && ignored != nullptr) {
+        ignored->push_back(ignoredFile(path, fault));
+    }
+    return counters.value_or(ResetCounters());
+}
+
+Outcome StateStore::install(const std::string& address, const InstalledValues& values, bool atNextReset) {
+    const auto guard = takeGuard();
+    if (!guard.hasValue()) {
+        return guard.failure();
+    }
+    if (Outcome failure = createFolderBelow(elementFolder)) {
+        return failure;
+    }
+    const fs::path path = elementPath(address);
+    std::error_code fault;
+    const auto text = readSmallFile(path, fault);
+    ElementState state = (text ? parseElementState(*text) : std::nullopt).value_or(ElementState());
+    if (state.address != address) {
+        state = ElementState();
+        state.address = address;
+    }
+    const std::uint64_t resets = readCounters(nullptr).resets;
+    if (atNextReset) {
+        state.installAtReset(values, resets);
+    } else {
+        state.install(values, resets);
+    }
+    return replaceFile(path, textOf(state));
+}
+
+Outcome StateStore::countReset(std::uint32_t hiddenLookups) {
+    const auto guard = takeGuard();
+    if (!guard.hasValue()) {
+        return guard.failure();
+    }
+    ResetCounters counters = readCounters(nullptr);
+    ++counters.resets;
+    counters.hiddenLookups = hiddenLookups;
+    return writeCounters(counters);
+}
+
+bool StateStore::takeHiddenLookup() {
+    if (readCounters(nullptr).hiddenLookups == 0) {
+        return false;
+    }
+    const auto guard = takeGuard();
+    ResetCounters counters = readCounters(nullptr);
+    if (!guard.hasValue() || counters.hiddenLookups == 0) {
+        return false;
+    }
+    --counters.hiddenLookups;
+    return !writeCounters(counters);
+}
+
+OrFailure<SystemFiles::FileLock> StateStore::lockForUpdate() {
+    if (Outcome failure = createFolder(state_)) {
+        return std::move(*failure);
+    }
+    const fs::path path = state_ / updateLockFile;
+    std::error_code fault;
+    auto lock = SystemFiles::FileLock::take(path, SystemFiles::FileLock::Wait::no, fault);
+    if (fault) {
+        return fileFailure("lock", SystemFiles::textOf(path), fault);
+    }
+    if (!lock) {
+        return Failure{EmulationErrors::targetLocked, "The target is locked by another owner."};
+    }
+    clearTransferredFiles();
+    return std::move(*lock);
+}
+
+OrFailure<StateStore::TransferredFile> StateStore::createTransferredFile(std::uint64_t number) {
+    if (Outcome failure = createFolderBelow(transferFolder)) {
+        return std::move(*failure);
+    }
+    TransferredFile transferred;
+    transferred.path = state_ / transferFolder / std::to_string(number);
+    std::error_code fault;
+    transferred.file = SystemFiles::createNew(transferred.path, fault);
+    if (transferred.file == nullptr) {
+        return fileFailure("write", SystemFiles::textOf(transferred.path), fault);
+    }
+    return transferred;
+}
+
+void StateStore::clearTransferredFiles() {
+    std::error_code ignored;
+    fs::remove_all(state_ / transferFolder, ignored);
+}
+
+OrFailure<SystemFiles::Folder> StateStore::openFileSystem() {
+    if (Outcome failure = createFolderBelow(fileSystemFolder)) {
+        return std::move(*failure);
+    }
+    const fs::path path = state_ / fileSystemFolder;
+    std::error_code fault;
+    auto folder = SystemFiles::Folder::open(path, fault);
+    if (!folder) {
+        return fileFailure("open", SystemFiles::textOf(path), fault);
+    }
+    return std::move(*folder);
+}
+
+Outcome StateStore::createFolderBelow(const char* name) const {
+    Outcome failure = createFolder(state_);
+    return failure ? failure : createFolder(state_ / name);
+}
+
+OrFailure<SystemFiles::FileLock> StateStore::takeGuard() const {
+    if (Outcome failure = createFolder(state_)) {
+        return std::move(*failure);
+    }
+    const fs::path path = state_ / guardFile;
+    std::error_code fault;
+    auto guard = SystemFiles::FileLock::take(path, SystemFiles::FileLock::Wait::untilFree, fault);
+    if (!guard) {
+        return fileFailure("lock", SystemFiles::textOf(path), fault);
+    }
+    return std::move(*guard);
+}
+
+Outcome StateStore::writeCounters(const ResetCounters& counters) const {
+    return replaceFile(state_ / countersFile, textOf(counters));
+}
+
+fs::path StateStore::elementPath(const std::string& address) const {
+    return state_ / elementFolder / (nameOf(address) + stateExtension);
+}

@@ -1,0 +1,83 @@
+#include "TargetDescription.h"
+
+#include "ErrorListGuard.h"
+#include "ItemReader.h"
+#include "JsonDocument.h"
+#include "KvNInventoryIDs.h"
+#include "KvNRtosAbstraction.h"
+
+#include <limits>
+#include <utility>
+
+namespace {
+
+bool readAddress(const JsonPlace& place, std::vector<std::uint32_t>& addresses) {
+    std::string text;
+    if (!JsonValues::readText(place, text)) {
+        return false;
+    }
+    const ErrorListGuard errors;
+    const std::uint32_t address = KvNRtosAbstraction::stringToIpV4(errors.list(), text.c_str());
+    if (errors.list().getErrorCount() != 0 || text.find('\0') != std::string::npos) {
+        return place.refuse(JsonValues::quoted(text) +
+                            " is not an IPv4 address: four decimal numbers of 0 to 255 with dots between are expected");
+    }
+    addresses.push_back(address);
+    return true;
+}
+
+bool readAddresses(const JsonPlace& place, TargetDescription& target) {
+    return readItems(place, [&target](const JsonPlace& item) { return readAddress(item, target.addresses); });
+}
+
+bool readServiceStatus(const JsonPlace& place, TargetDescription& target) {
+    std::int64_t status = 0;
+    if (!JsonValues::readInteger(place, std::numeric_limits<std::int32_t>::min(),
+                                 std::numeric_limits<std::int32_t>::max(), status)) {
+        return false;
+    }
+    target.serviceStatus = static_cast<std::int32_t>(status);
+    return true;
+}
+
+bool readRebootLookups(const JsonPlace& place, TargetDescription& target) {
+    return JsonValues::readUnsigned32(place, target.rebootLookups);
+}
+
+bool readInventory(const JsonPlace& place, TargetDescription& target) {
+    target.inventory = readRootItem(place);
+    return target.inventory != nullptr;
+}
+
+bool readFaultList(const JsonPlace& place, TargetDescription& target) {
+    return readFaults(place, target.faults);
+}
+
+constexpr std::array<JsonMemberRule<TargetDescription>, 5> targetRules{{
+    {"addresses", readAddresses},
+    {"serviceStatus", readServiceStatus},
+    {"rebootLookups", readRebootLookups},
+    {"inventory", readInventory},
+    {"faults", readFaultList},
+}};
+
+} // namespace
+
+std::unique_ptr<TargetDescription> readTargetDescription(std::string text, std::string& reason) {
+    const KvNJson::json document = parseDocument(text, reason);
+    // A large rack's text need not stay in memory beside what is made of it.
+    std::string().swap(text);
+    if (document.is_invalid()) {
+        return nullptr;
+    }
+    JsonRefusal refusal;
+    auto target = std::make_unique<TargetDescription>();
+    if (!readMembers(JsonPlace(document.view(), refusal), targetRules, *target)) {
+        reason = refusal.path + ": " + refusal.reason;
+        return nullptr;
+    }
+    if (target->inventory == nullptr) {
+        target->inventory = std::make_unique<ItemDescription>(nullptr, KvNInventoryIDs::ROOT.getCategory(), 1);
+    }
+    return target;
+}

@@ -1,0 +1,35 @@
+#include "Trace.h"
+
+#include "SystemFiles.h"
+
+#include <atomic>
+#include <iostream>
+#include <string>
+
+namespace {
+
+constexpr const char* variable = "KV_TRACE";
+
+void reportOnce(const std::filesystem::path& path, const std::error_code& fault) {
+    static std::atomic<bool> isReported{false};
+    if (!isReported.exchange(true)) {
+        std::cerr << "The trace " << SystemFiles::textOf(path) << " cannot be written: " << fault.message() << '\n';
+    }
+}
+
+} // namespace
+
+bool Trace::isWanted() {
+    return SystemFiles::pathFromEnvironment(variable).has_value();
+}
+
+void Trace::append(const KvNJson::json& line) {
+    const auto path = SystemFiles::pathFromEnvironment(variable);
+    if (!path) {
+        return;
+    }
+    const std::string text = line.dump(-1, ' ', false, KvNJson::error_handler_t::replace) + "\n";
+    if (const std::error_code fault = SystemFiles::appendWhole(*path, text)) {
+        reportOnce(*path, fault);
+    }
+}

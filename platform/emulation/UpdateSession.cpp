@@ -1,0 +1,164 @@
+#include "UpdateSession.h"
+
+#include "Ledger.h"
+#include "UpdateFileContents.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace {
+
+Failure noSuchRemoteFile(const UpdateSession::RemoteFileHandle& handle) {
+    return {EmulationErrors::wrongHandle,
+            "The target holds no transferred file \"" + std::string(handle.path.view()) + "\"."};
+}
+
+std::string nameOf(const ItemDescription& element) {
+    return std::string(element.address().toString().view());
+}
+
+/// What the status query number `query` of an update is answered with, from 1.
+UpdateSession::Status answerTo(std::uint32_t query, const UpdateBehaviour& update) {
+    const std::uint32_t polls =
+        update.progress ? static_cast<std::uint32_t>(update.progress->size()) + 1 : update.polls;
+    if (query >= polls) {
+        return {update.state, polls, polls};
+    }
+    if (!update.progress) {
+        return {UpdateBehaviour::running, query, polls};
+    }
+    const UpdateBehaviour::Progress& progress = (*update.progress)[query - 1];
+    return {UpdateBehaviour::running, progress.done, progress.total};
+}
+
+bool isFinal(std::uint32_t query, const UpdateBehaviour& update) {
+    const std::size_t polls = update.progress ? update.progress->size() + 1 : update.polls;
+    return query >= polls && update.state != UpdateBehaviour::running;
+}
+
+} // namespace
+
+UpdateSession::UpdateSession(std::shared_ptr<EmulatedTarget> target, SystemFiles::FileLock lock)
+    : target_(std::move(target)), lock_(std::move(lock)), count_(Ledger::instance().locks) {}
+
+UpdateSession::~UpdateSession() {
+    target_->state().clearTransferredFiles();
+}
+
+void UpdateSession::countAsReleased() noexcept {
+    count_.release();
+    for (auto& file : files_) {
+        file.second.count.release();
+    }
+}
+
+OrFailure<UpdateSession::RemoteFileHandle> UpdateSession::transferFile(const KvCInventoryAddress& node,
+                                                                       const std::filesystem::path& local,
+                                                                       const TransferProgress& progress) {
+    std::error_code fault;
+    const SystemFiles::File source = SystemFiles::openForReading(local, fault);
+    if (source == nullptr) {
+        return fileFailure("read", SystemFiles::textOf(local), fault);
+    }
+    auto remote = target_->state().createTransferredFile(++lastFile_);
+    if (!remote.hasValue()) {
+        return remote.failure();
+    }
+    const std::filesystem::path path = remote.value().path;
+    const auto copied = copyLocalFile(*source, local, *remote.value().file, SystemFiles::textOf(path), progress);
+    if (!copied.hasValue()) {
+        remote.value().file.reset();
+        std::filesystem::remove(path, fault);
+        return copied.failure();
+    }
+    RemoteFileHandle handle;
+    handle.node = node.toString();
+    handle.path = KvCString("transferred/" + std::to_string(lastFile_));
+    files_.emplace(handle.path.view(), RemoteFile{path, HeldCount(Ledger::instance().remoteFiles)});
+    return handle;
+}
+
+Outcome UpdateSession::deleteRemoteFile(const RemoteFileHandle& handle) {
+    const auto found = files_.find(std::string(handle.path.view()));
+    if (found == files_.end()) {
+        ++Ledger::instance().badReleases;
+        return noSuchRemoteFile(handle);
+    }
+    std::error_code fault;
+    std::filesystem::remove(found->second.path, fault);
+    if (fault) {
+        return fileFailure("delete", SystemFiles::textOf(found->second.path), fault);
+    }
+    files_.erase(found);
+    return std::nullopt;
+}
+
+void UpdateSession::countRemoteFileAsDeleted(const RemoteFileHandle& handle) noexcept {
+    const auto found = files_.find(std::string(handle.path.view()));
+    if (found != files_.end()) {
+        found->second.count.release();
+    }
+}
+
+Outcome UpdateSession::start(const ItemDescription& element, const RemoteFileHandle& handle) {
+    const auto running = updates_.find(&element);
+    if (running != updates_.end() && !running->second.isFinished) {
+        return Failure{EmulationErrors::wrongUpdateState, nameOf(element) + " is being updated already."};
+    }
+    auto contents = readContents(handle);
+    if (!contents.hasValue()) {
+        return contents.failure();
+    }
+    updates_[&element] = Update{0, false, std::move(contents.value())};
+    return std::nullopt;
+}
+
+OrFailure<InstalledValues> UpdateSession::readContents(const RemoteFileHandle& handle) const {
+    const auto found = files_.find(std::string(handle.path.view()));
+    if (found == files_.end()) {
+        return noSuchRemoteFile(handle);
+    }
+    const std::string path = SystemFiles::textOf(found->second.path);
+    std::error_code fault;
+    const SystemFiles::File file = SystemFiles::openForReading(found->second.path, fault);
+    if (file == nullptr) {
+        return fileFailure("read", path, fault);
+    }
+    auto contents = readUpdateFileContents(*file);
+    if (!contents) {
+        return fileFailure("read", path, "the disk does not give it");
+    }
+    contents->isActivated = true;
+    return std::move(*contents);
+}
+
+OrFailure<UpdateSession::Status> UpdateSession::queryStatus(const ItemDescription& element) {
+    const auto found = updates_.find(&element);
+    if (found == updates_.end()) {
+        return Failure{EmulationErrors::wrongUpdateState, "No update of " + nameOf(element) + " was started."};
+    }
+    Update& update = found->second;
+    const UpdateBehaviour& behaviour = element.update();
+    const std::uint32_t query = update.answeredQueries + (update.isFinished ? 0 : 1);
+    const bool isLast = isFinal(query, behaviour);
+    if (isLast && !update.isFinished && behaviour.installs()) {
+        if (Outcome failure = target_->install(element, update.contents)) {
+            return std::move(*failure);
+        }
+    }
+    update.isFinished = isLast;
+    update.answeredQueries = query;
+    return answerTo(query, behaviour);
+}
+
+OrFailure<std::vector<KvTErrorEntry>> UpdateSession::reportedErrors(const ItemDescription& element) const {
+    const auto found = updates_.find(&element);
+    if (found == updates_.end()) {
+        return Failure{EmulationErrors::wrongUpdateState, "No update of " + nameOf(element) + " was started."};
+    }
+    if (!found->second.isFinished) {
+        return Failure{EmulationErrors::wrongUpdateState, "The update of " + nameOf(element) + " is still running."};
+    }
+    return element.update().errors;
+}

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "EmulatedTarget.h"
+#include "HeldCount.h"
+#include "KvCInventoryManager.h"
+#include "SystemFiles.h"
+#include "TargetFileSystem.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+/// What a client does with a target under its update lock: the files that it transferred and the updates that it
+/// started. All of it ends with the session.
+class UpdateSession {
+public:
+    using RemoteFileHandle = KvNInventoryManager::KvSRemoteFileHandle;
+
+    UpdateSession(std::shared_ptr<EmulatedTarget> target, SystemFiles::FileLock lock);
+    UpdateSession(const UpdateSession&) = delete;
+    UpdateSession(UpdateSession&&) = delete;
+    UpdateSession& operator=(const UpdateSession&) = delete;
+    UpdateSession& operator=(UpdateSession&&) = delete;
+    ~UpdateSession();
+
+    [[nodiscard]] EmulatedTarget& target() noexcept { return *target_; }
+    [[nodiscard]] const std::shared_ptr<EmulatedTarget>& sharedTarget() const noexcept { return target_; }
+
+    /// The ledger counts lock and files as given back from now on, whether or not they really are.
+    void countAsReleased() noexcept;
+
+    [[nodiscard]] OrFailure<RemoteFileHandle> transferFile(const KvCInventoryAddress& node,
+                                                           const std::filesystem::path& local,
+                                                           const TransferProgress& progress);
+    [[nodiscard]] Outcome deleteRemoteFile(const RemoteFileHandle& handle);
+    void countRemoteFileAsDeleted(const RemoteFileHandle& handle) noexcept;
+
+    /// The answer to a status query.
+    struct Status {
+        std::uint32_t state = 0;
+        std::uint32_t done = 0;
+        std::uint32_t total = 0;
+    };
+    [[nodiscard]] Outcome start(const ItemDescription& element, const RemoteFileHandle& handle);
+    /// Answers the next status query. The final answer installs, and repeats itself until the element's next update.
+    [[nodiscard]] OrFailure<Status> queryStatus(const ItemDescription& element);
+    /// What a finished update reports.
+    [[nodiscard]] OrFailure<std::vector<KvTErrorEntry>> reportedErrors(const ItemDescription& element) const;
+
+private:
+    struct RemoteFile {
+        std::filesystem::path path;
+        HeldCount count;
+    };
+    struct Update {
+        std::uint32_t answeredQueries = 0;
+        bool isFinished = false;
+        InstalledValues contents;
+    };
+
+    [[nodiscard]] OrFailure<InstalledValues> readContents(const RemoteFileHandle& handle) const;
+
+    std::shared_ptr<EmulatedTarget> target_;
+    SystemFiles::FileLock lock_;
+    HeldCount count_;
+    std::uint64_t lastFile_ = 0;
+    /// By the handle's path.
+    std::unordered_map<std::string, RemoteFile> files_;
+    std::unordered_map<const ItemDescription*, Update> updates_;
+};

@@ -1,0 +1,78 @@
+#!/usr/bin/env bash
+# The long gate: everything that can be checked, before something is handed on. Installs the Debian packages that are
+# missing (as root or through sudo).
+#
+# usage: gate.sh [STAGE...]     default: all stages, in this order; the names are those of the table below
+# shellcheck disable=SC2317  # the stages are called by their names
+set -uo pipefail
+
+# shellcheck source=scripts/lib.sh
+source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
+
+stages=(tests clang format house scripts tidy cppcheck valgrind)
+
+sources() {
+    find include src platform tools tests -name '*.h' -o -name '*.cpp' | sort
+}
+
+# All tests, natively and under the sanitizers: nothing else counts while one of them fails.
+stage_tests() { scripts/test.sh; }
+
+# A second compiler warns of other things, and what only one compiler takes is no C++.
+stage_clang() {
+    logged configure-clang cmake -S . -B build/clang -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_COMPILER=clang++ \
+        -DCMAKE_CXX_COMPILER_LAUNCHER=ccache &&
+        logged build-clang cmake --build build/clang --parallel "$jobs"
+}
+
+# One layout for all, so that differences show changes only.
+stage_format() { sources | xargs clang-format --dry-run -Werror; }
+
+# Layering, length of functions, platform conditionals: what no compiler and no formatter knows.
+stage_house() { python3 -B scripts/check_house.py; }
+
+# Scripts and recipes have no compiler that reads them first.
+stage_scripts() {
+    shellcheck -x scripts/*.sh .ci/run && python3 -B examples/make_archive.py --check examples/archive
+}
+
+# Mistakes that compile: lifetimes, copies, narrowing, missed cases.
+stage_tidy() {
+    build_preset release && logged tidy run-clang-tidy -quiet -p build/release -j "$jobs" "$project_dir/.*\\.cpp\$"
+}
+
+# A second opinion on the same.
+stage_cppcheck() {
+    logged cppcheck cppcheck --std=c++20 --enable=warning,performance,portability --inline-suppr --error-exitcode=1 \
+        --quiet -j "$jobs" -I include -I platform/include src platform tools
+}
+
+# Uninitialised memory is seen by no sanitizer that we run. All sessions would take too long with both; these suffice.
+stage_valgrind() {
+    build_preset release kvreflash &&
+        logged valgrind python3 -B tests/sessions/run_sessions.py --tool build/release/bin/kvreflash -j "$jobs" \
+            --timeout 300 --launcher "valgrind --quiet --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite"
+}
+
+summary=()
+failed=0
+
+run_stage() {
+    local began=$SECONDS verdict=ok
+    say "== $1"
+    "stage_$1" || { verdict=FAILED; failed=1; }
+    summary+=("$(printf '%-10s %-6s %4d s' "$1" "$verdict" $((SECONDS - began)))")
+}
+
+cd "$project_dir" || exit 1
+[[ $# -gt 0 ]] && stages=("$@")
+for stage in "${stages[@]}"; do
+    declare -F "stage_$stage" >/dev/null || die "There is no stage $stage."
+done
+install_missing "${build_packages[@]}" "${gate_packages[@]}"
+for stage in "${stages[@]}"; do
+    run_stage "$stage"
+done
+say "== summary"
+printf '%s\n' "${summary[@]}"
+exit "$failed"

@@ -1,0 +1,95 @@
+#pragma once
+
+#include "EntryProperties.h"
+#include "KvCConsoleWriter.h"
+
+#include <cstdint>
+#include <type_traits>
+
+/// Everything that can be wrong with an archive.
+enum class KvEArchiveRule : std::uint8_t {
+    descriptionFileOpens,
+    descriptionIsJson,
+    infoIsObject,
+    formatVersionIsString,
+    formatVersionIsVersion,
+    formatVersionIsSupported,
+    archiveVersionIsString,
+    archiveVersionIsVersion,
+    productNameIsString,
+    archiveVariantIsString,
+    archiveNameIsString,
+    filesIsArray,
+    entryIsObject,
+    featureLevelIsUnsigned,
+    /// Not an error: the entry is skipped.
+    featureLevelIsSupported,
+    mandatoryProperties,
+    boardIsObjectWithType,
+    propertyType,
+    propertyElements,
+    versionIsVersion,
+    modeIsKnown,
+    boardHasNoEntryProperties,
+    idOrTargetPathNotBoth,
+    idOrTargetPath,
+    updateFileExists,
+    updateFileHasChecksum
+};
+
+/// Marks a finding that concerns no entry.
+inline constexpr std::uint32_t noEntry = 0xFFFFFFFF;
+/// Marks a finding that concerns an entry itself and no element of its "boards".
+inline constexpr std::int32_t noBoard = -1;
+
+/// A broken rule and where it was met.
+struct KvTArchiveFinding {
+    KvEArchiveRule rule;
+    /// Index in "files", from 0.
+    std::uint32_t entry = noEntry;
+    /// Index in the entry's "boards", from 0.
+    std::int32_t board = noBoard;
+    /// The property concerned, for the rules on one property.
+    KvEProperty property = KvEProperty::name;
+};
+
+/// Where the archive's rules report what they find. As it stands each finding's message is printed and the first
+/// error ends the reading; a derived class may go on and collect.
+class KvCArchiveFindings {
+public:
+    explicit KvCArchiveFindings(const KvCConsoleWriter& writer) : writer_(writer) {}
+    KvCArchiveFindings(const KvCArchiveFindings&) = delete;
+    KvCArchiveFindings& operator=(const KvCArchiveFindings&) = delete;
+    virtual ~KvCArchiveFindings() = default;
+
+    /// Reports an error with its message. True: go on looking; the archive is refused all the same.
+    template <typename... Arguments>
+    [[nodiscard]] bool error(const KvTArchiveFinding& finding, KvCFormat<std::type_identity_t<Arguments>...> message,
+                             Arguments... arguments) {
+        ++errorCount_;
+        const bool goOn = takeError(finding);
+        writer_.print<Arguments...>(message, arguments...);
+        return goOn;
+    }
+
+    /// Reports a condition that is only skipped.
+    template <typename... Arguments>
+    void warning(const KvTArchiveFinding& finding, KvCFormat<std::type_identity_t<Arguments>...> message,
+                 Arguments... arguments) {
+        takeWarning(finding);
+        writer_.print<Arguments...>(message, arguments...);
+    }
+
+    /// Number of errors reported so far.
+    [[nodiscard]] std::uint32_t errorCount() const { return errorCount_; }
+
+protected:
+    /// Called before the error's message is printed; the result is that of error().
+    virtual bool takeError(const KvTArchiveFinding& /*finding*/) { return false; }
+    /// Called before the warning's message is printed.
+    virtual void takeWarning(const KvTArchiveFinding& /*finding*/) {}
+
+private:
+    const KvCConsoleWriter& writer_;
+    std::uint32_t errorCount_ = 0;
+};

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "KvCString.h"
+#include "KvTOptions.h"
+#include "TextConversions.h"
+
+#include <string>
+
+/// Path of an update file of the archive: the archive folder, a backslash, the file's name.
+[[nodiscard]] inline std::wstring updateFilePath(const KvNReflasher::KvTOptions& options, const KvCString& name) {
+    return options.archiveFolder + L"\\" + toWide(name);
+}

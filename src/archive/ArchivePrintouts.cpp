@@ -1,0 +1,138 @@
+#include "EntryProperties.h"
+#include "KvCConsoleWriter.h"
+#include "KvCFirmwareArchive.h"
+#include "TableLayout.h"
+
+#include <string>
+#include <utility>
+
+namespace {
+
+using KvNJson::json;
+using KvNJson::jsonView;
+
+/// Shown where a value is not known.
+constexpr const char* unknownCell = "---";
+
+/// The texts of a board type value, joined by commas.
+std::string boardTypes(jsonView value) {
+    if (!value.is_array()) {
+        return std::string(value.get_string());
+    }
+    std::string text;
+    for (std::size_t index = 0; index < value.size(); ++index) {
+        text.append(index == 0 ? "" : ",").append(value.at(index).get_string());
+    }
+    return text;
+}
+
+/// The identifier or target path of an object; false when it has neither.
+bool addressOf(const EntryProperties& properties, std::string& text) {
+    if (const jsonView id = properties[KvEProperty::id]; id.is_valid()) {
+        text = KvCString(static_cast<std::uint32_t>(id.get_unsigned())).view();
+        return true;
+    }
+    if (const jsonView path = properties[KvEProperty::targetPath]; path.is_valid()) {
+        text = path.get_string();
+        return true;
+    }
+    return false;
+}
+
+/// The cells of an entry that tell what it is for.
+struct EntryCells {
+    std::string boardType;
+    std::string address;
+};
+
+void addBoard(EntryCells& cells, const EntryProperties& board) {
+    const std::string types = boardTypes(board[KvEProperty::boardType]);
+    cells.boardType.append(cells.boardType.empty() ? "" : ",").append(types);
+    std::string address;
+    if (addressOf(board, address)) {
+        cells.address.append(cells.address.empty() ? "" : ", ").append(types).append(": ").append(address);
+    }
+}
+
+EntryCells entryCells(const KvTArchiveFile& file) {
+    const EntryProperties entry(file.description.view());
+    EntryCells cells;
+    if (const jsonView boards = entry[KvEProperty::boards]; boards.is_valid()) {
+        for (std::size_t index = 0; index < boards.size(); ++index) {
+            addBoard(cells, EntryProperties(boards.at(index)));
+        }
+    } else {
+        cells.boardType = boardTypes(entry[KvEProperty::boardType]);
+    }
+    std::string address;
+    if (addressOf(entry, address)) {
+        cells.address.append(cells.address.empty() ? "" : ", others: ").append(address);
+    }
+    return cells;
+}
+
+std::vector<KvCString> contentRow(const KvTArchiveFile& file) {
+    EntryCells cells = entryCells(file);
+    std::vector<KvCString> row = {
+        KvCString(std::move(cells.boardType)), file.name,
+        file.version.getAsULong64() == 0 ? KvCString(unknownCell) : file.version.getAsString(),
+        file.checksumCrc32 == unknownValue ? KvCString(unknownCell) : KvCString(file.checksumCrc32),
+        KvCString(std::move(cells.address))};
+    if (file.fileMissing) {
+        row.emplace_back("[FILE MISSING]");
+    }
+    return row;
+}
+
+/// Fills the place of a maintenance component of 0, which the text of a version would leave out, until its text is
+/// there.
+constexpr std::uint8_t maintenancePlaceholder = 9;
+
+} // namespace
+
+void KvCFirmwareArchive::printArchiveContent() const {
+    KvTTable table = {{"BoardType", "File", "Version", "Checksum", "Id/TargetPath"}};
+    table.reserve(files_.size() + 1);
+    for (const KvTArchiveFile& file : files_) {
+        table.push_back(contentRow(file));
+    }
+    printTable(writer_, table);
+}
+
+void KvCFirmwareArchive::printArchiveVersion() const {
+    const KvCVersion& version = info_.archiveVersion;
+    if (version.getMai() != 0) {
+        writer_.print(L"%hs\n", version.getAsString().c_str());
+        return;
+    }
+    const KvCVersion shown(version.getMar(), version.getMir(), maintenancePlaceholder, version.getSpb(),
+                           version.getSpn(), version.getPlv());
+    std::string text(shown.getAsString().view());
+    const std::size_t secondDot = text.find('.', text.find('.') + 1);
+    text[secondDot + 1] = '0';
+    writer_.print(L"%hs\n", text.c_str());
+}
+
+void KvCFirmwareArchive::dumpDescription() const {
+    json info = json::makeObject();
+    // The format is written as this system writes it, whatever was read.
+    info.set("formatVersion", "1.0");
+    info.set("archiveVersion", info_.archiveVersion.getAsString());
+    info.set("productName", info_.productName);
+    if (!info_.archiveVariant.isEmpty()) {
+        info.set("archiveVariant", info_.archiveVariant);
+    }
+    info.set("archiveName", info_.archiveName);
+    json files;
+    for (const KvTArchiveFile& file : files_) {
+        json entry = file.description;
+        if (file.checksumCrc32 != unknownValue) {
+            entry.set(propertyKey(KvEProperty::checksumCrc32), file.checksumCrc32);
+        }
+        files.append(std::move(entry));
+    }
+    json document = json::makeObject();
+    document.set("info", std::move(info));
+    document.set("files", std::move(files));
+    writer_.print(L"%hs\n", document.dump(4, ' ', false, KvNJson::error_handler_t::ignore).c_str());
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "KvNJson.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+/// The keys of a file entry, or of an element of its "boards", that the system knows.
+enum class KvEProperty : std::uint8_t {
+    name,
+    sequence,
+    featureLevel,
+    boards,
+    boardType,
+    boardVariant,
+    boardId,
+    id,
+    targetPath,
+    hwCompatibilityId,
+    swCompatibilityId,
+    version,
+    checksumCrc32,
+    mode
+};
+
+inline constexpr std::size_t propertyCount = 14;
+
+/// The key of a property as the description writes it; zero-terminated.
+[[nodiscard]] std::string_view propertyKey(KvEProperty property);
+
+/// The values of the known properties of one entry object, found in one pass over its members.
+class EntryProperties {
+public:
+    /// `object` must be an object and outlive this record.
+    explicit EntryProperties(KvNJson::jsonView object);
+
+    [[nodiscard]] bool has(KvEProperty property) const { return (*this)[property].is_valid(); }
+    /// Looks at nothing when the object has no such key.
+    [[nodiscard]] KvNJson::jsonView operator[](KvEProperty property) const {
+        return values_[static_cast<std::size_t>(property)];
+    }
+
+private:
+    std::array<KvNJson::jsonView, propertyCount> values_{};
+};

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "ArchiveFindings.h"
+#include "EntryRules.h"
+#include "KvCErrorManager.h"
+#include "KvTArchiveFile.h"
+#include "KvTOptions.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// The firmware archive of a session: its description and the checksums of its update files. Read once; failures are
+/// printed.
+class KvCFirmwareArchive {
+public:
+    /// Both must outlive the archive.
+    KvCFirmwareArchive(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options)
+        : writer_(writer), options_(options) {}
+
+    /// Reads the description file, then the checksums that it leaves out. True when both succeeded.
+    [[nodiscard]] bool readArchive(KvCErrorListPool& errors);
+
+    /// Reads and checks the description file that the options name.
+    [[nodiscard]] bool readDescriptionFile(KvCErrorListPool& errors);
+
+    /// Reads and checks the description file at `path`; what is wrong goes to `findings`. False when it was refused,
+    /// with what was accepted before left in place.
+    [[nodiscard]] bool parseDescription(const std::wstring& path, KvCArchiveFindings& findings);
+
+    /// Takes the checksums that the description leaves out from the update files; the first one that cannot be had
+    /// ends the work with false.
+    [[nodiscard]] bool completeFromUpdateFiles();
+
+    /// Prints the version of the archive, always with its maintenance component.
+    void printArchiveVersion() const;
+    /// Prints the table of the entries.
+    void printArchiveContent() const;
+    /// Prints the description as it was understood, with the checksums completed.
+    void dumpDescription() const;
+
+    [[nodiscard]] const KvTArchiveInfo& info() const { return info_; }
+    /// The accepted entries, in the order of the description.
+    [[nodiscard]] std::vector<KvTArchiveFile>& files() { return files_; }
+    [[nodiscard]] const std::vector<KvTArchiveFile>& files() const { return files_; }
+    /// Highest sequence of the accepted entries; 0 when there are none.
+    [[nodiscard]] std::uint32_t maxSequence() const { return maxSequence_; }
+    /// Number of entries skipped for their feature level.
+    [[nodiscard]] std::uint32_t ignoredEntryCount() const { return ignoredEntryCount_; }
+
+private:
+    void readFiles(KvNJson::json& files, KvCArchiveFindings& findings);
+    void appendEntry(KvNJson::json entry, const KvTEntryShape& shape);
+    [[nodiscard]] bool completeFromUpdateFile(KvTArchiveFile& file, KvCArchiveFindings& findings);
+
+    const KvCConsoleWriter& writer_;
+    const KvNReflasher::KvTOptions& options_;
+    KvTArchiveInfo info_;
+    std::vector<KvTArchiveFile> files_;
+    std::uint32_t maxSequence_ = 0;
+    std::uint32_t ignoredEntryCount_ = 0;
+};

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "KvCString.h"
+#include "KvCVersion.h"
+#include "KvNJson.h"
+
+#include <cstdint>
+
+/// Stands for an identifier or checksum that is not known.
+inline constexpr std::uint32_t unknownValue = 0xFFFFFFFE;
+
+/// The version that stands for one that is not known.
+[[nodiscard]] inline KvCVersion unknownVersion() {
+    KvCVersion version;
+    version.setByULong64(unknownValue);
+    return version;
+}
+
+/// How an entry's elements are updated.
+enum KvEUpdateMode : std::uint32_t {
+    standardMode = 0, ///< when version or checksum differ
+    upgradeMode = 1   ///< when the entry's version is greater
+};
+
+/// One accepted file entry of the archive description.
+struct KvTArchiveFile {
+    /// File name of the update file, relative to the archive folder.
+    KvCString name;
+    /// Entries of lower sequence are updated in an earlier phase.
+    std::uint32_t sequence = 0;
+    /// Version of the file's contents; zero when the description says null.
+    KvCVersion version = unknownVersion();
+    /// CRC-32 of the update file, from the description or from the file.
+    std::uint32_t checksumCrc32 = unknownValue;
+    /// The entry's JSON object, "boards" included; the board keys are read from it.
+    KvNJson::json description;
+    /// The file is written into the target's file system instead of updating an element.
+    bool hasTargetPath = false;
+    /// One of KvEUpdateMode.
+    std::uint32_t mode = standardMode;
+    /// How many update elements were matched to the entry.
+    std::uint32_t matchCount = 0;
+    /// The update file was not found in the archive folder.
+    bool fileMissing = false;
+};
+
+/// The "info" block of the archive description.
+struct KvTArchiveInfo {
+    KvCVersion formatVersion;
+    /// Also the version of every entry that gives none.
+    KvCVersion archiveVersion;
+    KvCString productName;
+    /// Empty when the description gives none.
+    KvCString archiveVariant;
+    KvCString archiveName;
+};

@@ -1,0 +1,191 @@
+#include "UpdateFileReaders.h"
+
+#include "CallJudgement.h"
+#include "Files.h"
+#include "KvCInventoryData.h"
+#include "KvNInventoryIDs.h"
+#include "OwnedErrorList.h"
+#include "TextConversions.h"
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string_view>
+
+namespace {
+
+/// Layout of the head of a firmware image; numbers are big-endian.
+namespace image {
+constexpr std::size_t headSize = 1000;
+constexpr std::size_t firstMagicOffset = 40;
+constexpr std::uint32_t firstMagic = 0x1255AA34;
+constexpr std::size_t secondMagicOffset = 44;
+constexpr std::uint32_t secondMagic = 0xAA184755;
+constexpr std::size_t checksumOffset = 60;
+constexpr std::size_t majorOffset = 76;
+constexpr std::size_t minorOffset = 77;
+constexpr std::size_t microOffset = 78;
+constexpr std::size_t releaseKindOffset = 79;
+constexpr std::uint8_t alphaKind = 10;
+constexpr std::uint8_t betaKind = 11;
+constexpr std::size_t servicePackNumberOffset = 80;
+constexpr std::size_t patchLevelOffset = 82;
+constexpr std::size_t minHwCompatibilityOffset = 344;
+constexpr std::size_t maxHwCompatibilityOffset = 348;
+constexpr std::size_t minSwCompatibilityOffset = 352;
+constexpr std::size_t maxSwCompatibilityOffset = 356;
+constexpr std::size_t typeIdOffset = 360;
+} // namespace image
+
+/// Layout of the head of an FPGA bitstream; numbers are big-endian.
+namespace bitstream {
+constexpr std::size_t headSize = 92;
+constexpr std::string_view magic = "kvFPGABS";
+constexpr std::size_t headerSizeOffset = 8;
+constexpr std::size_t formatVersionOffset = 12;
+constexpr std::uint32_t formatVersion = 1;
+constexpr std::size_t checksumOffset = 88;
+} // namespace bitstream
+
+std::uint16_t read16(std::span<const std::uint8_t> bytes, std::size_t offset) {
+    return static_cast<std::uint16_t>((bytes[offset] << 8) | bytes[offset + 1]);
+}
+
+std::uint32_t read32(std::span<const std::uint8_t> bytes, std::size_t offset) {
+    return (std::uint32_t{read16(bytes, offset)} << 16) | read16(bytes, offset + 2);
+}
+
+std::uint8_t servicePackBuild(std::uint8_t releaseKind) {
+    switch (releaseKind) {
+    case image::alphaKind:
+        return 1;
+    case image::betaKind:
+        return 2;
+    default:
+        return 0;
+    }
+}
+
+/// The value of a FIRMWARE parameter; unknownValue when it is missing or cannot be read.
+std::uint32_t readNumber(KvCErrorListPool& errors, const KvCInventoryItem& firmware, const KvCInventoryAddress& path) {
+    std::uint32_t value = unknownValue;
+    const bool read =
+        firmware.getParameter(path) != nullptr && callSucceeds(errors, [&] { firmware.getValue(errors, path, value); });
+    return read ? value : unknownValue;
+}
+
+KvCVersion readVersion(KvCErrorListPool& errors, const KvCInventoryItem& firmware) {
+    KvCVersion version;
+    const auto& path = KvNInventoryIDs::VERSION;
+    const bool read = firmware.getParameter(path) != nullptr &&
+                      callSucceeds(errors, [&] { firmware.getValue(errors, path, version); });
+    return read ? version : unknownVersion();
+}
+
+/// The first FIRMWARE node of a tree in preorder, the root included; null when there is none.
+const KvCInventoryItem* findFirmware(const KvCInventoryItem* item) {
+    while (item != nullptr && item->getID().getCategory() != KvNInventoryIDs::FIRMWARE.getCategory()) {
+        const KvCInventoryItem* next = item->getFirstSubItem();
+        while (next == nullptr && item != nullptr) {
+            next = item->getNext();
+            item = item->getParent();
+        }
+        item = next;
+    }
+    return item;
+}
+
+void readFirmware(KvCErrorListPool& errors, const KvCInventoryItem& firmware, KvTUpdateFileHeader& header) {
+    using namespace KvNInventoryIDs;
+    header.minHwCompatibilityId = readNumber(errors, firmware, MIN_HW_COMPATIBILITY_ID);
+    header.maxHwCompatibilityId = readNumber(errors, firmware, MAX_HW_COMPATIBILITY_ID);
+    header.minSwCompatibilityId = readNumber(errors, firmware, MIN_SW_COMPATIBILITY_ID);
+    header.maxSwCompatibilityId = readNumber(errors, firmware, MAX_SW_COMPATIBILITY_ID);
+    header.typeId = readNumber(errors, firmware, TYPE_ID);
+    header.checksum = readNumber(errors, firmware, CHECKSUM_CRC32);
+    header.version = readVersion(errors, firmware);
+}
+
+} // namespace
+
+KvEReadStatus readImageHeader(const std::wstring& path, KvTUpdateFileHeader& header) {
+    const FileStream file = path.empty() ? nullptr : openForReading(path);
+    if (file == nullptr) {
+        return KvEReadStatus::cannotOpen;
+    }
+    std::array<std::uint8_t, image::headSize> head{};
+    // A shorter file reads as zeros beyond its end.
+    (void)std::fread(head.data(), 1, head.size(), file.get());
+    if (read32(head, image::firstMagicOffset) != image::firstMagic ||
+        read32(head, image::secondMagicOffset) != image::secondMagic) {
+        return KvEReadStatus::notThisKind;
+    }
+    header.minHwCompatibilityId = read32(head, image::minHwCompatibilityOffset);
+    header.maxHwCompatibilityId = read32(head, image::maxHwCompatibilityOffset);
+    header.minSwCompatibilityId = read32(head, image::minSwCompatibilityOffset);
+    header.maxSwCompatibilityId = read32(head, image::maxSwCompatibilityOffset);
+    header.typeId = read32(head, image::typeIdOffset);
+    header.checksum = read32(head, image::checksumOffset);
+    header.version = KvCVersion(head[image::majorOffset], head[image::minorOffset], head[image::microOffset],
+                                servicePackBuild(head[image::releaseKindOffset]),
+                                read16(head, image::servicePackNumberOffset), read16(head, image::patchLevelOffset));
+    return KvEReadStatus::success;
+}
+
+KvEReadStatus readInventoryFile(const std::wstring& path, KvTUpdateFileHeader& header) {
+    if (path.empty()) {
+        return KvEReadStatus::notThisKind;
+    }
+    // A private list: an attempt on a file of another kind is nothing to report.
+    const OwnedErrorList errors = OwnedErrorList::create();
+    KvCInventoryItem* root = nullptr;
+    bool hasChecksum = false;
+    std::uint32_t checksum = 0;
+    const bool extracted = callSucceeds(*errors, [&] {
+        KvCInventoryData::extractInventoryTreeFromFile(*errors, toUtf8(path).c_str(), root, hasChecksum, checksum);
+    });
+    const std::unique_ptr<KvCInventoryItem> tree(root);
+    if (!extracted || tree == nullptr) {
+        return KvEReadStatus::notThisKind;
+    }
+    header = {};
+    if (const KvCInventoryItem* firmware = findFirmware(tree.get()); firmware != nullptr) {
+        readFirmware(*errors, *firmware, header);
+    }
+    if (hasChecksum) {
+        header.checksum = checksum;
+    }
+    return KvEReadStatus::success;
+}
+
+KvEReadStatus readBitstreamHeader(const std::wstring& path, std::uint32_t& checksum) {
+    checksum = unknownValue;
+    const FileStream file = openForReading(path);
+    if (file == nullptr) {
+        return KvEReadStatus::notThisKind;
+    }
+    std::array<std::uint8_t, bitstream::headSize> head{};
+    const bool complete = std::fread(head.data(), 1, head.size(), file.get()) == head.size();
+    const std::string_view magic(reinterpret_cast<const char*>(head.data()), bitstream::magic.size());
+    if (!complete || magic != bitstream::magic ||
+        read32(head, bitstream::formatVersionOffset) != bitstream::formatVersion) {
+        return KvEReadStatus::notThisKind;
+    }
+    if (read32(head, bitstream::headerSizeOffset) >= bitstream::headSize) {
+        checksum = read32(head, bitstream::checksumOffset);
+    }
+    return KvEReadStatus::success;
+}
+
+KvEReadStatus readUpdateFile(const std::wstring& path, KvTUpdateFileHeader& header) {
+    KvEReadStatus status = readImageHeader(path, header);
+    if (status == KvEReadStatus::notThisKind) {
+        status = readInventoryFile(path, header);
+    }
+    if (status == KvEReadStatus::notThisKind) {
+        header = {};
+        status = readBitstreamHeader(path, header.checksum);
+    }
+    return status;
+}

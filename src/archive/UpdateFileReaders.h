@@ -1,0 +1,35 @@
+#pragma once
+
+#include "KvCVersion.h"
+#include "KvTArchiveFile.h"
+
+#include <cstdint>
+#include <string>
+
+/// What the header of an update file tells; what it does not tell is unknownValue or unknownVersion().
+struct KvTUpdateFileHeader {
+    std::uint32_t minHwCompatibilityId = unknownValue;
+    std::uint32_t maxHwCompatibilityId = unknownValue;
+    std::uint32_t minSwCompatibilityId = unknownValue;
+    std::uint32_t maxSwCompatibilityId = unknownValue;
+    std::uint32_t typeId = unknownValue;
+    /// CRC-32 as stored in the file.
+    std::uint32_t checksum = unknownValue;
+    KvCVersion version = unknownVersion();
+};
+
+enum class KvEReadStatus : std::uint8_t { success = 0, notThisKind = 1, cannotOpen = 2 };
+
+/// Reads the header of a firmware image, from the first 1000 bytes of the file.
+[[nodiscard]] KvEReadStatus readImageHeader(const std::wstring& path, KvTUpdateFileHeader& header);
+
+/// Reads the FIRMWARE node of an inventory tree file. Never cannotOpen.
+[[nodiscard]] KvEReadStatus readInventoryFile(const std::wstring& path, KvTUpdateFileHeader& header);
+
+/// Reads the checksum of an FPGA bitstream. A header too short to hold one is a success that leaves the checksum
+/// unknown. Never cannotOpen.
+[[nodiscard]] KvEReadStatus readBitstreamHeader(const std::wstring& path, std::uint32_t& checksum);
+
+/// Tries the three kinds in turn: firmware image, inventory tree, bitstream. A file that cannot be opened is not
+/// tried further.
+[[nodiscard]] KvEReadStatus readUpdateFile(const std::wstring& path, KvTUpdateFileHeader& header);

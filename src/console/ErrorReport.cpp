@@ -1,0 +1,75 @@
+#include "ErrorReport.h"
+
+#include "KvCConsoleWriter.h"
+
+#include <algorithm>
+#include <string>
+
+namespace {
+
+constexpr std::uint32_t lineWidth = 80;
+constexpr std::uint32_t textIndentation = 2;
+/// A line is not broken at a blank that would leave fewer characters than this before it.
+constexpr std::size_t minimumPiece = 5;
+
+void printDetails(const KvCConsoleWriter& writer, const KvCErrorListPool& list, std::uint32_t index) {
+    if (const std::uint64_t timeStamp = list.getTimeStamp(index); timeStamp != 0) {
+        const double tick = KvCErrorManager::getInstance()->getTimeStampTickDuration();
+        writer.print(L", time % 4.3f sec.", static_cast<double>(timeStamp) * tick);
+    }
+    const std::uint32_t mainModule = list.getMainModuleNumber(index);
+    const std::uint32_t subModule = list.getSubModuleNumber(index);
+    if (mainModule != 0 || subModule != 0) {
+        writer.print(L", module %u/%u", mainModule, subModule);
+    }
+    const char* function = list.getFunctionName(index);
+    if (function != nullptr && *function != '\0') {
+        writer.print(L", in %hs():%u", function, list.getLineNumber(index));
+    }
+}
+
+void printHeader(const KvCConsoleWriter& writer, const KvCErrorListPool& list, std::uint32_t index, int indentation,
+                 bool verbose) {
+    const std::uint32_t code = list.getErrorCode(index);
+    const std::uint32_t originNode = list.getOriginNode(index);
+    if (originNode != 0) {
+        writer.print(L"%*sERROR %#x (reported by S/N %u)", indentation, L"", code, originNode);
+    } else {
+        writer.print(L"%*sERROR %#x (reported by Host PC)", indentation, L"", code);
+    }
+    if (verbose) {
+        printDetails(writer, list, index);
+    }
+    writer.print(L":\n");
+}
+
+/// End of the piece of `text` that begins at `begin` and is at most `width` long.
+std::size_t endOfPiece(const std::string& text, std::size_t begin, std::size_t width) {
+    const std::size_t end = begin + width;
+    if (end >= text.size()) {
+        return text.size();
+    }
+    const std::size_t blank = text.rfind(' ', end - 1);
+    return blank != std::string::npos && blank >= begin + minimumPiece ? blank + 1 : end;
+}
+
+void printWrapped(const KvCConsoleWriter& writer, std::string text, std::uint32_t indentation) {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
+    const std::size_t width = indentation < lineWidth ? lineWidth - indentation : 1;
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = endOfPiece(text, begin, width);
+        writer.print(L"%*s%hs\n", static_cast<int>(indentation), L"", text.substr(begin, end - begin).c_str());
+        begin = end;
+    }
+}
+
+} // namespace
+
+void printErrorReport(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options,
+                      const KvCErrorListPool& list, std::uint32_t indentation) {
+    for (std::uint32_t index = 0; index < list.getNumberOfUsedEntries(); ++index) {
+        printHeader(writer, list, index, static_cast<int>(indentation), options.verbose);
+        printWrapped(writer, list.getErrorText(index), indentation + textIndentation);
+    }
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "KvCFormat.h"
+#include "KvTCallbacks.h"
+
+#include <string>
+#include <type_traits>
+
+/// Writes the session's messages: to the client's message callback when there is one, else to standard output, which
+/// is flushed after each message.
+class KvCConsoleWriter {
+public:
+    /// `callbacks` is looked at for every message and must outlive the writer.
+    explicit KvCConsoleWriter(const KvTCallbacks& callbacks) : callbacks_(callbacks) {}
+
+    /// Formats and writes one message. Result: the number of characters produced (narrow texts count bytes), negative
+    /// when formatting or writing failed. A message without characters is not handed to the callback.
+    template <typename... Arguments>
+    int print(KvCFormat<std::type_identity_t<Arguments>...> format, Arguments... arguments) const {
+        return printArguments(format.text(), arguments...);
+    }
+
+    /// Formats into `result`, replacing what it held; empty when there is nothing or formatting failed. Result as of
+    /// print().
+    template <typename... Arguments>
+    static int format(std::wstring& result, KvCFormat<std::type_identity_t<Arguments>...> format,
+                      Arguments... arguments) {
+        return formatArguments(result, format.text(), arguments...);
+    }
+
+private:
+    int printArguments(const wchar_t* format, ...) const;
+    static int formatArguments(std::wstring& result, const wchar_t* format, ...);
+
+    const KvTCallbacks& callbacks_;
+};

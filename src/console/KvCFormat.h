@@ -1,0 +1,94 @@
+#pragma once
+
+#include <concepts>
+#include <cstddef>
+#include <type_traits>
+
+/// A wide format text that was held against the types of its arguments at compile time. "%s" takes a wide text,
+/// "%hs" a narrow one, "%u" and "%x" an unsigned number, "%i" and "%d" a signed one, "%f" a double, a "*" an int.
+template <typename... Arguments>
+class KvCFormat {
+public:
+    template <std::size_t size>
+    consteval KvCFormat(const wchar_t (&text)[size]) : text_(text) {
+        check(text);
+    }
+
+    [[nodiscard]] constexpr const wchar_t* text() const { return text_; }
+
+private:
+    enum class Kind { wideText, narrowText, unsignedNumber, signedNumber, floatingNumber, other };
+
+    template <typename Argument>
+    static consteval Kind kindOf() {
+        if constexpr (std::same_as<Argument, const wchar_t*>) {
+            return Kind::wideText;
+        } else if constexpr (std::same_as<Argument, const char*>) {
+            return Kind::narrowText;
+        } else if constexpr (std::same_as<Argument, unsigned>) {
+            return Kind::unsignedNumber;
+        } else if constexpr (std::same_as<Argument, int>) {
+            return Kind::signedNumber;
+        } else if constexpr (std::same_as<Argument, double>) {
+            return Kind::floatingNumber;
+        } else {
+            return Kind::other;
+        }
+    }
+
+    static consteval Kind kindOfConversion(wchar_t type, bool narrow) {
+        switch (type) {
+        case L's':
+            return narrow ? Kind::narrowText : Kind::wideText;
+        case L'u':
+        case L'x':
+            return Kind::unsignedNumber;
+        case L'i':
+        case L'd':
+            return Kind::signedNumber;
+        case L'f':
+            return Kind::floatingNumber;
+        default:
+            throw "unknown conversion in a format";
+        }
+    }
+
+    /// Not a constant expression when it throws, which the compiler reports.
+    static consteval void check(const wchar_t* position) {
+        const Kind kinds[] = {kindOf<Arguments>()..., Kind::other};
+        std::size_t next = 0;
+        const auto expect = [&](Kind kind) {
+            if (next >= sizeof...(Arguments) || kinds[next] != kind) {
+                throw "a format does not fit its arguments";
+            }
+            ++next;
+        };
+        while (*position != L'\0') {
+            if (*position++ != L'%') {
+                continue;
+            }
+            if (*position == L'%') {
+                ++position;
+                continue;
+            }
+            while (isModifier(*position)) {
+                if (*position++ == L'*') {
+                    expect(Kind::signedNumber);
+                }
+            }
+            const bool narrow = *position == L'h';
+            position += narrow ? 1 : 0;
+            expect(kindOfConversion(*position++, narrow));
+        }
+        if (next != sizeof...(Arguments)) {
+            throw "a format has fewer conversions than arguments";
+        }
+    }
+
+    static consteval bool isModifier(wchar_t character) {
+        return (character >= L'0' && character <= L'9') || character == L'*' || character == L'.' ||
+               character == L'-' || character == L'#' || character == L' ';
+    }
+
+    const wchar_t* text_;
+};

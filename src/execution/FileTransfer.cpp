@@ -1,0 +1,70 @@
+#include "ArchivePaths.h"
+#include "CallJudgement.h"
+#include "KvCConsoleWriter.h"
+#include "KvCUpdateDriver.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int lineIndentation = 8;
+/// Column width of the file names.
+constexpr int nameWidth = 46;
+constexpr int resultGap = 2;
+
+} // namespace
+
+void KvCUpdateDriver::transferFiles(const PhaseList& list) {
+    const KvCInventoryAddress* system = planner_.inventory().systemAddress();
+    if (system == nullptr) {
+        return;
+    }
+    bool headingPrinted = false;
+    for (KvTUpdateElement* element : list) {
+        if (element->isFileSystemElement || element->updateState != toBeUpdated ||
+            fileTransferred_[element->archiveFileIndex]) {
+            continue;
+        }
+        if (!headingPrinted) {
+            writer_.print(L"\n\nTransferring files:\n");
+            headingPrinted = true;
+        }
+        transferFile(*element, *system);
+    }
+}
+
+/// A file that was transferred serves every element of its entry in this phase.
+void KvCUpdateDriver::transferFile(KvTUpdateElement& element, const KvCInventoryAddress& system) {
+    const std::uint32_t fileIndex = element.archiveFileIndex;
+    const KvTArchiveFile& file = fileOf(element);
+    writer_.print(L"%*s%-*s%*s", lineIndentation, L"", nameWidth, toWide(file.name).c_str(), resultGap, L"");
+    const std::wstring path = updateFilePath(options_, file.name);
+    KvCErrorListPool& errors = *element.errorLists[callErrors];
+    const bool transferred = callSucceeds(errors, [&] {
+        KvCInventoryManager::getInstance()->transferFile(errors, rootHandle(), system, lockHandle_, path.c_str(),
+                                                         nullptr, nullptr, remoteFiles_[fileIndex]);
+    });
+    if (!transferred) {
+        writer_.print(L"[ERROR]\n");
+        fail(element);
+        return;
+    }
+    writer_.print(L"[OK]\n");
+    fileTransferred_[fileIndex] = true;
+    transferredFiles_.push_back(fileIndex);
+}
+
+/// Errors stay in `errors` for the final report.
+void KvCUpdateDriver::deleteRemoteFiles(KvCErrorListPool& errors) {
+    const KvCInventoryAddress* system = planner_.inventory().systemAddress();
+    if (system == nullptr) {
+        return;
+    }
+    std::sort(transferredFiles_.begin(), transferredFiles_.end());
+    for (const std::uint32_t fileIndex : transferredFiles_) {
+        KvCInventoryManager::getInstance()->deleteRemoteFile(errors, rootHandle(), *system, lockHandle_,
+                                                             remoteFiles_[fileIndex]);
+        fileTransferred_[fileIndex] = false;
+    }
+    transferredFiles_.clear();
+}

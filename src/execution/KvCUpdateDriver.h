@@ -1,0 +1,86 @@
+#pragma once
+
+#include "KvCDirectFileWriter.h"
+#include "KvCErrorManager.h"
+#include "KvCInventoryManager.h"
+#include "KvCUpdatePlanner.h"
+#include "KvTCallbacks.h"
+#include "KvTOptions.h"
+
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+class KvCConsoleWriter;
+class KvCTargetAccess;
+
+/// Carries out a plan: locks the target, and phase by phase transfers the update files, starts the updates, polls them,
+/// collects what the target reports, and deletes the files; then unlocks the target and prints the results.
+class KvCUpdateDriver {
+public:
+    /// All must outlive the driver.
+    KvCUpdateDriver(const KvCConsoleWriter& writer, const KvTCallbacks& callbacks,
+                    const KvNReflasher::KvTOptions& options, KvCUpdatePlanner& planner,
+                    const KvCTargetAccess& targetAccess)
+        : writer_(writer), callbacks_(callbacks), options_(options), planner_(planner),
+          directWriter_(options, targetAccess) {}
+
+    /// Performs the update. `errors` collects the errors of the session. True only when all updates succeeded; false
+    /// too when the target could not be locked, in which case nothing was done.
+    [[nodiscard]] bool run(KvCErrorListPool& errors);
+
+private:
+    /// The elements of one phase that are to be updated, in the order of the element list.
+    using PhaseList = std::vector<KvTUpdateElement*>;
+    class LockRelease;
+
+    // The driver and the target lock.
+    void begin();
+    [[nodiscard]] bool runPhases(KvCErrorListPool& errors);
+    [[nodiscard]] bool lockTarget(KvCErrorListPool& errors);
+    bool unlockTarget(KvCErrorListPool& errors);
+    void finishUpdate();
+    [[nodiscard]] PhaseList collectPhase(std::uint32_t phase) const;
+    [[nodiscard]] bool checkFiles(const PhaseList& list);
+
+    // Transfer of the update files.
+    void transferFiles(const PhaseList& list);
+    void transferFile(KvTUpdateElement& element, const KvCInventoryAddress& system);
+    void deleteRemoteFiles(KvCErrorListPool& errors);
+
+    // Execution of a phase.
+    void startUpdates(const PhaseList& list);
+    void writeDirectly(KvTUpdateElement& element);
+    void startUpdate(KvTUpdateElement& element);
+    void pollUpdates(const PhaseList& list);
+    struct PollRound;
+    [[nodiscard]] PollRound pollOnce(const PhaseList& list);
+    [[nodiscard]] std::uint32_t pollElement(KvTUpdateElement& element);
+
+    // Errors and results.
+    void collectErrors(const PhaseList& list);
+    [[nodiscard]] bool succeeded(KvTUpdateElement& element);
+    void cancelLaterUpdates(const KvCInventoryAddress& boardAddress, std::uint32_t fromPhase);
+    [[nodiscard]] bool printResults(KvCErrorListPool& errors, bool filesMissing);
+
+    void fail(KvTUpdateElement& element);
+    [[nodiscard]] KvTArchiveFile& fileOf(const KvTUpdateElement& element) const;
+    [[nodiscard]] KvCInventoryRootHandle* rootHandle() const { return planner_.inventory().rootHandle(); }
+
+    const KvCConsoleWriter& writer_;
+    const KvTCallbacks& callbacks_;
+    const KvNReflasher::KvTOptions& options_;
+    KvCUpdatePlanner& planner_;
+    KvCDirectFileWriter directWriter_;
+    /// The elements of each phase as planned.
+    std::vector<PhaseList> phases_;
+    /// The elements of each board, by the text of its address; filled when an update first fails.
+    std::unordered_map<std::string, PhaseList> elementsOfBoards_;
+    /// The target's handle of each archive file, and whether it was transferred in the current phase.
+    std::vector<KvNInventoryManager::KvSRemoteFileHandle> remoteFiles_;
+    std::vector<bool> fileTransferred_;
+    /// The files transferred in the current phase.
+    std::vector<std::uint32_t> transferredFiles_;
+    /// Null when the target is not locked.
+    void* lockHandle_ = nullptr;
+};

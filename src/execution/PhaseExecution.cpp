@@ -1,0 +1,169 @@
+#include "CallJudgement.h"
+#include "Clock.h"
+#include "KvCConsoleWriter.h"
+#include "KvCUpdateDriver.h"
+#include "KvNRtosAbstraction.h"
+
+#include <array>
+
+namespace {
+
+constexpr int lineIndentation = 8;
+constexpr int messageIndentation = 12;
+/// Column in which the verdict of a line starts.
+constexpr int verdictColumn = 56;
+/// Pause after each started update and after each round of queries, in microseconds.
+constexpr std::uint32_t startPause = 500000;
+constexpr std::uint32_t pollPause = 200000;
+/// This many failed status queries in a row end an element.
+constexpr std::uint32_t pollFailureLimit = 2;
+constexpr std::uint32_t complete = 100;
+
+/// What the target answers to a status query.
+enum TargetState : std::uint32_t { running = 1, succeededState = 2 };
+
+/// The next character of the spinner, which goes on from phase to phase.
+const char* nextSpinner() {
+    static constexpr std::array spinner = {"-", "\\", "|", "/"};
+    static std::size_t position = 0;
+    const char* character = spinner[position];
+    position = (position + 1) % spinner.size();
+    return character;
+}
+
+} // namespace
+
+/// What one round of status queries found.
+struct KvCUpdateDriver::PollRound {
+    /// An update was still running when it was asked.
+    bool running = false;
+    /// Elements that take part in the percentage, and the sum of theirs.
+    std::uint32_t active = 0;
+    std::uint32_t sum = 0;
+};
+
+void KvCUpdateDriver::startUpdates(const PhaseList& list) {
+    bool headingPrinted = false;
+    for (KvTUpdateElement* element : list) {
+        if (element->updateState != toBeUpdated) {
+            continue;
+        }
+        if (!headingPrinted) {
+            writer_.print(L"\nUpdating:\n");
+            headingPrinted = true;
+        }
+        const int column = writer_.print(L"%*s%hs", lineIndentation, L"", element->displayName.c_str());
+        if (column < verdictColumn) {
+            writer_.print(L"%*s", verdictColumn - column, L"");
+        }
+        if (element->isFileSystemElement) {
+            writeDirectly(*element);
+        } else {
+            startUpdate(*element);
+        }
+    }
+}
+
+void KvCUpdateDriver::writeDirectly(KvTUpdateElement& element) {
+    std::vector<std::wstring> messages;
+    if (directWriter_.writeFileToTarget(fileOf(element), element.location, messages)) {
+        element.updateState = updateFinished;
+        writer_.print(L"\n");
+    } else {
+        writer_.print(L"[ERROR]\n");
+        fail(element);
+    }
+    for (const std::wstring& message : messages) {
+        writer_.print(L"%*s%s", messageIndentation, L"", message.c_str());
+    }
+}
+
+void KvCUpdateDriver::startUpdate(KvTUpdateElement& element) {
+    const std::uint64_t timeStamp = localTimeSeconds();
+    KvCErrorListPool& errors = *element.errorLists[callErrors];
+    const bool started = callSucceeds(errors, [&] {
+        KvCInventoryManager::getInstance()->update2(errors, rootHandle(), element.boardAddress, lockHandle_,
+                                                    element.elementId, remoteFiles_[element.archiveFileIndex],
+                                                    timeStamp);
+    });
+    if (!started) {
+        writer_.print(L"[ERROR]\n");
+        fail(element);
+        return;
+    }
+    element.updateState = updateStarted;
+    writer_.print(L"\n");
+    KvNRtosAbstraction::usleep(startPause);
+}
+
+/// Asks until no update of the phase is running any more. Leaves the progress line open for the phase's verdict.
+void KvCUpdateDriver::pollUpdates(const PhaseList& list) {
+    bool goOn = true;
+    while (goOn) {
+        const PollRound round = pollOnce(list);
+        if (round.active == 0) {
+            return;
+        }
+        const std::uint32_t percentage = round.sum / round.active;
+        if (!options_.noProgress) {
+            writer_.print(L"%3u%% %-51.51hs\r", percentage, nextSpinner());
+        }
+        callbacks_.notifyProgress(percentage);
+        KvNRtosAbstraction::usleep(pollPause);
+        goOn = round.running;
+    }
+    if (!options_.noProgress) {
+        writer_.print(L"%3u%% %-51.51hs", complete, "");
+    }
+}
+
+KvCUpdateDriver::PollRound KvCUpdateDriver::pollOnce(const PhaseList& list) {
+    PollRound round;
+    for (KvTUpdateElement* element : list) {
+        switch (element->updateState) {
+        case updateStarted:
+            round.running = true;
+            ++round.active;
+            round.sum += pollElement(*element);
+            break;
+        case updateFailed:
+        case updateFinished:
+            ++round.active;
+            round.sum += complete;
+            break;
+        default: // takes no part in this phase
+            break;
+        }
+    }
+    return round;
+}
+
+/// Asks for the state of a started update; its percentage.
+std::uint32_t KvCUpdateDriver::pollElement(KvTUpdateElement& element) {
+    std::uint32_t id = element.elementId;
+    std::uint32_t state = 0;
+    std::uint32_t done = 0;
+    std::uint32_t total = 0;
+    KvCErrorListPool& errors = *element.errorLists[callErrors];
+    const bool answered = callSucceeds(errors, [&] {
+        KvCInventoryManager::getInstance()->updateStatus2(errors, rootHandle(), element.boardAddress, id, state, done,
+                                                          total);
+    });
+    if (!answered) {
+        if (++element.pollFailures < pollFailureLimit) {
+            return 0;
+        }
+        fail(element);
+        return complete;
+    }
+    element.pollFailures = 0;
+    if (state == running) {
+        return total != 0 ? done * complete / total : complete;
+    }
+    if (state == succeededState) {
+        element.updateState = updateFinished;
+    } else {
+        fail(element);
+    }
+    return complete;
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "KvCErrorManager.h"
+
+#include <utility>
+
+/// Owns an error list of the error manager and gives it back at the end. A copy owns nothing until it creates a list
+/// of its own.
+class OwnedErrorList {
+public:
+    /// Owns nothing.
+    OwnedErrorList() = default;
+    /// Owns a new list.
+    [[nodiscard]] static OwnedErrorList create() {
+        OwnedErrorList result;
+        result.list_ = KvCErrorManager::getInstance()->createErrorList(0, 1, 20, 5, 300);
+        return result;
+    }
+
+    OwnedErrorList(const OwnedErrorList& /*other*/) noexcept {}
+    OwnedErrorList& operator=(const OwnedErrorList& other) noexcept {
+        if (this != &other) {
+            release();
+        }
+        return *this;
+    }
+    OwnedErrorList(OwnedErrorList&& other) noexcept : list_(std::exchange(other.list_, nullptr)) {}
+    OwnedErrorList& operator=(OwnedErrorList&& other) noexcept {
+        std::swap(list_, other.list_);
+        return *this;
+    }
+    ~OwnedErrorList() { release(); }
+
+    /// Null when nothing is owned.
+    [[nodiscard]] KvCErrorList* get() const { return list_; }
+    [[nodiscard]] KvCErrorList& operator*() const { return *list_; }
+    [[nodiscard]] KvCErrorList* operator->() const { return list_; }
+
+private:
+    void release() {
+        if (list_ != nullptr) {
+            KvCErrorManager::getInstance()->deleteErrorList(std::exchange(list_, nullptr));
+        }
+    }
+
+    KvCErrorList* list_ = nullptr;
+};

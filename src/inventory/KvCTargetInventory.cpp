@@ -1,0 +1,126 @@
+#include "KvCTargetInventory.h"
+
+#include "ElementNames.h"
+#include "ElementTables.h"
+#include "KvCConsoleWriter.h"
+#include "KvNInventoryIDs.h"
+#include "TableLayout.h"
+
+#include <utility>
+
+namespace {
+
+/// Releases the scanned tree.
+class ScannedTree {
+public:
+    explicit ScannedTree(KvCInventoryManager& manager) : manager_(manager) {}
+    ScannedTree(const ScannedTree&) = delete;
+    ScannedTree& operator=(const ScannedTree&) = delete;
+    ~ScannedTree() {
+        if (root_ != nullptr) {
+            manager_.deleteInventoryTree(root_);
+        }
+    }
+    [[nodiscard]] KvCInventoryItem*& out() { return root_; }
+    [[nodiscard]] const KvCInventoryItem* root() const { return root_; }
+
+private:
+    KvCInventoryManager& manager_;
+    KvCInventoryItem* root_ = nullptr;
+};
+
+std::vector<KvCString> headingRow() {
+    return {"Update element", "Version"};
+}
+
+void printUnitFrame(const KvCConsoleWriter& writer, const std::wstring& title) {
+    const std::wstring line(title.size() + 4, L'*');
+    writer.print(L"\n%s\n* %s *\n%s\n", line.c_str(), title.c_str(), line.c_str());
+}
+
+} // namespace
+
+KvCTargetInventory::~KvCTargetInventory() {
+    fileSystemTemplate_.reset();
+    if (rootHandle_ != nullptr) {
+        KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
+        KvCInventoryManager::getInstance()->deleteRootHandle(errors, std::exchange(rootHandle_, nullptr));
+    }
+}
+
+bool KvCTargetInventory::scanInventory(KvCErrorListPool& errors, const KvCString& address) {
+    KvCInventoryManager& manager = *KvCInventoryManager::getInstance();
+    if (manager.createRootHandleByIpAddressList(errors, address.c_str(), rootHandle_) != 0) {
+        return false;
+    }
+    ScannedTree tree(manager);
+    if (manager.scan(errors, rootHandle_, tree.out()) != 0 || tree.root() == nullptr) {
+        return false;
+    }
+    walkInventory(errors, writer_, options_, *tree.root(), elements_, nodes_);
+    buildFileSystemTemplate();
+    determineRebootSupport(errors, *tree.root(), rebootSupportStatus_);
+    if (options_.verbose) {
+        writer_.print(L"Reboot support status: %u\n", rebootSupportStatus_);
+    }
+    return true;
+}
+
+/// The template stands for the processor board, which carries the first element of the list.
+void KvCTargetInventory::buildFileSystemTemplate() {
+    if (options_.configurationElements || systemAddress() == nullptr || elements_.empty()) {
+        return;
+    }
+    const KvTUpdateElement& first = elements_.front();
+    const KvCInventoryAddress node = first.boardAddress.getLastElement()[1];
+    if (node != KvNInventoryIDs::HCN && node != KvNInventoryIDs::CN) {
+        if (options_.verbose) {
+            writer_.print(L"WARNING: Cannot initialize file system element template. Unexpected HCN address (%hs).\n",
+                          first.boardAddress.toString().c_str());
+        }
+        return;
+    }
+    auto element = std::make_unique<KvTUpdateElement>();
+    element->boardAddress = first.boardAddress;
+    element->boardType = first.boardType;
+    element->boardVariant = first.boardVariant;
+    element->boardId = first.boardId;
+    element->serialNumber = first.serialNumber;
+    element->slot = first.slot;
+    element->slotCount = first.slotCount;
+    element->boardName = first.boardName;
+    element->unitName = first.unitName;
+    element->unitInstanceName = first.unitInstanceName;
+    element->rackName = first.rackName;
+    element->hwCompatibilityId = first.hwCompatibilityId;
+    element->swCompatibilityId = first.swCompatibilityId;
+    element->isFileSystemElement = true;
+    element->location = "*";
+    element->configured = false;
+    element->name = "Updatable file";
+    makeElementNames(element->boardName, element->boardType, element->serialNumber, element->name, element->typeName,
+                     element->displayName);
+    fileSystemTemplate_ = std::move(element);
+}
+
+void KvCTargetInventory::printElementTable() const {
+    KvTTable table;
+    if (!options_.verbose) {
+        table.push_back(headingRow());
+    }
+    std::wstring title;
+    for (const KvTUpdateElement& element : elements_) {
+        const std::wstring elementTitle = options_.verbose ? unitTitle(element) : std::wstring();
+        if (elementTitle != title) {
+            printTable(writer_, table);
+            table = {headingRow()};
+            printUnitFrame(writer_, elementTitle);
+            title = elementTitle;
+        }
+        std::vector<KvCString>& row = table.emplace_back();
+        row.push_back(element.displayName);
+        row.push_back(versionCell(element.version));
+        addStatusMarker(row, element);
+    }
+    printTable(writer_, table);
+}

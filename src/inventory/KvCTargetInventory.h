@@ -1,0 +1,61 @@
+#pragma once
+
+#include "InventoryWalk.h"
+#include "KvCErrorManager.h"
+#include "KvCInventoryAddress.h"
+#include "KvCInventoryManager.h"
+#include "KvCString.h"
+#include "KvTOptions.h"
+#include "KvTUpdateElement.h"
+#include "RebootSupport.h"
+
+#include <cstdint>
+#include <list>
+#include <memory>
+
+class KvCConsoleWriter;
+
+/// What the target holds: its update elements, the addresses of its nodes, and whether it can be rebooted.
+class KvCTargetInventory {
+public:
+    /// Both must outlive the object.
+    KvCTargetInventory(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options)
+        : writer_(writer), options_(options) {}
+    KvCTargetInventory(const KvCTargetInventory&) = delete;
+    KvCTargetInventory& operator=(const KvCTargetInventory&) = delete;
+    /// Gives the root handle back.
+    ~KvCTargetInventory();
+
+    /// Opens the target at `address` and reads its inventory. False when it cannot be opened or scanned; faults inside
+    /// the inventory print warnings and leave the item out.
+    [[nodiscard]] bool scanInventory(KvCErrorListPool& errors, const KvCString& address);
+
+    /// Prints the table of the elements; with the verbose option one for each unit.
+    void printElementTable() const;
+
+    /// In the order of the walk, grouped by unit; each record's index is its position.
+    [[nodiscard]] std::list<KvTUpdateElement>& elements() { return elements_; }
+    [[nodiscard]] const std::list<KvTUpdateElement>& elements() const { return elements_; }
+    /// Stands for files that no element of the target claims; null when the target takes none.
+    [[nodiscard]] const KvTUpdateElement* fileSystemTemplate() const { return fileSystemTemplate_.get(); }
+    /// Null until a scan has opened the target.
+    [[nodiscard]] KvCInventoryRootHandle* rootHandle() const { return rootHandle_; }
+    /// Null when the target has no such node.
+    [[nodiscard]] const KvCInventoryAddress* hcnAddress() const { return nodes_.hcn ? &*nodes_.hcn : nullptr; }
+    [[nodiscard]] const KvCInventoryAddress* cnAddress() const { return nodes_.cn ? &*nodes_.cn : nullptr; }
+    /// The address that stands for the whole system: the HCN's, else the CN's, else null.
+    [[nodiscard]] const KvCInventoryAddress* systemAddress() const { return nodes_.hcn ? hcnAddress() : cnAddress(); }
+    /// One of KvERebootSupport.
+    [[nodiscard]] std::uint32_t rebootSupportStatus() const { return rebootSupportStatus_; }
+
+private:
+    void buildFileSystemTemplate();
+
+    const KvCConsoleWriter& writer_;
+    const KvNReflasher::KvTOptions& options_;
+    std::list<KvTUpdateElement> elements_;
+    std::unique_ptr<KvTUpdateElement> fileSystemTemplate_;
+    KvCInventoryRootHandle* rootHandle_ = nullptr;
+    KvTNodeAddresses nodes_;
+    std::uint32_t rebootSupportStatus_ = rebootNotDetermined;
+};

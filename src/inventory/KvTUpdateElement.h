@@ -1,0 +1,109 @@
+#pragma once
+
+#include "KvCInventoryAddress.h"
+#include "KvCInventoryItem.h"
+#include "KvCString.h"
+#include "KvCVersion.h"
+#include "OwnedErrorList.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+/// Archive file index of an element that no archive entry matches.
+inline constexpr std::uint32_t noArchiveFile = 0xFFFFFFFF;
+
+/// Where an element stands in the running update.
+enum KvEUpdateState : std::uint32_t {
+    notToBeUpdated = 0, ///< also when its update file is missing
+    toBeUpdated = 1,
+    updateStarted = 2,
+    updateFailed = 3,
+    updateCancelled = 4, ///< an earlier update on the same board failed
+    updateFinished = 5   ///< the target may still have reported errors
+};
+
+/// The error lists of an element.
+enum KvEErrorListIndex : std::size_t {
+    callErrors = 0,  ///< of transfer, start and status calls
+    targetErrors = 1 ///< reported by the target for the finished update
+};
+
+/// One updatable element found on the target, with its board and unit, its plan and its execution state.
+struct KvTUpdateElement {
+    /// Grouping key of the element list. Points into the scanned tree: not to be followed after the scan.
+    const KvCInventoryItem* unitItem = nullptr;
+
+    // Board.
+    KvCInventoryAddress boardAddress;
+    KvCString boardType;
+    KvCString boardVariant;
+    std::uint32_t boardId = 0;
+    /// The upper 8 bits may hold a sub-number.
+    std::uint32_t serialNumber = 0;
+    std::uint32_t slot = 0;
+    /// 0: the board has no slot.
+    std::uint32_t slotCount = 0;
+    /// Name or type of the board, and its variant in parentheses.
+    KvCString boardName;
+
+    // Unit.
+    KvCString unitName;
+    KvCString unitInstanceName;
+    KvCString rackName;
+
+    // Element.
+    /// Position in the element list, from 0.
+    std::uint32_t index = 0;
+    /// A file of the target's file system rather than an element that the target updates itself.
+    bool isFileSystemElement = false;
+    KvCInventoryAddress elementAddress;
+    std::uint32_t elementId = 0;
+    /// Path of a file-system element; "*" takes any.
+    KvCString location;
+    std::uint32_t hwCompatibilityId = 0;
+    std::uint32_t swCompatibilityId = 0;
+    std::uint32_t typeId = 0;
+    std::uint32_t custom = 0;
+    /// The element is a configuration element.
+    bool configured = true;
+    bool valid = false;
+    bool active = false;
+    bool hasChecksum = false;
+    /// CRC-32 of the installed image.
+    std::uint32_t checksumCrc32 = 0;
+    /// The installed version.
+    KvCVersion version;
+    KvCString name;
+    KvCString versionHistory;
+    KvCString displayName;
+    KvCString typeName;
+
+    // Plan.
+    /// Index of the matching archive entry, or noArchiveFile.
+    std::uint32_t archiveFileIndex = noArchiveFile;
+    /// Meaningful for an enabled element with an archive entry.
+    std::uint32_t phase = 0;
+    bool upToDate = false;
+    /// The element takes no part in the update.
+    bool disabled = false;
+
+    // Execution.
+    /// One of KvEUpdateState.
+    std::uint32_t updateState = notToBeUpdated;
+    /// Failed status queries in a row.
+    std::uint32_t pollFailures = 0;
+    /// Indexed by KvEErrorListIndex; created once the element is in the list.
+    std::array<OwnedErrorList, 2> errorLists;
+
+    [[nodiscard]] bool hasArchiveFile() const { return archiveFileIndex != noArchiveFile; }
+    /// An error was collected for this element.
+    [[nodiscard]] bool hasErrors() const {
+        return errorLists[callErrors]->getErrorCount() != 0 || errorLists[targetErrors]->getErrorCount() != 0;
+    }
+    void createErrorLists() {
+        for (OwnedErrorList& list : errorLists) {
+            list = OwnedErrorList::create();
+        }
+    }
+};

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "KvCString.h"
+#include "KvNJson.h"
+#include "KvTArchiveFile.h"
+#include "KvTUpdateElement.h"
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+/// A property of an update element as the description's values are compared with it: absent, a text or a number.
+using KvTElementValue = std::variant<std::monostate, std::string_view, std::uint32_t>;
+
+/// True when a value of the description, or one item of it when it is an array, equals the element's: both null, the
+/// same text byte for byte, or the same unsigned number.
+[[nodiscard]] bool matchesValue(KvNJson::jsonView archiveValue, const KvTElementValue& elementValue);
+
+/// The tests that decide whether an entry is meant for an element, in their order.
+enum class KvEMatchTest : std::uint8_t {
+    boardType,
+    boardVariant,
+    boardId,
+    /// File-system elements take target paths, all others identifiers.
+    addressing,
+    id,
+    targetPath,
+    hwCompatibilityId,
+    swCompatibilityId,
+    /// All tests passed.
+    none
+};
+
+/// The values of an entry for one of its board types: those of an element of "boards", where that has them, else
+/// those of the entry. Looks into the entry's description, which must stay as it is.
+struct KvTEntrySelection {
+    KvNJson::jsonView boardType;
+    KvNJson::jsonView boardVariant;
+    KvNJson::jsonView boardId;
+    KvNJson::jsonView hwCompatibilityId;
+    KvNJson::jsonView swCompatibilityId;
+    bool hasTargetPath = false;
+    std::optional<std::uint32_t> id;
+    std::optional<std::string_view> targetPath;
+};
+
+/// The selections of an entry: one for each element of its "boards" in order, or the entry itself.
+[[nodiscard]] std::vector<KvTEntrySelection> selectionsOf(const KvTArchiveFile& file);
+
+/// The first test that the selection fails for `element`. An element whose location is "*" takes any target path.
+[[nodiscard]] KvEMatchTest firstFailingTest(const KvTUpdateElement& element, const KvTEntrySelection& selection);
+
+/// True when `file` is meant for `element`. The first selection of the element's board type decides alone.
+/// `targetPath` receives the path of a file-system entry.
+[[nodiscard]] bool matchesFile(const KvTUpdateElement& element, const KvTArchiveFile& file, KvCString& targetPath);

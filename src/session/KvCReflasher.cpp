@@ -1,0 +1,89 @@
+#include "KvCReflasher.h"
+
+#include "ErrorReport.h"
+#include "TextConversions.h"
+#include "WithoutException.h"
+
+KvIReflasher* KvIReflasher::createInstance(KvNReflasher::KvTOptions options) {
+    return KvCReflasher::create(options, ::operator new);
+}
+
+KvCReflasher* KvCReflasher::create(const KvNReflasher::KvTOptions& options, Allocate allocate) {
+    void* block = allocate(sizeof(KvCReflasher));
+    if (block == nullptr) {
+        return nullptr;
+    }
+    try {
+        return ::new (block) KvCReflasher(options);
+    } catch (...) {
+        ::operator delete(block);
+        throw;
+    }
+}
+
+KvCReflasher::KvCReflasher(const KvNReflasher::KvTOptions& options) : options_(options) {}
+
+void KvCReflasher::getArchiveInfo(std::wstring& archiveName, std::wstring& archiveVersion, std::wstring& productName,
+                                  std::wstring& formatVersion, std::wstring& archiveVariant) {
+    withoutException(false, [&] {
+        const KvTArchiveInfo& info = archive_.info();
+        archiveName = toWide(info.archiveName);
+        archiveVersion = toWide(info.archiveVersion.getAsString());
+        productName = toWide(info.productName);
+        formatVersion = toWide(info.formatVersion.getAsString());
+        archiveVariant = toWide(info.archiveVariant);
+        return true;
+    });
+}
+
+void KvCReflasher::disableUpdateElement(std::uint32_t index) {
+    std::uint32_t position = 0;
+    for (KvTUpdateElement& element : inventory_.elements()) {
+        if (position++ == index) {
+            element.disabled = true;
+            return;
+        }
+    }
+}
+
+bool KvCReflasher::getRebootSupportStatus(std::uint32_t& status) {
+    status = inventory_.rebootSupportStatus();
+    return withoutException(false, [&] {
+        switch (status) {
+        case rebootSupported:
+            return true;
+        case rebootNotDetermined:
+            writer_.print(L"ERROR: Device cannot be rebooted automatically (wrong command sequence).\n");
+            return false;
+        case rebootNotByFirmware:
+            writer_.print(L"WARNING: Device cannot be rebooted automatically (not supported by the firmware version "
+                          L"installed on this device).\n");
+            return false;
+        case rebootNotByDevice:
+            writer_.print(L"WARNING: Device cannot be rebooted automatically (not supported by this device).\n");
+            return false;
+        case rebootCheckFailed:
+            writer_.print(L"ERROR: Device cannot be rebooted automatically (an error occurred while checking the "
+                          L"reboot support status).\n");
+            return false;
+        default:
+            return false;
+        }
+    });
+}
+
+bool KvCReflasher::reboot() {
+    std::uint32_t status = 0;
+    if (!getRebootSupportStatus(status)) {
+        return false;
+    }
+    return withoutException(false, [&] {
+        KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
+        if (targetAccess_.rebootDevice(errors)) {
+            return true;
+        }
+        writer_.print(L"ERROR: Device cannot be rebooted. Command failed.\n");
+        printErrorReport(writer_, options_, errors, reportIndentation);
+        return false;
+    });
+}

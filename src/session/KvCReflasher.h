@@ -1,0 +1,59 @@
+#pragma once
+
+#include "KvCConsoleWriter.h"
+#include "KvCFirmwareArchive.h"
+#include "KvCTargetAccess.h"
+#include "KvCTargetInventory.h"
+#include "KvCUpdateDriver.h"
+#include "KvCUpdatePlanner.h"
+#include "KvIReflasher.h"
+#include "KvTCallbacks.h"
+
+#include <cstddef>
+
+/// A session: owns every record of it and wires them together. Members are destroyed in reverse order, which gives the
+/// device handle back before the inventory's root handle.
+class KvCReflasher final : public KvIReflasher {
+public:
+    /// Allocates a block of `size` bytes, as the ordinary operator new does.
+    using Allocate = void* (*)(std::size_t size);
+
+    /// Makes a session in a block of `allocate`; null when that yields null.
+    [[nodiscard]] static KvCReflasher* create(const KvNReflasher::KvTOptions& options, Allocate allocate);
+
+    void setPhaseCallback(KvNReflasher::KvTNumberCallback callback) override { callbacks_.phase = callback; }
+    void setElementErrorCallback(KvNReflasher::KvTNumberCallback callback) override {
+        callbacks_.elementError = callback;
+    }
+    void setProgressCallback(KvNReflasher::KvTNumberCallback callback) override { callbacks_.progress = callback; }
+    void setMessageCallback(KvNReflasher::KvTMessageCallback callback) override { callbacks_.message = callback; }
+    std::uint32_t prepare() override;
+    bool run() override;
+    void getArchiveInfo(std::wstring& archiveName, std::wstring& archiveVersion, std::wstring& productName,
+                        std::wstring& formatVersion, std::wstring& archiveVariant) override;
+    std::uint32_t reservedQuery() override { return 0; }
+    void getUpdateElements(KvNReflasher::KvTUpdateElementInfo*& elements, std::uint32_t& count) override;
+    void disableUpdateElement(std::uint32_t index) override;
+    void getArchiveFiles(KvNReflasher::KvTArchiveFileInfo*& files, std::uint32_t& count) override;
+    bool getRebootSupportStatus(std::uint32_t& status) override;
+    bool reboot() override;
+
+private:
+    explicit KvCReflasher(const KvNReflasher::KvTOptions& options);
+
+    [[nodiscard]] std::uint32_t prepareSession();
+    [[nodiscard]] bool connect(KvCErrorListPool& errors);
+    [[nodiscard]] bool isTargetSupported();
+    [[nodiscard]] bool runSession();
+    [[nodiscard]] bool runMode(KvCErrorListPool& errors);
+    void printBanner() const;
+
+    const KvNReflasher::KvTOptions options_;
+    KvTCallbacks callbacks_;
+    const KvCConsoleWriter writer_{callbacks_};
+    KvCTargetAccess targetAccess_{writer_, options_};
+    KvCFirmwareArchive archive_{writer_, options_};
+    KvCTargetInventory inventory_{writer_, options_};
+    KvCUpdatePlanner planner_{writer_, options_, archive_, inventory_};
+    KvCUpdateDriver driver_{writer_, callbacks_, options_, planner_, targetAccess_};
+};

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+/// Closes a stream at the end of its scope.
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using FileStream = std::unique_ptr<std::FILE, FileCloser>;
+
+// Paths are wide texts; off Windows a "\" separates like a "/".
+
+/// Opens a file for binary reading; null when that is not possible. A folder cannot be opened.
+[[nodiscard]] FileStream openForReading(const std::wstring& path);
+
+/// Creates a file for binary writing, emptying an existing one; null when that is not possible.
+[[nodiscard]] FileStream openForWriting(const std::wstring& path);
+
+/// True when something of this name exists.
+[[nodiscard]] bool pathExists(const std::wstring& path);
+
+/// True when the attributes of `path` can be read.
+[[nodiscard]] bool hasFileAttributes(const std::wstring& path);
+
+/// Size of a file in bytes; a file that is missing is created empty. 0 when it cannot be opened.
+[[nodiscard]] std::uint64_t sizeOfFileCreatedIfMissing(const std::wstring& path);

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdarg>
+#include <cstddef>
+#include <cstdio>
+
+// The wide printf family: "%s" takes a wide text, "%hs" a narrow one. A narrow text goes into wide text one character
+// per byte. Results count characters (bytes of narrow texts); -1 on failure.
+
+/// Length of the formatted text, without the terminating zero.
+[[nodiscard]] int countFormatted(const wchar_t* format, std::va_list arguments);
+
+/// Writes the formatted text and a terminating zero into `buffer` of `size` characters, which must hold both.
+int formatIntoBuffer(wchar_t* buffer, std::size_t size, const wchar_t* format, std::va_list arguments);
+
+/// Writes the formatted text to `stream`, without flushing it.
+int writeFormatted(std::FILE* stream, const wchar_t* format, std::va_list arguments);

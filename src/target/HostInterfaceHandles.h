@@ -1,0 +1,33 @@
+#pragma once
+
+#include "KvHostInterface.h"
+
+#include <cstdint>
+#include <utility>
+
+/// Owns a handle of the host interface and gives it back at the end with `deleteHandle`, whose errors go to the list
+/// that was given. release() gives it back earlier, where its status matters.
+template <typename Handle, std::int32_t (*deleteHandle)(KvCErrorListPool&, Handle)>
+class HostInterfaceHandle {
+public:
+    explicit HostInterfaceHandle(KvCErrorListPool& errors) : errors_(errors) {}
+    HostInterfaceHandle(const HostInterfaceHandle&) = delete;
+    HostInterfaceHandle& operator=(const HostInterfaceHandle&) = delete;
+    ~HostInterfaceHandle() { (void)release(); }
+
+    [[nodiscard]] Handle get() const { return handle_; }
+    /// For the operation that creates the handle.
+    [[nodiscard]] Handle& out() { return handle_; }
+    /// Gives the handle back; its status, 0 when there is none.
+    [[nodiscard]] std::int32_t release() {
+        return handle_ != nullptr ? deleteHandle(errors_, std::exchange(handle_, nullptr)) : 0;
+    }
+
+private:
+    KvCErrorListPool& errors_;
+    Handle handle_ = nullptr;
+};
+
+using DeviceFilter = HostInterfaceHandle<KvHIMFilterHandle, KvHIM_deleteFilter>;
+using DeviceHandle = HostInterfaceHandle<KvHIMDeviceHandle, KvHIM_deleteDeviceHandle>;
+using FileTransferClient = HostInterfaceHandle<KvHIMFTClientHandle, KvHIM_deleteFTClientHandle>;

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+/// The bytes of a session's message. Narrow texts stand in a message one byte per character: characters up to U+00FF
+/// that, taken as bytes, are one well-formed UTF-8 character become these bytes; every other character is encoded as
+/// UTF-8.
+[[nodiscard]] std::string messageBytes(const std::wstring& message);
+
+/// `text` as a terminal may show it: control characters other than line feed, carriage return and tab, and U+0080 to
+/// U+009F, are replaced by \xHH.
+[[nodiscard]] std::string visibleOnTerminal(const std::string& text);

@@ -1,0 +1,144 @@
+#include "Session.h"
+
+#include "EventLog.h"
+#include "KvEmulation.h"
+#include "KvIReflasher.h"
+#include "MessageText.h"
+#include "QueryDocument.h"
+#include "Terminal.h"
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+using KvNReflasher::KvTOptions;
+
+/// Where the notification functions, which are given no context, find the session's outputs. One session runs at a
+/// time.
+struct Outputs {
+    EventLog events;
+    std::FILE* messages = stdout;
+    bool terminal = false;
+};
+
+Outputs* currentOutputs = nullptr;
+
+void writeText(std::FILE* stream, const std::string& text, bool terminal) {
+    const std::string shown = terminal ? visibleOnTerminal(text) : text;
+    std::fwrite(shown.data(), 1, shown.size(), stream);
+    std::fflush(stream);
+}
+
+/// Says something of the tool's own.
+void say(const std::string& text) {
+    writeText(stderr, "kvreflash: " + text + "\n", isTerminal(stderr));
+}
+
+void onMessage(const std::wstring& message) {
+    writeText(currentOutputs->messages, messageBytes(message), currentOutputs->terminal);
+}
+
+void onPhase(std::uint32_t phase) {
+    currentOutputs->events.write("phase", phase);
+}
+
+void onProgress(std::uint32_t percentage) {
+    currentOutputs->events.write("progress", percentage);
+}
+
+void onElementError(std::uint32_t index) {
+    currentOutputs->events.write("elementError", index);
+}
+
+/// Makes `outputs` the ones that the notification functions write to.
+class CurrentOutputs {
+public:
+    explicit CurrentOutputs(Outputs& outputs) { currentOutputs = &outputs; }
+    CurrentOutputs(const CurrentOutputs&) = delete;
+    CurrentOutputs& operator=(const CurrentOutputs&) = delete;
+    ~CurrentOutputs() { currentOutputs = nullptr; }
+};
+
+bool serveEmulatedTargets(const std::vector<std::string>& folders) {
+    for (const std::string& folder : folders) {
+        const KvEmulation::KvTServeResult result = KvEmulation::serve(folder);
+        for (const std::string& warning : result.warnings) {
+            say("warning: " + warning);
+        }
+        if (!result.served) {
+            say(result.error);
+            return false;
+        }
+    }
+    return true;
+}
+
+/// The library writes to standard output itself unless the tool must see its messages.
+void setCallbacks(KvIReflasher& session, const KvTCommandLine& line, Outputs& outputs) {
+    outputs.messages = line.json ? stderr : stdout;
+    outputs.terminal = isTerminal(outputs.messages);
+    if (line.json || outputs.terminal) {
+        session.setMessageCallback(onMessage);
+    }
+    if (!line.eventsFile.empty()) {
+        session.setPhaseCallback(onPhase);
+        session.setProgressCallback(onProgress);
+        session.setElementErrorCallback(onElementError);
+    }
+}
+
+/// Prepares, runs and, when asked for, reboots.
+ExitCode performSession(KvIReflasher& session, const KvTCommandLine& line) {
+    const std::uint32_t prepared = session.prepare();
+    if (prepared != 0) {
+        return prepared == exitTargetNotSupported ? exitTargetNotSupported : exitFailed;
+    }
+    for (const std::uint32_t element : line.disabledElements) {
+        session.disableUpdateElement(element);
+    }
+    bool success = session.run();
+    if (line.json) {
+        const std::string document = queryDocument(session, line.options.mode);
+        success = std::fwrite(document.data(), 1, document.size(), stdout) == document.size() &&
+                  std::fflush(stdout) == 0 && success;
+    }
+    if (success && line.reboot) {
+        success = session.reboot();
+    }
+    return success ? exitSuccess : exitFailed;
+}
+
+} // namespace
+
+ExitCode runSession(const KvTCommandLine& line) {
+    Outputs outputs;
+    const CurrentOutputs current(outputs);
+    if (!serveEmulatedTargets(line.emulatedTargets)) {
+        return exitFailed;
+    }
+    if (!line.eventsFile.empty() && !outputs.events.open(line.eventsFile)) {
+        say("cannot create " + line.eventsFile);
+        return exitFailed;
+    }
+    const std::unique_ptr<KvIReflasher> session(KvIReflasher::createInstance(line.options));
+    if (session == nullptr) {
+        say("out of memory");
+        return exitFailed;
+    }
+    setCallbacks(*session, line, outputs);
+    ExitCode result = performSession(*session, line);
+    if (!outputs.events.close()) {
+        say("cannot write " + line.eventsFile);
+        result = result == exitSuccess ? exitFailed : result;
+    }
+    return result;
+}
+
+ExitCode runTool(const std::vector<std::string>& arguments) {
+    const auto line = readCommandLine(arguments);
+    if (const auto* exitCode = std::get_if<ExitCode>(&line)) {
+        return *exitCode;
+    }
+    return runSession(std::get<KvTCommandLine>(line));
+}
