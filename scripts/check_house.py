@@ -91,7 +91,7 @@ def functions(code):
 
 
 def span(text, begin, end):
-    begin += len(text[begin:end]) - len(text[begin:end].lstrip())
+    begin += re.match(r"\s*(?:(?:public|protected|private)\s*:\s*)?", text[begin:end]).end()
     return text.count("\n", 0, begin) + 1, text.count("\n", 0, end) + 1
 
 

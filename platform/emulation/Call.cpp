@@ -5,6 +5,15 @@
 #include <string>
 #include <utility>
 
+namespace {
+
+/// JSON values are made of unsigned and of real numbers only.
+KvNJson::json numberOf(std::int64_t number) {
+    return KvNJson::json::parse(std::to_string(number));
+}
+
+} // namespace
+
 Call::Call(Operation operation, KvCErrorListPool& errors)
     : traits_(traitsOf(operation)), errors_(errors), lock_(EmulationService::instance().mutex()), subject_{operation} {
     if (traits_.isTraced && Trace::isWanted()) {

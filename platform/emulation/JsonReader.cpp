@@ -41,7 +41,7 @@ constexpr std::array faultTexts{
     FaultText{json::error::illegal_leading_surrogate, "One half of a surrogate pair stands alone."},
     FaultText{json::error::illegal_trailing_surrogate, "One half of a surrogate pair stands alone."},
     FaultText{json::error::expected_utf16_escape, "One half of a surrogate pair stands alone."},
-    FaultText{json::error::expected_hex_digit, "\"\\u\" needs four hexadecimal digits."},
+    FaultText{json::error::expected_hex_digit, R"("\u" needs four hexadecimal digits.)"},
 };
 
 } // namespace
@@ -101,9 +101,8 @@ bool JsonReader::read(std::string_view piece) {
 }
 
 bool JsonReader::finish() {
-    constexpr std::string_view nothing = "";
     try {
-        parser_.write_some(false, nothing.data(), nothing.size(), fault_);
+        parser_.write_some(false, "", 0, fault_);
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception&) {

@@ -124,9 +124,6 @@ const char* KvCErrorListPool::getErrorText(std::uint32_t index) const {
     return impl_->entryAt(index).text.c_str();
 }
 
-KvCErrorList::KvCErrorList() = default;
-KvCErrorList::~KvCErrorList() = default;
-
 struct KvCErrorManager::Impl {
     KvCErrorList masterList;
     std::mutex mutex;
@@ -139,7 +136,7 @@ KvCErrorManager::~KvCErrorManager() = default;
 
 KvCErrorManager* KvCErrorManager::getInstance() {
     // Never destroyed: destructors of static objects may still report errors.
-    static KvCErrorManager* const manager = new KvCErrorManager;
+    static auto* const manager = new KvCErrorManager;
     return manager;
 }
 

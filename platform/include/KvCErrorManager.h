@@ -25,11 +25,13 @@ struct KvTErrorEntry {
 /// A list of collected errors. Every operation of the device access libraries takes one and appends to it when it
 /// fails: a call is judged by comparing the error count before and after it. The pair getErrorCountLock() and
 /// getErrorCountUnlock() keeps the list locked for other threads in between; the calling thread may go on using it.
-/// Indices count from 0 and must be below getNumberOfUsedEntries().
+/// Indices count from 0; beyond getNumberOfUsedEntries() there are 0 and empty texts.
 class KV_PLATFORM_API KvCErrorListPool {
 public:
     KvCErrorListPool(const KvCErrorListPool&) = delete;
+    KvCErrorListPool(KvCErrorListPool&&) = delete;
     KvCErrorListPool& operator=(const KvCErrorListPool&) = delete;
+    KvCErrorListPool& operator=(KvCErrorListPool&&) = delete;
 
     /// Appends copies of all entries of `other`.
     KvCErrorListPool& operator+=(const KvCErrorListPool& other);
@@ -68,17 +70,25 @@ private:
 
 /// An error list of its own, made and released by the error manager.
 class KV_PLATFORM_API KvCErrorList final : public KvCErrorListPool {
+public:
+    KvCErrorList(const KvCErrorList&) = delete;
+    KvCErrorList(KvCErrorList&&) = delete;
+    KvCErrorList& operator=(const KvCErrorList&) = delete;
+    KvCErrorList& operator=(KvCErrorList&&) = delete;
+
 private:
     friend class KvCErrorManager;
-    KvCErrorList();
-    ~KvCErrorList();
+    KvCErrorList() = default;
+    ~KvCErrorList() = default;
 };
 
 /// The process's one error manager. Safe to use from several threads.
 class KV_PLATFORM_API KvCErrorManager {
 public:
     KvCErrorManager(const KvCErrorManager&) = delete;
+    KvCErrorManager(KvCErrorManager&&) = delete;
     KvCErrorManager& operator=(const KvCErrorManager&) = delete;
+    KvCErrorManager& operator=(KvCErrorManager&&) = delete;
 
     /// Never null; lives as long as the process.
     static KvCErrorManager* getInstance();

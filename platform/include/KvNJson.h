@@ -120,7 +120,7 @@ private:
     void swap(json& other) noexcept;
 
     static constexpr std::size_t nodeSize = 24;
-    alignas(8) unsigned char node_[nodeSize];
+    alignas(8) unsigned char node_[nodeSize]{};
     /// The memory that the value lives in; null when it has memory of its own.
     std::shared_ptr<void> document_;
     bool invalid_ = false;

@@ -29,10 +29,14 @@ KvTErrorEntry entryOf(std::uint32_t code, std::string text = "text") {
 
 /// With a list of its own and the ledger as it was before.
 class ErrorListTest : public testing::Test {
+public:
+    ErrorListTest(const ErrorListTest&) = delete;
+    ErrorListTest(ErrorListTest&&) = delete;
+    ErrorListTest& operator=(const ErrorListTest&) = delete;
+    ErrorListTest& operator=(ErrorListTest&&) = delete;
+
 protected:
     ErrorListTest() : before_(KvEmulation::ledger()), list_(createList()) {}
-    ErrorListTest(const ErrorListTest&) = delete;
-    ErrorListTest& operator=(const ErrorListTest&) = delete;
     ~ErrorListTest() override { manager().deleteErrorList(list_); }
 
     KvCErrorList& list() { return *list_; }

@@ -49,7 +49,7 @@ TEST(KvCInventoryAddress, JoiningLeavesTheOperandsAsTheyWere) {
 
 struct AddressText {
     KvCInventoryAddress address;
-    const char* text;
+    const char* text = nullptr;
 };
 
 TEST(KvCInventoryAddress, PrintsEveryComponentWithItsInstance) {

@@ -19,7 +19,9 @@ class ErrorList {
 public:
     ErrorList() : list_(KvCErrorManager::getInstance()->createErrorList(0, 1, 20, 5, 300)) {}
     ErrorList(const ErrorList&) = delete;
+    ErrorList(ErrorList&&) = delete;
     ErrorList& operator=(const ErrorList&) = delete;
+    ErrorList& operator=(ErrorList&&) = delete;
     ~ErrorList() { KvCErrorManager::getInstance()->deleteErrorList(list_); }
 
     KvCErrorList& operator*() const { return *list_; }

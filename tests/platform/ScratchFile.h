@@ -21,7 +21,9 @@ public:
         }
     }
     ScratchFile(const ScratchFile&) = delete;
+    ScratchFile(ScratchFile&&) = delete;
     ScratchFile& operator=(const ScratchFile&) = delete;
+    ScratchFile& operator=(ScratchFile&&) = delete;
     ~ScratchFile() {
         std::error_code ignored;
         std::filesystem::remove(path_, ignored);
