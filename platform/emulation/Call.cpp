@@ -15,7 +15,8 @@ KvNJson::json numberOf(std::int64_t number) {
 } // namespace
 
 Call::Call(Operation operation, KvCErrorListPool& errors)
-    : traits_(traitsOf(operation)), errors_(errors), lock_(EmulationService::instance().mutex()), subject_{operation} {
+    : traits_(traitsOf(operation)), errors_(errors),
+      lock_(EmulationService::instance().mutex()), subject_{operation, nullptr, std::nullopt} {
     if (traits_.isTraced && Trace::isWanted()) {
         line_ = KvNJson::json::makeObject();
         line_->set("call", traits_.name);
@@ -57,7 +58,6 @@ std::int64_t Call::fail(const Failure& failure) {
 
 std::optional<std::int64_t> Call::decide() {
     if (auto effect = meetFaults()) {
-        isFaulted_ = true;
         entries_ = std::move(effect->errors);
         return effect->status;
     }

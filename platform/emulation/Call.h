@@ -36,11 +36,17 @@ public:
     /// Makes the call: `operation` runs unless a fault or the service's status decides. The result of the call.
     template <class Body>
     std::int64_t run(Body operation) {
+        return run(operation, [] {});
+    }
+    /// The same; `whenDecided` runs instead of `operation`.
+    template <class Body, class Otherwise>
+    std::int64_t run(Body operation, Otherwise whenDecided) {
         const std::optional<std::int64_t> decided = decide();
+        if (decided) {
+            whenDecided();
+        }
         return end(decided ? *decided : operation());
     }
-    /// True once a fault has decided.
-    [[nodiscard]] bool isFaulted() const noexcept { return isFaulted_; }
 
     /// Adds an error; the result of a failed call.
     std::int64_t fail(const Failure& failure);
@@ -61,5 +67,4 @@ private:
     /// Only when a trace is wanted.
     std::optional<KvNJson::json> line_;
     std::vector<KvTErrorEntry> entries_;
-    bool isFaulted_ = false;
 };

@@ -109,7 +109,8 @@ OrFailure<const ItemDescription*> EmulatedTarget::findElement(const KvCInventory
     }
     const auto found = elements_.find({item, id});
     if (found == elements_.end()) {
-        return Failure{EmulationErrors::notFound, textOf(board) + " has no element with the ID " + std::to_string(id) + "."};
+        return Failure{EmulationErrors::notFound,
+                       textOf(board) + " has no element with the ID " + std::to_string(id) + "."};
     }
     if (found->second.isAmbiguous) {
         return Failure{EmulationErrors::notFound,
@@ -154,8 +155,7 @@ void EmulatedTarget::indexItems(const ItemDescription& item, std::vector<std::st
         indexElement(item, warnings);
         indexLocation(item);
     } else if (item.hasUpdate()) {
-        warnings.push_back(textOf(item.address()) +
-                           " is no element, so that its update behaviour has no meaning.");
+        warnings.push_back(textOf(item.address()) + " is no element, so that its update behaviour has no meaning.");
     }
     for (const auto& child : item.items()) {
         indexItems(*child, warnings);

@@ -33,9 +33,8 @@ std::int32_t EmulationService::hostStatus() const noexcept {
     if (targets_.empty()) {
         return serviceUnreachable;
     }
-    const auto troubled = std::find_if(targets_.begin(), targets_.end(), [](const auto& target) {
-        return target->description().serviceStatus != 0;
-    });
+    const auto troubled = std::find_if(targets_.begin(), targets_.end(),
+                                       [](const auto& target) { return target->description().serviceStatus != 0; });
     return troubled != targets_.end() ? (*troubled)->description().serviceStatus : 0;
 }
 

@@ -97,8 +97,9 @@ std::optional<std::size_t> ItemDescription::setItems(std::vector<std::unique_ptr
     std::stable_sort(byIdentity_.begin(), byIdentity_.end(), [&](std::uint32_t first, std::uint32_t second) {
         return isBefore(identityAt(first), identityAt(second));
     });
-    const auto twin = std::adjacent_find(
-        byIdentity_.begin(), byIdentity_.end(),
-        [&](std::uint32_t first, std::uint32_t second) { return identityAt(first) == identityAt(second); });
+    const auto twin =
+        std::adjacent_find(byIdentity_.begin(), byIdentity_.end(), [&](std::uint32_t first, std::uint32_t second) {
+            return identityAt(first) == identityAt(second);
+        });
     return twin == byIdentity_.end() ? std::nullopt : std::optional<std::size_t>(*std::next(twin));
 }

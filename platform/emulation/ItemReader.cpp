@@ -56,8 +56,7 @@ bool readActivation(const JsonPlace& place, UpdateBehaviour& update) {
     if (text != "immediate" && text != "reboot") {
         return place.refuse(R"("immediate" or "reboot" is expected)");
     }
-    update.activation =
-        text == "reboot" ? UpdateBehaviour::Activation::reboot : UpdateBehaviour::Activation::immediate;
+    update.activation = text == "reboot" ? UpdateBehaviour::Activation::reboot : UpdateBehaviour::Activation::immediate;
     return true;
 }
 
@@ -162,8 +161,8 @@ bool readChildren(const JsonPlace& place, ItemDescription& item) {
     }
     if (const auto twin = item.setItems(std::move(children))) {
         const KvCInventoryAddress& id = item.items()[*twin]->id();
-        return place.item(*twin).refuse("the instance " + std::to_string(id.getComponents().front().instance) +
-                                        " of " + std::string(InventoryNames::nameOf(id.getCategory())) +
+        return place.item(*twin).refuse("the instance " + std::to_string(id.getComponents().front().instance) + " of " +
+                                        std::string(InventoryNames::nameOf(id.getCategory())) +
                                         " is given twice among siblings");
     }
     return true;

@@ -23,7 +23,8 @@ OrFailure<InventoryTreeFile> readFile(const char* path) {
     std::string reason;
     InventoryTreeFile tree = readInventoryTreeFile(*file, reason);
     if (tree.root == nullptr) {
-        return Failure{EmulationErrors::notAnInventoryTree, "\"" + text + "\" is no inventory tree file: " + reason + "."};
+        return Failure{EmulationErrors::notAnInventoryTree,
+                       "\"" + text + "\" is no inventory tree file: " + reason + "."};
     }
     return tree;
 }

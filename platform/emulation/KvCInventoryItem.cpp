@@ -117,7 +117,13 @@ std::unique_ptr<KvCInventoryItem> KvCInventoryItem::Impl::makeItem(const Invento
 
 KvCInventoryItem::KvCInventoryItem(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
 
-KvCInventoryItem::~KvCInventoryItem() = default;
+KvCInventoryItem::~KvCInventoryItem() {
+    if (impl_ != nullptr && impl_->ownedSource != nullptr && impl_->ownedSource->target != nullptr) {
+        EmulationService& service = EmulationService::instance();
+        const std::lock_guard guard(service.mutex());
+        service.trees.erase(this);
+    }
+}
 
 const KvCInventoryAddress& KvCInventoryItem::getID() const {
     return impl_->description->id();

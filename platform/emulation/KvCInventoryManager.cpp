@@ -88,8 +88,8 @@ TransferProgress progressFor(KvNInventoryManager::KvTransferProgress progress, v
 
 std::unique_ptr<KvCInventoryItem> scanTarget(const std::shared_ptr<EmulatedTarget>& target) {
     const std::shared_ptr<const ItemDescription> root(target, target->description().inventory.get());
-    return KvCInventoryItem::Impl::makeTree(std::make_unique<InventoryTreeSource>(InventoryTreeSource{
-        root, target->installedElements(), target, HeldCount(Ledger::instance().inventoryTrees)}));
+    return KvCInventoryItem::Impl::makeTree(std::make_unique<InventoryTreeSource>(
+        InventoryTreeSource{root, target->installedElements(), target, HeldCount(Ledger::instance().inventoryTrees)}));
 }
 
 } // namespace
@@ -176,16 +176,19 @@ std::uint32_t KvCInventoryManager::lock(KvCErrorListPool& errors, KvCInventoryRo
 
 std::uint32_t KvCInventoryManager::unlock(KvCErrorListPool& errors, void* lockHandle) {
     Call call(Operation::unlock, errors);
-    const auto* const found = call.service().locks.find(lockHandle);
-    const std::shared_ptr<UpdateSession> session = found != nullptr ? *found : nullptr;
+    const auto* const session = call.service().locks.find(lockHandle);
     if (session != nullptr) {
-        call.bindTo(session->sharedTarget());
+        call.bindTo((*session)->sharedTarget());
     }
-    const std::int64_t result = call.run([&]() -> std::int64_t {
-        // Also counts the release of a dead handle.
+    const auto release = [&]() -> std::int64_t {
         return call.service().locks.release(lockHandle) ? 0 : call.fail(wrongLockHandle());
-    });
-    return statusOf(result);
+    };
+    const auto countAsReleased = [&] {
+        if (session != nullptr) {
+            (*session)->countAsReleased();
+        }
+    };
+    return statusOf(call.run(release, countAsReleased));
 }
 
 std::uint32_t KvCInventoryManager::transferFile(KvCErrorListPool& errors, KvCInventoryRootHandle* root,
@@ -201,8 +204,7 @@ std::uint32_t KvCInventoryManager::transferFile(KvCErrorListPool& errors, KvCInv
         if (const Outcome refusal = call.refuseUnlessLocked(session, address)) {
             return call.fail(*refusal);
         }
-        auto remote =
-            session->transferFile(address, SystemFiles::localPathOf(local), progressFor(progress, context));
+        auto remote = session->transferFile(address, SystemFiles::localPathOf(local), progressFor(progress, context));
         if (!remote.hasValue()) {
             return call.fail(remote.failure());
         }
@@ -217,12 +219,18 @@ std::uint32_t KvCInventoryManager::deleteRemoteFile(KvCErrorListPool& errors, Kv
     TargetCall call(Operation::deleteRemoteFile, errors, root);
     call.setAddress(address);
     const std::shared_ptr<UpdateSession> session = call.sessionOf(lockHandle);
-    return statusOf(call.run([&]() -> std::int64_t {
+    const auto remove = [&]() -> std::int64_t {
         if (const Outcome refusal = call.refuseUnlessLocked(session, address)) {
             return call.fail(*refusal);
         }
         return call.conclude(session->deleteRemoteFile(file));
-    }));
+    };
+    const auto countAsDeleted = [&] {
+        if (session != nullptr) {
+            session->countRemoteFileAsDeleted(file);
+        }
+    };
+    return statusOf(call.run(remove, countAsDeleted));
 }
 
 std::uint32_t KvCInventoryManager::update2(KvCErrorListPool& errors, KvCInventoryRootHandle* root,

@@ -22,7 +22,8 @@ bool isAcceptable(std::string_view component) {
 }
 
 Failure refusedPath(std::string_view path, const std::string& reason) {
-    return {EmulationErrors::fileAccess, "The target refuses the path " + JsonValues::quoted(path) + ": " + reason + "."};
+    return {EmulationErrors::fileAccess,
+            "The target refuses the path " + JsonValues::quoted(path) + ": " + reason + "."};
 }
 
 } // namespace

@@ -79,9 +79,9 @@ std::uint8_t servicePackBuildOf(std::uint8_t releaseKind) {
 }
 
 InstalledValues imageContents(const FileHead& head) {
-    const KvCVersion version(head.byteAt(Image::majorAt), head.byteAt(Image::minorAt), head.byteAt(Image::maintenanceAt),
-                             servicePackBuildOf(head.byteAt(Image::releaseKindAt)), head.wordAt(Image::servicePackAt),
-                             head.wordAt(Image::patchLevelAt));
+    const KvCVersion version(head.byteAt(Image::majorAt), head.byteAt(Image::minorAt),
+                             head.byteAt(Image::maintenanceAt), servicePackBuildOf(head.byteAt(Image::releaseKindAt)),
+                             head.wordAt(Image::servicePackAt), head.wordAt(Image::patchLevelAt));
     InstalledValues values;
     values.version = std::string(version.getAsString().view());
     values.checksum = head.longAt(Image::checksumAt);

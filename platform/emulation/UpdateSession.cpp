@@ -3,11 +3,16 @@
 #include "Ledger.h"
 #include "UpdateFileContents.h"
 
-#include <algorithm>
+#include <atomic>
+#include <cstdint>
 #include <system_error>
 #include <utility>
 
 namespace {
+
+/// The number of the file that was transferred last by this process: a file is never mistaken for one of an earlier
+/// session.
+std::atomic<std::uint64_t> lastTransfer{0};
 
 Failure noSuchRemoteFile(const UpdateSession::RemoteFileHandle& handle) {
     return {EmulationErrors::wrongHandle,
@@ -61,7 +66,8 @@ OrFailure<UpdateSession::RemoteFileHandle> UpdateSession::transferFile(const KvC
     if (source == nullptr) {
         return fileFailure("read", SystemFiles::textOf(local), fault);
     }
-    auto remote = target_->state().createTransferredFile(++lastFile_);
+    const std::uint64_t number = ++lastTransfer;
+    auto remote = target_->state().createTransferredFile(number);
     if (!remote.hasValue()) {
         return remote.failure();
     }
@@ -74,7 +80,7 @@ OrFailure<UpdateSession::RemoteFileHandle> UpdateSession::transferFile(const KvC
     }
     RemoteFileHandle handle;
     handle.node = node.toString();
-    handle.path = KvCString("transferred/" + std::to_string(lastFile_));
+    handle.path = KvCString("transferred/" + std::to_string(number));
     files_.emplace(handle.path.view(), RemoteFile{path, HeldCount(Ledger::instance().remoteFiles)});
     return handle;
 }

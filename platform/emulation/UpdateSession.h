@@ -32,9 +32,8 @@ public:
     /// The ledger counts lock and files as given back from now on, whether or not they really are.
     void countAsReleased() noexcept;
 
-    [[nodiscard]] OrFailure<RemoteFileHandle> transferFile(const KvCInventoryAddress& node,
-                                                           const std::filesystem::path& local,
-                                                           const TransferProgress& progress);
+    [[nodiscard]] OrFailure<RemoteFileHandle>
+    transferFile(const KvCInventoryAddress& node, const std::filesystem::path& local, const TransferProgress& progress);
     [[nodiscard]] Outcome deleteRemoteFile(const RemoteFileHandle& handle);
     void countRemoteFileAsDeleted(const RemoteFileHandle& handle) noexcept;
 
@@ -66,7 +65,6 @@ private:
     std::shared_ptr<EmulatedTarget> target_;
     SystemFiles::FileLock lock_;
     HeldCount count_;
-    std::uint64_t lastFile_ = 0;
     /// By the handle's path.
     std::unordered_map<std::string, RemoteFile> files_;
     std::unordered_map<const ItemDescription*, Update> updates_;

@@ -108,7 +108,13 @@ void KvCFirmwareArchive::printArchiveVersion() const {
     const KvCVersion shown(version.getMar(), version.getMir(), maintenancePlaceholder, version.getSpb(),
                            version.getSpn(), version.getPlv());
     std::string text(shown.getAsString().view());
-    const std::size_t secondDot = text.find('.', text.find('.') + 1);
+    const std::size_t firstDot = text.find('.');
+    if (firstDot == std::string::npos) {
+        // A version of an unknown build is shown as a number, which has no place for the component.
+        writer_.print(L"%hs\n", version.getAsString().c_str());
+        return;
+    }
+    const std::size_t secondDot = text.find('.', firstDot + 1);
     text[secondDot + 1] = '0';
     writer_.print(L"%hs\n", text.c_str());
 }

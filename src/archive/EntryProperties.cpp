@@ -13,6 +13,9 @@ std::string_view propertyKey(KvEProperty property) {
 }
 
 EntryProperties::EntryProperties(KvNJson::jsonView object) {
+    if (!object.is_object()) {
+        return;
+    }
     for (std::size_t member = 0; member < object.size(); ++member) {
         const std::string_view key = object.key(member);
         for (std::size_t property = 0; property < keys.size(); ++property) {

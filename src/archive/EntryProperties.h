@@ -33,7 +33,7 @@ inline constexpr std::size_t propertyCount = 14;
 /// The values of the known properties of one entry object, found in one pass over its members.
 class EntryProperties {
 public:
-    /// `object` must be an object and outlive this record.
+    /// `object` must outlive this record; anything but an object has none of the properties.
     explicit EntryProperties(KvNJson::jsonView object);
 
     [[nodiscard]] bool has(KvEProperty property) const { return (*this)[property].is_valid(); }

@@ -218,10 +218,14 @@ private:
 
     [[nodiscard]] bool checkBoard(jsonView board, std::int32_t index) {
         const EntryProperties properties(board);
-        if (!properties.has(KvEProperty::boardType)) {
-            return findings_.error({KvEArchiveRule::boardIsObjectWithType, entry_, index},
-                                   L"ERROR: File entry %u is invalid. \"boards\"-entry %u is invalid.\n", entry_,
-                                   static_cast<unsigned>(index));
+        if (!properties.has(KvEProperty::boardType) &&
+            !findings_.error({KvEArchiveRule::boardIsObjectWithType, entry_, index},
+                             L"ERROR: File entry %u is invalid. \"boards\"-entry %u is invalid.\n", entry_,
+                             static_cast<unsigned>(index))) {
+            return false;
+        }
+        if (!board.is_object()) {
+            return true;
         }
         everyBoardAddressed_ =
             everyBoardAddressed_ && (properties.has(KvEProperty::id) || properties.has(KvEProperty::targetPath));

@@ -8,7 +8,7 @@
 #include "UpdateFileReaders.h"
 
 #include <algorithm>
-#include <string_view>
+#include <optional>
 #include <utility>
 
 namespace {
@@ -16,25 +16,26 @@ namespace {
 using KvNJson::json;
 using KvNJson::jsonView;
 
-/// The document at `path`; is_invalid() after a reported error.
-json readDocument(const std::wstring& path, KvCArchiveFindings& findings) {
+/// The document at `path`; nothing after a reported error.
+std::optional<json> readDocument(const std::wstring& path, KvCArchiveFindings& findings) {
     FileStream file = openForReading(path);
     if (file == nullptr) {
         (void)findings.error({KvEArchiveRule::descriptionFileOpens},
                              L"ERROR: Cannot open archive description file %s\n", path.c_str());
-        return json::parse(std::string_view());
+        return std::nullopt;
     }
     json document = json::parse(file.get());
     file.reset();
     if (document.is_invalid()) {
         (void)findings.error({KvEArchiveRule::descriptionIsJson},
                              L"ERROR: The archive description file %s is corrupt. Invalid JSON data.\n", path.c_str());
+        return std::nullopt;
     }
     return document;
 }
 
-/// Moves the "files" array out of the description; invalid after a reported error.
-json takeFiles(json& document, KvCArchiveFindings& findings) {
+/// Moves the "files" array out of the description; nothing after a reported error.
+std::optional<json> takeFiles(json& document, KvCArchiveFindings& findings) {
     const jsonView root = document.view();
     for (std::size_t member = 0; root.is_object() && member < root.size(); ++member) {
         if (root.key(member) == "files" && root.at(member).is_array()) {
@@ -44,7 +45,7 @@ json takeFiles(json& document, KvCArchiveFindings& findings) {
     (void)findings.error(
         {KvEArchiveRule::filesIsArray},
         L"ERROR: The archive description file is corrupt. Property \"files\" is missing or invalid.\n");
-    return json::parse(std::string_view());
+    return std::nullopt;
 }
 
 } // namespace
@@ -59,16 +60,17 @@ bool KvCFirmwareArchive::readDescriptionFile(KvCErrorListPool& /*errors*/) {
 }
 
 bool KvCFirmwareArchive::parseDescription(const std::wstring& path, KvCArchiveFindings& findings) {
-    json document = readDocument(path, findings);
-    if (document.is_invalid() || !readInfo(findings, document.view(), info_)) {
+    const std::uint32_t errorsBefore = findings.errorCount();
+    std::optional<json> document = readDocument(path, findings);
+    if (!document || !readInfo(findings, document->view(), info_)) {
         return false;
     }
-    json files = takeFiles(document, findings);
-    if (files.is_invalid()) {
+    std::optional<json> files = takeFiles(*document, findings);
+    if (!files) {
         return false;
     }
-    readFiles(files, findings);
-    return findings.errorCount() == 0;
+    readFiles(*files, findings);
+    return findings.errorCount() == errorsBefore;
 }
 
 void KvCFirmwareArchive::readFiles(json& files, KvCArchiveFindings& findings) {

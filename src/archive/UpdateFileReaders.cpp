@@ -96,14 +96,18 @@ const KvCInventoryItem* findFirmware(const KvCInventoryItem* item) {
     return item;
 }
 
-void readFirmware(KvCErrorListPool& errors, const KvCInventoryItem& firmware, KvTUpdateFileHeader& header) {
+/// Reads what the FIRMWARE node tells. A checksum that the file states beside its tree takes the place of the node's.
+void readFirmware(KvCErrorListPool& errors, const KvCInventoryItem& firmware, bool checksumStated,
+                  KvTUpdateFileHeader& header) {
     using namespace KvNInventoryIDs;
     header.minHwCompatibilityId = readNumber(errors, firmware, MIN_HW_COMPATIBILITY_ID);
     header.maxHwCompatibilityId = readNumber(errors, firmware, MAX_HW_COMPATIBILITY_ID);
     header.minSwCompatibilityId = readNumber(errors, firmware, MIN_SW_COMPATIBILITY_ID);
     header.maxSwCompatibilityId = readNumber(errors, firmware, MAX_SW_COMPATIBILITY_ID);
     header.typeId = readNumber(errors, firmware, TYPE_ID);
-    header.checksum = readNumber(errors, firmware, CHECKSUM_CRC32);
+    if (!checksumStated) {
+        header.checksum = readNumber(errors, firmware, CHECKSUM_CRC32);
+    }
     header.version = readVersion(errors, firmware);
 }
 
@@ -150,11 +154,11 @@ KvEReadStatus readInventoryFile(const std::wstring& path, KvTUpdateFileHeader& h
         return KvEReadStatus::notThisKind;
     }
     header = {};
-    if (const KvCInventoryItem* firmware = findFirmware(tree.get()); firmware != nullptr) {
-        readFirmware(*errors, *firmware, header);
-    }
     if (hasChecksum) {
         header.checksum = checksum;
+    }
+    if (const KvCInventoryItem* firmware = findFirmware(tree.get()); firmware != nullptr) {
+        readFirmware(*errors, *firmware, hasChecksum, header);
     }
     return KvEReadStatus::success;
 }
@@ -184,8 +188,12 @@ KvEReadStatus readUpdateFile(const std::wstring& path, KvTUpdateFileHeader& head
         status = readInventoryFile(path, header);
     }
     if (status == KvEReadStatus::notThisKind) {
-        header = {};
-        status = readBitstreamHeader(path, header.checksum);
+        std::uint32_t checksum = unknownValue;
+        status = readBitstreamHeader(path, checksum);
+        if (status == KvEReadStatus::success) {
+            header = {};
+            header.checksum = checksum;
+        }
     }
     return status;
 }

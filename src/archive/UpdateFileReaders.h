@@ -20,6 +20,8 @@ struct KvTUpdateFileHeader {
 
 enum class KvEReadStatus : std::uint8_t { success = 0, notThisKind = 1, cannotOpen = 2 };
 
+// The readers fill `header` when they succeed, and leave it alone otherwise.
+
 /// Reads the header of a firmware image, from the first 1000 bytes of the file.
 [[nodiscard]] KvEReadStatus readImageHeader(const std::wstring& path, KvTUpdateFileHeader& header);
 
@@ -27,7 +29,7 @@ enum class KvEReadStatus : std::uint8_t { success = 0, notThisKind = 1, cannotOp
 [[nodiscard]] KvEReadStatus readInventoryFile(const std::wstring& path, KvTUpdateFileHeader& header);
 
 /// Reads the checksum of an FPGA bitstream. A header too short to hold one is a success that leaves the checksum
-/// unknown. Never cannotOpen.
+/// unknown, and so does a failure. Never cannotOpen.
 [[nodiscard]] KvEReadStatus readBitstreamHeader(const std::wstring& path, std::uint32_t& checksum);
 
 /// Tries the three kinds in turn: firmware image, inventory tree, bitstream. A file that cannot be opened is not

@@ -5,3 +5,7 @@
 bool isTerminal(std::FILE* stream) {
     return isatty(fileno(stream)) != 0;
 }
+
+bool writesAnyWideText() {
+    return true;
+}

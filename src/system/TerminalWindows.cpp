@@ -5,3 +5,7 @@
 bool isTerminal(std::FILE* stream) {
     return _isatty(_fileno(stream)) != 0;
 }
+
+bool writesAnyWideText() {
+    return false;
+}

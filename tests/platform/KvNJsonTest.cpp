@@ -900,15 +900,15 @@ public:
         case 0:
             return {};
         case 1:
-            return json(upTo(1) == 1);
+            return {upTo(1) == 1};
         case 2:
-            return json(std::uint64_t(random_()) >> upTo(63));
+            return {std::uint64_t(random_()) >> upTo(63)};
         case 3:
             return json::parse(joined("-", std::to_string(1 + upTo(1000000))));
         case 4:
-            return json(std::ldexp(static_cast<double>(random_()), static_cast<int>(upTo(600)) - 300));
+            return {std::ldexp(static_cast<double>(random_()), static_cast<int>(upTo(600)) - 300)};
         case 5:
-            return json(text());
+            return {text()};
         case 6:
             return array(levels - 1);
         default:

@@ -166,8 +166,12 @@ std::variant<KvTCommandLine, ExitCode> readCommandLine(const std::vector<std::st
     try {
         app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
         convertTexts(texts, line);
+    } catch (const CLI::Success& help) {
+        app.exit(help, std::cout, std::cerr);
+        return exitSuccess;
     } catch (const CLI::ParseError& error) {
-        return app.exit(error, std::cout, std::cerr) == 0 ? exitSuccess : exitUsage;
+        std::cerr << "kvreflash: " << error.what() << "\nRun 'kvreflash --help' or 'kvreflash COMMAND --help'.\n";
+        return exitUsage;
     }
     return line;
 }

@@ -74,11 +74,11 @@ bool serveEmulatedTargets(const std::vector<std::string>& folders) {
     return true;
 }
 
-/// The library writes to standard output itself unless the tool must see its messages.
+/// The library writes to standard output itself unless that would lose text or the tool must see its messages.
 void setCallbacks(KvIReflasher& session, const KvTCommandLine& line, Outputs& outputs) {
     outputs.messages = line.json ? stderr : stdout;
     outputs.terminal = isTerminal(outputs.messages);
-    if (line.json || outputs.terminal) {
+    if (line.json || outputs.terminal || !writesAnyWideText()) {
         session.setMessageCallback(onMessage);
     }
     if (!line.eventsFile.empty()) {
