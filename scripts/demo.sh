@@ -35,7 +35,9 @@ say "the rack does not list that file."
 show "$tool" update -a demo/archive -t 127.0.0.1 --emulate demo/rack
 say
 say "To go on, in $project_dir/build:"
-say "  $tool --help                                                         what it can do"
-say "  $tool update -f -a demo/archive -t 127.0.0.1 --emulate demo/rack     update all again"
-say "  rm -r demo/rack/state                                                          the rack as it was"
+go_on() { printf '  %-82s %s\n' "$1" "$2"; }
+go_on "$tool --help" "what it can do"
+go_on "$tool plan -a demo/archive -t 127.0.0.1 --emulate demo/rack" "what an update would do"
+go_on "$tool update -f -a demo/archive -t 127.0.0.1 --emulate demo/rack" "update all again"
+go_on "rm -r demo/rack/state" "the rack as it was"
 say "Put a fault into demo/rack/target.json and see what an update makes of it: README.md tells how."

@@ -62,7 +62,7 @@ logged() {
     "$@" >"$log" 2>&1 </dev/null && return
     say "FAILED: $*"
     say "The end of $log:"
-    tail -n 60 "$log"
+    tail -n 60 "$log" | cut -c 1-400
     return 1
 }
 

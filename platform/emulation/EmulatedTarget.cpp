@@ -37,6 +37,22 @@ std::string displayPath(const std::string& folder) {
     return folder + (endsWithSeparator || folder.empty() ? "" : "/") + descriptionFile;
 }
 
+/// Null when the file is refused; then `error` says why.
+std::unique_ptr<TargetDescription> readDescriptionFile(const std::filesystem::path& path, std::string& error) {
+    std::error_code fault;
+    const SystemFiles::File file = SystemFiles::openForReading(path, fault);
+    if (file == nullptr) {
+        error = "cannot be opened: " + fault.message();
+        return nullptr;
+    }
+    auto text = readBytes(*file, std::numeric_limits<std::size_t>::max());
+    if (!text) {
+        error = "cannot be read";
+        return nullptr;
+    }
+    return readTargetDescription(std::move(*text), error);
+}
+
 } // namespace
 
 std::size_t EmulatedTarget::ElementKeyHash::operator()(const ElementKey& key) const noexcept {
@@ -45,43 +61,35 @@ std::size_t EmulatedTarget::ElementKeyHash::operator()(const ElementKey& key) co
 }
 
 EmulatedTarget::Loaded EmulatedTarget::load(const std::string& folder) {
-    Loaded loaded;
     const std::string display = displayPath(folder);
     const std::filesystem::path path = SystemFiles::pathOf(folder);
-    std::error_code fault;
-    const SystemFiles::File file = SystemFiles::openForReading(path / descriptionFile, fault);
-    if (file == nullptr) {
-        loaded.error = display + ": cannot be opened: " + fault.message();
-        return loaded;
-    }
-    auto text = readBytes(*file, std::numeric_limits<std::size_t>::max());
-    if (!text) {
-        loaded.error = display + ": cannot be read";
-        return loaded;
-    }
-    std::string reason;
-    auto description = readTargetDescription(std::move(*text), reason);
+    Loaded loaded;
+    auto description = readDescriptionFile(path / descriptionFile, loaded.error);
     if (description == nullptr) {
-        loaded.error = display + ": " + reason;
+        loaded.error.insert(0, display + ": ");
         return loaded;
     }
     loaded.target = std::make_shared<EmulatedTarget>(path, std::move(description));
-    std::vector<std::string> oddities;
-    loaded.target->indexItems(*loaded.target->description_->inventory, oddities);
-    for (const std::string& oddity : oddities) {
-        loaded.warnings.push_back(display + ": " + oddity);
-    }
-    const StateStore::Contents contents = loaded.target->state_.read();
-    std::vector<std::string> ignored = contents.ignored;
-    static_cast<void>(loaded.target->resolve(contents, &ignored));
-    for (const std::string& state : ignored) {
-        loaded.warnings.push_back(state + "; it is ignored");
+    loaded.warnings = loaded.target->prepare();
+    for (std::string& warning : loaded.warnings) {
+        warning.insert(0, display + ": ");
     }
     return loaded;
 }
 
 EmulatedTarget::EmulatedTarget(const std::filesystem::path& folder, std::unique_ptr<TargetDescription> description)
     : description_(std::move(description)), faults_(std::move(description_->faults)), state_(folder) {}
+
+std::vector<std::string> EmulatedTarget::prepare() {
+    std::vector<std::string> warnings;
+    indexItems(*description_->inventory, warnings);
+    StateStore::Contents contents = state_.read();
+    for (const std::string& file : contents.ignored) {
+        warnings.push_back("The state file " + file + "; it is ignored.");
+    }
+    static_cast<void>(resolve(contents, &warnings));
+    return warnings;
+}
 
 const ItemDescription* EmulatedTarget::findItem(const KvCInventoryAddress& address) const noexcept {
     const ItemDescription* item = description_->inventory.get();
@@ -130,16 +138,16 @@ InstalledElements EmulatedTarget::installedElements() const {
 }
 
 InstalledElements EmulatedTarget::resolve(const StateStore::Contents& contents,
-                                          std::vector<std::string>* unknown) const {
+                                          std::vector<std::string>* warnings) const {
     InstalledElements elements;
     for (const ElementState& state : contents.elements) {
         const auto address = parseAddress(state.address);
         const ItemDescription* const item = address ? findItem(*address) : nullptr;
         if (item != nullptr && item->isElement()) {
             elements.emplace(item, state.valuesAfter(contents.resets));
-        } else if (unknown != nullptr) {
-            unknown->push_back("The state holds an installation into " + state.address +
-                               ", which is no element of the target");
+        } else if (warnings != nullptr) {
+            warnings->push_back("The state holds an installation into " + state.address +
+                                ", which is no element of the target; it is ignored.");
         }
     }
     return elements;

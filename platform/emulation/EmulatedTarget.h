@@ -70,11 +70,13 @@ private:
         bool isAmbiguous;
     };
 
+    /// Builds the indices; what is odd about description and state.
+    [[nodiscard]] std::vector<std::string> prepare();
     void indexItems(const ItemDescription& item, std::vector<std::string>& warnings);
     void indexElement(const ItemDescription& element, std::vector<std::string>& warnings);
     void indexLocation(const ItemDescription& element);
     [[nodiscard]] InstalledElements resolve(const StateStore::Contents& contents,
-                                            std::vector<std::string>* unknown) const;
+                                            std::vector<std::string>* warnings) const;
 
     std::unique_ptr<TargetDescription> description_;
     Faults faults_;

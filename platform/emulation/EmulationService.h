@@ -48,7 +48,9 @@ public:
     static EmulationService& instance();
 
     EmulationService(const EmulationService&) = delete;
+    EmulationService(EmulationService&&) = delete;
     EmulationService& operator=(const EmulationService&) = delete;
+    EmulationService& operator=(EmulationService&&) = delete;
 
     [[nodiscard]] std::recursive_mutex& mutex() noexcept { return mutex_; }
 

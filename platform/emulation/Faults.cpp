@@ -15,8 +15,12 @@ bool readCall(const JsonPlace& place, Fault& fault) {
     if (!JsonValues::readText(place, name)) {
         return false;
     }
-    fault.operation = operationNamed(name);
-    return fault.operation || place.refuse("unknown call " + JsonValues::quoted(name));
+    const auto operation = operationNamed(name);
+    if (!operation) {
+        return place.refuse("unknown call " + JsonValues::quoted(name));
+    }
+    fault.operation = *operation;
+    return true;
 }
 
 bool readAt(const JsonPlace& place, Fault& fault) {
@@ -60,7 +64,7 @@ bool readFault(const JsonPlace& place, std::vector<Fault>& faults) {
     if (!readMembers(place, faultRules, fault)) {
         return false;
     }
-    if (!fault.operation) {
+    if (!place.value().contains("call")) {
         return place.refuse("the key call is missing");
     }
     faults.push_back(std::move(fault));
@@ -100,9 +104,8 @@ bool readFaults(const JsonPlace& place, std::vector<Fault>& faults) {
 
 Faults::Faults(std::vector<Fault> faults) {
     for (Fault& fault : faults) {
-        if (fault.operation) {
-            byOperation_[static_cast<std::size_t>(*fault.operation)].push_back({std::move(fault)});
-        }
+        auto& entries = byOperation_[static_cast<std::size_t>(fault.operation)];
+        entries.push_back({std::move(fault), 0});
     }
 }
 

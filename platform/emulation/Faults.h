@@ -13,7 +13,7 @@
 
 /// A failure that a description puts at an imported operation.
 struct Fault {
-    std::optional<Operation> operation;
+    Operation operation = Operation::getValue;
     /// Only calls with this address.
     std::optional<KvCInventoryAddress> at;
     /// Only calls with this element identifier or filter parameter number.
@@ -31,7 +31,7 @@ struct Fault {
 
 /// A call as faults see it.
 struct CallSubject {
-    Operation operation;
+    Operation operation = Operation::getValue;
     /// Null: the call has none.
     const KvCInventoryAddress* address = nullptr;
     std::optional<std::uint32_t> id;

@@ -40,22 +40,20 @@ bool JsonPlace::refuse(std::string reason) const {
 }
 
 std::string JsonPlace::path() const {
-    std::vector<const JsonPlace*> places;
-    for (const JsonPlace* place = this; place->above_ != nullptr; place = place->above_) {
-        places.push_back(place);
+    if (above_ == nullptr) {
+        return "$";
     }
-    std::string text = "$";
-    for (auto place = places.rbegin(); place != places.rend(); ++place) {
-        if ((*place)->index_ != isMember) {
-            text += '[' + std::to_string((*place)->index_) + ']';
-        } else if (isPlainKey((*place)->key_)) {
-            text += '.';
-            text += (*place)->key_;
-        } else {
-            text += '[' + JsonValues::quoted((*place)->key_) + ']';
-        }
+    // As deep as the document.
+    std::string text = above_->path();
+    if (index_ != isMember) {
+        return text + '[' + std::to_string(index_) + ']';
     }
-    return text;
+    if (isPlainKey(key_)) {
+        text += '.';
+        text += key_;
+        return text;
+    }
+    return text + '[' + JsonValues::quoted(key_) + ']';
 }
 
 namespace JsonValues {

@@ -33,7 +33,7 @@ public:
     [[nodiscard]] JsonPlace item(std::size_t index) const noexcept;
 
     /// Records why this value is refused, unless a refusal is recorded already; returns false.
-    bool refuse(std::string reason) const;
+    [[nodiscard]] bool refuse(std::string reason) const;
 
 private:
     JsonPlace(const JsonPlace& above, KvNJson::jsonView value, std::string_view key, std::size_t index) noexcept

@@ -37,10 +37,9 @@ std::uint64_t hashOf(std::string_view text) {
 
 std::string hexOf(std::uint64_t number) {
     constexpr std::string_view digits = "0123456789abcdef";
-    std::string text(16, '0');
-    for (auto digit = text.rbegin(); digit != text.rend(); ++digit) {
-        *digit = digits[number & 0xFU];
-        number >>= 4U;
+    std::string text;
+    for (unsigned shift = 64; shift > 0; shift -= 4) {
+        text += digits[(number >> (shift - 4)) & 0xFU];
     }
     return text;
 }

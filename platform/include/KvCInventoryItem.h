@@ -21,7 +21,9 @@ public:
 
     explicit KvCInventoryItem(std::unique_ptr<Impl> impl);
     KvCInventoryItem(const KvCInventoryItem&) = delete;
+    KvCInventoryItem(KvCInventoryItem&&) = delete;
     KvCInventoryItem& operator=(const KvCInventoryItem&) = delete;
+    KvCInventoryItem& operator=(KvCInventoryItem&&) = delete;
     ~KvCInventoryItem();
 
     /// Identifier and instance number of this item, as an address of one component.

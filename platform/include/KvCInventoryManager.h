@@ -30,7 +30,9 @@ using KvTransferProgress = void (*)(std::uint64_t done, std::uint64_t total, voi
 class KV_PLATFORM_API KvCInventoryManager {
 public:
     KvCInventoryManager(const KvCInventoryManager&) = delete;
+    KvCInventoryManager(KvCInventoryManager&&) = delete;
     KvCInventoryManager& operator=(const KvCInventoryManager&) = delete;
+    KvCInventoryManager& operator=(KvCInventoryManager&&) = delete;
 
     /// Never null; lives as long as the process.
     static KvCInventoryManager* getInstance();

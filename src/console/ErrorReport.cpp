@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -43,24 +44,25 @@ void printHeader(const KvCConsoleWriter& writer, const KvCErrorListPool& list, s
     writer.print(L":\n");
 }
 
-/// End of the piece of `text` that begins at `begin` and is at most `width` long.
-std::size_t endOfPiece(const std::string& text, std::size_t begin, std::size_t width) {
-    const std::size_t end = begin + width;
-    if (end >= text.size()) {
+/// Length of the first line of `text`, at most `width`. A blank at which it is broken stays at its end.
+std::size_t lengthOfLine(std::string_view text, std::size_t width) {
+    if (text.size() <= width) {
         return text.size();
     }
-    const std::size_t blank = text.rfind(' ', end - 1);
-    return blank != std::string::npos && blank >= begin + minimumPiece ? blank + 1 : end;
+    const std::size_t blank = text.substr(0, width).rfind(' ');
+    return blank != std::string_view::npos && blank >= minimumPiece ? blank + 1 : width;
 }
 
 void printWrapped(const KvCConsoleWriter& writer, std::string text, std::uint32_t indentation) {
     std::replace_if(
         text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
+    // An indentation that leaves no room still shows all of the text.
     const std::size_t width = indentation < lineWidth ? lineWidth - indentation : 1;
-    for (std::size_t begin = 0; begin < text.size();) {
-        const std::size_t end = endOfPiece(text, begin, width);
-        writer.print(L"%*s%hs\n", static_cast<int>(indentation), L"", text.substr(begin, end - begin).c_str());
-        begin = end;
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        const std::string line(rest.substr(0, lengthOfLine(rest, width)));
+        writer.print(L"%*s%hs\n", static_cast<int>(indentation), L"", line.c_str());
+        rest.remove_prefix(line.size());
     }
 }
 

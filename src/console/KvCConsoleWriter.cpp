@@ -14,13 +14,14 @@ struct ArgumentListEnd {
     ~ArgumentListEnd() { va_end(list); }
 };
 
-/// Formats into `result`, which is left alone when there are no characters.
+/// Formats into `result`, which may be among the arguments: it changes last.
 int formatList(std::wstring& result, const wchar_t* format, std::va_list arguments) {
     std::va_list counted;
     va_copy(counted, arguments);
     const int length = countFormatted(format, counted);
     va_end(counted);
     if (length <= 0) {
+        result.clear();
         return length;
     }
     const auto size = static_cast<std::size_t>(length) + 1;
@@ -54,6 +55,5 @@ int KvCConsoleWriter::formatArguments(std::wstring& result, const wchar_t* forma
     std::va_list arguments;
     va_start(arguments, format);
     const ArgumentListEnd end{arguments};
-    result.clear();
     return formatList(result, format, arguments);
 }

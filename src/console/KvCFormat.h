@@ -6,6 +6,8 @@
 
 /// A wide format text that was held against the types of its arguments at compile time. "%s" takes a wide text,
 /// "%hs" a narrow one, "%u" and "%x" an unsigned number, "%i" and "%d" a signed one, "%f" a double, a "*" an int.
+/// A conversion is a "%", flags, a width, a precision and the type, in this order; flags are "-", "0", "#" and " ",
+/// where the type allows them.
 template <typename... Arguments>
 class KvCFormat {
 public:
@@ -37,6 +39,9 @@ private:
     }
 
     static consteval Kind kindOfConversion(wchar_t type, bool narrow) {
+        if (narrow && type != L's') {
+            throw "only a text can be narrow";
+        }
         switch (type) {
         case L's':
             return narrow ? Kind::narrowText : Kind::wideText;
@@ -53,6 +58,20 @@ private:
         }
     }
 
+    /// With other types the flag has no defined meaning.
+    static consteval bool flagFits(wchar_t flag, wchar_t type) {
+        switch (flag) {
+        case L'0':
+            return type != L's';
+        case L'#':
+            return type == L'x' || type == L'f';
+        case L' ':
+            return type == L'i' || type == L'd' || type == L'f';
+        default:
+            return true;
+        }
+    }
+
     /// Not a constant expression when it throws, which the compiler reports.
     static consteval void check(const wchar_t* position) {
         const Kind kinds[] = {kindOf<Arguments>()..., Kind::other};
@@ -63,6 +82,16 @@ private:
             }
             ++next;
         };
+        const auto skipNumber = [&] {
+            if (*position == L'*') {
+                ++position;
+                expect(Kind::signedNumber);
+                return;
+            }
+            while (*position >= L'0' && *position <= L'9') {
+                ++position;
+            }
+        };
         while (*position != L'\0') {
             if (*position++ != L'%') {
                 continue;
@@ -71,23 +100,33 @@ private:
                 ++position;
                 continue;
             }
-            while (isModifier(*position)) {
-                if (*position++ == L'*') {
-                    expect(Kind::signedNumber);
-                }
+            const wchar_t* flag = position;
+            while (isFlag(*position)) {
+                ++position;
+            }
+            const wchar_t* const endOfFlags = position;
+            skipNumber();
+            if (*position == L'.') {
+                ++position;
+                skipNumber();
             }
             const bool narrow = *position == L'h';
             position += narrow ? 1 : 0;
-            expect(kindOfConversion(*position++, narrow));
+            const wchar_t type = *position++;
+            expect(kindOfConversion(type, narrow));
+            for (; flag != endOfFlags; ++flag) {
+                if (!flagFits(*flag, type)) {
+                    throw "a flag does not fit its conversion";
+                }
+            }
         }
         if (next != sizeof...(Arguments)) {
             throw "a format has fewer conversions than arguments";
         }
     }
 
-    static consteval bool isModifier(wchar_t character) {
-        return (character >= L'0' && character <= L'9') || character == L'*' || character == L'.' ||
-               character == L'-' || character == L'#' || character == L' ';
+    static consteval bool isFlag(wchar_t character) {
+        return character == L'-' || character == L'0' || character == L'#' || character == L' ';
     }
 
     const wchar_t* text_;

@@ -26,7 +26,8 @@ public:
     }
     OwnedErrorList(OwnedErrorList&& other) noexcept : list_(std::exchange(other.list_, nullptr)) {}
     OwnedErrorList& operator=(OwnedErrorList&& other) noexcept {
-        std::swap(list_, other.list_);
+        OwnedErrorList taken(std::move(other));
+        std::swap(list_, taken.list_);
         return *this;
     }
     ~OwnedErrorList() { release(); }

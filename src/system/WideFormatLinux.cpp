@@ -166,6 +166,10 @@ Conversion readConversion(const wchar_t*& position, Arguments& arguments) {
     return conversion;
 }
 
+/// What a null text shows as.
+template <typename Character>
+constexpr std::array<Character, 7> nullText{'(', 'n', 'u', 'l', 'l', ')', '\0'};
+
 /// Hands text to a sink and counts it.
 template <typename Sink>
 class Writer {
@@ -178,7 +182,8 @@ public:
     }
 
     template <typename Character>
-    void text(const Conversion& conversion, const Character* text) {
+    void text(const Conversion& conversion, const Character* given) {
+        const Character* const text = given != nullptr ? given : nullText<Character>.data();
         const std::basic_string_view<Character> piece(text, lengthOf(text, conversion.precision));
         const auto width = static_cast<std::size_t>(conversion.width);
         const std::size_t padding = width > piece.size() ? width - piece.size() : 0;
@@ -255,6 +260,9 @@ bool putNumber(Writer<Sink>& writer, Conversion conversion, Number number) {
 
 template <typename Sink>
 bool putConversion(Writer<Sink>& writer, const Conversion& conversion, Arguments& arguments) {
+    if (conversion.narrow && conversion.type != L's') {
+        return false;
+    }
     switch (conversion.type) {
     case L's':
         if (conversion.narrow) {

@@ -1,0 +1,8 @@
+#include "ToolVersion.h"
+
+#include <gtest/gtest.h>
+
+TEST(ToolVersionOfTheProject, IsItsFirstThreeNumbers) {
+    EXPECT_EQ(getToolVersion(), KvCVersion(KV_EXPECTED_MAJOR, KV_EXPECTED_MINOR, KV_EXPECTED_PATCH, 0, 0, 0));
+    EXPECT_NE(getToolVersion(), KvCVersion());
+}

@@ -1,0 +1,440 @@
+#include "UpdateTest.h"
+
+#include "KvEmulation.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdint>
+#include <ostream>
+#include <utility>
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using Kind = SessionLog::Kind;
+
+namespace {
+
+constexpr std::uint32_t startPause = 500000;
+constexpr std::uint32_t pollPause = 200000;
+constexpr std::size_t progressWidth = 51;
+const std::string spinner = "-\\|/";
+
+class PhaseExecutionTest : public UpdateTest {
+protected:
+    /// The percentages that were told.
+    std::vector<std::string> progress() { return log.notificationsOf("progress"); }
+    /// What the phase printed from "Updating:" on, up to the results.
+    std::string printedUpdating() {
+        const std::string text = log.text();
+        const std::size_t begin = text.find("\nUpdating:\n");
+        return begin == std::string::npos ? "" : text.substr(begin, text.find("\nResults:\n") - begin);
+    }
+    /// The spinner characters of all progress lines so far.
+    std::string spinners() {
+        std::string characters;
+        for (const std::wstring& message : log.messages()) {
+            if (!message.empty() && message.back() == L'\r') {
+                characters += static_cast<char>(message[5]);
+            }
+        }
+        return characters;
+    }
+    /// An element of the target's file system that a target claims.
+    void addClaimedFile(const std::string& location) {
+        node.element(completeFile(1, location));
+        addFile("a.cfg", location);
+    }
+};
+
+/// A progress line with an unknown spinner.
+std::string progressPattern(const std::string& percentage) {
+    return percentage + "% . {" + std::to_string(progressWidth - 1) + "}\r";
+}
+
+/// The spinner's characters from `first` on.
+std::string spinnerFrom(char first, std::size_t count) {
+    const std::size_t place = spinner.find(first);
+    std::string characters;
+    for (std::size_t index = 0; index < count; ++index) {
+        characters += spinner[(place + index) % spinner.size()];
+    }
+    return characters;
+}
+
+} // namespace
+
+// The lines of the updates.
+
+struct NameCase {
+    const char* name;
+    std::string elementName;
+    /// Blanks between name and verdict.
+    std::size_t blanks;
+
+    friend void PrintTo(const NameCase& row, std::ostream* stream) { *stream << row.name; }
+};
+
+class UpdateLineTest : public PhaseExecutionTest, public testing::WithParamInterface<NameCase> {};
+
+TEST_P(UpdateLineTest, IsFilledUpToColumn56) {
+    addNodeElement(1, completeElement(1, GetParam().elementName));
+    addFault(fault("update2"));
+    EXPECT_FALSE(update());
+    std::wstring line;
+    for (const std::wstring& message : log.messages()) {
+        line += message;
+    }
+    const std::size_t begin = line.find(L"\nUpdating:\n") + 11;
+    const std::wstring head(L"        NODE, ");
+    const std::wstring name(GetParam().elementName.size(), L'?');
+    ASSERT_EQ(line.substr(begin, head.size()), head);
+    EXPECT_EQ(line.substr(begin + head.size() + name.size(), GetParam().blanks + 8),
+              std::wstring(GetParam().blanks, L' ') + L"[ERROR]\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(Names, UpdateLineTest,
+                         testing::Values(NameCase{"Short", "One", 39}, NameCase{"OneColumnLeft", std::string(41, 'a'), 1},
+                                         NameCase{"NoColumnLeft", std::string(42, 'a'), 0},
+                                         NameCase{"TooLong", std::string(60, 'a'), 0},
+                                         // Two characters of two bytes each.
+                                         NameCase{"CountedInBytes", "\xC3\xBC\xC3\xBC", 38}),
+                         [](const auto& info) { return info.param.name; });
+
+TEST_F(PhaseExecutionTest, TheHeadingComesBeforeTheFirstUpdateOnly) {
+    addNodeElement(1, completeElement(1, "One").polls(1));
+    addNodeElement(2, completeElement(2, "Two").polls(1));
+    prepare();
+    options.noProgress = true;
+    EXPECT_TRUE(run());
+    EXPECT_EQ(printedUpdating(), "\nUpdating:\n        NODE, One" + std::string(39, ' ') + "\n        NODE, Two" +
+                                     std::string(39, ' ') + "\n[OK]\n");
+}
+
+TEST_F(PhaseExecutionTest, AFailedStartIsToldAfterItsVerdictAndTheNextElementStarts) {
+    addNodeElement(1, completeElement(1, "One").polls(1));
+    addNodeElement(2, completeElement(2, "Two").polls(1));
+    addFault(fault("update2"));
+    prepare();
+    options.noProgress = true;
+    log.setObserver([this](const std::string& event) {
+        if (event == R"("\nUpdating:\n")") {
+            log.clear();
+        }
+    });
+    EXPECT_FALSE(run());
+    EXPECT_THAT(states(), ElementsAre(3, 5));
+    const std::vector<std::string> events = log.events();
+    EXPECT_THAT(std::vector<std::string>(events.begin(), events.begin() + 10),
+                ElementsAre(R"("        NODE, One")", '"' + std::string(39, ' ') + '"',
+                            "update2 HCN[1] 1 -> status 1, errors 1", R"("[ERROR]\n")", "elementError 0",
+                            R"("        NODE, Two")", '"' + std::string(39, ' ') + '"', "update2 HCN[1] 2", R"("\n")",
+                            "sleep 500000"));
+    EXPECT_THAT(textsOf(*element(0).errorLists[callErrors]), ElementsAre("Fault at update2."));
+    EXPECT_THAT(textsOf(*element(0).errorLists[targetErrors]), IsEmpty());
+}
+
+TEST_F(PhaseExecutionTest, AStartWithAnErrorHasFailedWhateverItsStatus) {
+    addNodeElement(1, completeElement(1));
+    addFault(fault("update2").status(0));
+    EXPECT_FALSE(update());
+    EXPECT_THAT(states(), ElementsAre(3));
+    EXPECT_THAT(log.callsOf("updateStatus2"), IsEmpty());
+}
+
+TEST_F(PhaseExecutionTest, AStartWithoutAnErrorHasSucceededWhateverItsStatus) {
+    addNodeElement(1, completeElement(1));
+    addFault(fault("update2").status(7).noErrors());
+    EXPECT_FALSE(update());
+    // The target knows of no started update, of course.
+    EXPECT_THAT(log.callsOf("updateStatus2"), ElementsAre("updateStatus2 HCN[1] 1 -> status 1, errors 1",
+                                                          "updateStatus2 HCN[1] 1 -> status 1, errors 1"));
+    EXPECT_EQ(log.events({Kind::pause})[0], "sleep 500000");
+}
+
+// Elements of the target's file system.
+
+TEST_F(PhaseExecutionTest, AWrittenFileIsDoneWithoutAPause) {
+    addClaimedFile("cfg/a.cfg");
+    EXPECT_TRUE(update());
+    EXPECT_THAT(states(), ElementsAre(5));
+    EXPECT_EQ(target.folder().read("state/cfdrive/cfg/a.cfg"), "a.cfg");
+    EXPECT_THAT(log.events({Kind::pause}), ElementsAre("sleep 200000"));
+    EXPECT_THAT(printedUpdating(),
+                testing::MatchesRegex("\nUpdating:\n        NODE, File {38}\n" + progressPattern("100") + "100% {52}"
+                                      "\\[OK\\]\n"));
+    EXPECT_THAT(log.callsOf("update2"), IsEmpty());
+    EXPECT_THAT(log.callsOf("updateErrors2"), IsEmpty());
+}
+
+TEST_F(PhaseExecutionTest, AFileThatCannotBeWrittenFailsAndItsMessageFollowsTheCallback) {
+    addClaimedFile("a.cfg");
+    addFault(fault("KvHIM_renameFile"));
+    prepare();
+    options.noProgress = true;
+    EXPECT_FALSE(run());
+    EXPECT_THAT(states(), ElementsAre(3));
+    EXPECT_EQ(printedUpdating(),
+              "\nUpdating:\n        NODE, File" + std::string(38, ' ') +
+                  "[ERROR]\n            ERROR: Writing /mnt/cn/cfdrive/a.cfg failed. Cannot rename temporary file. "
+                  "Status: -1\n[ERROR]\n");
+    const std::vector<std::string> events = log.events({Kind::notification, Kind::message});
+    const auto verdict = std::find(events.begin(), events.end(), R"("[ERROR]\n")");
+    ASSERT_NE(verdict, events.end());
+    EXPECT_EQ(*std::next(verdict), "elementError 0");
+    EXPECT_THAT(*std::next(verdict, 2), HasSubstr("Cannot rename temporary file"));
+    EXPECT_EQ(element(0).hasErrors(), false);
+}
+
+TEST_F(PhaseExecutionTest, EveryMessageOfAWrittenFileHasALineOfItsOwnWhenVerbose) {
+    addClaimedFile("cfg/a.cfg");
+    prepare();
+    options.noProgress = true;
+    options.verbose = true;
+    EXPECT_TRUE(run());
+    EXPECT_EQ(printedUpdating(), "\nUpdating:\n        NODE, File" + std::string(38, ' ') +
+                                     "\n            Directory /mnt/cn/cfdrive/cfg created.\n"
+                                     "            Successfully written /mnt/cn/cfdrive/cfg/a.cfg.\n[OK]\n");
+}
+
+TEST_F(PhaseExecutionTest, FilesAndUpdatesOfAPhaseGoInListOrderAndShareItsProgress) {
+    node.element(completeFile(9, "a.cfg"));
+    addNodeElement(1, completeElement(1, "One").polls(2));
+    addFile("a.cfg", "a.cfg");
+    EXPECT_TRUE(update());
+    EXPECT_THAT(progress(), ElementsAre("progress 75", "progress 100", "progress 100"));
+    const std::vector<std::string> calls = log.events({Kind::call});
+    EXPECT_LT(std::find(calls.begin(), calls.end(), "KvHIM_deleteFTClientHandle"),
+              std::find(calls.begin(), calls.end(), "update2 HCN[1] 1"));
+}
+
+// Progress.
+
+struct ProgressCase {
+    const char* name;
+    std::initializer_list<std::pair<std::uint32_t, std::uint32_t>> answers;
+    std::vector<std::string> expected;
+
+    friend void PrintTo(const ProgressCase& row, std::ostream* stream) { *stream << row.name; }
+};
+
+class ProgressTest : public PhaseExecutionTest, public testing::WithParamInterface<ProgressCase> {};
+
+TEST_P(ProgressTest, IsToldInEachRoundAndOnceMoreAtTheEnd) {
+    addNodeElement(1, completeElement(1).progress(GetParam().answers));
+    EXPECT_TRUE(update());
+    std::vector<std::string> expected;
+    for (const std::string& percentage : GetParam().expected) {
+        expected.push_back("progress " + percentage);
+    }
+    expected.insert(expected.end(), {"progress 100", "progress 100"});
+    EXPECT_EQ(progress(), expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Answers, ProgressTest,
+    testing::Values(ProgressCase{"RoundedDown", {{0, 3}, {1, 3}, {2, 3}}, {"0", "33", "66"}},
+                    ProgressCase{"TotalZeroIsComplete", {{0, 0}, {7, 0}}, {"100", "100"}},
+                    ProgressCase{"MoreThanTotal", {{3, 1}}, {"300"}},
+                    // 42949673 * 100 is 2^32 + 4.
+                    ProgressCase{"Overflow", {{42949672, 42949672}, {42949673, 1}, {42949673, 42949673}},
+                                 {"100", "4", "0"}},
+                    ProgressCase{"LargestNumbers", {{0xFFFFFFFF, 0xFFFFFFFF}}, {"0"}},
+                    ProgressCase{"None", {}, {}}),
+    [](const auto& info) { return info.param.name; });
+
+TEST_F(PhaseExecutionTest, TheProgressOfAPhaseIsTheMeanOfItsElementsRoundedDown) {
+    addBoard(1, completeElement(1).progress({{1, 10}, {2, 10}, {3, 10}}));
+    addBoard(2, completeElement(1).progress({{1, 3}}));
+    addBoard(3, completeElement(1).progress({{0, 1}, {99, 100}}));
+    EXPECT_TRUE(update());
+    EXPECT_THAT(progress(), ElementsAre("progress 14", "progress 73", "progress 76", "progress 100", "progress 100"));
+}
+
+TEST_F(PhaseExecutionTest, FailedElementsCountAsCompleteAndThoseLeftOutDoNotCount) {
+    addBoard(1, completeElement(1).progress({{0, 1}, {0, 1}}));
+    addBoard(2, completeElement(1).progress({{0, 1}}).finalState(3));
+    addBoard(3, completeElement(1));
+    addBoard(4, completeElement(1));
+    archive.removeFile("io3.bin");
+    addFault(fault("update2").at("IOMODULE[4]"));
+    EXPECT_FALSE(update());
+    EXPECT_THAT(progress(), ElementsAre("progress 33", "progress 66", "progress 100", "progress 100"));
+}
+
+TEST_F(PhaseExecutionTest, AProgressLineIsThePercentageTheSpinnerAndBlanksAndReturnsTheCarriage) {
+    addNodeElement(1, completeElement(1, "One").progress({{1, 20}}));
+    EXPECT_TRUE(update());
+    const std::string line = ". {50}\r";
+    EXPECT_THAT(printedUpdating(), testing::MatchesRegex("\nUpdating:\n        NODE, One {39}\n  5% " + line + "100% " +
+                                                         line + "100% " + line + "100% {52}\\[OK\\]\n"));
+}
+
+TEST_F(PhaseExecutionTest, TheSpinnerTurnsAndGoesOnFromPhaseToPhase) {
+    addNodeElement(1, completeElement(1).polls(5), 1);
+    addNodeElement(2, completeElement(2).polls(1), 2);
+    addNodeElement(3, completeElement(3).polls(1), 3);
+    EXPECT_TRUE(update());
+    ASSERT_FALSE(spinners().empty());
+    EXPECT_EQ(spinners(), spinnerFrom(spinners()[0], 6 + 2 + 2));
+}
+
+TEST_F(PhaseExecutionTest, TheSpinnerGoesOnFromSessionToSession) {
+    addNodeElement(1, completeElement(1).polls(1));
+    EXPECT_TRUE(update());
+    EXPECT_TRUE(run());
+    ASSERT_FALSE(spinners().empty());
+    EXPECT_EQ(spinners(), spinnerFrom(spinners()[0], 4));
+}
+
+TEST_F(PhaseExecutionTest, WithoutProgressNoLineIsPrintedButTheCallbackIsCalled) {
+    addNodeElement(1, completeElement(1, "One").polls(2));
+    options.noProgress = true;
+    EXPECT_TRUE(update());
+    EXPECT_EQ(printedUpdating(), "\nUpdating:\n        NODE, One" + std::string(39, ' ') + "\n[OK]\n");
+    EXPECT_THAT(progress(), ElementsAre("progress 50", "progress 100", "progress 100"));
+}
+
+TEST_F(PhaseExecutionTest, TheSpinnerStandsStillWithoutProgress) {
+    addNodeElement(1, completeElement(1).polls(1));
+    EXPECT_TRUE(update());
+    options.noProgress = true;
+    EXPECT_TRUE(run());
+    options.noProgress = false;
+    EXPECT_TRUE(run());
+    EXPECT_EQ(spinners(), spinnerFrom(spinners()[0], 4));
+}
+
+TEST_F(PhaseExecutionTest, APhaseWhoseUpdatesAllFailAtTheirStartPrintsOneCompleteLine) {
+    addNodeElement(1, completeElement(1, "One"));
+    addNodeElement(2, completeElement(2, "Two"));
+    addFault(fault("update2").occurrence(0));
+    EXPECT_FALSE(update());
+    EXPECT_THAT(printedUpdating(), testing::MatchesRegex("\nUpdating:\n        NODE, One {39}\\[ERROR\\]\n"
+                                                         "        NODE, Two {39}\\[ERROR\\]\n" +
+                                                         progressPattern("100") + "100% {52}\\[ERROR\\]\n"));
+    EXPECT_THAT(progress(), ElementsAre("progress 100"));
+    EXPECT_THAT(log.callsOf("updateStatus2"), IsEmpty());
+    EXPECT_EQ(KvEmulation::ledger().sleptMicroseconds, pollPause);
+}
+
+TEST_F(PhaseExecutionTest, APhaseWithNothingLeftToDoPrintsNothing) {
+    addNodeElement(1, completeElement(1));
+    archive.removeFile("node1.bin");
+    EXPECT_FALSE(update());
+    EXPECT_THAT(log.text(), Not(HasSubstr("Updating")));
+    EXPECT_THAT(log.text(), Not(HasSubstr("%")));
+    EXPECT_THAT(log.text(), Not(HasSubstr("[OK]")));
+    EXPECT_THAT(progress(), IsEmpty());
+    EXPECT_EQ(KvEmulation::ledger().sleeps, 0U);
+}
+
+TEST_F(PhaseExecutionTest, EveryStartAndEveryRoundIsFollowedByItsPause) {
+    constexpr std::uint32_t polls = 7;
+    addNodeElement(1, completeElement(1).polls(polls));
+    addNodeElement(2, completeElement(2));
+    addNodeElement(3, completeElement(3));
+    addFault(fault("update2").id(3));
+    EXPECT_FALSE(update());
+    EXPECT_EQ(KvEmulation::ledger().sleeps, 2 + polls + 1);
+    EXPECT_EQ(KvEmulation::ledger().sleptMicroseconds, 2 * startPause + (polls + 1) * pollPause);
+}
+
+TEST_F(PhaseExecutionTest, ALongUpdateIsPolledForAsLongAsItLasts) {
+    constexpr std::uint32_t polls = 3000;
+    addNodeElement(1, completeElement(1).polls(polls));
+    options.noProgress = true;
+    EXPECT_TRUE(update());
+    EXPECT_EQ(log.callsOf("updateStatus2").size(), polls);
+}
+
+// Status queries.
+
+TEST_F(PhaseExecutionTest, FinishedElementsAreNotAskedAgain) {
+    addBoard(1, completeElement(1).polls(1));
+    addBoard(2, completeElement(1).polls(3));
+    EXPECT_TRUE(update());
+    EXPECT_THAT(log.callsOf("updateStatus2"),
+                ElementsAre("updateStatus2 IOMODULE[1] 1", "updateStatus2 IOMODULE[2] 1", "updateStatus2 IOMODULE[2] 1",
+                            "updateStatus2 IOMODULE[2] 1"));
+}
+
+TEST_F(PhaseExecutionTest, TwoFailedQueriesInARowEndTheElement) {
+    addNodeElement(1, completeElement(1).polls(9));
+    addFault(fault("updateStatus2").occurrence(2));
+    addFault(fault("updateStatus2").occurrence(3));
+    EXPECT_FALSE(update());
+    EXPECT_THAT(states(), ElementsAre(3));
+    EXPECT_THAT(log.events({Kind::call, Kind::notification}),
+                ElementsAre("lock HCN[1] 65539", "phase 0", testing::_, "update2 HCN[1] 1", "updateStatus2 HCN[1] 1",
+                            "progress 11", "updateStatus2 HCN[1] 1 -> status 1, errors 1", "progress 0",
+                            "updateStatus2 HCN[1] 1 -> status 1, errors 1", "elementError 0", "progress 100",
+                            "progress 100", "deleteRemoteFile HCN[1]", "phase 4294967295", "updateFinish HCN[1]/CN[1]",
+                            "updateFinish HCN[1]", "unlock"));
+    EXPECT_THAT(textsOf(*element(0).errorLists[callErrors]),
+                ElementsAre("Fault at updateStatus2.", "Fault at updateStatus2."));
+}
+
+TEST_F(PhaseExecutionTest, AGoodAnswerBetweenFailedQueriesResetsTheCount) {
+    addNodeElement(1, completeElement(1).polls(5));
+    for (const std::uint32_t occurrence : {1U, 3U, 5U, 7U}) {
+        addFault(fault("updateStatus2").occurrence(occurrence));
+    }
+    prepare();
+    EXPECT_FALSE(run());
+    EXPECT_THAT(states(), ElementsAre(5));
+    EXPECT_EQ(element(0).pollFailures, 0U);
+    EXPECT_THAT(progress(),
+                ElementsAre("progress 0", "progress 20", "progress 0", "progress 40", "progress 0", "progress 60",
+                            "progress 0", "progress 80", "progress 100", "progress 100"));
+}
+
+TEST_F(PhaseExecutionTest, AnElementThatFailedOnceCountsAsZeroInThatRound) {
+    addBoard(1, completeElement(1).progress({{1, 2}, {1, 2}}));
+    addBoard(2, completeElement(1).progress({{1, 2}, {1, 2}}));
+    addFault(fault("updateStatus2").at("IOMODULE[2]"));
+    EXPECT_FALSE(update());
+    EXPECT_THAT(progress(), ElementsAre("progress 25", "progress 50", "progress 75", "progress 100", "progress 100"));
+}
+
+TEST_F(PhaseExecutionTest, FailuresOfDifferentElementsAreCountedApart) {
+    addBoard(1, completeElement(1).polls(2));
+    addBoard(2, completeElement(1).polls(2));
+    addFault(fault("updateStatus2").at("IOMODULE[1]"));
+    addFault(fault("updateStatus2").at("IOMODULE[2]"));
+    EXPECT_FALSE(update());
+    EXPECT_THAT(states(), ElementsAre(5, 5));
+}
+
+TEST_F(PhaseExecutionTest, AQueryWithAnErrorHasFailedWhateverItsStatus) {
+    addNodeElement(1, completeElement(1));
+    addFault(fault("updateStatus2").occurrence(0).status(0));
+    EXPECT_FALSE(update());
+    EXPECT_THAT(states(), ElementsAre(3));
+    EXPECT_EQ(log.callsOf("updateStatus2").size(), 2U);
+}
+
+TEST_F(PhaseExecutionTest, AQueryWithoutAnErrorIsAnAnswerWhateverItsStatus) {
+    addNodeElement(1, completeElement(1));
+    addFault(fault("updateStatus2").status(7).noErrors());
+    EXPECT_FALSE(update());
+    // An answer that names no state is not one of an update that runs or has succeeded.
+    EXPECT_THAT(states(), ElementsAre(3));
+    EXPECT_EQ(log.callsOf("updateStatus2").size(), 1U);
+    EXPECT_FALSE(element(0).hasErrors());
+}
+
+class FinalStateTest : public PhaseExecutionTest, public testing::WithParamInterface<std::uint32_t> {};
+
+TEST_P(FinalStateTest, OtherThanRunningAndSucceededFailsTheElement) {
+    addNodeElement(1, completeElement(1).polls(1).finalState(GetParam()));
+    EXPECT_FALSE(update());
+    EXPECT_THAT(states(), ElementsAre(3));
+    EXPECT_THAT(log.events({Kind::call, Kind::notification}),
+                ElementsAre("lock HCN[1] 65539", "phase 0", testing::_, "update2 HCN[1] 1", "updateStatus2 HCN[1] 1",
+                            "elementError 0", "progress 100", "progress 100", "deleteRemoteFile HCN[1]",
+                            "phase 4294967295", "updateFinish HCN[1]/CN[1]", "updateFinish HCN[1]", "unlock"));
+}
+
+INSTANTIATE_TEST_SUITE_P(States, FinalStateTest, testing::Values(0, 3, 4, 5, 0xFFFFFFFF));

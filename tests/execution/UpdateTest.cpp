@@ -1,0 +1,121 @@
+#include "UpdateTest.h"
+
+#include "KvEmulation.h"
+
+#include <iterator>
+#include <utility>
+
+UpdateTest::UpdateTest()
+    : callbacks_{SessionLog::onPhase, SessionLog::onElementError, SessionLog::onProgress, SessionLog::onMessage} {
+    options.archiveFolder = archive.wideText();
+    options.descriptionFileName = L"archive.json";
+    options.target = L"127.0.0.1";
+    options.mode = KvNReflasher::performUpdate;
+    log.abbreviate(archive.folder().text(), "ARCHIVE");
+}
+
+void UpdateTest::SetUp() {
+    KvEmulation::reset();
+}
+
+void UpdateTest::TearDown() {
+    close();
+    KvEmulation::KvTLedger held = KvEmulation::ledger();
+    EXPECT_EQ(held.badReleases, expectedBadReleases);
+    held.badReleases = 0;
+    EXPECT_TRUE(held.isClean());
+    KvEmulation::reset();
+}
+
+void UpdateTest::addNodeElement(std::uint32_t id, ItemBuilder element, std::uint32_t sequence) {
+    node.element(std::move(element));
+    archive.add(entry("node" + std::to_string(id) + ".bin").board("NODE", id).sequence(sequence));
+}
+
+void UpdateTest::addBoard(std::uint32_t number, ItemBuilder element, std::uint32_t sequence) {
+    const std::string text = std::to_string(number);
+    boards.push_back(completeBoard("IOMODULE", "IO" + text, 0).element(std::move(element)));
+    archive.add(entry("io" + text + ".bin").board("IO" + text, 1).sequence(sequence));
+}
+
+void UpdateTest::addFile(const std::string& name, const std::string& targetPath, std::uint32_t sequence) {
+    archive.add(entry(name).target("NODE", targetPath).sequence(sequence));
+}
+
+void UpdateTest::withoutNotifications() {
+    callbacks_ = {nullptr, nullptr, nullptr, SessionLog::onMessage};
+}
+
+void UpdateTest::prepare() {
+    if (hasNode) {
+        target.add(hasCn ? ItemBuilder(node).add(item("CN")) : node);
+    } else if (hasCn) {
+        target.add(item("CN"));
+    }
+    for (const ItemBuilder& board : boards) {
+        target.add(board);
+    }
+    target.serve();
+    archive.write();
+    session_.emplace(callbacks_, options);
+    ASSERT_TRUE(session_->archive.readArchive(errors()));
+    ASSERT_TRUE(session_->access.resolveTarget(errors()));
+    ASSERT_TRUE(session_->access.checkTargetAccessible(errors()));
+    ASSERT_TRUE(session_->inventory.scanInventory(errors(), session_->access.ipAddress()));
+    session_->planner.plan();
+    EXPECT_EQ(textsOf(errors()), std::vector<std::string>());
+    log.clear();
+}
+
+bool UpdateTest::run() {
+    return session_->driver.run(errors());
+}
+
+bool UpdateTest::update() {
+    prepare();
+    return run();
+}
+
+KvTUpdateElement& UpdateTest::element(std::size_t index) {
+    std::list<KvTUpdateElement>& elements = session_->inventory.elements();
+    if (index >= elements.size()) {
+        ADD_FAILURE() << "there is no element " << index;
+        index = 0;
+    }
+    return *std::next(elements.begin(), static_cast<std::ptrdiff_t>(index));
+}
+
+std::vector<std::uint32_t> UpdateTest::states() {
+    std::vector<std::uint32_t> states;
+    for (const KvTUpdateElement& element : session_->inventory.elements()) {
+        states.push_back(element.updateState);
+    }
+    return states;
+}
+
+std::vector<std::string> UpdateTest::textsOf(const KvCErrorListPool& list) {
+    std::vector<std::string> texts;
+    for (std::uint32_t index = 0; index < list.getNumberOfUsedEntries(); ++index) {
+        texts.emplace_back(list.getErrorText(index));
+    }
+    return texts;
+}
+
+std::vector<std::string> UpdateTest::remoteFiles() const {
+    std::vector<std::string> contents;
+    for (const std::string& path : target.folder().list()) {
+        if (path.starts_with("state/transferred/")) {
+            contents.push_back(target.folder().read(path));
+        }
+    }
+    return contents;
+}
+
+std::string faultReport(const std::string& call) {
+    return "       ERROR 0x2fff (reported by Host PC):\n         Fault at " + call + ".\n";
+}
+
+std::string transferLine(const std::string& name, const std::string& verdict) {
+    constexpr std::size_t nameWidth = 46;
+    return std::string(8, ' ') + name + std::string(nameWidth - name.size() + 2, ' ') + verdict + "\n";
+}

@@ -1,0 +1,135 @@
+#include "OwnedErrorList.h"
+
+#include "KvEmulation.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+std::uint32_t listsHeld() {
+    return KvEmulation::ledger().errorLists;
+}
+
+/// At the end nothing may be held, and nothing may have been released twice.
+class OwnedErrorListTest : public testing::Test {
+protected:
+    void TearDown() override { EXPECT_TRUE(KvEmulation::ledger().isClean()); }
+};
+
+/// A record that owns two lists, as those of the update elements do.
+struct TwoLists {
+    OwnedErrorList first = OwnedErrorList::create();
+    OwnedErrorList second = OwnedErrorList::create();
+};
+
+} // namespace
+
+static_assert(std::is_nothrow_move_constructible_v<OwnedErrorList>);
+static_assert(std::is_nothrow_move_assignable_v<OwnedErrorList>);
+
+TEST_F(OwnedErrorListTest, OwnsNothingAtFirst) {
+    const OwnedErrorList errors;
+    EXPECT_EQ(errors.get(), nullptr);
+    EXPECT_EQ(listsHeld(), 0U);
+}
+
+TEST_F(OwnedErrorListTest, CreatesAnEmptyListAndGivesItBackAtTheEnd) {
+    {
+        const OwnedErrorList errors = OwnedErrorList::create();
+        ASSERT_NE(errors.get(), nullptr);
+        EXPECT_EQ(errors->getErrorCount(), 0U);
+        EXPECT_EQ(&*errors, errors.get());
+        EXPECT_EQ(listsHeld(), 1U);
+    }
+    EXPECT_EQ(listsHeld(), 0U);
+}
+
+TEST_F(OwnedErrorListTest, ACopyOwnsNothing) {
+    const OwnedErrorList errors = OwnedErrorList::create();
+    const OwnedErrorList copy(errors);
+    EXPECT_EQ(copy.get(), nullptr);
+    EXPECT_NE(errors.get(), nullptr);
+    EXPECT_EQ(listsHeld(), 1U);
+}
+
+TEST_F(OwnedErrorListTest, ACopyThatCreatesAListOwnsItsOwn) {
+    const OwnedErrorList errors = OwnedErrorList::create();
+    OwnedErrorList copy(errors);
+    copy = OwnedErrorList::create();
+    EXPECT_NE(copy.get(), errors.get());
+    EXPECT_EQ(listsHeld(), 2U);
+}
+
+TEST_F(OwnedErrorListTest, WhatIsAssignedACopyGivesItsListBack) {
+    const OwnedErrorList errors = OwnedErrorList::create();
+    OwnedErrorList assigned = OwnedErrorList::create();
+    assigned = errors;
+    EXPECT_EQ(assigned.get(), nullptr);
+    EXPECT_NE(errors.get(), nullptr);
+    EXPECT_EQ(listsHeld(), 1U);
+}
+
+TEST_F(OwnedErrorListTest, AssigningItToItselfChangesNothing) {
+    OwnedErrorList errors = OwnedErrorList::create();
+    KvCErrorList* const list = errors.get();
+    OwnedErrorList& same = errors;
+    errors = same;
+    EXPECT_EQ(errors.get(), list);
+    errors = std::move(same);
+    EXPECT_EQ(errors.get(), list);
+    EXPECT_EQ(listsHeld(), 1U);
+}
+
+TEST_F(OwnedErrorListTest, MovingHandsTheListOver) {
+    OwnedErrorList errors = OwnedErrorList::create();
+    KvCErrorList* const list = errors.get();
+    const OwnedErrorList moved(std::move(errors));
+    EXPECT_EQ(moved.get(), list);
+    EXPECT_EQ(errors.get(), nullptr);
+    EXPECT_EQ(listsHeld(), 1U);
+}
+
+TEST_F(OwnedErrorListTest, WhatIsMovedToGivesItsFormerListBackAtOnce) {
+    OwnedErrorList errors = OwnedErrorList::create();
+    OwnedErrorList assigned = OwnedErrorList::create();
+    KvCErrorList* const list = errors.get();
+    assigned = std::move(errors);
+    EXPECT_EQ(assigned.get(), list);
+    EXPECT_EQ(errors.get(), nullptr);
+    EXPECT_EQ(listsHeld(), 1U);
+}
+
+TEST_F(OwnedErrorListTest, MovingFromWhatOwnsNothingGivesTheListBack) {
+    OwnedErrorList errors = OwnedErrorList::create();
+    errors = OwnedErrorList();
+    EXPECT_EQ(errors.get(), nullptr);
+    EXPECT_EQ(listsHeld(), 0U);
+}
+
+TEST_F(OwnedErrorListTest, RecordsInAGrowingListKeepTheirLists) {
+    std::vector<TwoLists> records(3);
+    const KvCErrorList* const first = records.front().first.get();
+    records.reserve(100);
+    records.emplace(records.begin());
+    EXPECT_EQ(records[1].first.get(), first);
+    EXPECT_EQ(listsHeld(), 8U);
+    std::rotate(records.begin(), records.begin() + 1, records.end());
+    EXPECT_EQ(records[0].first.get(), first);
+    records.erase(records.begin() + 1, records.end());
+    EXPECT_EQ(listsHeld(), 2U);
+}
+
+TEST_F(OwnedErrorListTest, ACopiedRecordLeavesTheListsToTheOriginal) {
+    const TwoLists original;
+    {
+        const TwoLists copy(original);
+        EXPECT_EQ(copy.second.get(), nullptr);
+        EXPECT_EQ(listsHeld(), 2U);
+    }
+    EXPECT_EQ(original.first->getErrorCount(), 0U);
+    EXPECT_EQ(listsHeld(), 2U);
+}

@@ -1,0 +1,74 @@
+#include "ScratchFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <fstream>
+#include <iterator>
+#include <random>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path uniquePath() {
+    static const unsigned process = std::random_device()();
+    static std::atomic<unsigned> count{0};
+    return fs::path(testing::TempDir()) / ("kv_" + std::to_string(process) + "_" + std::to_string(++count));
+}
+
+/// A test may have taken away the right to write.
+void allowEverything(const fs::path& folder) {
+    std::error_code ignored;
+    fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, ignored);
+    for (const auto& entry : fs::recursive_directory_iterator(folder, ignored)) {
+        if (!entry.is_symlink(ignored)) {
+            fs::permissions(entry.path(), fs::perms::owner_all, fs::perm_options::add, ignored);
+        }
+    }
+}
+
+} // namespace
+
+ScratchFolder::ScratchFolder() : path_(uniquePath()) {
+    fs::create_directories(path_);
+}
+
+ScratchFolder::~ScratchFolder() {
+    std::error_code ignored;
+    allowEverything(path_);
+    fs::remove_all(path_, ignored);
+}
+
+std::string ScratchFolder::write(const std::string& name, std::string_view content) const {
+    const fs::path path = path_ / name;
+    std::error_code ignored;
+    fs::create_directories(path.parent_path(), ignored);
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(content.data(), static_cast<std::streamsize>(content.size()));
+    file.close();
+    EXPECT_TRUE(file.good()) << "cannot write " << path;
+    return path.string();
+}
+
+std::string ScratchFolder::read(const std::string& name) const {
+    std::ifstream file(path_ / name, std::ios::binary);
+    EXPECT_TRUE(file.good()) << "cannot read " << path_ / name;
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+bool ScratchFolder::has(const std::string& name) const {
+    std::error_code ignored;
+    return fs::exists(fs::symlink_status(path_ / name, ignored));
+}
+
+std::vector<std::string> ScratchFolder::list() const {
+    std::vector<std::string> names;
+    for (const auto& entry : fs::recursive_directory_iterator(path_)) {
+        names.push_back(entry.path().lexically_relative(path_).generic_string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "KvCVersion.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+/// The bytes of a firmware image of this version and checksum; `kind` is the release kind of its header (10: alpha,
+/// 11: beta), beside which the version's own is not used.
+[[nodiscard]] std::string firmwareImage(const KvCVersion& version, std::uint32_t checksum, std::uint8_t kind = 0);
+
+/// The bytes of an FPGA bitstream whose header states `headerSize` and, at its place, `checksum`.
+[[nodiscard]] std::string bitstream(std::uint32_t checksum, std::uint32_t headerSize = 92);

@@ -1,0 +1,200 @@
+#include "HostServiceStandIn.h"
+#include "KeptMessages.h"
+#include "KvCDirectFileWriter.h"
+#include "KvCTargetAccess.h"
+#include "KvEmulation.h"
+#include "ScratchFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+constexpr std::ptrdiff_t lookupCalls = 9;
+
+} // namespace
+
+/// Writes files through a host interface that answers as the test says.
+class DirectFileWriteCallsTest : public testing::Test {
+protected:
+    void SetUp() override {
+        service().forget();
+        master().reset();
+        options_.target = L"10.0.0.7";
+        options_.archiveFolder = archive_.path().wstring();
+        ASSERT_TRUE(access_.resolveTarget(master()));
+        archive_.write("a.cfg", "12345");
+        service().answer("putFileU", {.status = 5}, 0);
+        writer_.emplace(options_, access_);
+    }
+    void TearDown() override {
+        writer_.reset();
+        EXPECT_THAT(service().held(), IsEmpty());
+        EXPECT_EQ(master().getErrorCount(), 0U);
+        EXPECT_TRUE(KvEmulation::ledger().isClean());
+        KvEmulation::reset();
+    }
+
+    static HostServiceStandIn& service() { return HostServiceStandIn::instance(); }
+    static KvCErrorListPool& master() { return KvCErrorManager::getInstance()->getMasterErrorList(); }
+
+    bool write(const char* targetPath) {
+        KvTArchiveFile entry;
+        entry.name = "a.cfg";
+        return writer_->writeFileToTarget(entry, targetPath, messages_);
+    }
+    /// The calls of one write, without those that look the device up.
+    std::vector<std::string> callsOfWrite(const char* targetPath) {
+        service().forgetCalls();
+        EXPECT_TRUE(write(targetPath));
+        std::vector<std::string> calls = service().calls();
+        if (calls.front() == "createFilter(1)") {
+            calls.erase(calls.begin(), calls.begin() + lookupCalls);
+        }
+        return calls;
+    }
+    static std::vector<std::string> lastOperations(std::ptrdiff_t count) {
+        const std::vector<std::string> operations = service().operations();
+        return {operations.end() - count, operations.end()};
+    }
+    [[nodiscard]] std::string local() const { return "'" + archive_.text() + "/a.cfg'"; }
+
+    ScratchFolder archive_;
+    KeptMessages printed_;
+    KvNReflasher::KvTOptions options_{};
+    KvCTargetAccess access_{printed_.writer(), options_};
+    std::optional<KvCDirectFileWriter> writer_;
+    std::vector<std::wstring> messages_;
+};
+
+TEST_F(DirectFileWriteCallsTest, AFileIsWrittenWithTheseCallsInThisOrder) {
+    EXPECT_TRUE(write("config/net/a.cfg"));
+    EXPECT_THAT(std::vector(service().calls().begin() + lookupCalls, service().calls().end()),
+                ElementsAre("createFTClientHandle(device1)", "makeDir(null, client1, '/mnt/cn/cfdrive', 'config')",
+                            "makeDir(null, client1, '/mnt/cn/cfdrive/config', 'net')",
+                            "putFileU(null, client1, " + local() + ", '/mnt/cn/cfdrive/config/net', 'a.cfg.tmp')",
+                            "renameFile(null, client1, '/mnt/cn/cfdrive/config/net', 'a.cfg.tmp', 'a.cfg')",
+                            "deleteFTClientHandle(client1)"));
+}
+
+TEST_F(DirectFileWriteCallsTest, EveryCallOfAWriteGetsTheSamePrivateList) {
+    EXPECT_TRUE(write("config/a.cfg"));
+    const std::set<const KvCErrorListPool*> lists(service().errorLists().begin(), service().errorLists().end());
+    EXPECT_EQ(lists.size(), 1U);
+    EXPECT_FALSE(lists.contains(&master()));
+    EXPECT_EQ(KvEmulation::ledger().errorLists, 0U);
+}
+
+TEST_F(DirectFileWriteCallsTest, TheFoldersOfThePathAreWalkedFromTheRoot) {
+    struct Row {
+        const char* targetPath;
+        std::vector<std::string> folders;
+        std::string file;
+    };
+    const std::string root = "/mnt/cn/cfdrive";
+    const std::array rows = {
+        // No folder of its own: nothing to create.
+        Row{"a.cfg", {}, "'" + root + "', 'a.cfg.tmp'"},
+        Row{"", {}, "'" + root + "', '.tmp'"},
+        Row{"x/a.cfg", {"'" + root + "', 'x'"}, "'" + root + "/x', 'a.cfg.tmp'"},
+        // Each "/" ends a component, an empty one too.
+        Row{"/a.cfg", {"'" + root + "', ''"}, "'" + root + "/', 'a.cfg.tmp'"},
+        Row{"//a.cfg", {"'" + root + "', ''", "'" + root + "/', ''"}, "'" + root + "//', 'a.cfg.tmp'"},
+        Row{"x//a.cfg", {"'" + root + "', 'x'", "'" + root + "/x', ''"}, "'" + root + "/x/', 'a.cfg.tmp'"},
+        Row{"x//y/a.cfg",
+            {"'" + root + "', 'x'", "'" + root + "/x', ''", "'" + root + "/x/', 'y'"},
+            "'" + root + "/x//y', 'a.cfg.tmp'"},
+        Row{"/x/a.cfg", {"'" + root + "', ''", "'" + root + "/', 'x'"}, "'" + root + "//x', 'a.cfg.tmp'"},
+        Row{"x/", {"'" + root + "', 'x'"}, "'" + root + "/x', '.tmp'"},
+        Row{"x\\a.cfg", {}, "'" + root + "', 'x\\a.cfg.tmp'"},
+    };
+    std::uint32_t client = 0;
+    for (const Row& row : rows) {
+        const std::string with = "(null, client" + std::to_string(++client) + ", ";
+        std::vector<std::string> expected;
+        for (const std::string& folder : row.folders) {
+            expected.push_back("makeDir" + with + folder + ")");
+        }
+        expected.push_back("putFileU" + with + local() + ", " + row.file + ")");
+        const std::vector<std::string> calls = callsOfWrite(row.targetPath);
+        ASSERT_EQ(calls.size(), expected.size() + 3) << row.targetPath;
+        EXPECT_THAT(std::vector(calls.begin() + 1, calls.end() - 2), ElementsAreArray(expected)) << row.targetPath;
+    }
+}
+
+TEST_F(DirectFileWriteCallsTest, ALaterWriteUsesTheHandleOfTheFirst) {
+    EXPECT_TRUE(write("a.cfg"));
+    const std::vector<std::string> later = callsOfWrite("b.cfg");
+    EXPECT_THAT(later, testing::Each(testing::Not(testing::HasSubstr("createDeviceHandle"))));
+    EXPECT_EQ(later.front(), "createFTClientHandle(device1)");
+    EXPECT_THAT(service().held(), ElementsAre("device1"));
+}
+
+TEST_F(DirectFileWriteCallsTest, ALookupWithoutAHandleFailsAndIsTriedAgain) {
+    service().answer("createDeviceHandle", {.leavesHandle = true});
+    EXPECT_FALSE(write("a.cfg"));
+    EXPECT_THAT(messages_, ElementsAre(L"ERROR: Writing /mnt/cn/cfdrive/a.cfg failed. Cannot create device handle.\n"));
+    EXPECT_TRUE(write("a.cfg"));
+    EXPECT_THAT(service().operations(), testing::Contains("createDeviceHandle").Times(2));
+}
+
+TEST_F(DirectFileWriteCallsTest, AFileKnownToBeMissingIsNotAskedFor) {
+    KvTArchiveFile entry;
+    entry.name = "missing.cfg";
+    entry.fileMissing = true;
+    messages_ = {L"of before"};
+    EXPECT_FALSE(writer_->writeFileToTarget(entry, "x/a.cfg", messages_));
+    EXPECT_THAT(messages_, IsEmpty());
+    EXPECT_THAT(service().calls(), IsEmpty());
+    EXPECT_FALSE(archive_.has("missing.cfg"));
+}
+
+TEST_F(DirectFileWriteCallsTest, AFailedTransferEndsTheWriteAndGivesTheClientBack) {
+    service().answer("putFileU", {.status = -1, .addsError = true});
+    EXPECT_FALSE(write("a.cfg"));
+    EXPECT_THAT(lastOperations(2), ElementsAre("putFileU", "deleteFTClientHandle"));
+}
+
+TEST_F(DirectFileWriteCallsTest, AFailedRenameEndsTheWriteAndGivesTheClientBack) {
+    service().answer("renameFile", {.status = -1, .addsError = true});
+    EXPECT_FALSE(write("a.cfg"));
+    EXPECT_THAT(lastOperations(2), ElementsAre("renameFile", "deleteFTClientHandle"));
+}
+
+TEST_F(DirectFileWriteCallsTest, AClientThatCannotBeGivenBackIsGivenBackOnce) {
+    service().answer("deleteFTClientHandle", {.status = 4, .addsError = true});
+    EXPECT_FALSE(write("a.cfg"));
+    EXPECT_THAT(lastOperations(2), ElementsAre("renameFile", "deleteFTClientHandle"));
+}
+
+TEST_F(DirectFileWriteCallsTest, AWriterThatFoundNoDeviceGivesNothingBack) {
+    service().answer("createFilter", {.status = 33, .leavesHandle = true});
+    EXPECT_FALSE(write("a.cfg"));
+    service().forgetCalls();
+    writer_.reset();
+    EXPECT_THAT(service().calls(), IsEmpty());
+}
+
+TEST_F(DirectFileWriteCallsTest, AtTheEndTheDeviceIsGivenBackWithAListThatIsSentAndDeleted) {
+    service().answer("deleteDeviceHandle", {.status = 7, .addsError = true});
+    EXPECT_TRUE(write("a.cfg"));
+    service().forgetCalls();
+    writer_.reset();
+    EXPECT_THAT(service().calls(), ElementsAre("deleteDeviceHandle(device1)", "sendErrorList(0)"));
+    ASSERT_EQ(service().errorLists().size(), 2U);
+    EXPECT_EQ(service().errorLists()[0], service().errorLists()[1]);
+    EXPECT_NE(service().errorLists()[0], &master());
+    EXPECT_EQ(KvEmulation::ledger().errorLists, 0U);
+}
