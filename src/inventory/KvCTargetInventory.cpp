@@ -100,7 +100,7 @@ void KvCTargetInventory::buildFileSystemTemplate() {
     element->name = "Updatable file";
     makeElementNames(element->boardName, element->boardType, element->serialNumber, element->name, element->typeName,
                      element->displayName);
-    fileSystemTemplate_ = std::move(element);
+    setFileSystemTemplate(std::move(element));
 }
 
 void KvCTargetInventory::printElementTable() const {

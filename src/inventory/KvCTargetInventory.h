@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <list>
 #include <memory>
+#include <utility>
 
 class KvCConsoleWriter;
 
@@ -38,6 +39,8 @@ public:
     [[nodiscard]] const std::list<KvTUpdateElement>& elements() const { return elements_; }
     /// Stands for files that no element of the target claims; null when the target takes none.
     [[nodiscard]] const KvTUpdateElement* fileSystemTemplate() const { return fileSystemTemplate_.get(); }
+    /// Replaces the template, as a scan does; null: the target takes no such files.
+    void setFileSystemTemplate(std::unique_ptr<KvTUpdateElement> element) { fileSystemTemplate_ = std::move(element); }
     /// Null until a scan has opened the target.
     [[nodiscard]] KvCInventoryRootHandle* rootHandle() const { return rootHandle_; }
     /// Null when the target has no such node.

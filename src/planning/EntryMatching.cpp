@@ -21,8 +21,9 @@ bool matchesScalar(jsonView archiveValue, const KvTElementValue& elementValue) {
 }
 
 /// As matchesValue(); an absent value of the description stands for `absent`.
-bool matchesOrDefault(jsonView archiveValue, const KvTElementValue& elementValue, const KvTElementValue& absent) {
-    return archiveValue.is_valid() ? matchesValue(archiveValue, elementValue) : elementValue == absent;
+bool matchesOrDefault(const KvTSelectedValue& archiveValue, const KvTElementValue& elementValue,
+                      const KvTElementValue& absent) {
+    return archiveValue.value.is_valid() ? matchesValue(archiveValue.value, elementValue) : elementValue == absent;
 }
 
 KvTElementValue variantOf(const KvTUpdateElement& element) {
@@ -34,18 +35,20 @@ KvTElementValue variantOf(const KvTUpdateElement& element) {
 
 /// The values of `own`, an element of "boards" or the entry itself, completed by those of the entry.
 KvTEntrySelection makeSelection(const EntryProperties& own, const EntryProperties& entry, bool hasTargetPath) {
-    const auto inherited = [&](KvEProperty property) { return own.has(property) ? own[property] : entry[property]; };
+    const auto select = [&](KvEProperty property) {
+        return own.has(property) ? KvTSelectedValue{own[property], false} : KvTSelectedValue{entry[property], true};
+    };
     KvTEntrySelection selection;
     selection.boardType = own[KvEProperty::boardType];
-    selection.boardVariant = inherited(KvEProperty::boardVariant);
-    selection.boardId = inherited(KvEProperty::boardId);
-    selection.hwCompatibilityId = inherited(KvEProperty::hwCompatibilityId);
-    selection.swCompatibilityId = inherited(KvEProperty::swCompatibilityId);
+    selection.boardVariant = select(KvEProperty::boardVariant);
+    selection.boardId = select(KvEProperty::boardId);
+    selection.hwCompatibilityId = select(KvEProperty::hwCompatibilityId);
+    selection.swCompatibilityId = select(KvEProperty::swCompatibilityId);
     selection.hasTargetPath = hasTargetPath;
-    if (const jsonView id = inherited(KvEProperty::id); id.is_number_unsigned()) {
+    if (const jsonView id = select(KvEProperty::id).value; id.is_number_unsigned()) {
         selection.id = static_cast<std::uint32_t>(id.get_unsigned());
     }
-    if (const jsonView path = inherited(KvEProperty::targetPath); path.is_string()) {
+    if (const jsonView path = select(KvEProperty::targetPath).value; path.is_string()) {
         selection.targetPath = path.get_string();
     }
     return selection;

@@ -33,14 +33,21 @@ enum class KvEMatchTest : std::uint8_t {
     none
 };
 
+/// A value that an element's is compared with; a look at nothing when the description does not give it.
+struct KvTSelectedValue {
+    KvNJson::jsonView value;
+    /// It is the entry's own and not that of an element of its "boards"; such selections of an entry share it.
+    bool inherited = false;
+};
+
 /// The values of an entry for one of its board types: those of an element of "boards", where that has them, else
 /// those of the entry. Looks into the entry's description, which must stay as it is.
 struct KvTEntrySelection {
     KvNJson::jsonView boardType;
-    KvNJson::jsonView boardVariant;
-    KvNJson::jsonView boardId;
-    KvNJson::jsonView hwCompatibilityId;
-    KvNJson::jsonView swCompatibilityId;
+    KvTSelectedValue boardVariant;
+    KvTSelectedValue boardId;
+    KvTSelectedValue hwCompatibilityId;
+    KvTSelectedValue swCompatibilityId;
     bool hasTargetPath = false;
     std::optional<std::uint32_t> id;
     std::optional<std::string_view> targetPath;

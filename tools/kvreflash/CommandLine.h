@@ -3,6 +3,7 @@
 #include "KvTOptions.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -21,8 +22,8 @@ struct KvTCommandLine {
     bool reboot = false;
     /// Write the query records as a JSON document.
     bool json = false;
-    /// File of the notifications; "-": standard error; empty: none.
-    std::string eventsFile;
+    /// File of the notifications, if they are to be written; "-": standard error.
+    std::optional<std::string> eventsFile;
 };
 
 /// Reads the arguments (UTF-8, without the program's name). A request for help and a usage error are answered here,

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <iterator>
+#include <string_view>
 
 namespace {
 
@@ -12,27 +13,44 @@ using boost::locale::utf::is_valid_codepoint;
 using boost::locale::utf::utf_traits;
 
 constexpr code_point replacementCharacter = 0xFFFD;
-constexpr wchar_t lastByte = 0xFF;
+constexpr code_point lastByte = 0xFF;
 constexpr std::size_t longestSequence = 4;
 
-/// The bytes at `position` of a multi-byte UTF-8 character that stands in the message byte by byte; empty when there is
-/// none.
-std::string embeddedCharacter(const std::wstring& message, std::size_t position) {
-    std::string bytes;
-    for (std::size_t index = position; index < message.size() && bytes.size() < longestSequence; ++index) {
-        if (message[index] > lastByte) {
-            break;
-        }
-        bytes.push_back(static_cast<char>(message[index]));
-    }
-    const char* begin = bytes.data();
+/// Length of the well-formed UTF-8 character at the beginning of `bytes`; 0 when there is none.
+std::size_t lengthOfCharacter(std::string_view bytes) {
+    const char* const begin = bytes.data();
     const char* end = begin;
     const code_point character = utf_traits<char>::decode(end, begin + bytes.size());
-    if (!is_valid_codepoint(character) || end - begin < 2) {
-        return {};
+    return is_valid_codepoint(character) ? static_cast<std::size_t>(end - begin) : 0;
+}
+
+/// The characters at the beginning of `message` that may be bytes of one UTF-8 character.
+std::string leadingBytes(std::wstring_view message) {
+    std::string bytes;
+    for (const wchar_t character : message.substr(0, longestSequence)) {
+        if (static_cast<code_point>(character) > lastByte) {
+            break;
+        }
+        bytes.push_back(static_cast<char>(character));
     }
-    bytes.resize(static_cast<std::size_t>(end - begin));
     return bytes;
+}
+
+/// Takes one character off the beginning of `message`, a surrogate pair as one.
+code_point takeCharacter(std::wstring_view& message) {
+    const auto first = static_cast<code_point>(message.front());
+    message.remove_prefix(1);
+    const code_point second = message.empty() ? 0 : static_cast<code_point>(message.front());
+    if ((first & ~code_point(0x3FF)) != 0xD800 || (second & ~code_point(0x3FF)) != 0xDC00) {
+        return is_valid_codepoint(first) ? first : replacementCharacter;
+    }
+    message.remove_prefix(1);
+    return 0x10000 + ((first & 0x3FF) << 10) + (second & 0x3FF);
+}
+
+bool isHiddenControl(code_point character) {
+    const bool isControl = character < 0x20 || (character > 0x7E && character < 0xA0);
+    return isControl && character != '\n' && character != '\r' && character != '\t';
 }
 
 } // namespace
@@ -40,22 +58,15 @@ std::string embeddedCharacter(const std::wstring& message, std::size_t position)
 std::string messageBytes(const std::wstring& message) {
     std::string result;
     result.reserve(message.size());
-    const wchar_t* position = message.data();
-    const wchar_t* end = position + message.size();
-    while (position != end) {
-        if (*position < L'\x80') {
-            result.push_back(static_cast<char>(*position++));
-            continue;
+    std::wstring_view rest = message;
+    while (!rest.empty()) {
+        const std::string bytes = leadingBytes(rest);
+        if (const std::size_t length = lengthOfCharacter(bytes); length != 0) {
+            result.append(bytes, 0, length);
+            rest.remove_prefix(length);
+        } else {
+            utf_traits<char>::encode(takeCharacter(rest), std::back_inserter(result));
         }
-        const std::string embedded = embeddedCharacter(message, static_cast<std::size_t>(position - message.data()));
-        if (!embedded.empty()) {
-            result += embedded;
-            position += embedded.size();
-            continue;
-        }
-        const code_point character = utf_traits<wchar_t>::decode(position, end);
-        utf_traits<char>::encode(is_valid_codepoint(character) ? character : replacementCharacter,
-                                 std::back_inserter(result));
     }
     return result;
 }
@@ -63,19 +74,22 @@ std::string messageBytes(const std::wstring& message) {
 std::string visibleOnTerminal(const std::string& text) {
     std::string result;
     result.reserve(text.size());
-    const char* position = text.data();
-    const char* end = position + text.size();
-    while (position != end) {
-        const char* begin = position;
-        const code_point character = utf_traits<char>::decode(position, end);
-        const bool control = character < 0x20 || (character >= 0x7F && character < 0xA0);
-        if (control && character != '\n' && character != '\r' && character != '\t') {
+    std::string_view rest = text;
+    while (!rest.empty()) {
+        const std::size_t length = lengthOfCharacter(rest);
+        const char* position = rest.data();
+        // A byte that belongs to no character is taken for the character of its number.
+        const code_point character = length != 0 ? utf_traits<char>::decode(position, position + length)
+                                                 : static_cast<unsigned char>(rest.front());
+        const std::string_view piece = rest.substr(0, length != 0 ? length : 1);
+        if (isHiddenControl(character)) {
             char escaped[8];
             std::snprintf(escaped, sizeof escaped, "\\x%02X", static_cast<unsigned>(character));
             result += escaped;
         } else {
-            result.append(begin, position);
+            result += piece;
         }
+        rest.remove_prefix(piece.size());
     }
     return result;
 }

@@ -4,9 +4,9 @@
 
 /// The bytes of a session's message. Narrow texts stand in a message one byte per character: characters up to U+00FF
 /// that, taken as bytes, are one well-formed UTF-8 character become these bytes; every other character is encoded as
-/// UTF-8.
+/// UTF-8, a surrogate pair as one and what is no character as U+FFFD.
 [[nodiscard]] std::string messageBytes(const std::wstring& message);
 
 /// `text` as a terminal may show it: control characters other than line feed, carriage return and tab, and U+0080 to
-/// U+009F, are replaced by \xHH.
+/// U+009F, also as bytes of their own, are replaced by \xHH.
 [[nodiscard]] std::string visibleOnTerminal(const std::string& text);

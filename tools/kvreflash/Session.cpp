@@ -6,6 +6,7 @@
 #include "MessageText.h"
 #include "QueryDocument.h"
 #include "Terminal.h"
+#include "ToolOutput.h"
 
 #include <cstdio>
 #include <memory>
@@ -19,24 +20,12 @@ using KvNReflasher::KvTOptions;
 struct Outputs {
     EventLog events;
     std::FILE* messages = stdout;
-    bool terminal = false;
 };
 
 Outputs* currentOutputs = nullptr;
 
-void writeText(std::FILE* stream, const std::string& text, bool terminal) {
-    const std::string shown = terminal ? visibleOnTerminal(text) : text;
-    std::fwrite(shown.data(), 1, shown.size(), stream);
-    std::fflush(stream);
-}
-
-/// Says something of the tool's own.
-void say(const std::string& text) {
-    writeText(stderr, "kvreflash: " + text + "\n", isTerminal(stderr));
-}
-
 void onMessage(const std::wstring& message) {
-    writeText(currentOutputs->messages, messageBytes(message), currentOutputs->terminal);
+    writeText(currentOutputs->messages, messageBytes(message));
 }
 
 void onPhase(std::uint32_t phase) {
@@ -77,11 +66,10 @@ bool serveEmulatedTargets(const std::vector<std::string>& folders) {
 /// The library writes to standard output itself unless that would lose text or the tool must see its messages.
 void setCallbacks(KvIReflasher& session, const KvTCommandLine& line, Outputs& outputs) {
     outputs.messages = line.json ? stderr : stdout;
-    outputs.terminal = isTerminal(outputs.messages);
-    if (line.json || outputs.terminal || !writesAnyWideText()) {
+    if (line.json || isTerminal(stdout) || !writesAnyWideText()) {
         session.setMessageCallback(onMessage);
     }
-    if (!line.eventsFile.empty()) {
+    if (line.eventsFile) {
         session.setPhaseCallback(onPhase);
         session.setProgressCallback(onProgress);
         session.setElementErrorCallback(onElementError);
@@ -99,9 +87,7 @@ ExitCode performSession(KvIReflasher& session, const KvTCommandLine& line) {
     }
     bool success = session.run();
     if (line.json) {
-        const std::string document = queryDocument(session, line.options.mode);
-        success = std::fwrite(document.data(), 1, document.size(), stdout) == document.size() &&
-                  std::fflush(stdout) == 0 && success;
+        writeText(stdout, queryDocument(session, line.options.mode));
     }
     if (success && line.reboot) {
         success = session.reboot();
@@ -109,16 +95,14 @@ ExitCode performSession(KvIReflasher& session, const KvTCommandLine& line) {
     return success ? exitSuccess : exitFailed;
 }
 
-} // namespace
-
 ExitCode runSession(const KvTCommandLine& line) {
     Outputs outputs;
     const CurrentOutputs current(outputs);
     if (!serveEmulatedTargets(line.emulatedTargets)) {
         return exitFailed;
     }
-    if (!line.eventsFile.empty() && !outputs.events.open(line.eventsFile)) {
-        say("cannot create " + line.eventsFile);
+    if (line.eventsFile && !outputs.events.open(*line.eventsFile)) {
+        say("cannot create '" + *line.eventsFile + "'");
         return exitFailed;
     }
     const std::unique_ptr<KvIReflasher> session(KvIReflasher::createInstance(line.options));
@@ -129,16 +113,22 @@ ExitCode runSession(const KvTCommandLine& line) {
     setCallbacks(*session, line, outputs);
     ExitCode result = performSession(*session, line);
     if (!outputs.events.close()) {
-        say("cannot write " + line.eventsFile);
+        say("cannot write '" + line.eventsFile.value_or("") + "'");
         result = result == exitSuccess ? exitFailed : result;
     }
     return result;
 }
 
+} // namespace
+
 ExitCode runTool(const std::vector<std::string>& arguments) {
     const auto line = readCommandLine(arguments);
-    if (const auto* exitCode = std::get_if<ExitCode>(&line)) {
-        return *exitCode;
+    const auto* const answered = std::get_if<ExitCode>(&line);
+    const ExitCode result = answered != nullptr ? *answered : runSession(std::get<KvTCommandLine>(line));
+    // Whoever wrote to standard output, the library or the tool: what was lost shows here.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        say("cannot write to standard output");
+        return result == exitSuccess ? exitFailed : result;
     }
-    return runSession(std::get<KvTCommandLine>(line));
+    return result;
 }
