@@ -4,6 +4,7 @@
 #include "KvCUpdateDriver.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace {
 
@@ -49,22 +50,23 @@ void KvCUpdateDriver::transferFile(KvTUpdateElement& element, const KvCInventory
         fail(element);
         return;
     }
-    writer_.print(L"[OK]\n");
     fileTransferred_[fileIndex] = true;
     transferredFiles_.push_back(fileIndex);
+    writer_.print(L"[OK]\n");
 }
 
-/// Errors stay in `errors` for the final report.
+/// In the order of the archive. Errors stay in `errors` for the final report.
 void KvCUpdateDriver::deleteRemoteFiles(KvCErrorListPool& errors) {
     const KvCInventoryAddress* system = planner_.inventory().systemAddress();
     if (system == nullptr) {
         return;
     }
-    std::sort(transferredFiles_.begin(), transferredFiles_.end());
-    for (const std::uint32_t fileIndex : transferredFiles_) {
+    std::sort(transferredFiles_.begin(), transferredFiles_.end(), std::greater<>());
+    while (!transferredFiles_.empty()) {
+        const std::uint32_t fileIndex = transferredFiles_.back();
         KvCInventoryManager::getInstance()->deleteRemoteFile(errors, rootHandle(), *system, lockHandle_,
                                                              remoteFiles_[fileIndex]);
         fileTransferred_[fileIndex] = false;
+        transferredFiles_.pop_back();
     }
-    transferredFiles_.clear();
 }

@@ -23,7 +23,7 @@ public:
     LockRelease(const LockRelease&) = delete;
     LockRelease& operator=(const LockRelease&) = delete;
     ~LockRelease() {
-        if (driver_.lockHandle_ == nullptr || !armed_) {
+        if (!armed_) {
             return;
         }
         attempt([this] { driver_.deleteRemoteFiles(errors_); });
@@ -58,8 +58,9 @@ bool KvCUpdateDriver::run(KvCErrorListPool& errors) {
     planner_.printUpToDateElements();
     const bool filesMissing = runPhases(errors);
     callbacks_.notifyPhase(afterLastPhase);
-    (void)unlockTarget(errors);
-    release.disarm();
+    finishUpdate();
+    release.disarm(); // a target is unlocked once, whatever comes of it
+    unlockTarget(errors);
     return printResults(errors, filesMissing);
 }
 
@@ -69,6 +70,7 @@ void KvCUpdateDriver::begin() {
     fileTransferred_.assign(fileCount, false);
     remoteFiles_.assign(fileCount, {});
     transferredFiles_.clear();
+    transferredFiles_.reserve(fileCount);
     elementsOfBoards_.clear();
     phases_.assign(planner_.phaseCount(), {});
     for (KvTUpdateElement& element : planner_.inventory().elements()) {
@@ -113,18 +115,6 @@ bool KvCUpdateDriver::lockTarget(KvCErrorListPool& errors) {
     return locked;
 }
 
-bool KvCUpdateDriver::unlockTarget(KvCErrorListPool& errors) {
-    finishUpdate();
-    const bool unlocked =
-        callSucceeds(errors, [&] { KvCInventoryManager::getInstance()->unlock(errors, lockHandle_); });
-    if (unlocked) {
-        lockHandle_ = nullptr;
-    } else if (options_.verbose) {
-        writer_.print(L"ERROR: Cannot unlock target system!\n");
-    }
-    return unlocked;
-}
-
 /// Closes the update session on both nodes. What goes wrong here is of no interest to anybody.
 void KvCUpdateDriver::finishUpdate() {
     const OwnedErrorList dropped = OwnedErrorList::create();
@@ -132,6 +122,16 @@ void KvCUpdateDriver::finishUpdate() {
         if (address != nullptr) {
             KvCInventoryManager::getInstance()->updateFinish(*dropped, rootHandle(), *address, lockHandle_);
         }
+    }
+}
+
+void KvCUpdateDriver::unlockTarget(KvCErrorListPool& errors) {
+    const bool unlocked =
+        callSucceeds(errors, [&] { KvCInventoryManager::getInstance()->unlock(errors, lockHandle_); });
+    if (unlocked) {
+        lockHandle_ = nullptr;
+    } else if (options_.verbose) {
+        writer_.print(L"ERROR: Cannot unlock target system!\n");
     }
 }
 

@@ -38,8 +38,8 @@ private:
     void begin();
     [[nodiscard]] bool runPhases(KvCErrorListPool& errors);
     [[nodiscard]] bool lockTarget(KvCErrorListPool& errors);
-    bool unlockTarget(KvCErrorListPool& errors);
     void finishUpdate();
+    void unlockTarget(KvCErrorListPool& errors);
     [[nodiscard]] PhaseList collectPhase(std::uint32_t phase) const;
     [[nodiscard]] bool checkFiles(const PhaseList& list);
 
@@ -79,7 +79,7 @@ private:
     /// The target's handle of each archive file, and whether it was transferred in the current phase.
     std::vector<KvNInventoryManager::KvSRemoteFileHandle> remoteFiles_;
     std::vector<bool> fileTransferred_;
-    /// The files transferred in the current phase.
+    /// The files that the target holds in the current phase. Has room for all, so that none is ever forgotten.
     std::vector<std::uint32_t> transferredFiles_;
     /// Null when the target is not locked.
     void* lockHandle_ = nullptr;

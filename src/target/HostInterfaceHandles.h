@@ -16,8 +16,15 @@ public:
     ~HostInterfaceHandle() { (void)release(); }
 
     [[nodiscard]] Handle get() const { return handle_; }
-    /// For the operation that creates the handle.
-    [[nodiscard]] Handle& out() { return handle_; }
+    /// Lets `operation` create the handle, and returns its status. What a failed operation leaves is no handle.
+    template <typename Operation>
+    [[nodiscard]] std::int32_t createBy(Operation&& operation) {
+        const std::int32_t status = std::forward<Operation>(operation)(handle_);
+        if (status != 0) {
+            handle_ = nullptr;
+        }
+        return status;
+    }
     /// Gives the handle back; its status, 0 when there is none.
     [[nodiscard]] std::int32_t release() {
         return handle_ != nullptr ? deleteHandle(errors_, std::exchange(handle_, nullptr)) : 0;

@@ -61,7 +61,9 @@ bool KvCDirectFileWriter::writeFileToTarget(const KvTArchiveFile& entry, const K
         return false;
     }
     FileTransferClient client(*errors);
-    if (KvHIM_createFTClientHandle(*errors, deviceHandle_, client.out()) != 0) {
+    const std::int32_t status = client.createBy(
+        [&](KvHIMFTClientHandle& handle) { return KvHIM_createFTClientHandle(*errors, deviceHandle_, handle); });
+    if (status != 0) {
         addMessage(messages, L"ERROR: Writing %hs failed. Cannot create FT client handle.\n", paths.target.c_str());
         return false;
     }

@@ -125,7 +125,9 @@ std::int32_t KvCTargetAccess::setUpFilter(KvCErrorListPool& errors, KvHIMFilterH
 std::int32_t KvCTargetAccess::findDevice(KvCErrorListPool& errors, KvHIMDeviceHandle& device) const {
     device = nullptr;
     DeviceFilter filter(errors);
-    if (const std::int32_t status = KvHIM_createFilter(errors, filter.out(), filterKind); status != 0) {
+    if (const std::int32_t status =
+            filter.createBy([&](KvHIMFilterHandle& handle) { return KvHIM_createFilter(errors, handle, filterKind); });
+        status != 0) {
         return status;
     }
     if (const std::int32_t status = setUpFilter(errors, filter.get()); status != 0) {
@@ -152,7 +154,7 @@ std::int32_t KvCTargetAccess::findDevice(KvCErrorListPool& errors, KvHIMDeviceHa
 
 bool KvCTargetAccess::checkTargetAccessible(KvCErrorListPool& errors) const {
     DeviceHandle device(errors);
-    const std::int32_t status = findDevice(errors, device.out());
+    const std::int32_t status = device.createBy([&](KvHIMDeviceHandle& handle) { return findDevice(errors, handle); });
     if (status == serviceUnreachable) {
         writer_.print(L"\nERROR: Unable to communicate with the Korvel Hostlink!\n"
                       L"       Maybe the Korvel Setup was not properly installed or the service\n"
@@ -175,7 +177,7 @@ bool KvCTargetAccess::checkTargetAccessible(KvCErrorListPool& errors) const {
 
 bool KvCTargetAccess::rebootDevice(KvCErrorListPool& errors) const {
     DeviceHandle device(errors);
-    const std::int32_t status = findDevice(errors, device.out());
+    const std::int32_t status = device.createBy([&](KvHIMDeviceHandle& handle) { return findDevice(errors, handle); });
     if (status != 0 || device.get() == nullptr) {
         writer_.print(L"ERROR: Cannot access device with IP address %hs (error code: %i)!\n", ipAddress_.c_str(),
                       status);

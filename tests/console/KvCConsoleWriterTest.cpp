@@ -85,8 +85,8 @@ TEST(ConsoleWriterOnStandardOutput, EachMessageArrivesAtOnce) {
     EXPECT_EQ(output.received(), "  7%\r");
     EXPECT_EQ(writer.print(L"a"), 1);
     EXPECT_EQ(output.received(), "  7%\ra");
-    EXPECT_EQ(writer.print(L"b\nc"), 3);
-    EXPECT_EQ(output.received(), "  7%\rab\nc");
+    EXPECT_EQ(writer.print(L"bc"), 2);
+    EXPECT_EQ(output.received(), "  7%\rabc");
 }
 
 TEST(ConsoleWriterOnStandardOutput, NarrowTextArrivesByteForByte) {

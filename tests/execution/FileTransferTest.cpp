@@ -150,14 +150,14 @@ TEST_F(FileTransferTest, AFailedTransferIsToldToTheCallbackAfterItsVerdict) {
     addFault(fault("transferFile"));
     EXPECT_FALSE(update());
     EXPECT_THAT(log.events(),
-                ElementsAre("lock HCN[1] 65539", "phase 0", R"("\n\nTransferring files:\n")",
-                            R"("        node1.bin                                       ")",
-                            R"(transferFile HCN[1] ARCHIVE\node1.bin -> status 1, errors 1)", R"("[ERROR]\n")",
-                            "elementError 0", testing::_, testing::_, "sleep 200000", testing::_, R"("[ERROR]\n")",
+                ElementsAre("lock HCN[1] 65539", "phase 0", said("\n\nTransferring files:\n"),
+                            said("        node1.bin                                       "),
+                            R"(transferFile HCN[1] ARCHIVE\node1.bin -> status 1, errors 1)", said("[ERROR]\n"),
+                            "elementError 0", testing::_, testing::_, "sleep 200000", testing::_, said("[ERROR]\n"),
                             "phase 4294967295", "updateFinish HCN[1]/CN[1]", "updateFinish HCN[1]", "unlock",
-                            R"("\nResults:\n")", R"("    ERROR: NODE, Firmware:\n")",
-                            R"("       ERROR 0x2fff (reported by Host PC)")", R"(":\n")",
-                            R"("         Fault at transferFile.\n")", R"("\n    Update failed!\n")"));
+                            said("\nResults:\n"), said("    ERROR: NODE, Firmware:\n"),
+                            said("       ERROR 0x2fff (reported by Host PC)"), said(":\n"),
+                            said("         Fault at transferFile.\n"), said("\n    Update failed!\n")));
 }
 
 TEST_F(FileTransferTest, ATransferWithAnErrorHasFailedWhateverItsStatus) {

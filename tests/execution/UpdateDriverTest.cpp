@@ -1,6 +1,6 @@
 #include "UpdateTest.h"
 
-#include "KvEmulation.h"
+#include "KvNInventoryIDs.h"
 
 #include <gmock/gmock.h>
 
@@ -38,28 +38,28 @@ TEST_F(UpdateDriverTest, EveryCallNotificationMessageAndPauseComesInItsOrder) {
     EXPECT_THAT(
         log.events(),
         ElementsAre(
-            "lock HCN[1] 65539", "phase 0", R"("\n\nTransferring files:\n")",
-            R"("        node1.bin                                       ")", R"(transferFile HCN[1] ARCHIVE\node1.bin)",
-            R"("[OK]\n")", R"("\nUpdating:\n")", R"("        NODE, One")",
-            R"("                                       ")", "update2 HCN[1] 1", R"("\n")", "sleep 500000",
+            "lock HCN[1] 65539", "phase 0", said("\n\nTransferring files:\n"),
+            said("        node1.bin                                       "), R"(transferFile HCN[1] ARCHIVE\node1.bin)",
+            said("[OK]\n"), said("\nUpdating:\n"), said("        NODE, One"),
+            said("                                       "), "update2 HCN[1] 1", said("\n"), "sleep 500000",
             "updateStatus2 HCN[1] 1", "progress 50", "sleep 200000", "updateStatus2 HCN[1] 1", "progress 100",
-            "sleep 200000", "progress 100", "sleep 200000", "updateErrors2 HCN[1] 1", R"("[OK]\n")",
+            "sleep 200000", "progress 100", "sleep 200000", "updateErrors2 HCN[1] 1", said("[OK]\n"),
             // The second phase.
-            "deleteRemoteFile HCN[1]", "phase 1", R"("\n\nTransferring files:\n")",
-            R"("        io1.bin                                         ")", R"(transferFile HCN[1] ARCHIVE\io1.bin)",
-            R"("[OK]\n")", R"("\nUpdating:\n")", R"("        IO1, Two")",
-            R"("                                        ")", "update2 IOMODULE[1] 1", R"("\n")", "sleep 500000",
-            R"("        NODE, Updatable file (c.cfg)")", R"("                    ")", "KvHIM_createFilter",
+            "deleteRemoteFile HCN[1]", "phase 1", said("\n\nTransferring files:\n"),
+            said("        io1.bin                                         "), R"(transferFile HCN[1] ARCHIVE\io1.bin)",
+            said("[OK]\n"), said("\nUpdating:\n"), said("        IO1, Two"),
+            said("                                        "), "update2 IOMODULE[1] 1", said("\n"), "sleep 500000",
+            said("        NODE, Updatable file (c.cfg)"), said("                    "), "KvHIM_createFilter",
             "KvHIM_setFilterParameter 8", "KvHIM_setFilterParameter 9", "KvHIM_setFilterParameter 6",
             "KvHIM_applyFilter", "KvHIM_getDeviceList -> status 21, errors 1", "KvHIM_getDeviceList",
             "KvHIM_deleteFilter", "KvHIM_createDeviceHandle", "KvHIM_createFTClientHandle",
             "KvHIM_makeDir /mnt/cn/cfdrive cfg", "KvHIM_putFileU /mnt/cn/cfdrive/cfg c.cfg.tmp",
-            "KvHIM_renameFile /mnt/cn/cfdrive/cfg c.cfg", "KvHIM_deleteFTClientHandle", R"("\n")",
+            "KvHIM_renameFile /mnt/cn/cfdrive/cfg c.cfg", "KvHIM_deleteFTClientHandle", said("\n"),
             "updateStatus2 IOMODULE[1] 1", "progress 100", "sleep 200000", "progress 100", "sleep 200000",
-            "updateErrors2 IOMODULE[1] 1", R"("[OK]\n")", "deleteRemoteFile HCN[1]",
+            "updateErrors2 IOMODULE[1] 1", said("[OK]\n"), "deleteRemoteFile HCN[1]",
             // The end.
-            "phase 4294967295", "updateFinish HCN[1]/CN[1]", "updateFinish HCN[1]", "unlock", R"("\nResults:\n")",
-            R"("\n    Update completed successfully!\n")",
+            "phase 4294967295", "updateFinish HCN[1]/CN[1]", "updateFinish HCN[1]", "unlock", said("\nResults:\n"),
+            said("\n    Update completed successfully!\n"),
             // The direct writer's device handle goes before the inventory's root handle.
             "KvHIM_deleteDeviceHandle", "deleteRootHandle"));
 }
@@ -67,8 +67,8 @@ TEST_F(UpdateDriverTest, EveryCallNotificationMessageAndPauseComesInItsOrder) {
 TEST_F(UpdateDriverTest, APlanWithoutPhasesLocksFinishesUnlocksAndPrintsTheResults) {
     EXPECT_TRUE(update());
     EXPECT_THAT(log.events(), ElementsAre("lock HCN[1] 65539", "phase 4294967295", "updateFinish HCN[1]/CN[1]",
-                                          "updateFinish HCN[1]", "unlock", R"("\nResults:\n")",
-                                          R"("\n    Update completed successfully!\n")"));
+                                          "updateFinish HCN[1]", "unlock", said("\nResults:\n"),
+                                          said("\n    Update completed successfully!\n")));
 }
 
 TEST_F(UpdateDriverTest, WithoutAnHcnTheCnIsLockedFinishedAndGivenTheFiles) {
@@ -102,7 +102,7 @@ TEST_F(UpdateDriverTest, WithNeitherHcnNorCnTheVerboseRunSaysSo) {
     prepare();
     options.verbose = true;
     EXPECT_FALSE(run());
-    EXPECT_THAT(log.events(), ElementsAre(R"("ERROR: Cannot lock target system! No HCN or CN found!\n")"));
+    EXPECT_THAT(log.events(), ElementsAre(said("ERROR: Cannot lock target system! No HCN or CN found!\n")));
 }
 
 TEST_F(UpdateDriverTest, AFailedLockEndsTheRunBeforeAnythingElse) {
@@ -119,7 +119,7 @@ TEST_F(UpdateDriverTest, AFailedLockIsToldWithItsAddressWhenVerbose) {
     prepare();
     options.verbose = true;
     EXPECT_FALSE(run());
-    EXPECT_THAT(log.events({Kind::message}), ElementsAre(R"("ERROR: Cannot lock target system (HCN[1])!\n")"));
+    EXPECT_THAT(log.events({Kind::message}), ElementsAre(said("ERROR: Cannot lock target system (HCN[1])!\n")));
 }
 
 TEST_F(UpdateDriverTest, AFailedLockOfTheCnIsToldWithItsWholeAddress) {
@@ -130,7 +130,7 @@ TEST_F(UpdateDriverTest, AFailedLockOfTheCnIsToldWithItsWholeAddress) {
     prepare();
     options.verbose = true;
     EXPECT_FALSE(run());
-    EXPECT_THAT(log.events({Kind::message}), ElementsAre(R"("ERROR: Cannot lock target system (NETC[1]/CN[1])!\n")"));
+    EXPECT_THAT(log.events({Kind::message}), ElementsAre(said("ERROR: Cannot lock target system (NETC[1]/CN[1])!\n")));
 }
 
 TEST_F(UpdateDriverTest, ALockWithAnErrorHasFailedWhateverItsStatus) {
@@ -157,7 +157,7 @@ TEST_F(UpdateDriverTest, TheLockOfAnotherOwnerIsAnErrorThatStays) {
     void* lock = nullptr;
     KvCInventoryManager& inventory = *KvCInventoryManager::getInstance();
     inventory.createRootHandleByIpAddressList(*list, "127.0.0.1", root);
-    inventory.lock(*list, root, element(0).boardAddress, 0x10003, lock);
+    inventory.lock(*list, root, KvNInventoryIDs::HCN, 0x10003, lock);
     EXPECT_FALSE(run());
     EXPECT_EQ(errors().getErrorCode(0), 0x2002U);
     inventory.unlock(*list, lock);
@@ -172,11 +172,11 @@ TEST_F(UpdateDriverTest, TheListsOfElementsLeftAloneComeAfterTheLockAndBeforeThe
     archive.add(entry("b.bin").board("NODE", 2).version("1.0").checksum(1));
     EXPECT_TRUE(update());
     EXPECT_THAT(log.events(),
-                ElementsAre("lock HCN[1] 65539", R"("\nUnsupported update elements (will be ignored):\n")",
-                            R"("        NODE, Unsupported\n")", R"("\n")",
-                            R"("\nNo update is required for these elements:\n")", R"("        NODE, Current\n")",
+                ElementsAre("lock HCN[1] 65539", said("\nUnsupported update elements (will be ignored):\n"),
+                            said("        NODE, Unsupported\n"), said("\n"),
+                            said("\nNo update is required for these elements:\n"), said("        NODE, Current\n"),
                             "phase 4294967295", "updateFinish HCN[1]/CN[1]", "updateFinish HCN[1]", "unlock",
-                            R"("\nResults:\n")", R"("\n    Update completed successfully!\n")"));
+                            said("\nResults:\n"), said("\n    Update completed successfully!\n")));
     EXPECT_THAT(states(), ElementsAre(0, 0));
 }
 
@@ -290,7 +290,7 @@ TEST_F(UpdateDriverTest, FilesAreLookedForWhenTheirPhaseBegins) {
     const std::vector<std::string> events = log.events({Kind::notification, Kind::message});
     const auto phase = std::find(events.begin(), events.end(), "phase 1");
     ASSERT_NE(phase, events.end());
-    EXPECT_EQ(*std::next(phase), R"("\nNODE, Two cannot be updated. Update file node2.bin not found!\n")");
+    EXPECT_EQ(*std::next(phase), said("\nNODE, Two cannot be updated. Update file node2.bin not found!\n"));
 }
 
 TEST_F(UpdateDriverTest, AMissingFileOfAnEarlyPhaseIsStillRememberedInTheVerdict) {
@@ -308,7 +308,7 @@ TEST_F(UpdateDriverTest, ANameThatIsNotAsciiIsShownInWideCharactersWhenTheFileIs
     archive.addWithoutFile(entry("\xC3\xBC.bin").board("NODE", 1));
     EXPECT_FALSE(update());
     EXPECT_EQ(log.events({Kind::message})[0],
-              R"("\nNODE, <U+00C3><U+00A9> cannot be updated. Update file <U+00FC>.bin not found!\n")");
+              said("\nNODE, <U+00C3><U+00A9> cannot be updated. Update file <U+00FC>.bin not found!\n"));
 }
 
 TEST_F(UpdateDriverTest, AFolderInPlaceOfAnUpdateFileIsNotMissing) {
@@ -361,7 +361,7 @@ INSTANTIATE_TEST_SUITE_P(
                     UnlockCase{"ErrorWithStatusZero", fault("unlock").status(0), true,
                                "ERROR: Cannot unlock target system!\n", 1},
                     UnlockCase{"StatusWithoutError", fault("unlock").status(7).noErrors(), true, "", 0}),
-    [](const auto& info) { return info.param.name; });
+    [](const auto& row) { return row.param.name; });
 
 TEST_F(UpdateDriverTest, ASecondRunStartsAnew) {
     addNodeElement(1, completeElement(1, "One").polls(1));

@@ -111,6 +111,10 @@ std::vector<std::string> UpdateTest::remoteFiles() const {
     return contents;
 }
 
+std::string said(const std::string& text) {
+    return '"' + SessionLog::narrow(std::wstring(text.begin(), text.end())) + '"';
+}
+
 std::string faultReport(const std::string& call) {
     return "       ERROR 0x2fff (reported by Host PC):\n         Fault at " + call + ".\n";
 }

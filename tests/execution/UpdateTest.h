@@ -94,6 +94,9 @@ private:
     std::optional<Session> session_;
 };
 
+/// The event of a message of ASCII characters.
+[[nodiscard]] std::string said(const std::string& text);
+
 /// The lines that a report shows of the error that a fault adds by default.
 [[nodiscard]] std::string faultReport(const std::string& call);
 

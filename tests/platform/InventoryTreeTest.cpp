@@ -16,7 +16,7 @@ protected:
         manager().deleteInventoryTree(tree);
         EmulationTest::TearDown();
     }
-    const KvCInventoryItem& scan(TargetBuilder& target) {
+    const KvCInventoryItem& scan() {
         target.serve();
         openRoot();
         EXPECT_EQ(manager().scan(errors(), root, tree), 0U);
@@ -31,7 +31,7 @@ protected:
 TEST_F(InventoryTree, ItemsAreLinkedInTheOrderOfTheDescription) {
     target.add(item("HCN").add(item("CN")).add(item("NETWORK")));
     target.add(item("NETC"));
-    const KvCInventoryItem& top = scan(target);
+    const KvCInventoryItem& top = scan();
     EXPECT_EQ(top.getParent(), nullptr);
     EXPECT_EQ(top.getNext(), nullptr);
     const KvCInventoryItem* const hcn = top.getFirstSubItem();
@@ -52,7 +52,7 @@ TEST_F(InventoryTree, ItemsAreLinkedInTheOrderOfTheDescription) {
 
 TEST_F(InventoryTree, AnInstanceDefaultsToThePositionAmongSiblingsOfTheSameIdentifier) {
     target.add(item("ION")).add(item("CN")).add(item("ION").instance(9)).add(item("ION"));
-    const KvCInventoryItem& top = scan(target);
+    const KvCInventoryItem& top = scan();
     std::vector<std::string> ids;
     for (const KvCInventoryItem* item = top.getFirstSubItem(); item != nullptr; item = item->getNext()) {
         ids.push_back(textOf(item->getID()));
@@ -62,7 +62,7 @@ TEST_F(InventoryTree, AnInstanceDefaultsToThePositionAmongSiblingsOfTheSameIdent
 
 TEST_F(InventoryTree, AnAddressBeginsBelowTheRoot) {
     target.add(item("HCN").element(updateElement(1)).element(updateElement(2)));
-    const KvCInventoryItem& top = scan(target);
+    const KvCInventoryItem& top = scan();
     const KvCInventoryItem* const second = top.getItem(HCN / UPDATE_INFO / UPDATE_ELEMENT[2]);
     ASSERT_NE(second, nullptr);
     EXPECT_EQ(textOf(second->getAddress()), "HCN[1]/UPDATE_INFO[1]/UPDATE_ELEMENT[2]");
@@ -72,7 +72,7 @@ TEST_F(InventoryTree, AnAddressBeginsBelowTheRoot) {
 
 TEST_F(InventoryTree, TheRootsAddressIsRootWhateverItsIdentifier) {
     target.root(item("HCN").instance(3).add(item("CN")));
-    const KvCInventoryItem& top = scan(target);
+    const KvCInventoryItem& top = scan();
     EXPECT_EQ(textOf(top.getID()), "HCN[3]");
     EXPECT_EQ(textOf(top.getAddress()), "ROOT[1]");
     EXPECT_EQ(textOf(top.getFirstSubItem()->getAddress()), "CN[1]");
@@ -80,7 +80,7 @@ TEST_F(InventoryTree, TheRootsAddressIsRootWhateverItsIdentifier) {
 
 TEST_F(InventoryTree, ItemsAreFoundRelativeToAnItem) {
     target.add(item("IOROUTER").add(item("NETWORK").add(item("ION").instance(5))));
-    const KvCInventoryItem& top = scan(target);
+    const KvCInventoryItem& top = scan();
     const KvCInventoryItem* const router = top.getItem(IOROUTER);
     ASSERT_NE(router, nullptr);
     ASSERT_NE(router->getItem(NETWORK / ION[5]), nullptr);
@@ -96,7 +96,7 @@ TEST_F(InventoryTree, ValuesAreReadWithTheirType) {
                    .parameter("PRODUCT/SERIAL_NUMBER", std::uint64_t(0xFFFFFFFF))
                    .parameter("SLOT", std::uint64_t(255))
                    .parameter("VERSION", "23.2a12"));
-    const KvCInventoryItem& hcn = *scan(target).getItem(HCN);
+    const KvCInventoryItem& hcn = *scan().getItem(HCN);
     KvCString text;
     hcn.getValue(errors(), PRODUCT / BOARD_TYPE, text);
     EXPECT_EQ(text, "QB4120");
@@ -115,7 +115,7 @@ TEST_F(InventoryTree, ValuesAreReadWithTheirType) {
 
 TEST_F(InventoryTree, AParameterOfAGroupIsNotOneOfTheItemItself) {
     target.add(item("HCN").parameter("PRODUCT/NAME", "a").parameter("UNITNAME", "b"));
-    const KvCInventoryItem& hcn = *scan(target).getItem(HCN);
+    const KvCInventoryItem& hcn = *scan().getItem(HCN);
     EXPECT_NE(hcn.getParameter(PRODUCT / NAME), nullptr);
     EXPECT_EQ(hcn.getParameter(NAME), nullptr);
     EXPECT_NE(hcn.getParameter(UNITNAME), nullptr);
@@ -130,7 +130,7 @@ TEST_F(InventoryTree, AValueThatIsMissingOrOfAnotherTypeIsAnErrorAndLeavesTheOut
                    .parameter("SLOT", std::uint64_t(256))
                    .parameter("PRODUCT/ID", std::uint64_t(1) << 32U)
                    .parameter("NAME", "12"));
-    const KvCInventoryItem& hcn = *scan(target).getItem(HCN);
+    const KvCInventoryItem& hcn = *scan().getItem(HCN);
     std::uint8_t byte = 7;
     hcn.getValue(errors(), SLOT, byte);
     EXPECT_EQ(byte, 7);
@@ -155,7 +155,7 @@ TEST_F(InventoryTree, AValueThatIsMissingOrOfAnotherTypeIsAnErrorAndLeavesTheOut
 
 TEST_F(InventoryTree, ATreeOutlivesItsRootHandle) {
     target.add(item("HCN").parameter("NAME", "node"));
-    const KvCInventoryItem& top = scan(target);
+    const KvCInventoryItem& top = scan();
     closeRoot();
     KvCString name;
     top.getItem(HCN)->getValue(errors(), NAME, name);
@@ -163,7 +163,7 @@ TEST_F(InventoryTree, ATreeOutlivesItsRootHandle) {
 }
 
 TEST_F(InventoryTree, IsCountedUntilItIsReleased) {
-    scan(target);
+    scan();
     EXPECT_EQ(KvEmulation::ledger().inventoryTrees, 1U);
     manager().deleteInventoryTree(tree);
     EXPECT_EQ(KvEmulation::ledger().inventoryTrees, 0U);
@@ -175,18 +175,17 @@ TEST_F(InventoryTree, IsCountedUntilItIsReleased) {
 }
 
 TEST_F(InventoryTree, MayBeReleasedByDeletingItsRoot) {
-    scan(target);
+    scan();
     delete tree;
     tree = nullptr;
     EXPECT_EQ(KvEmulation::ledger().inventoryTrees, 0U);
 }
 
 TEST_F(InventoryTree, AScanWithADeadRootHandleFails) {
-    target.serve();
-    KvCInventoryRootHandle* const dead = openRoot();
+    scan();
+    KvCInventoryRootHandle* const dead = root;
     closeRoot();
-    KvCInventoryItem untouched(nullptr);
-    KvCInventoryItem* result = &untouched;
+    KvCInventoryItem* result = tree;
     EXPECT_NE(manager().scan(errors(), dead, result), 0U);
     EXPECT_EQ(result, nullptr);
     EXPECT_THAT(takeErrorCodes(), ElementsAre(EmulationErrorCodes::wrongHandle));

@@ -225,22 +225,26 @@ TEST_F(TargetDescription, AnUpdateBehaviourOfWhatIsNoElementIsWarnedOf) {
 }
 
 TEST_F(TargetDescription, NestingIsLimitedByJsonOnly) {
-    // Each item takes two of the 256 levels, after those of the document, the inventory and its list.
-    constexpr int depth = 125;
-    std::string text = R"({"inventory": )";
-    for (int level = 0; level < depth; ++level) {
+    // Each item takes two of the 256 levels, after that of the document.
+    constexpr int depth = 127;
+    std::string text = R"({"addresses": ["127.0.0.1"], "inventory": )";
+    for (int level = 1; level < depth; ++level) {
         text += R"({"id": "SUB_BOARDS", "items": [)";
     }
     text += R"({"id": "UPDATE_INFO"})";
-    for (int level = 0; level < depth; ++level) {
+    for (int level = 1; level < depth; ++level) {
         text += "]}";
     }
     expectServed(text + "}");
     openRoot();
-    errors().reset();
-    if (root != nullptr) {
-        closeRoot();
+    KvCInventoryItem* tree = nullptr;
+    ASSERT_EQ(manager().scan(errors(), root, tree), 0U);
+    int levels = 0;
+    for (const KvCInventoryItem* item = tree; item != nullptr; item = item->getFirstSubItem()) {
+        ++levels;
     }
+    EXPECT_EQ(levels, depth);
+    manager().deleteInventoryTree(tree);
     EXPECT_THAT(refusalOf(std::string(100000, '[')), HasSubstr("line 1, column "));
 }
 

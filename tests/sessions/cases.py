@@ -47,12 +47,12 @@ def read_json(path):
         raise CaseError(f"{path}: {error}") from error
 
 
-def base_and_patches(spec):
-    return (spec, []) if isinstance(spec, str) else (spec["base"], spec.get("patch", []))
+def base_and_patches(choice):
+    return (choice, []) if isinstance(choice, str) else (choice["base"], choice.get("patch", []))
 
 
-def lay_out_archive(spec, folder):
-    base, changes = base_and_patches(spec)
+def lay_out_archive(choice, folder):
+    base, changes = base_and_patches(choice)
     source = ARCHIVE_BASES.get(base, HERE / "bases" / base)
     archive = patches.Archive(read_json(source / "archive.json"),
                               copy.deepcopy(read_json(source / "recipes.json")["updateFiles"]))
@@ -69,8 +69,8 @@ def lay_out_archive(spec, folder):
             (folder / name).write_bytes(data)
 
 
-def write_target(spec, folder):
-    base, changes = base_and_patches(spec)
+def write_target(choice, folder):
+    base, changes = base_and_patches(choice)
     target = read_json(RACK_BASES.get(base, HERE / "bases" / base) / "target.json")
     patches.apply(patches.RACK_VERBS, target, changes)
     (folder / "target.json").write_text(json.dumps(target, indent=1), encoding="utf-8")

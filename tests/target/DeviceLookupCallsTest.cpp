@@ -116,6 +116,17 @@ TEST_F(DeviceLookupCallsTest, AStatusEndsTheLookupAndIsPassedUp) {
     }
 }
 
+TEST_F(DeviceLookupCallsTest, AHandleThatComesWithAFailureIsNone) {
+    service().answer("createFilter", {.status = 5});
+    EXPECT_EQ(failingLookup(), 5);
+    EXPECT_THAT(service().calls(), ElementsAre("createFilter(1)"));
+    service().forget();
+    service().answer("createDeviceHandle", {.status = 6});
+    EXPECT_EQ(failingLookup(), 6);
+    EXPECT_EQ(service().operations().back(), "createDeviceHandle");
+    service().forget();
+}
+
 TEST_F(DeviceLookupCallsTest, TheErrorOfAskingForTheSizeIsDroppedWithAllBefore) {
     errors().addError({});
     service().answer("getDeviceList", {.status = bufferTooSmall, .addsError = true, .count = 1});

@@ -1,12 +1,15 @@
 #include "TargetFixture.h"
 
 #include "KvEmulation.h"
+#include "SessionLog.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -238,6 +241,23 @@ TEST_F(DeviceRebootTest, AFailingResetShowsTheStatusOfTheLookup) {
     EXPECT_FALSE(access.rebootDevice(errors()));
     EXPECT_EQ(printed(), L"ERROR: Cannot reboot device with IP address 127.0.0.1 (error code: 0)!\n");
     EXPECT_EQ(errors().getErrorCount(), 1U);
+}
+
+TEST_F(DeviceRebootTest, AFailingResetIsToldBeforeTheHandleIsGivenBack) {
+    SessionLog log;
+    KvTCallbacks callbacks;
+    callbacks.message = SessionLog::onMessage;
+    const KvCConsoleWriter writer(callbacks);
+    KvCTargetAccess logged(writer, options);
+    ASSERT_TRUE(logged.resolveTarget(errors()));
+    serveWith(fault("KvHIM_FORCE_resetDevice").status(5));
+    EXPECT_FALSE(logged.rebootDevice(errors()));
+    const std::vector<std::string> events = log.events();
+    ASSERT_GT(events.size(), 3U);
+    EXPECT_THAT(std::vector(events.end() - 3, events.end()),
+                testing::ElementsAre("KvHIM_FORCE_resetDevice -> status 5, errors 1",
+                                     "\"ERROR: Cannot reboot device with IP address 127.0.0.1 (error code: 0)!\\n\"",
+                                     "KvHIM_deleteDeviceHandle"));
 }
 
 TEST_F(DeviceRebootTest, ATargetThatCannotBeFoundIsNotReset) {

@@ -161,6 +161,16 @@ TEST_F(DirectFileWriteCallsTest, AFileKnownToBeMissingIsNotAskedFor) {
     EXPECT_FALSE(archive_.has("missing.cfg"));
 }
 
+TEST_F(DirectFileWriteCallsTest, AClientThatComesWithAFailureIsNone) {
+    service().answer("createFTClientHandle", {.status = 5});
+    EXPECT_FALSE(write("a.cfg"));
+    EXPECT_THAT(messages_,
+                ElementsAre(L"ERROR: Writing /mnt/cn/cfdrive/a.cfg failed. Cannot create FT client handle.\n"));
+    EXPECT_EQ(service().operations().back(), "createFTClientHandle");
+    writer_.reset();
+    service().forget();
+}
+
 TEST_F(DirectFileWriteCallsTest, AFailedTransferEndsTheWriteAndGivesTheClientBack) {
     service().answer("putFileU", {.status = -1, .addsError = true});
     EXPECT_FALSE(write("a.cfg"));

@@ -9,6 +9,7 @@
 #include <charconv>
 #include <cstdio>
 #include <limits>
+#include <memory>
 #include <set>
 
 namespace {
@@ -131,6 +132,7 @@ void addCommand(CLI::App& app, const Command& command, KvTCommandLine& line, Tex
     sub.add_flag("-v,--verbose", line.options.verbose, "Print details");
     addRepeatable(sub, "--emulate", line.emulatedTargets, "DIR",
                   "Serve the emulated target in this folder; repeatable (default: none)");
+    sub.group("Commands");
     sub.footer(helpFooter);
     sub.callback([&line, &command] {
         line.options.mode = command.mode;
@@ -241,8 +243,9 @@ void checkArguments(const CLI::App& app, const std::vector<std::string>& argumen
     if (arguments.empty()) {
         refuse("a command is missing");
     }
-    if (const CLI::App* command = app.get_subcommand_no_throw(arguments.front()); command != nullptr) {
-        checkOptions(*command, arguments);
+    const auto named = app.get_subcommands([&](const CLI::App* sub) { return sub->get_name() == arguments.front(); });
+    if (!named.empty()) {
+        checkOptions(*named.front(), arguments);
     } else if (app.get_option_no_throw(arguments.front()) == nullptr) {
         refuse("'" + arguments.front() + "' is no command");
     }
@@ -255,12 +258,13 @@ std::variant<KvTCommandLine, ExitCode> readCommandLine(const std::vector<std::st
     Texts texts;
     CLI::App app("Update the firmware of networked real-time targets.", "kvreflash");
     app.allow_windows_style_options(false);
-    app.get_formatter()->label("SUBCOMMAND", "COMMAND [OPTIONS]");
-    app.get_formatter()->label("Subcommands", "Commands");
     app.footer(helpFooter);
     for (const Command& command : commands) {
         addCommand(app, command, line, texts);
     }
+    app.formatter(std::make_shared<CLI::Formatter>());
+    app.get_formatter()->label("OPTIONS", "--help");
+    app.get_formatter()->label("SUBCOMMAND", "COMMAND [OPTIONS]");
     app.require_subcommand(1, 1);
     try {
         checkArguments(app, arguments);

@@ -1,8 +1,8 @@
 #include "Session.h"
 
 #include "TextConversion.h"
+#include "ToolOutput.h"
 
-#include <cstdio>
 #include <exception>
 #include <windows.h>
 
@@ -12,10 +12,14 @@ int wmain(int argumentCount, wchar_t** arguments) {
         std::vector<std::string> narrow;
         for (int index = 1; index < argumentCount; ++index) {
             narrow.push_back(wideToUtf8(arguments[index]));
+            if (narrow.back().empty() && *arguments[index] != L'\0') {
+                say("argument " + std::to_string(index) + " is not valid Unicode");
+                return exitUsage;
+            }
         }
         return runTool(narrow);
     } catch (const std::exception& exception) {
-        std::fprintf(stderr, "kvreflash: %s\n", exception.what());
+        say(exception.what());
         return exitFailed;
     }
 }

@@ -2,7 +2,6 @@
 
 #include <boost/locale/utf.hpp>
 
-#include <cstdio>
 #include <iterator>
 #include <string_view>
 
@@ -15,6 +14,7 @@ using boost::locale::utf::utf_traits;
 constexpr code_point replacementCharacter = 0xFFFD;
 constexpr code_point lastByte = 0xFF;
 constexpr std::size_t longestSequence = 4;
+constexpr std::string_view hexadecimal = "0123456789ABCDEF";
 
 /// Length of the well-formed UTF-8 character at the beginning of `bytes`; 0 when there is none.
 std::size_t lengthOfCharacter(std::string_view bytes) {
@@ -83,9 +83,7 @@ std::string visibleOnTerminal(const std::string& text) {
                                                  : static_cast<unsigned char>(rest.front());
         const std::string_view piece = rest.substr(0, length != 0 ? length : 1);
         if (isHiddenControl(character)) {
-            char escaped[8];
-            std::snprintf(escaped, sizeof escaped, "\\x%02X", static_cast<unsigned>(character));
-            result += escaped;
+            result += {'\\', 'x', hexadecimal[character >> 4], hexadecimal[character & 0xF]};
         } else {
             result += piece;
         }

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "KeptMessages.h"
+#include "KvCFirmwareArchive.h"
+#include "KvCTargetInventory.h"
+#include "KvCUpdatePlanner.h"
+#include "KvTOptions.h"
+#include "PlanningBuilders.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+/// An archive and a target's elements, made with few words, and the planner that brings them together. Every message
+/// is kept. Each test ends with nothing held of the platform.
+class PlanningTest : public testing::Test {
+protected:
+    void TearDown() override;
+
+    /// The archive has these entries (see filesOf()).
+    void archiveHas(const std::vector<std::string>& entries) { archive_.files() = filesOf(entries); }
+    /// Adds an element to the target's.
+    void targetHas(const ElementBuilder& element);
+    /// The target takes files that none of its elements stands for; their elements are made after this one.
+    void targetTakesFiles(const KvTUpdateElement& fileSystemTemplate);
+    void targetTakesFiles(const ElementBuilder& fileSystemTemplate) { targetTakesFiles(fileSystemTemplate.build()); }
+
+    void plan() { planner_.plan(); }
+
+    /// The element at a position of the list; a test failure when there is none.
+    [[nodiscard]] const KvTUpdateElement& elementAt(std::size_t position);
+    /// Of each element in the order of the list.
+    [[nodiscard]] std::vector<std::uint32_t> archiveFileIndices() const;
+    [[nodiscard]] std::vector<std::uint32_t> phases() const;
+    /// Of each entry in the order of the description.
+    [[nodiscard]] std::vector<std::uint32_t> matchCounts() const;
+
+    [[nodiscard]] std::vector<KvTArchiveFile>& files() { return archive_.files(); }
+    [[nodiscard]] std::list<KvTUpdateElement>& elements() { return inventory_.elements(); }
+    [[nodiscard]] KvCUpdatePlanner& planner() { return planner_; }
+    [[nodiscard]] KvNReflasher::KvTOptions& options() { return options_; }
+
+    /// What was printed so far, as bytes.
+    [[nodiscard]] static std::string messages();
+    /// The bytes that `print` prints.
+    [[nodiscard]] static std::string printed(const std::function<void()>& print);
+
+private:
+    KeptMessages messages_;
+    KvNReflasher::KvTOptions options_{};
+    KvCFirmwareArchive archive_{messages_.writer(), options_};
+    KvCTargetInventory inventory_{messages_.writer(), options_};
+    KvCUpdatePlanner planner_{messages_.writer(), options_, archive_, inventory_};
+};

@@ -1,0 +1,91 @@
+#include "CommandOptions.h"
+#include "ToolRun.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+std::string helpOf(const std::vector<std::string>& arguments) {
+    const ToolRun run = runCaptured(arguments);
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_EQ(run.errors, "");
+    return run.output;
+}
+
+/// The line of a help text that begins with `name`; empty when there is none.
+std::string lineOf(const std::string& help, const std::string& name) {
+    std::istringstream lines(help);
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t begin = line.find_first_not_of(' ');
+        if (begin != std::string::npos && line.compare(begin, name.size(), name) == 0 &&
+            (line.size() == begin + name.size() || line[begin + name.size()] == ' ')) {
+            return line.substr(begin);
+        }
+    }
+    return {};
+}
+
+/// What stands behind the names of an option or command.
+std::string meaningOf(const std::string& line) {
+    const std::size_t gap = line.find("  ");
+    return gap == std::string::npos ? "" : line.substr(line.find_first_not_of(' ', gap));
+}
+
+TEST(Help, TheToolNamesEveryCommandWithItsMeaning) {
+    for (const char* option : {"--help", "-h"}) {
+        const std::string help = helpOf({option});
+        EXPECT_THAT(help, HasSubstr("Usage: kvreflash [--help] COMMAND [OPTIONS]\n"));
+        for (const std::string& command : commandNames()) {
+            EXPECT_GT(meaningOf(lineOf(help, command)).size(), 10U) << command;
+        }
+        EXPECT_THAT(help, HasSubstr("Exit codes: 0 success, 1 failed, 2 the archive does not support the target, 64 "
+                                    "usage error."));
+    }
+}
+
+TEST(Help, ACommandNamesItsOptionsWithMeaningAndDefaultAndNoOthers) {
+    for (const std::string& command : commandNames()) {
+        const std::string help = helpOf({command, "--help"});
+        EXPECT_THAT(help, HasSubstr("Usage: kvreflash " + command + " [OPTIONS]\n"));
+        EXPECT_THAT(help, HasSubstr("Options without a value are off by default."));
+        for (const CommandOption& option : commandOptions()) {
+            SCOPED_TRACE(option.name + " of " + command);
+            const std::string names = (option.letter.empty() ? "" : option.letter + ",") + option.name;
+            const std::string meaning = meaningOf(lineOf(help, names));
+            if (!option.belongsTo(command)) {
+                EXPECT_EQ(meaning, "");
+                EXPECT_THAT(help, Not(HasSubstr(option.name + " ")));
+                continue;
+            }
+            EXPECT_GT(meaning.size(), 10U);
+            if (!option.value.empty() && option.name != "--archive") {
+                EXPECT_THAT(meaning, HasSubstr("(default: "));
+            }
+        }
+    }
+}
+
+TEST(Help, TellsWhatIsRequired) {
+    for (const std::string& command : commandNames()) {
+        const bool takesArchive = commandOptions().front().belongsTo(command);
+        const std::string help = helpOf({command, "-h"});
+        EXPECT_EQ(lineOf(help, "-a,--archive DIR REQUIRED").empty(), !takesArchive) << command;
+    }
+}
+
+TEST(Help, TellsTheDefaultDescription) {
+    EXPECT_THAT(lineOf(helpOf({"content", "--help"}), "-d,--description FILE"), HasSubstr("(default: archive.json)"));
+}
+
+TEST(Help, NeedsNothingElse) {
+    EXPECT_EQ(helpOf({"content", "--json", "--help"}), helpOf({"content", "--help"}));
+    EXPECT_EQ(helpOf({"content", "-vh"}), helpOf({"content", "--help"}));
+}
+
+} // namespace

@@ -1,0 +1,217 @@
+#include "CommandOptions.h"
+#include "ScratchFolder.h"
+#include "ToolRun.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+
+using Arguments = std::vector<std::string>;
+
+constexpr int usageError = 64;
+
+/// The tool refuses the arguments and says `reason`, on standard error only.
+void expectRefused(const Arguments& arguments, const std::string& reason) {
+    const ReadArguments read = readCaptured(arguments);
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    ASSERT_FALSE(read.line.has_value());
+    EXPECT_EQ(read.answer.exitCode, usageError);
+    EXPECT_EQ(read.answer.output, "");
+    EXPECT_EQ(read.answer.errors,
+              "kvreflash: " + reason + "\nRun 'kvreflash --help' or 'kvreflash COMMAND --help'.\n");
+}
+
+Arguments joined(Arguments first, const Arguments& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+/// Each way to write an option: by either name, the value apart or attached.
+std::vector<Arguments> waysToGive(const CommandOption& option) {
+    if (option.value.empty()) {
+        return option.letter.empty() ? std::vector<Arguments>{{option.name}}
+                                     : std::vector<Arguments>{{option.name}, {option.letter}};
+    }
+    std::vector<Arguments> ways{{option.name, option.value}, {option.name + "=" + option.value}};
+    if (!option.letter.empty()) {
+        ways.push_back({option.letter, option.value});
+        ways.push_back({option.letter + option.value});
+    }
+    return ways;
+}
+
+Arguments commandLineWithout(const CommandOption& option, const std::string& command) {
+    return option.name == "--archive" ? Arguments{command} : smallestCommandLine(command);
+}
+
+TEST(UsageErrors, AnOptionIsRefusedByEveryCommandThatItDoesNotBelongTo) {
+    int refused = 0;
+    for (const CommandOption& option : commandOptions()) {
+        for (const std::string& command : commandNames()) {
+            for (const Arguments& given : waysToGive(option)) {
+                if (!option.belongsTo(command)) {
+                    const std::string name = given.front().starts_with("--") ? option.name : option.letter;
+                    expectRefused(joined(smallestCommandLine(command), given), command + " has no option " + name);
+                    ++refused;
+                }
+            }
+        }
+    }
+    EXPECT_GT(refused, 100);
+}
+
+TEST(UsageErrors, AnOptionIsTakenByEveryCommandThatItBelongsTo) {
+    for (const CommandOption& option : commandOptions()) {
+        for (const std::string& command : commandNames()) {
+            for (const Arguments& given : waysToGive(option)) {
+                if (option.belongsTo(command)) {
+                    SCOPED_TRACE(testing::PrintToString(given) + " of " + command);
+                    EXPECT_TRUE(readCaptured(joined(commandLineWithout(option, command), given)).line.has_value());
+                }
+            }
+        }
+    }
+}
+
+TEST(UsageErrors, ASingleValuedOptionGivenTwiceIsRefused) {
+    for (const CommandOption& option : commandOptions()) {
+        if (option.value.empty() || option.repeatable) {
+            continue;
+        }
+        for (const std::string& command : commandNames()) {
+            if (option.belongsTo(command)) {
+                const Arguments once = joined(commandLineWithout(option, command), {option.name, option.value});
+                expectRefused(joined(once, {option.name + "=" + option.value}), option.name + " is given twice");
+            }
+        }
+    }
+    expectRefused({"content", "--archive", "a", "-ab"}, "-a is given twice");
+    expectRefused({"content", "-a", "same", "-a", "same"}, "-a is given twice");
+}
+
+TEST(UsageErrors, ARepeatedSwitchDoesNoHarm) {
+    for (const CommandOption& option : commandOptions()) {
+        if (option.value.empty()) {
+            const Arguments line = smallestCommandLine(std::string(option.commands.front()));
+            EXPECT_TRUE(readCaptured(joined(line, {option.name, option.name})).line.has_value()) << option.name;
+        }
+    }
+    EXPECT_TRUE(readCaptured({"version", "-vv"}).line.has_value());
+}
+
+TEST(UsageErrors, AMissingValueIsRefused) {
+    for (const CommandOption& option : commandOptions()) {
+        if (option.value.empty()) {
+            continue;
+        }
+        for (const std::string& command : commandNames()) {
+            if (option.belongsTo(command)) {
+                const Arguments line = commandLineWithout(option, command);
+                expectRefused(joined(line, {option.name}), option.name + " needs a value");
+                expectRefused(joined(line, {option.name + "="}), option.name + " needs a value");
+                expectRefused(joined(line, {option.name + "=", "next"}), option.name + " needs a value");
+            }
+        }
+    }
+    expectRefused({"content", "-a"}, "-a needs a value");
+    expectRefused({"content", "-va"}, "-a needs a value");
+}
+
+TEST(UsageErrors, WhatLooksLikeAnOptionIsNoValue) {
+    for (const CommandOption& option : commandOptions()) {
+        if (!option.value.empty()) {
+            const Arguments line = commandLineWithout(option, std::string(option.commands.back()));
+            for (const char* next : {"--verbose", "-v", "-x", "--", "--help", "-1"}) {
+                expectRefused(joined(line, {option.name, next}), option.name + " needs a value");
+            }
+        }
+    }
+    expectRefused({"content", "-va", "--json"}, "-a needs a value");
+}
+
+TEST(UsageErrors, AValueOfASwitchIsRefused) {
+    for (const CommandOption& option : commandOptions()) {
+        if (option.value.empty()) {
+            const Arguments line = smallestCommandLine(std::string(option.commands.front()));
+            for (const char* value : {"=true", "=false", "=1", "={}", "="}) {
+                expectRefused(joined(line, {option.name + value}), option.name + " takes no value");
+            }
+        }
+    }
+}
+
+TEST(UsageErrors, AMissingArchiveIsRefused) {
+    for (const std::string& command : commandNames()) {
+        if (commandOptions().front().belongsTo(command)) {
+            expectRefused({command}, "--archive is required");
+        }
+    }
+}
+
+TEST(UsageErrors, ASurplusArgumentIsRefused) {
+    for (const std::string& command : commandNames()) {
+        for (const char* surplus : {"surplus", "", "-", "version", "plan"}) {
+            expectRefused(joined(smallestCommandLine(command), {surplus}),
+                          command + ": unexpected argument '" + surplus + "'");
+        }
+        expectRefused(joined(smallestCommandLine(command), {"--", "surplus"}), command + " has no option --");
+    }
+    expectRefused({"update", "-a", "folder", "--disable", "1", "2"}, "update: unexpected argument '2'");
+    expectRefused({"version", "--emulate", "rack", "rack2"}, "version: unexpected argument 'rack2'");
+}
+
+TEST(UsageErrors, AMissingOrUnknownCommandIsRefused) {
+    expectRefused({}, "a command is missing");
+    for (const char* unknown : {"", "Version", "versions", "vers", "help", "-v", "--version", "--verbose", "--", "-"}) {
+        expectRefused({unknown}, "'" + std::string(unknown) + "' is no command");
+    }
+    expectRefused({"-a", "folder", "content"}, "'-a' is no command");
+}
+
+TEST(UsageErrors, AnUnknownOptionIsRefused) {
+    for (const std::string& command : commandNames()) {
+        for (const char* unknown : {"--unknown", "--verb", "--Verbose", "-V", "-x", "--verbose-"}) {
+            expectRefused(joined(smallestCommandLine(command), {unknown}), command + " has no option " + unknown);
+        }
+        expectRefused(joined(smallestCommandLine(command), {"-vx"}), command + " has no option -x");
+        expectRefused(joined(smallestCommandLine(command), {"--unknown=1"}), command + " has no option --unknown");
+    }
+}
+
+TEST(UsageErrors, OnlyADecimalNumberUpTo32BitsDisablesAnElement) {
+    for (const char* text : {"", "x", "1x", "0x1", "+1", "1.0", "1e3", " 1", "1 ", "1,2", "[1]", "{}", "4294967296",
+                             "99999999999999999999", "\xD9\xA3"}) {
+        expectRefused({"update", "-a", "folder", "--disable", text},
+                      "--disable: '" + std::string(text) + "' is not a decimal number up to 4294967295");
+    }
+    expectRefused({"update", "-a", "folder", "--disable=-1"},
+                  "--disable: '-1' is not a decimal number up to 4294967295");
+    expectRefused({"update", "-a", "folder", "--disable", "1", "--disable", "x"},
+                  "--disable: 'x' is not a decimal number up to 4294967295");
+}
+
+TEST(UsageErrors, ArgumentsThatAreNotUtf8AreRefused) {
+    for (const char* text : {"\xFF", "a\xC3", "\xC0\x80", "\xED\xA0\x80", "\xF4\x90\x80\x80", "\x80"}) {
+        expectRefused({text}, "argument 1 is not valid UTF-8");
+        expectRefused({"content", "-a", text}, "argument 3 is not valid UTF-8");
+        expectRefused({"connect", std::string("--element=") + text}, "argument 2 is not valid UTF-8");
+    }
+    EXPECT_TRUE(readCaptured({"content", "-a", "\xC3\xBC\xF0\x9F\x94\xA7"}).line.has_value());
+}
+
+TEST(UsageErrors, TheFirstFaultIsTold) {
+    expectRefused({"version", "--unknown", "surplus"}, "version has no option --unknown");
+    expectRefused({"version", "surplus", "--unknown"}, "version: unexpected argument 'surplus'");
+}
+
+TEST(UsageErrors, NothingIsRunOrWritten) {
+    const ScratchFolder folder;
+    const std::string events = (folder.path() / "events").string();
+    const ToolRun run = runCaptured({"update", "-a", folder.text(), "--events", events, "--disable", "x"});
+    EXPECT_EQ(run.exitCode, usageError);
+    EXPECT_EQ(run.output, "");
+    EXPECT_TRUE(folder.list().empty());
+}
+
+} // namespace
