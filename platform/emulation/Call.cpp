@@ -48,10 +48,10 @@ void Call::addField(std::string_view name, std::uint32_t number) {
 }
 
 std::int64_t Call::fail(const Failure& failure) {
+    // No time stamp: what a target answers does not depend on when it is asked.
     KvTErrorEntry entry;
     entry.code = failure.code;
     entry.text = failure.text;
-    entry.timeStamp = EmulationErrors::timeStampNow();
     entries_.push_back(std::move(entry));
     return traits_.failed;
 }

@@ -221,6 +221,8 @@ std::uint32_t KvCInventoryManager::deleteRemoteFile(KvCErrorListPool& errors, Kv
     const std::shared_ptr<UpdateSession> session = call.sessionOf(lockHandle);
     const auto remove = [&]() -> std::int64_t {
         if (const Outcome refusal = call.refuseUnlessLocked(session, address)) {
+            // Without its lock the file is gone already.
+            Ledger::instance().badReleases += session == nullptr ? 1 : 0;
             return call.fail(*refusal);
         }
         return call.conclude(session->deleteRemoteFile(file));

@@ -229,7 +229,9 @@ OrFailure<SystemFiles::FileLock> StateStore::lockForUpdate() {
     if (!lock) {
         return Failure{EmulationErrors::targetLocked, "The target is locked by another owner."};
     }
-    clearTransferredFiles();
+    if (const std::error_code leftover = clearTransferredFiles()) {
+        return fileFailure("clear", SystemFiles::textOf(state_ / transferFolder), leftover);
+    }
     return std::move(*lock);
 }
 
@@ -247,9 +249,10 @@ OrFailure<StateStore::TransferredFile> StateStore::createTransferredFile(std::ui
     return transferred;
 }
 
-void StateStore::clearTransferredFiles() {
-    std::error_code ignored;
-    fs::remove_all(state_ / transferFolder, ignored);
+std::error_code StateStore::clearTransferredFiles() const {
+    std::error_code fault;
+    fs::remove_all(state_ / transferFolder, fault);
+    return fault;
 }
 
 OrFailure<SystemFiles::Folder> StateStore::openFileSystem() {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 /// The folder `state` of an emulated target: everything that the emulation writes. It is created by the first write,
@@ -44,7 +45,8 @@ public:
         SystemFiles::File file;
     };
     [[nodiscard]] OrFailure<TransferredFile> createTransferredFile(std::uint64_t number);
-    void clearTransferredFiles();
+    /// Deletes that folder.
+    [[nodiscard]] std::error_code clearTransferredFiles() const;
 
     /// The folder that holds the target's file system, created when missing.
     [[nodiscard]] OrFailure<SystemFiles::Folder> openFileSystem();

@@ -42,13 +42,29 @@ bool isFinal(std::uint32_t query, const UpdateBehaviour& update) {
     return query >= polls && update.state != UpdateBehaviour::running;
 }
 
+/// What an update from the file at `path` installs.
+OrFailure<InstalledValues> readContents(const std::filesystem::path& path) {
+    std::error_code fault;
+    const SystemFiles::File file = SystemFiles::openForReading(path, fault);
+    if (file == nullptr) {
+        return fileFailure("read", SystemFiles::textOf(path), fault);
+    }
+    auto contents = readUpdateFileContents(*file);
+    if (!contents) {
+        return fileFailure("read", SystemFiles::textOf(path), "the disk does not give it");
+    }
+    contents->isActivated = true;
+    return std::move(*contents);
+}
+
 } // namespace
 
 UpdateSession::UpdateSession(std::shared_ptr<EmulatedTarget> target, SystemFiles::FileLock lock)
     : target_(std::move(target)), lock_(std::move(lock)), count_(Ledger::instance().locks) {}
 
 UpdateSession::~UpdateSession() {
-    target_->state().clearTransferredFiles();
+    // What cannot be deleted now is cleared by the next lock.
+    static_cast<void>(target_->state().clearTransferredFiles());
 }
 
 void UpdateSession::countAsReleased() noexcept {
@@ -81,7 +97,7 @@ OrFailure<UpdateSession::RemoteFileHandle> UpdateSession::transferFile(const KvC
     RemoteFileHandle handle;
     handle.node = node.toString();
     handle.path = KvCString("transferred/" + std::to_string(number));
-    files_.emplace(handle.path.view(), RemoteFile{path, HeldCount(Ledger::instance().remoteFiles)});
+    files_.emplace(handle.path.view(), RemoteFile{path, HeldCount(Ledger::instance().remoteFiles), std::nullopt});
     return handle;
 }
 
@@ -112,7 +128,7 @@ Outcome UpdateSession::start(const ItemDescription& element, const RemoteFileHan
     if (running != updates_.end() && !running->second.isFinished) {
         return Failure{EmulationErrors::wrongUpdateState, nameOf(element) + " is being updated already."};
     }
-    auto contents = readContents(handle);
+    auto contents = contentsOf(handle);
     if (!contents.hasValue()) {
         return contents.failure();
     }
@@ -120,23 +136,20 @@ Outcome UpdateSession::start(const ItemDescription& element, const RemoteFileHan
     return std::nullopt;
 }
 
-OrFailure<InstalledValues> UpdateSession::readContents(const RemoteFileHandle& handle) const {
+OrFailure<InstalledValues> UpdateSession::contentsOf(const RemoteFileHandle& handle) {
     const auto found = files_.find(std::string(handle.path.view()));
     if (found == files_.end()) {
         return noSuchRemoteFile(handle);
     }
-    const std::string path = SystemFiles::textOf(found->second.path);
-    std::error_code fault;
-    const SystemFiles::File file = SystemFiles::openForReading(found->second.path, fault);
-    if (file == nullptr) {
-        return fileFailure("read", path, fault);
+    RemoteFile& remote = found->second;
+    if (!remote.contents) {
+        auto contents = readContents(remote.path);
+        if (!contents.hasValue()) {
+            return contents;
+        }
+        remote.contents = std::move(contents.value());
     }
-    auto contents = readUpdateFileContents(*file);
-    if (!contents) {
-        return fileFailure("read", path, "the disk does not give it");
-    }
-    contents->isActivated = true;
-    return std::move(*contents);
+    return *remote.contents;
 }
 
 OrFailure<UpdateSession::Status> UpdateSession::queryStatus(const ItemDescription& element) {

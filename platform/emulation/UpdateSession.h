@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -53,6 +54,8 @@ private:
     struct RemoteFile {
         std::filesystem::path path;
         HeldCount count;
+        /// Once an update has asked for it.
+        std::optional<InstalledValues> contents;
     };
     struct Update {
         std::uint32_t answeredQueries = 0;
@@ -60,7 +63,8 @@ private:
         InstalledValues contents;
     };
 
-    [[nodiscard]] OrFailure<InstalledValues> readContents(const RemoteFileHandle& handle) const;
+    /// What a transferred file installs. It is read once, however many elements are updated from it.
+    [[nodiscard]] OrFailure<InstalledValues> contentsOf(const RemoteFileHandle& handle);
 
     std::shared_ptr<EmulatedTarget> target_;
     SystemFiles::FileLock lock_;

@@ -19,7 +19,8 @@ struct KvSRemoteFileHandle {
     KvCString path;
 };
 
-/// Called during a transfer with the bytes done and in all and the caller's context.
+/// Called during a transfer with the bytes done and in all and the caller's context. It may use the library, but must
+/// not wait for another thread that does.
 using KvTransferProgress = void (*)(std::uint64_t done, std::uint64_t total, void* context);
 
 } // namespace KvNInventoryManager
@@ -75,7 +76,8 @@ public:
                           std::uint64_t timeStamp);
     /// Asks for the state of a started update. `id` goes in as the element's identifier; `state` comes back 1 while
     /// the update runs, 2 when it has succeeded, anything else when it has failed; `done` of `total` tells how far it
-    /// is. On failure the four values stay as they were.
+    /// is. A finished update keeps its answer until the element's next update or the end of the lock. On failure the
+    /// four values stay as they were.
     std::uint32_t updateStatus2(KvCErrorListPool& errors, KvCInventoryRootHandle* root,
                                 const KvCInventoryAddress& address, std::uint32_t& id, std::uint32_t& state,
                                 std::uint32_t& done, std::uint32_t& total);

@@ -25,7 +25,8 @@ struct KvHIMSDeviceInfo {
     std::uint32_t deviceNumber = 0;
 };
 
-/// Called during a transfer with the bytes done and in all and the caller's context.
+/// Called during a transfer with the bytes done and in all and the caller's context. It may use the library, but must
+/// not wait for another thread that does.
 using KvHIMProgress = void (*)(std::int64_t done, std::int64_t total, void* context);
 
 /// Creates a device filter of `kind`.

@@ -53,7 +53,10 @@ void ArchiveTest::TearDown() {
 }
 
 void ArchiveTest::writeFile(std::string_view name, std::string_view bytes) const {
-    std::ofstream file(folder() / pathOfUtf8(name), std::ios::binary);
+    const std::filesystem::path path = folder() / pathOfUtf8(name);
+    // Some file systems take their time when a file is emptied and written again.
+    std::filesystem::remove(path);
+    std::ofstream file(path, std::ios::binary);
     file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     file.close();
     EXPECT_FALSE(file.fail()) << "cannot write " << name;

@@ -164,12 +164,7 @@ JsonModel RandomDescriptions::description(std::size_t entries) {
 
 /// A value below `value`, or itself.
 JsonModel& RandomDescriptions::anyNode(JsonModel& value) {
-    const std::size_t children = value.items.size() + value.members.size();
-    if (children == 0 || oneIn(4)) {
-        return value;
-    }
-    const std::size_t child = below(children);
-    return anyNode(child < value.items.size() ? value.items[child] : value.members[child - value.items.size()].second);
+    return value.items.empty() || oneIn(4) ? value : anyNode(value.items[below(value.items.size())]);
 }
 
 void RandomDescriptions::mutate(JsonModel& value) {
@@ -179,16 +174,14 @@ void RandomDescriptions::mutate(JsonModel& value) {
         node = anyValue(3);
         break;
     case 1:
-        if (!node.members.empty()) {
-            node.members.erase(node.members.begin() + static_cast<std::ptrdiff_t>(below(node.members.size())));
-        } else if (!node.items.empty()) {
-            node.items.erase(node.items.begin() + static_cast<std::ptrdiff_t>(below(node.items.size())));
+        if (!node.items.empty()) {
+            node.removeItem(below(node.items.size()));
         }
         break;
     case 2:
         if (node.kind == JsonModel::Kind::object) {
             // A key that is there already is then given twice.
-            node.members.emplace_back(anyKey(), anyValue(3));
+            node.addMember(anyKey(), anyValue(3));
         } else if (node.kind == JsonModel::Kind::array) {
             node.items.push_back(node.items.empty() ? anyValue(3) : JsonModel(node.items[below(node.items.size())]));
         }

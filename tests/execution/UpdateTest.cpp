@@ -1,9 +1,6 @@
 #include "UpdateTest.h"
 
-#include "KvEmulation.h"
-
 #include <iterator>
-#include <utility>
 
 UpdateTest::UpdateTest()
     : callbacks_{SessionLog::onPhase, SessionLog::onElementError, SessionLog::onProgress, SessionLog::onMessage} {
@@ -11,35 +8,6 @@ UpdateTest::UpdateTest()
     options.descriptionFileName = L"archive.json";
     options.target = L"127.0.0.1";
     options.mode = KvNReflasher::performUpdate;
-    log.abbreviate(archive.folder().text(), "ARCHIVE");
-}
-
-void UpdateTest::SetUp() {
-    KvEmulation::reset();
-}
-
-void UpdateTest::TearDown() {
-    close();
-    KvEmulation::KvTLedger held = KvEmulation::ledger();
-    EXPECT_EQ(held.badReleases, expectedBadReleases);
-    held.badReleases = 0;
-    EXPECT_TRUE(held.isClean());
-    KvEmulation::reset();
-}
-
-void UpdateTest::addNodeElement(std::uint32_t id, ItemBuilder element, std::uint32_t sequence) {
-    node.element(std::move(element));
-    archive.add(entry("node" + std::to_string(id) + ".bin").board("NODE", id).sequence(sequence));
-}
-
-void UpdateTest::addBoard(std::uint32_t number, ItemBuilder element, std::uint32_t sequence) {
-    const std::string text = std::to_string(number);
-    boards.push_back(completeBoard("IOMODULE", "IO" + text, 0).element(std::move(element)));
-    archive.add(entry("io" + text + ".bin").board("IO" + text, 1).sequence(sequence));
-}
-
-void UpdateTest::addFile(const std::string& name, const std::string& targetPath, std::uint32_t sequence) {
-    archive.add(entry(name).target("NODE", targetPath).sequence(sequence));
 }
 
 void UpdateTest::withoutNotifications() {
@@ -47,16 +15,7 @@ void UpdateTest::withoutNotifications() {
 }
 
 void UpdateTest::prepare() {
-    if (hasNode) {
-        target.add(hasCn ? ItemBuilder(node).add(item("CN")) : node);
-    } else if (hasCn) {
-        target.add(item("CN"));
-    }
-    for (const ItemBuilder& board : boards) {
-        target.add(board);
-    }
-    target.serve();
-    archive.write();
+    serve();
     session_.emplace(callbacks_, options);
     ASSERT_TRUE(session_->archive.readArchive(errors()));
     ASSERT_TRUE(session_->access.resolveTarget(errors()));
@@ -109,10 +68,6 @@ std::vector<std::string> UpdateTest::remoteFiles() const {
         }
     }
     return contents;
-}
-
-std::string said(const std::string& text) {
-    return '"' + SessionLog::narrow(std::wstring(text.begin(), text.end())) + '"';
 }
 
 std::string faultReport(const std::string& call) {

@@ -159,7 +159,7 @@ TEST_F(Phases, EachPhaseIsTheRankOfItsSequence) {
     std::mt19937 random(7);
     std::vector<std::uint32_t> sequences(200);
     for (std::uint32_t& sequence : sequences) {
-        sequence = random() % 40 * 0x05555555U;
+        sequence = static_cast<std::uint32_t>(random() % 40 * 0x05555555U);
     }
     archiveHasSequences(sequences);
     std::vector<std::uint32_t> used;

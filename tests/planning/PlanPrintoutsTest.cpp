@@ -1,5 +1,16 @@
 #include "PlanningTest.h"
 
+#include <string>
+
+namespace {
+
+/// The line below a table's heading.
+std::string rule(std::size_t length) {
+    return std::string(length, '-') + "\n";
+}
+
+} // namespace
+
 class PlanPrintouts : public PlanningTest {
 protected:
     [[nodiscard]] std::string planTable() {
@@ -32,19 +43,18 @@ TEST_F(PlanPrintouts, EachElementIsARowOfTheTable) {
     targetHas(element("X", 9).version("").shownAs("unsupported too"));
     plan();
     EXPECT_EQ("No. | Update element            | Installed | Available | Checksums                | Up-to-date | "
-              "Phase\n"
-              "------------------------------------------------------------------------------------------------"
-              "------\n"
-              "0   | Board one, SN 1, Firmware | 2.0       | 2.1       | 1234567890 != 4294967295 | N          | "
-              "1    \n"
-              "1   | B                         | 1.4a2     | 1.5       | 77 == 77                 | N          | "
-              "0    \n"
-              "2   | no version, no checksum   | ---       | ---       | --- != 12                | Y          | "
-              "-    \n"
-              "3   | unsupported               | 1.5       | ---       | 5 != ---                 |            | "
-              "-    \n"
-              "4   | unsupported too           | ---       | ---       |                          |            | "
-              "-    \n",
+              "Phase\n" +
+                  rule(103) +
+                  "0   | Board one, SN 1, Firmware | 2.0       | 2.1       | 1234567890 != 4294967295 | N          | "
+                  "1    \n"
+                  "1   | B                         | 1.4a2     | 1.5       | 77 == 77                 | N          | "
+                  "0    \n"
+                  "2   | no version, no checksum   | ---       | ---       | --- != 12                | Y          | "
+                  "-    \n"
+                  "3   | unsupported               | 1.5       | ---       | 5 != ---                 |            | "
+                  "-    \n"
+                  "4   | unsupported too           | ---       | ---       |                          |            | "
+                  "-    \n",
               planTable());
 }
 
@@ -52,9 +62,8 @@ TEST_F(PlanPrintouts, AnUpToDateElementThatPlanningDisabledHasNoPhase) {
     archiveHas({"'boardType': 'X', 'id': 1, 'version': '2.0', 'checksumCrc32': 2"});
     targetHas(element("X", 1).version("2.0").checksum(2).shownAs("A"));
     plan();
-    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase\n"
-              "---------------------------------------------------------------------------\n"
-              "0   | A              | 2.0       | 2.0       | 2 == 2    | Y          | -    \n",
+    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase\n" + rule(77) +
+                  "0   | A              | 2.0       | 2.0       | 2 == 2    | Y          | -    \n",
               planTable());
 }
 
@@ -63,9 +72,8 @@ TEST_F(PlanPrintouts, AForcedUpToDateElementHasItsPhase) {
     archiveHas({"'boardType': 'X', 'id': 1, 'version': '2.0', 'checksumCrc32': 2"});
     targetHas(element("X", 1).version("2.0").checksum(2).shownAs("A"));
     plan();
-    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase\n"
-              "---------------------------------------------------------------------------\n"
-              "0   | A              | 2.0       | 2.0       | 2 == 2    | Y          | 0    \n",
+    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase\n" + rule(77) +
+                  "0   | A              | 2.0       | 2.0       | 2 == 2    | Y          | 0    \n",
               planTable());
 }
 
@@ -74,10 +82,9 @@ TEST_F(PlanPrintouts, AnElementDisabledBeforeHasNoPhaseAndKeepsTheRest) {
     targetHas(element("X", 1).checksum(1).disabled().shownAs("A"));
     targetHas(element("X", 2).checksum(1).disabled().shownAs("B"));
     plan();
-    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase\n"
-              "---------------------------------------------------------------------------\n"
-              "0   | A              | 1.0       | 2.0       | 1 != 2    | N          | -    \n"
-              "1   | B              | 1.0       | ---       | 1 != ---  |            | -    \n",
+    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase\n" + rule(77) +
+                  "0   | A              | 1.0       | 2.0       | 1 != 2    | N          | -    \n"
+                  "1   | B              | 1.0       | ---       | 1 != ---  |            | -    \n",
               planTable());
 }
 
@@ -88,11 +95,11 @@ TEST_F(PlanPrintouts, AChecksumThatIsNotKnownIsPrintedAsItIs) {
     targetHas(element("X", 1).checksum(unknownValue).shownAs("B"));
     targetHas(element("X", 1).shownAs("C"));
     plan();
-    EXPECT_EQ("No. | Update element | Installed | Available | Checksums                | Up-to-date | Phase\n"
-              "------------------------------------------------------------------------------------------\n"
-              "0   | A              | 1.0       | 2.0       | 0 != 4294967294          | N          | 0    \n"
-              "1   | B              | 1.0       | 2.0       | 4294967294 == 4294967294 | N          | 0    \n"
-              "2   | C              | 1.0       | 2.0       | --- != 4294967294        | N          | 0    \n",
+    EXPECT_EQ("No. | Update element | Installed | Available | Checksums                | Up-to-date | Phase\n" +
+                  rule(92) +
+                  "0   | A              | 1.0       | 2.0       | 0 != 4294967294          | N          | 0    \n"
+                  "1   | B              | 1.0       | 2.0       | 4294967294 == 4294967294 | N          | 0    \n"
+                  "2   | C              | 1.0       | 2.0       | --- != 4294967294        | N          | 0    \n",
               planTable());
 }
 
@@ -100,9 +107,8 @@ TEST_F(PlanPrintouts, AnElementWithoutChecksumIsNeverEqual) {
     archiveHas({"'boardType': 'X', 'id': 1, 'version': '1.0', 'checksumCrc32': 0"});
     targetHas(element("X", 1).shownAs("A"));
     plan();
-    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase\n"
-              "---------------------------------------------------------------------------\n"
-              "0   | A              | 1.0       | 1.0       | --- != 0  | Y          | -    \n",
+    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase\n" + rule(77) +
+                  "0   | A              | 1.0       | 1.0       | --- != 0  | Y          | -    \n",
               planTable());
 }
 
@@ -116,32 +122,30 @@ TEST_F(PlanPrintouts, MarkersMakeAColumnWithoutHeading) {
     targetHas(fileElement("X", "/a").inactive().shownAs("file"));
     targetHas(fileElement("X", "/a").invalid().inactive().shownAs("invalid file"));
     plan();
-    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase |           \n"
-              "---------------------------------------------------------------------------------------\n"
-              "0   | plain          | 1.0       | 1.0       | --- != 2  | Y          | -     |           \n"
-              "1   | inactive       | 1.0       | 1.0       | --- != 2  | N          | 0     | [INACTIVE]\n"
-              "2   | invalid        | 1.0       | 1.0       | --- != 2  | N          | 0     | [INVALID] \n"
-              "3   | both           | 1.0       | 1.0       | --- != 2  | N          | 0     | [INVALID] \n"
-              "4   | file           | 1.0       | 1.0       | --- != 2  | Y          | -     |           \n"
-              "5   | invalid file   | 1.0       | 1.0       | --- != 2  | N          | 0     | [INVALID] \n",
+    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase |           \n" +
+                  rule(90) +
+                  "0   | plain          | 1.0       | 1.0       | --- != 2  | Y          | -     |           \n"
+                  "1   | inactive       | 1.0       | 1.0       | --- != 2  | N          | 0     | [INACTIVE]\n"
+                  "2   | invalid        | 1.0       | 1.0       | --- != 2  | N          | 0     | [INVALID] \n"
+                  "3   | both           | 1.0       | 1.0       | --- != 2  | N          | 0     | [INVALID] \n"
+                  "4   | file           | 1.0       | 1.0       | --- != 2  | Y          | -     |           \n"
+                  "5   | invalid file   | 1.0       | 1.0       | --- != 2  | N          | 0     | [INVALID] \n",
               planTable());
 }
 
 TEST_F(PlanPrintouts, WithoutMarkersThereIsNoColumnForThem) {
     targetHas(fileElement("X", "/a").inactive().shownAs("file"));
     plan();
-    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase\n"
-              "---------------------------------------------------------------------------\n"
-              "0   | file           | 1.0       | ---       |           |            | -    \n",
+    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase\n" + rule(77) +
+                  "0   | file           | 1.0       | ---       |           |            | -    \n",
               planTable());
 }
 
 TEST_F(PlanPrintouts, UnsupportedElementsHaveTheirMarkersToo) {
     targetHas(element("X", 1).invalid().shownAs("A"));
     plan();
-    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase |          \n"
-              "--------------------------------------------------------------------------------------\n"
-              "0   | A              | 1.0       | ---       |           |            | -     | [INVALID]\n",
+    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase |          \n" + rule(89) +
+                  "0   | A              | 1.0       | ---       |           |            | -     | [INVALID]\n",
               planTable());
 }
 
@@ -150,23 +154,22 @@ TEST_F(PlanPrintouts, ClonedElementsAreRowsBehindTheOthers) {
     targetHas(element("X", 1).shownAs("A"));
     targetTakesFiles(fileElement("X", "*").named("Updatable file").board("Node", 7).invalid().version(""));
     plan();
-    EXPECT_EQ("No. | Update element                         | Installed | Available | Checksums | Up-to-date | Phase |"
-              "          \n"
-              "------------------------------------------------------------------------------------------------------"
-              "--------\n"
-              "0   | A                                      | 1.0       | ---       |           |            | -     |"
-              "          \n"
-              "1   | Node, SN 7, Updatable file (net.ini)   | ---       | ---       | --- != 12 | N          | 0     |"
-              " [INVALID]\n",
-              planTable());
+    EXPECT_EQ(
+        "No. | Update element                       | Installed | Available | Checksums | Up-to-date | Phase |"
+        "          \n" +
+            rule(111) +
+            "0   | A                                    | 1.0       | ---       |           |            | -     |"
+            "          \n"
+            "1   | Node, SN 7, Updatable file (net.ini) | ---       | ---       | --- != 12 | N          | 0     |"
+            " [INVALID]\n",
+        planTable());
 }
 
 TEST_F(PlanPrintouts, NamesArePrintedAsTheyAre) {
     targetHas(element("X", 1).shownAs("100 %s \xC3\x84"));
     plan();
-    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase\n"
-              "---------------------------------------------------------------------------\n"
-              "0   | 100 %s \xC3\x84      | 1.0       | ---       |           |            | -    \n",
+    EXPECT_EQ("No. | Update element | Installed | Available | Checksums | Up-to-date | Phase\n" + rule(77) +
+                  "0   | 100 %s \xC3\x84      | 1.0       | ---       |           |            | -    \n",
               planTable());
 }
 

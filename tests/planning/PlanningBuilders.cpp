@@ -11,8 +11,8 @@
 
 namespace {
 
-constexpr std::string_view head = R"({"info": {"formatVersion": "1.0", "archiveVersion": "9.0", "productName": "P"},
-"files": [)";
+constexpr std::string_view head =
+    R"({"info": {"formatVersion": "1.0", "archiveVersion": "9.0", "productName": "P", "archiveName": "A"}, "files": [)";
 constexpr std::string_view entryHead = R"({"name": "a.bin", "sequence": 1, "version": "2.0", "checksumCrc32": 2)";
 
 void failWith(const std::wstring& message) {

@@ -44,6 +44,11 @@ std::string textOf(KvNJson::jsonView value) {
                                       : std::to_string(static_cast<std::int64_t>(value.get_double()));
 }
 
+std::string messageEvent(const std::wstring& text) {
+    std::string event = "\"";
+    return event.append(SessionLog::narrow(text)).append("\"");
+}
+
 void replaceAll(std::string& text, const std::string& part, const std::string& by) {
     for (std::size_t place = text.find(part); place != std::string::npos; place = text.find(part, place + by.size())) {
         text.replace(place, part.size(), by);
@@ -191,4 +196,8 @@ std::string SessionLog::narrow(const std::wstring& text) {
         result += escaped(character);
     }
     return result;
+}
+
+std::string said(const std::string& text) {
+    return messageEvent({text.begin(), text.end()});
 }

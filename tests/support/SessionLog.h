@@ -78,3 +78,6 @@ private:
     std::vector<std::wstring> messages_;
     std::function<void(const std::string&)> observer_;
 };
+
+/// The event of a message of ASCII characters.
+[[nodiscard]] std::string said(const std::string& text);

@@ -9,8 +9,8 @@ using Names = std::vector<std::string_view>;
 const Names archiveCommands{"archive-version", "content", "dump", "plan", "update"};
 const Names targetCommands{"elements", "connect", "plan", "update", "reboot"};
 const Names updateCommand{"update"};
-const Names allCommands{"version",  "archive-version", "content", "dump",  "elements",
-                        "connect",  "plan",            "update",  "reboot"};
+const Names allCommands{"version", "archive-version", "content", "dump", "elements", "connect",
+                        "plan",    "update",          "reboot"};
 
 } // namespace
 

@@ -19,8 +19,8 @@ KvTCommandLine lineOf(const Arguments& arguments) {
 
 TEST(Options, EachCommandHasItsMode) {
     const std::vector<std::pair<std::string, std::uint32_t>> modes{
-        {"version", 0}, {"archive-version", 1}, {"content", 2}, {"dump", 3},  {"elements", 4},
-        {"connect", 5}, {"plan", 6},            {"update", 7},  {"reboot", 5}};
+        {"version", 0}, {"archive-version", 1}, {"content", 2}, {"dump", 3}, {"elements", 4}, {"connect", 5},
+        {"plan", 6},    {"update", 7},          {"reboot", 5}};
     EXPECT_EQ(modes.size(), commandNames().size());
     for (const auto& [command, mode] : modes) {
         EXPECT_EQ(lineOf(smallestCommandLine(command)).options.mode, mode) << command;
@@ -100,7 +100,8 @@ TEST(Options, AnAttachedValueMayBeginWithADash) {
 }
 
 TEST(Options, AnEmptyArgumentIsAnEmptyValue) {
-    const KvTCommandLine line = lineOf({"update", "-a", "", "-d", "", "-t", "", "-b", "", "--emulate", "", "--events", ""});
+    const KvTCommandLine line =
+        lineOf({"update", "-a", "", "-d", "", "-t", "", "-b", "", "--emulate", "", "--events", ""});
     EXPECT_EQ(line.options.archiveFolder, L"");
     EXPECT_EQ(line.options.descriptionFileName, L"");
     EXPECT_EQ(line.options.target, L"");
@@ -110,8 +111,9 @@ TEST(Options, AnEmptyArgumentIsAnEmptyValue) {
 }
 
 TEST(Options, RepeatableOptionsKeepTheirOrder) {
-    const KvTCommandLine line = lineOf({"update", "--disable", "7", "--emulate", "b", "-a", "folder", "--disable=4294967295",
-                                        "--emulate", "a", "--disable", "0", "--disable", "007", "--emulate=b"});
+    const KvTCommandLine line =
+        lineOf({"update", "--disable", "7", "--emulate", "b", "-a", "folder", "--disable=4294967295", "--emulate", "a",
+                "--disable", "0", "--disable", "007", "--emulate=b"});
     EXPECT_EQ(line.disabledElements, (std::vector<std::uint32_t>{7, 4294967295U, 0, 7}));
     EXPECT_EQ(line.emulatedTargets, (Arguments{"b", "a", "b"}));
 }

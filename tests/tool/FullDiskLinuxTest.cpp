@@ -1,0 +1,96 @@
+#include "ArchiveFolder.h"
+#include "CompleteItems.h"
+#include "RedirectedStream.h"
+#include "Session.h"
+#include "TargetBuilder.h"
+#include "ToolRun.h"
+#include "UpdateFiles.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+
+constexpr const char* fullDisk = "/dev/full";
+
+/// Runs the tool with standard output on a full disk.
+ToolRun runOnFullDisk(const std::vector<std::string>& arguments) {
+    KvEmulation::reset();
+    const RedirectedStream output(stdout, fullDisk);
+    const RedirectedStream errors(stderr);
+    ToolRun run;
+    run.exitCode = runTool(arguments);
+    run.errors = errors.received();
+    KvEmulation::reset();
+    return run;
+}
+
+class FullDisk : public testing::Test {
+protected:
+    FullDisk() {
+        archive_.add(entry("node.bin").board("QB4120", 1));
+        archive_.folder().write("node.bin", firmwareImage(KvCVersion("2.0"), 2));
+        archive_.write();
+        target_.add(completeBoard("HCN", "QB4120", 2815).element(completeElement(1)));
+    }
+
+    ArchiveFolder archive_;
+    TargetBuilder target_;
+};
+
+TEST_F(FullDisk, MessagesThatAreLostAreNoticed) {
+    for (const char* command : {"archive-version", "content", "dump"}) {
+        const ToolRun run = runOnFullDisk({command, "-a", archive_.folder().text()});
+        EXPECT_EQ(run.exitCode, 1) << command;
+        EXPECT_EQ(run.errors, "kvreflash: cannot write to standard output\n");
+    }
+    EXPECT_EQ(runOnFullDisk({"version"}).exitCode, 1);
+}
+
+TEST_F(FullDisk, ADocumentThatIsLostIsNoticed) {
+    const ToolRun run = runOnFullDisk({"content", "--json", "-a", archive_.folder().text()});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.errors, EndsWith("kvreflash: cannot write to standard output\n"));
+}
+
+TEST_F(FullDisk, HelpThatIsLostIsNoticed) {
+    EXPECT_EQ(runOnFullDisk({"--help"}).exitCode, 1);
+    EXPECT_EQ(runOnFullDisk({"plan", "--help"}).exitCode, 1);
+}
+
+TEST_F(FullDisk, AnotherFailureKeepsItsExitCode) {
+    EXPECT_EQ(runOnFullDisk({"nonsense"}).exitCode, 64);
+    ArchiveFolder empty;
+    empty.write();
+    const ToolRun run =
+        runOnFullDisk({"update", "-a", empty.folder().text(), "-t", "127.0.0.1", "--emulate", target_.write()});
+    EXPECT_EQ(run.exitCode, 2);
+}
+
+TEST_F(FullDisk, AnUpdateGoesOnToItsEnd) {
+    const std::vector<std::string> update{"update",    "-a",        archive_.folder().text(), "-t",
+                                          "127.0.0.1", "--emulate", target_.write()};
+    EXPECT_EQ(runOnFullDisk(update).exitCode, 1);
+    const ToolRun again = runCaptured(update);
+    EXPECT_EQ(again.exitCode, 0);
+    EXPECT_THAT(again.output, HasSubstr("No update is required for these elements:"));
+}
+
+TEST_F(FullDisk, EventsThatAreLostAreNoticedInTheEnd) {
+    const ToolRun run = runCaptured({"update", "-a", archive_.folder().text(), "-t", "127.0.0.1", "--emulate",
+                                     target_.write(), "--events", fullDisk});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.output, HasSubstr("Update completed successfully!"));
+    EXPECT_EQ(run.errors, "kvreflash: cannot write '/dev/full'\n");
+}
+
+TEST_F(FullDisk, AnEventsFileWithoutEventsLosesNothing) {
+    const ToolRun run = runCaptured({"update", "-a", "missing", "--events", fullDisk});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_EQ(run.errors, "");
+}
+
+} // namespace

@@ -1,0 +1,75 @@
+"""What the scripts of this folder share: the tool that they are given, scratch folders, and the cases of the session
+tests as data."""
+
+import argparse
+import os
+import shlex
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+from pathlib import Path
+
+PROJECT = Path(__file__).resolve().parent.parent.parent
+
+sys.path.insert(0, str(PROJECT / "tests" / "sessions"))
+import cases  # noqa: E402
+
+arguments = argparse.Namespace()
+
+
+def main():
+    """Runs the tests of the calling script."""
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--tool", type=Path, required=True, help="the kvreflash to run")
+    parser.add_argument("--archive", type=Path, required=True, help="the example archive")
+    parser.add_argument("--rack", type=Path, required=True, help="the example rack")
+    parser.add_argument("--launcher", default="", help='what runs the tool ("wine")')
+    parser.add_argument("--fold-crlf", action="store_true", help="take CR LF of the tool as LF")
+    parser.parse_known_args(namespace=arguments)
+    unittest.main(argv=sys.argv[:1])
+
+
+class Run:
+    """A run of the tool that has ended."""
+
+    def __init__(self, process):
+        self.code = process.returncode
+        self.output = process.stdout
+        self.errors = process.stderr
+
+
+def run(*line, folder=None, **options):
+    """Runs the tool with these arguments, in `folder`; sleeps take no time."""
+    environment = {key: value for key, value in os.environ.items() if not key.startswith("KV_")}
+    environment.update({"LC_ALL": "C.UTF-8", "KV_TIME_SCALE": "0"})
+    command = [*shlex.split(arguments.launcher), str(arguments.tool.resolve()), *map(str, line)]
+    process = subprocess.run(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, capture_output=True,
+                             check=False, timeout=300, **options)
+    if arguments.fold_crlf:
+        process.stdout = process.stdout.replace(b"\r\n", b"\n")
+        process.stderr = process.stderr.replace(b"\r\n", b"\n")
+    return Run(process)
+
+
+class ScratchTest(unittest.TestCase):
+    """A test with a scratch folder of its own."""
+
+    def setUp(self):
+        self.scratch = Path(tempfile.mkdtemp(prefix="kvtool-")).resolve()
+        self.addCleanup(shutil.rmtree, self.scratch, ignore_errors=True)
+
+    def lay_out_case(self, name):
+        """Makes the archive and rack of a session case; returns their folders."""
+        folder = self.scratch / name
+        folder.mkdir()
+        cases.lay_out(cases.Case(cases.CASES / name), folder)
+        return folder / "archive", folder / "rack"
+
+    def lay_out_examples(self):
+        """Copies the example archive and rack."""
+        folder = self.scratch / "examples"
+        shutil.copytree(arguments.archive, folder / "archive")
+        shutil.copytree(arguments.rack, folder / "rack", ignore=shutil.ignore_patterns("state"))
+        return folder / "archive", folder / "rack"
