@@ -8,10 +8,16 @@
 
 namespace {
 
-/// A started argument list, ended at the end of the scope.
-struct ArgumentListEnd {
-    std::va_list& list;
-    ~ArgumentListEnd() { va_end(list); }
+/// Ends a started argument list at the end of the scope.
+class ArgumentListEnd {
+public:
+    explicit ArgumentListEnd(std::va_list& list) : list_(list) {}
+    ArgumentListEnd(const ArgumentListEnd&) = delete;
+    ArgumentListEnd& operator=(const ArgumentListEnd&) = delete;
+    ~ArgumentListEnd() { va_end(list_); }
+
+private:
+    std::va_list& list_;
 };
 
 /// Formats into `result`, which may be among the arguments: it changes last.
@@ -37,7 +43,7 @@ int formatList(std::wstring& result, const wchar_t* format, std::va_list argumen
 int KvCConsoleWriter::printArguments(const wchar_t* format, ...) const {
     std::va_list arguments;
     va_start(arguments, format);
-    const ArgumentListEnd end{arguments};
+    const ArgumentListEnd end(arguments);
     if (callbacks_.message == nullptr) {
         const int result = writeFormatted(stdout, format, arguments);
         std::fflush(stdout);
@@ -54,6 +60,6 @@ int KvCConsoleWriter::printArguments(const wchar_t* format, ...) const {
 int KvCConsoleWriter::formatArguments(std::wstring& result, const wchar_t* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
-    const ArgumentListEnd end{arguments};
+    const ArgumentListEnd end(arguments);
     return formatList(result, format, arguments);
 }

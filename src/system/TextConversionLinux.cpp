@@ -5,7 +5,6 @@
 #include <clocale>
 #include <cwctype>
 #include <iterator>
-#include <locale.h>
 
 namespace {
 

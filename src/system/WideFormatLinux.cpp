@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <iterator>
 #include <string_view>
+#include <type_traits>
 
 namespace {
 
@@ -27,7 +28,7 @@ public:
     }
 
 private:
-    std::va_list list_;
+    std::va_list list_{};
 };
 
 /// One conversion of a format, its "*" already replaced by their arguments.
@@ -89,7 +90,8 @@ public:
     void putWide(std::wstring_view text) {
         for (const wchar_t character : text) {
             std::array<char, 4> bytes{};
-            auto codePoint = static_cast<boost::locale::utf::code_point>(character);
+            auto codePoint =
+                static_cast<boost::locale::utf::code_point>(static_cast<std::make_unsigned_t<wchar_t>>(character));
             if (!boost::locale::utf::is_valid_codepoint(codePoint)) {
                 codePoint = 0xFFFD; // the replacement character
             }

@@ -7,7 +7,9 @@
 #include "OwnedErrorList.h"
 #include "TextConversions.h"
 
+#include <algorithm>
 #include <string_view>
+#include <type_traits>
 
 namespace {
 
@@ -98,7 +100,7 @@ void KvCDirectFileWriter::createFolders(KvCErrorListPool& errors, KvHIMFTClientH
         const std::string name = folder.substr(parentEnd + 1, end - parentEnd - 1);
         const std::int32_t status = KvHIM_makeDir(errors, nullptr, client, parent.c_str(), name.c_str());
         if (status == 0 && options_.verbose) {
-            addMessage(messages, L"Directory %hs created.\n", (parent + "/" + name).c_str());
+            addMessage(messages, L"Directory %hs created.\n", folder.substr(0, end).c_str());
         }
         parentEnd = end;
     }

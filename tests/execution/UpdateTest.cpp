@@ -70,10 +70,6 @@ std::vector<std::string> UpdateTest::remoteFiles() const {
     return contents;
 }
 
-std::string faultReport(const std::string& call) {
-    return "       ERROR 0x2fff (reported by Host PC):\n         Fault at " + call + ".\n";
-}
-
 std::string transferLine(const std::string& name, const std::string& verdict) {
     constexpr std::size_t nameWidth = 46;
     return std::string(8, ' ') + name + std::string(nameWidth - name.size() + 2, ' ') + verdict + "\n";

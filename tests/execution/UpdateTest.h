@@ -67,8 +67,5 @@ private:
     std::optional<Session> session_;
 };
 
-/// The lines that a report shows of the error that a fault adds by default.
-[[nodiscard]] std::string faultReport(const std::string& call);
-
 /// The line of a file's transfer.
 [[nodiscard]] std::string transferLine(const std::string& name, const std::string& verdict = "[OK]");

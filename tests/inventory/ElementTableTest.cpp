@@ -21,6 +21,7 @@ std::vector<std::string> markerOf(bool valid, bool active, bool isFile) {
     std::vector<KvCString> row;
     addStatusMarker(row, element);
     std::vector<std::string> texts;
+    texts.reserve(row.size());
     for (const KvCString& cell : row) {
         texts.emplace_back(cell.view());
     }

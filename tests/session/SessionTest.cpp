@@ -76,7 +76,7 @@ std::string SessionTest::libraryVersion() {
     const std::unique_ptr<KvIReflasher> versionSession(KvIReflasher::createInstance(versionOptions));
     versionSession->setMessageCallback(keepText);
     keptText().clear();
-    EXPECT_TRUE(versionSession->run());
+    static_cast<void>(versionSession->run());
     return keptText().substr(0, keptText().find("\\n"));
 }
 
@@ -87,8 +87,4 @@ std::string SessionTest::banner() {
 
 std::string reportedErrors(const std::string& report) {
     return "\nReported errors:\n" + report;
-}
-
-std::string faultReport(const std::string& call) {
-    return "       ERROR 0x2fff (reported by Host PC):\n         Fault at " + call + ".\n";
 }

@@ -38,6 +38,5 @@ private:
     std::unique_ptr<KvIReflasher> session_;
 };
 
-/// The heading and the report of the error that a fault adds by default, as run() prints them at the end.
+/// What run() prints at the end when errors were collected.
 [[nodiscard]] std::string reportedErrors(const std::string& report);
-[[nodiscard]] std::string faultReport(const std::string& call);

@@ -8,7 +8,14 @@ EntryBuilder::EntryBuilder(std::string_view name) : name_(name) {
     entry_.set("name", name);
     entry_.set("sequence", std::uint32_t(1));
     entry_.set("version", "2.0");
-    entry_.set("checksumCrc32", std::uint32_t(2));
+}
+
+KvNJson::json EntryBuilder::build() const {
+    KvNJson::json entry = entry_;
+    if (checksum_) {
+        entry.set("checksumCrc32", *checksum_);
+    }
+    return entry;
 }
 
 EntryBuilder& EntryBuilder::sequence(std::uint32_t number) {
@@ -28,6 +35,11 @@ EntryBuilder& EntryBuilder::target(std::string_view boardType, std::string_view 
     return *this;
 }
 
+EntryBuilder& EntryBuilder::variant(std::string_view boardVariant) {
+    entry_.set("boardVariant", boardVariant);
+    return *this;
+}
+
 EntryBuilder& EntryBuilder::version(std::string_view text) {
     entry_.set("version", text);
     return *this;
@@ -39,7 +51,12 @@ EntryBuilder& EntryBuilder::noVersion() {
 }
 
 EntryBuilder& EntryBuilder::checksum(std::uint32_t number) {
-    entry_.set("checksumCrc32", number);
+    checksum_ = number;
+    return *this;
+}
+
+EntryBuilder& EntryBuilder::noChecksum() {
+    checksum_.reset();
     return *this;
 }
 
@@ -50,6 +67,19 @@ EntryBuilder& EntryBuilder::mode(std::string_view text) {
 
 EntryBuilder entry(std::string_view name) {
     return EntryBuilder(name);
+}
+
+ArchiveFolder::ArchiveFolder() {
+    info("formatVersion", "1.0");
+    info("archiveVersion", "23.2.1");
+    info("productName", "Product");
+    info("archiveVariant", "Variant");
+    info("archiveName", "Archive");
+}
+
+ArchiveFolder& ArchiveFolder::info(std::string_view key, std::string_view text) {
+    info_.set(key, text);
+    return *this;
 }
 
 std::filesystem::path ArchiveFolder::pathOf(std::string_view name) const {
@@ -70,14 +100,8 @@ ArchiveFolder& ArchiveFolder::addWithoutFile(const EntryBuilder& entry) {
 }
 
 void ArchiveFolder::write() const {
-    KvNJson::json info;
-    info.set("formatVersion", "1.0");
-    info.set("archiveVersion", "23.2.1");
-    info.set("productName", "Product");
-    info.set("archiveVariant", "Variant");
-    info.set("archiveName", "Archive");
     KvNJson::json description;
-    description.set("info", std::move(info));
+    description.set("info", info_);
     description.set("files", files_);
     folder_.write("archive.json", description.dump(4));
 }

@@ -4,6 +4,7 @@
 #include "ScratchFolder.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,17 +19,21 @@ public:
     EntryBuilder& board(std::string_view boardType, std::uint32_t id);
     /// The entry is written to `targetPath` of targets whose node is of this board type.
     EntryBuilder& target(std::string_view boardType, std::string_view targetPath);
+    EntryBuilder& variant(std::string_view boardVariant);
     EntryBuilder& version(std::string_view text);
     EntryBuilder& noVersion();
     EntryBuilder& checksum(std::uint32_t number);
+    /// The checksum is that of the update file.
+    EntryBuilder& noChecksum();
     EntryBuilder& mode(std::string_view text);
 
     [[nodiscard]] const std::string& name() const { return name_; }
-    [[nodiscard]] const KvNJson::json& build() const { return entry_; }
+    [[nodiscard]] KvNJson::json build() const;
 
 private:
     std::string name_;
     KvNJson::json entry_;
+    std::optional<std::uint32_t> checksum_ = 2;
 };
 
 [[nodiscard]] EntryBuilder entry(std::string_view name);
@@ -37,10 +42,14 @@ private:
 /// their names.
 class ArchiveFolder {
 public:
+    ArchiveFolder();
+
     /// Adds an entry and writes its update file.
     ArchiveFolder& add(const EntryBuilder& entry);
     /// Adds an entry whose update file is missing.
     ArchiveFolder& addWithoutFile(const EntryBuilder& entry);
+    /// Sets a text of the description's "info".
+    ArchiveFolder& info(std::string_view key, std::string_view text);
     /// Writes the description.
     void write() const;
     /// Removes an update file.
@@ -53,5 +62,6 @@ private:
     [[nodiscard]] std::filesystem::path pathOf(std::string_view name) const;
 
     ScratchFolder folder_;
+    KvNJson::json info_;
     KvNJson::json files_ = KvNJson::json::makeArray();
 };

@@ -14,6 +14,17 @@
     return updateElement(id, name).parameter("VERSION_HISTORY", "");
 }
 
+[[nodiscard]] inline ItemBuilder completeElementWithoutChecksum(std::uint32_t id) {
+    return item("UPDATE_ELEMENT")
+        .parameter("CONFIGURATION", std::uint64_t(0))
+        .parameter("ID", std::uint64_t(id))
+        .parameter("NAME", "Firmware")
+        .parameter("VERSION", "1.0")
+        .parameter("VERSION_HISTORY", "")
+        .parameter("VALID", std::uint64_t(1))
+        .parameter("ACTIVE", std::uint64_t(1));
+}
+
 [[nodiscard]] inline ItemBuilder completeFile(std::uint32_t id, std::string_view location) {
     return fileSystemElement(id, location)
         .parameter("NAME", "File")

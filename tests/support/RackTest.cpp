@@ -48,3 +48,7 @@ void RackTest::serve() {
     target.serve();
     archive.write();
 }
+
+std::string faultReport(const std::string& call) {
+    return "       ERROR 0x2fff (reported by Host PC):\n         Fault at " + call + ".\n";
+}

@@ -47,3 +47,6 @@ protected:
     /// How many releases of what does not exist the test provokes.
     std::uint32_t expectedBadReleases = 0;
 };
+
+/// The lines that a report shows of the error that a fault adds by default.
+[[nodiscard]] std::string faultReport(const std::string& call);

@@ -9,7 +9,6 @@
 #include <optional>
 #include <ostream>
 #include <string>
-#include <time.h> // tzset()
 #include <utility>
 
 namespace {

@@ -69,7 +69,18 @@ protected:
         const std::vector<std::string> operations = service().operations();
         return {operations.end() - count, operations.end()};
     }
-    [[nodiscard]] std::string local() const { return "'" + archive_.text() + "/a.cfg'"; }
+    /// A call as the stand-in shows it.
+    static std::string callText(const std::string& operation, const std::string& client,
+                                const std::vector<std::string>& texts) {
+        std::string text = operation;
+        text += "(null, " + client;
+        for (const std::string& argument : texts) {
+            text += ", '" + argument + "'";
+        }
+        return text + ")";
+    }
+    static std::string below(const char* path) { return std::string("/mnt/cn/cfdrive") + path; }
+    [[nodiscard]] std::string local() const { return archive_.text() + "/a.cfg"; }
 
     ScratchFolder archive_;
     KeptMessages printed_;
@@ -84,7 +95,7 @@ TEST_F(DirectFileWriteCallsTest, AFileIsWrittenWithTheseCallsInThisOrder) {
     EXPECT_THAT(std::vector(service().calls().begin() + lookupCalls, service().calls().end()),
                 ElementsAre("createFTClientHandle(device1)", "makeDir(null, client1, '/mnt/cn/cfdrive', 'config')",
                             "makeDir(null, client1, '/mnt/cn/cfdrive/config', 'net')",
-                            "putFileU(null, client1, " + local() + ", '/mnt/cn/cfdrive/config/net', 'a.cfg.tmp')",
+                            callText("putFileU", "client1", {local(), "/mnt/cn/cfdrive/config/net", "a.cfg.tmp"}),
                             "renameFile(null, client1, '/mnt/cn/cfdrive/config/net', 'a.cfg.tmp', 'a.cfg')",
                             "deleteFTClientHandle(client1)"));
 }
@@ -98,39 +109,43 @@ TEST_F(DirectFileWriteCallsTest, EveryCallOfAWriteGetsTheSamePrivateList) {
 }
 
 TEST_F(DirectFileWriteCallsTest, TheFoldersOfThePathAreWalkedFromTheRoot) {
+    struct Folder {
+        const char* parentBelowRoot;
+        const char* name;
+    };
     struct Row {
         const char* targetPath;
-        std::vector<std::string> folders;
-        std::string file;
+        std::vector<Folder> created;
+        const char* folderBelowRoot;
+        const char* temporaryName;
     };
-    const std::string root = "/mnt/cn/cfdrive";
     const std::array rows = {
         // No folder of its own: nothing to create.
-        Row{"a.cfg", {}, "'" + root + "', 'a.cfg.tmp'"},
-        Row{"", {}, "'" + root + "', '.tmp'"},
-        Row{"x/a.cfg", {"'" + root + "', 'x'"}, "'" + root + "/x', 'a.cfg.tmp'"},
+        Row{"a.cfg", {}, "", "a.cfg.tmp"},
+        Row{"", {}, "", ".tmp"},
+        Row{"x\\a.cfg", {}, "", "x\\a.cfg.tmp"},
+        Row{"x/a.cfg", {{"", "x"}}, "/x", "a.cfg.tmp"},
+        Row{"x/y/z/a.cfg", {{"", "x"}, {"/x", "y"}, {"/x/y", "z"}}, "/x/y/z", "a.cfg.tmp"},
+        Row{"x/", {{"", "x"}}, "/x", ".tmp"},
         // Each "/" ends a component, an empty one too.
-        Row{"/a.cfg", {"'" + root + "', ''"}, "'" + root + "/', 'a.cfg.tmp'"},
-        Row{"//a.cfg", {"'" + root + "', ''", "'" + root + "/', ''"}, "'" + root + "//', 'a.cfg.tmp'"},
-        Row{"x//a.cfg", {"'" + root + "', 'x'", "'" + root + "/x', ''"}, "'" + root + "/x/', 'a.cfg.tmp'"},
-        Row{"x//y/a.cfg",
-            {"'" + root + "', 'x'", "'" + root + "/x', ''", "'" + root + "/x/', 'y'"},
-            "'" + root + "/x//y', 'a.cfg.tmp'"},
-        Row{"/x/a.cfg", {"'" + root + "', ''", "'" + root + "/', 'x'"}, "'" + root + "//x', 'a.cfg.tmp'"},
-        Row{"x/", {"'" + root + "', 'x'"}, "'" + root + "/x', '.tmp'"},
-        Row{"x\\a.cfg", {}, "'" + root + "', 'x\\a.cfg.tmp'"},
+        Row{"/a.cfg", {{"", ""}}, "/", "a.cfg.tmp"},
+        Row{"//a.cfg", {{"", ""}, {"/", ""}}, "//", "a.cfg.tmp"},
+        Row{"/x/a.cfg", {{"", ""}, {"/", "x"}}, "//x", "a.cfg.tmp"},
+        Row{"x//a.cfg", {{"", "x"}, {"/x", ""}}, "/x/", "a.cfg.tmp"},
+        Row{"x//y/a.cfg", {{"", "x"}, {"/x", ""}, {"/x/", "y"}}, "/x//y", "a.cfg.tmp"},
     };
-    std::uint32_t client = 0;
+    std::uint32_t number = 0;
     for (const Row& row : rows) {
-        const std::string with = "(null, client" + std::to_string(++client) + ", ";
-        std::vector<std::string> expected;
-        for (const std::string& folder : row.folders) {
-            expected.push_back("makeDir" + with + folder + ")");
+        const std::string client = "client" + std::to_string(++number);
+        std::vector<std::string> expected{"createFTClientHandle(device1)"};
+        for (const Folder& folder : row.created) {
+            expected.push_back(callText("makeDir", client, {below(folder.parentBelowRoot), folder.name}));
         }
-        expected.push_back("putFileU" + with + local() + ", " + row.file + ")");
+        const std::string folder = below(row.folderBelowRoot);
+        expected.push_back(callText("putFileU", client, {local(), folder, row.temporaryName}));
         const std::vector<std::string> calls = callsOfWrite(row.targetPath);
-        ASSERT_EQ(calls.size(), expected.size() + 3) << row.targetPath;
-        EXPECT_THAT(std::vector(calls.begin() + 1, calls.end() - 2), ElementsAreArray(expected)) << row.targetPath;
+        ASSERT_EQ(calls.size(), expected.size() + 2) << row.targetPath;
+        EXPECT_THAT(std::vector(calls.begin(), calls.end() - 2), ElementsAreArray(expected)) << row.targetPath;
     }
 }
 

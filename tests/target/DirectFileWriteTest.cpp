@@ -225,7 +225,7 @@ TEST_F(DirectFileWriteTest, APathThatTheTargetRefusesFails) {
 TEST_F(DirectFileWriteTest, EachFaultHasItsMessage) {
     struct Row {
         FaultBuilder fault;
-        const wchar_t* message;
+        const wchar_t* message = nullptr;
     };
     const std::wstring beginning = L"ERROR: Writing /mnt/cn/cfdrive/config/a.cfg failed. ";
     const std::array rows = {

@@ -1,0 +1,75 @@
+#include "FailingMemory.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+/// Allocations to go until the one that fails; 0: none fails.
+std::atomic<std::size_t> remaining{0};
+std::atomic<bool> struck{false};
+std::atomic<std::ptrdiff_t> inUse{0};
+
+void* allocate(std::size_t size) {
+    if (remaining > 0 && --remaining == 0) {
+        struck = true;
+        throw std::bad_alloc();
+    }
+    void* const block = std::malloc(size > 0 ? size : 1);
+    if (block == nullptr) {
+        throw std::bad_alloc();
+    }
+    ++inUse;
+    return block;
+}
+
+void release(void* block) noexcept {
+    if (block != nullptr) {
+        --inUse;
+        std::free(block);
+    }
+}
+
+} // namespace
+
+void* operator new(std::size_t size) {
+    return allocate(size);
+}
+
+void* operator new[](std::size_t size) {
+    return allocate(size);
+}
+
+void operator delete(void* block) noexcept {
+    release(block);
+}
+
+void operator delete(void* block, std::size_t /*size*/) noexcept {
+    release(block);
+}
+
+void operator delete[](void* block) noexcept {
+    release(block);
+}
+
+void operator delete[](void* block, std::size_t /*size*/) noexcept {
+    release(block);
+}
+
+FailingMemory::FailingMemory(std::size_t number) {
+    struck = false;
+    remaining = number;
+}
+
+FailingMemory::~FailingMemory() {
+    remaining = 0;
+}
+
+bool FailingMemory::hasStruck() {
+    return struck;
+}
+
+std::ptrdiff_t FailingMemory::blocksInUse() {
+    return inUse;
+}

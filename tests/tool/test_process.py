@@ -1,0 +1,86 @@
+#!/usr/bin/env python3
+"""The tool as a process among others: readers that go away, closed streams, arguments that are no text."""
+
+import os
+import subprocess
+
+import tool_runs
+from tool_runs import ScratchTest, arguments, run
+
+LOST = b"kvreflash: cannot write to standard output\n"
+
+
+class ProcessTest(ScratchTest):
+    """Runs that no test inside one process can make."""
+
+    def update_line(self):
+        archive, rack = self.lay_out_case("version")
+        return ["update", "-a", archive, "-t", "127.0.0.1", "--emulate", rack]
+
+    def assert_updated(self, line):
+        """The update before came to its end: there is nothing left to do."""
+        done = run(*line)
+        self.assertEqual(done.code, 0)
+        self.assertIn(b"No update is required for these elements:", done.output)
+        self.assertNotIn(b"Updating:", done.output)
+
+    def start(self, line, **streams):
+        environment = {**os.environ, "KV_TIME_SCALE": "0"}
+        return subprocess.Popen([arguments.tool.resolve(), *line], env=environment, stdin=subprocess.DEVNULL, **streams)
+
+    def test_an_update_survives_the_reader_of_its_output(self):
+        line = self.update_line()
+        read, write = os.pipe()
+        os.close(read)
+        process = self.start(line, stdout=write, stderr=subprocess.PIPE)
+        os.close(write)
+        self.assertEqual(process.communicate()[1], LOST)
+        self.assertEqual(process.returncode, 1)
+        self.assert_updated(line)
+
+    def test_an_update_survives_the_reader_of_its_events(self):
+        line = self.update_line()
+        read, write = os.pipe()
+        os.close(read)
+        process = self.start([*line, "--events", "-"], stdout=subprocess.PIPE, stderr=write)
+        os.close(write)
+        self.assertIn(b"Update completed successfully!", process.communicate()[0])
+        self.assertEqual(process.returncode, 1)
+        self.assert_updated(line)
+
+    def run_closed(self, line, *descriptors):
+        """Runs the tool in a shell that closes these descriptors before."""
+        closed = " ".join(f"{descriptor}>&-" for descriptor in descriptors)
+        return run_shell([arguments.tool.resolve(), *line], closed)
+
+    def test_messages_do_not_go_into_a_file_that_has_the_number_of_a_closed_stream(self):
+        line = self.update_line()
+        events = self.scratch / "events"
+        done = self.run_closed([*line, "--events", events], 0, 1)
+        self.assertEqual((done.returncode, done.stderr), (1, LOST))
+        self.assertTrue(all(text.startswith('{"event":') for text in events.read_text(encoding="utf-8").splitlines()))
+        self.assert_updated(line)
+
+    def test_a_session_needs_no_standard_error_and_no_standard_input(self):
+        done = self.run_closed(["version"], 0, 2)
+        self.assertEqual(done.returncode, 0)
+        self.assertEqual(done.stdout, b"1.0\n")
+
+    def test_without_any_stream_a_usage_error_is_one(self):
+        self.assertEqual(self.run_closed(["nonsense"], 0, 1, 2).returncode, 64)
+
+    def test_an_argument_that_is_not_utf8_is_refused(self):
+        process = self.start([b"content", b"-a", b"\xff\xfe"], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        output, errors = process.communicate()
+        self.assertEqual((process.returncode, output), (64, b""))
+        self.assertTrue(errors.startswith(b"kvreflash: argument 3 is not valid UTF-8\n"), errors)
+
+
+def run_shell(command, redirections):
+    environment = {**os.environ, "KV_TIME_SCALE": "0"}
+    return subprocess.run(["sh", "-c", f'exec "$@" {redirections}', "sh", *map(str, command)], env=environment,
+                          capture_output=True, check=False, timeout=60)
+
+
+if __name__ == "__main__":
+    tool_runs.main()
