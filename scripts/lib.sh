@@ -7,7 +7,8 @@ jobs=$(nproc 2>/dev/null || echo 2)
 
 # shellcheck disable=SC2034  # the lists are for those who source this file
 # Debian packages that building and testing need.
-build_packages=(cmake ninja-build g++ python3 python3-jsonschema ccache libboost1.81-dev libcli11-dev libgtest-dev libgmock-dev)
+build_packages=(cmake ninja-build g++ python3 python3-jsonschema ccache libboost1.81-dev libcli11-dev libgtest-dev
+    libgmock-dev)
 # shellcheck disable=SC2034
 # What the long gate needs besides.
 gate_packages=(clang clang-format clang-tidy cppcheck valgrind shellcheck)

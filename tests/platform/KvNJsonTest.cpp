@@ -92,7 +92,12 @@ TEST(JsonParse, ReadsEveryKindOfValue) {
     }
 }
 
-TEST(JsonParse, RefusesWhatIsNotStrictJson) {
+void expectInvalid(std::string_view text) {
+    EXPECT_TRUE(json::parse(text).is_invalid()) << '"' << text << '"';
+    EXPECT_TRUE(parseFile(text).is_invalid()) << '"' << text << '"';
+}
+
+TEST(JsonParse, RefusesIncompleteAndForeignSyntax) {
     const std::string_view cases[] = {
         "",
         " \n",
@@ -133,44 +138,29 @@ TEST(JsonParse, RefusesWhatIsNotStrictJson) {
         "1 // c",
         "/* c */ 1",
         "[1 /* c */]",
-        "01",
-        "-01",
-        "00",
-        "+1",
-        "-",
-        "- 1",
-        ".5",
-        "1.",
-        "1.e3",
-        "1e",
-        "1e+",
-        "1e-",
-        "0x10",
-        "1_000",
-        "1,5",
-        R"(")",
-        R"("a)",
-        R"("\)",
-        R"("\x41")",
-        R"("\a")",
-        R"("\'")",
-        R"("\u")",
-        R"("\u12")",
-        R"("\u123g")",
-        R"("\U0041")",
-        "\"a\nb\"",
-        "\"a\tb\"",
-        "\"\x01\"",
-        "\"\x1F\"",
-        "\"a\0b\""sv,
-        "\0"sv,
-        "1\0"sv,
-        "\v1",
-        "\xC2\xA0 1",
     };
     for (const std::string_view text : cases) {
-        EXPECT_TRUE(json::parse(text).is_invalid()) << '"' << text << '"';
-        EXPECT_TRUE(parseFile(text).is_invalid()) << '"' << text << '"';
+        expectInvalid(text);
+    }
+}
+
+TEST(JsonParse, RefusesNumbersThatAreNotStrictJson) {
+    const std::string_view cases[] = {
+        "01", "-01", "00", "+1", "-", "- 1", ".5", "1.", "1.e3", "1e", "1e+", "1e-", "0x10", "1_000", "1,5",
+    };
+    for (const std::string_view text : cases) {
+        expectInvalid(text);
+    }
+}
+
+TEST(JsonParse, RefusesTextsThatAreNotStrictJson) {
+    const std::string_view cases[] = {
+        R"(")",       R"("a)",       R"("\)",       R"("\x41")", R"("\a")",    R"("\'")",  R"("\u")",
+        R"("\u12")",  R"("\u123g")", R"("\U0041")", "\"a\nb\"",  "\"a\tb\"",   "\"\x01\"", "\"\x1F\"",
+        "\"a\0b\""sv, "\0"sv,        "1\0"sv,       "\v1",       "\xC2\xA0 1",
+    };
+    for (const std::string_view text : cases) {
+        expectInvalid(text);
     }
 }
 
