@@ -16,13 +16,17 @@ namespace {
 using namespace KvNInventoryIDs;
 
 /// The walk descends into items of these categories; all others are leaves.
-const std::array containers = {ROOT.getCategory(),       HCN.getCategory(),
-                               CN.getCategory(),         NETC.getCategory(),
-                               BACKPLANE.getCategory(),  NETWORK.getCategory(),
-                               IOROUTER.getCategory(),   ION.getCategory(),
-                               IOMODULE.getCategory(),   PIGGYBACK_MODULE.getCategory(),
-                               SUB_BOARDS.getCategory(), FBMODULE.getCategory(),
-                               UPDATE_INFO.getCategory()};
+bool isContainer(const KvCInventoryItem& item) {
+    // Not at namespace scope, where not every compiler initialises it after the identifiers.
+    static const std::array categories = {ROOT.getCategory(),       HCN.getCategory(),
+                                          CN.getCategory(),         NETC.getCategory(),
+                                          BACKPLANE.getCategory(),  NETWORK.getCategory(),
+                                          IOROUTER.getCategory(),   ION.getCategory(),
+                                          IOMODULE.getCategory(),   PIGGYBACK_MODULE.getCategory(),
+                                          SUB_BOARDS.getCategory(), FBMODULE.getCategory(),
+                                          UPDATE_INFO.getCategory()};
+    return std::find(categories.begin(), categories.end(), item.getID().getCategory()) != categories.end();
+}
 
 /// Paths of the parameters below the PRODUCT group.
 struct ProductPaths {
@@ -271,7 +275,7 @@ private:
     }
 
     void descend(const KvCInventoryItem& item, const KvCInventoryItem* unit) {
-        if (std::find(containers.begin(), containers.end(), item.getID().getCategory()) == containers.end()) {
+        if (!isContainer(item)) {
             return;
         }
         const KvCInventoryItem* updateInfo = item.getItem(UPDATE_INFO);

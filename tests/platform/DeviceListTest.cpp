@@ -153,8 +153,8 @@ TEST_F(DeviceList, DeadHandlesAreErrorsAndTheirReleaseIsCounted) {
     KvHIMFilterHandle filter = makeFilter();
     EXPECT_EQ(KvEmulation::ledger().filters, 1U);
     EXPECT_EQ(KvHIM_deleteFilter(errors(), filter), 0);
-    KvHIMFTClientHandle const deadClient = openTransferClient();
-    KvHIMDeviceHandle const deadDevice = device;
+    KvHIMFTClientHandle deadClient = openTransferClient();
+    KvHIMDeviceHandle deadDevice = device;
     EXPECT_EQ(KvEmulation::ledger().deviceHandles, 1U);
     EXPECT_EQ(KvEmulation::ledger().transferClients, 1U);
     closeDevice();

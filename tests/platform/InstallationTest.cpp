@@ -57,10 +57,10 @@ TEST_F(Installation, NeedsTheFinalStateTwoWithoutErrors) {
 }
 
 struct ImageVersion {
-    const char* about;
+    const char* about = nullptr;
     KvCVersion header;
-    std::uint8_t kind;
-    const char* shown;
+    std::uint8_t kind = 0;
+    const char* shown = nullptr;
 };
 
 TEST_F(Installation, AFirmwareImageSetsVersionAndChecksumFromItsHeader) {

@@ -65,7 +65,7 @@ TEST_F(InventoryTreeFile, AnyOtherContentIsNone) {
         "{}",
         "[]",
         "null",
-        "{\"inventoryTree\": {\"id\": \"FIRMWARE\"}",
+        R"({"inventoryTree": {"id": "FIRMWARE"})",
         R"({"inventoryTree": {}})",
         R"({"inventoryTree": {"id": "NAME"}})",
         R"({"inventoryTree": {"id": "FIRMWARE"}, "checksumCrc32": -1})",

@@ -7,7 +7,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using namespace KvNInventoryIDs;
 
 class InventoryTree : public EmulationTest {

@@ -2,6 +2,7 @@
 
 #include "EmulationTest.h"
 
+#include <array>
 #include <atomic>
 #include <functional>
 #include <thread>
@@ -11,9 +12,9 @@ namespace {
 class Threads : public EmulationTest {
 protected:
     static void runInThreads(const std::function<void()>& work) {
-        std::vector<std::thread> threads;
-        for (int thread = 0; thread < 4; ++thread) {
-            threads.emplace_back(work);
+        std::array<std::thread, 4> threads;
+        for (std::thread& thread : threads) {
+            thread = std::thread(work);
         }
         for (std::thread& thread : threads) {
             thread.join();

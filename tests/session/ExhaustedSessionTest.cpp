@@ -1,6 +1,6 @@
-#include "SessionTest.h"
-
+#include "FailingMemory.h"
 #include "KvEmulation.h"
+#include "SessionTest.h"
 
 #include <gmock/gmock.h>
 
@@ -17,13 +17,12 @@ class ExhaustedSessionTest : public SessionTest {
 protected:
     void arrange() {
         node = completeBoard("HCN", "QB4120", 0)
-                   .element(completeElement(1, "UserFirmware").parameter("VERSION", "23.2.1").polls(1))
-                   .element(completeElement(2, "Unsupported"));
+                   .element(completeElement(1, "UserFirmware").parameter("VERSION", "23.2.1").polls(1));
+        boards = {completeBoard("IOMODULE", "IO", 0).element(completeElement(1, "Unsupported"))};
         archive.add(entry("a.bin").board("QB4120", 1).version("24.0"));
         archive.add(entry("b.cfg").target("QB4120", "b.cfg"));
         options.verbose = true;
         options.noProgress = true;
-        options.configurationElements = false;
     }
 
     /// Lets memory be exhausted at event number `number` from now on, from 1.
@@ -48,12 +47,12 @@ private:
 
 TEST_F(ExhaustedSessionTest, PrepareFails) {
     arrange();
-    archive.add(entry("c.bin").board("QB4120", 2));
     std::size_t number = 1;
     for (bool struck = true; struck; ++number) {
         failAt(number);
-        EXPECT_EQ(prepare(performUpdate), hasStruck() ? 1U : 0U) << number;
+        const std::uint32_t status = prepare(performUpdate);
         struck = hasStruck();
+        EXPECT_EQ(status, struck ? 1U : 0U) << number;
         close();
         EXPECT_TRUE(KvEmulation::ledger().isClean()) << number;
     }
@@ -65,13 +64,12 @@ TEST_F(ExhaustedSessionTest, RunFailsAndLeavesNothingBehind) {
     std::size_t number = 1;
     for (bool struck = true; struck; ++number) {
         log.setObserver({});
-        EXPECT_EQ(prepare(showUpdatePlan), 0U);
-        close();
         EXPECT_EQ(prepare(performUpdate), 0U);
         log.clear();
         failAt(number);
-        EXPECT_EQ(run(), !hasStruck()) << number;
+        const bool result = run();
         struck = hasStruck();
+        EXPECT_EQ(result, !struck) << number;
         EXPECT_EQ(log.callsOf("unlock").size(), log.callsOf("lock").size()) << number;
         EXPECT_EQ(log.callsOf("deleteRemoteFile").size(), log.callsOf("transferFile").size()) << number;
         close();
@@ -90,6 +88,35 @@ TEST_F(ExhaustedSessionTest, RunFailsInEveryModeThatPrints) {
         EXPECT_TRUE(hasStruck()) << mode;
         close();
     }
+}
+
+TEST_F(ExhaustedSessionTest, AnyAllocationOfTheLibraryMayFail) {
+    arrange();
+    serve();
+    options.mode = performUpdate;
+    std::size_t number = 1;
+    std::size_t successes = 0;
+    for (bool struck = true; struck; ++number) {
+        SCOPED_TRACE(number);
+        session().setMessageCallback([](const std::wstring&) {});
+        session().setPhaseCallback(nullptr);
+        session().setElementErrorCallback(nullptr);
+        session().setProgressCallback(nullptr);
+        {
+            const FailingMemory failing(number);
+            const bool result = session().prepare() == 0 && session().run();
+            struck = FailingMemory::hasStruck();
+            successes += result ? 1 : 0;
+        }
+        EXPECT_EQ(log.callsOf("unlock").size(), log.callsOf("lock").size());
+        EXPECT_EQ(log.callsOf("deleteRemoteFile").size(), log.callsOf("transferFile").size());
+        log.clear();
+        close();
+        EXPECT_TRUE(KvEmulation::ledger().isClean());
+    }
+    EXPECT_GT(number, 100U);
+    // The undisturbed session, and that in which the sorting of the phases goes on without its buffer.
+    EXPECT_EQ(successes, 2U);
 }
 
 TEST_F(ExhaustedSessionTest, TheRebootSupportStatusIsFalse) {

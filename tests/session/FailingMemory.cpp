@@ -11,8 +11,18 @@ std::atomic<std::size_t> remaining{0};
 std::atomic<bool> struck{false};
 std::atomic<std::ptrdiff_t> inUse{0};
 
+bool isToFail() {
+    if (remaining == 0) {
+        return false;
+    }
+    const std::size_t kept = remaining.exchange(0); // finding out may allocate itself
+    const bool counts = !isCalledByPlatform();
+    remaining = counts ? kept - 1 : kept;
+    return counts && kept == 1;
+}
+
 void* allocate(std::size_t size) {
-    if (remaining > 0 && --remaining == 0) {
+    if (isToFail()) {
         struck = true;
         throw std::bad_alloc();
     }

@@ -2,7 +2,8 @@
 
 #include <cstddef>
 
-/// While it lives, lets one allocation of the program fail. This program's operator new is its own for that.
+/// While it lives, lets one allocation of this program fail, which has an operator new of its own for that. What the
+/// device access libraries allocate for themselves does not count.
 class FailingMemory {
 public:
     /// The allocation number `number` from now on fails, counted from 1.
@@ -18,3 +19,7 @@ public:
     /// Allocations that were not given back, of all times.
     [[nodiscard]] static std::ptrdiff_t blocksInUse();
 };
+
+/// True when the caller was called, however indirectly, by the device access libraries and these call this program's
+/// operator new. One source per system.
+[[nodiscard]] bool isCalledByPlatform();

@@ -39,7 +39,7 @@ protected:
 // Creation.
 
 TEST_F(ReflasherTest, AnAllocatorThatYieldsNullMakesNoObject) {
-    const KvTOptions options = longOptions();
+    options = longOptions();
     const std::ptrdiff_t before = FailingMemory::blocksInUse();
     EXPECT_EQ(KvCReflasher::create(options, [](std::size_t) -> void* { return nullptr; }), nullptr);
     EXPECT_EQ(FailingMemory::blocksInUse(), before);
@@ -57,7 +57,7 @@ TEST_F(ReflasherTest, TheAllocatorIsAskedForOneBlockOfTheObjectsSize) {
 }
 
 TEST_F(ReflasherTest, AnExceptionOfTheAllocatorLeavesTheFactory) {
-    const KvTOptions options = longOptions();
+    options = longOptions();
     const std::ptrdiff_t before = FailingMemory::blocksInUse();
     const auto throwing = [](std::size_t) -> void* { throw std::bad_alloc(); };
     EXPECT_THROW(static_cast<void>(KvCReflasher::create(options, throwing)), std::bad_alloc);
@@ -65,7 +65,7 @@ TEST_F(ReflasherTest, AnExceptionOfTheAllocatorLeavesTheFactory) {
 }
 
 TEST_F(ReflasherTest, AnExceptionOfTheConstructorLeavesTheFactoryAndNothingBehind) {
-    const KvTOptions options = longOptions();
+    options = longOptions();
     const std::ptrdiff_t before = FailingMemory::blocksInUse();
     std::size_t number = 1;
     for (bool struck = true; struck; ++number) {
@@ -84,7 +84,7 @@ TEST_F(ReflasherTest, AnExceptionOfTheConstructorLeavesTheFactoryAndNothingBehin
 }
 
 TEST_F(ReflasherTest, ExhaustedMemoryLeavesCreateInstanceAsAnException) {
-    const KvTOptions options = longOptions();
+    options = longOptions();
     std::size_t number = 1;
     for (bool struck = true; struck; ++number) {
         const std::ptrdiff_t before = FailingMemory::blocksInUse();

@@ -411,11 +411,20 @@ TEST_F(SessionFlowTest, AParameterThatTheScanCannotReadFailsTheRun) {
 }
 
 TEST_F(SessionFlowTest, ErrorsStayForALaterRun) {
-    addFault(fault("unlock"));
+    addNodeElement(1, completeElement(1));
+    addFault(fault("deleteRemoteFile"));
+    const std::string end =
+        "\n    Update completed successfully!\n" + reportedErrors(faultReport("deleteRemoteFile"));
     EXPECT_FALSE(perform(performUpdate));
-    EXPECT_THAT(log.text(), EndsWith("\n    Update completed successfully!\n" + reportedErrors(faultReport("unlock"))));
+    EXPECT_THAT(log.text(), EndsWith(end));
     log.clear();
     EXPECT_FALSE(run());
+    EXPECT_THAT(log.text(), EndsWith(end));
+}
+
+TEST_F(SessionFlowTest, AFailedUnlockFailsTheRunOfASuccessfulUpdate) {
+    addFault(fault("unlock"));
+    EXPECT_FALSE(perform(performUpdate));
     EXPECT_THAT(log.text(), EndsWith("\n    Update completed successfully!\n" + reportedErrors(faultReport("unlock"))));
 }
 

@@ -19,6 +19,7 @@ public:
     [[nodiscard]] std::string text() const { return path_.string(); }
 
     /// Writes a file below the folder, its folders included, and returns its path.
+    // NOLINTNEXTLINE(modernize-use-nodiscard): mostly called for its effect
     std::string write(const std::string& name, std::string_view content) const;
     /// The content of a file below the folder; a test failure and an empty text when there is none.
     [[nodiscard]] std::string read(const std::string& name) const;

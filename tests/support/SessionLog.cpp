@@ -18,13 +18,13 @@ SessionLog*& current() {
     return log;
 }
 
-bool isLineEnd(wchar_t character) {
-    return character == L'\n' || character == L'\r';
+bool isLayout(wchar_t character) {
+    return character == L'\n' || character == L'\r' || character == L'\t';
 }
 
 std::string escaped(wchar_t character) {
-    if (isLineEnd(character)) {
-        return character == L'\n' ? "\\n" : "\\r";
+    if (isLayout(character)) {
+        return character == L'\n' ? "\\n" : character == L'\r' ? "\\r" : "\\t";
     }
     const auto number = static_cast<std::uint32_t>(character);
     if (number >= 0x20 && number < 0x7F) {
@@ -178,7 +178,7 @@ std::string SessionLog::text() const {
     std::string joined;
     for (const std::wstring& message : messages_) {
         for (const wchar_t character : message) {
-            joined += isLineEnd(character) ? std::string{static_cast<char>(character)} : escaped(character);
+            joined += isLayout(character) ? std::string{static_cast<char>(character)} : escaped(character);
         }
     }
     return joined;

@@ -44,14 +44,15 @@ public:
     [[nodiscard]] std::vector<std::string> callsOf(std::string_view operation);
     /// The notifications of one name.
     [[nodiscard]] std::vector<std::string> notificationsOf(std::string_view name);
-    /// All messages, joined, with the line ends that they have.
+    /// All messages, joined, as narrow() makes them but with the line ends and tabs that they have.
     [[nodiscard]] std::string text() const;
     /// The messages one by one.
     [[nodiscard]] const std::vector<std::wstring>& messages() const { return messages_; }
     /// Forgets everything recorded so far.
     void clear();
 
-    /// Wide text as narrow: ASCII as it is, with "\n" and "\r" for line ends; other characters as <U+XXXX>.
+    /// Wide text as narrow: ASCII as it is, with "\n", "\r" and "\t" for line ends and tabs; other characters as
+    /// <U+XXXX>.
     [[nodiscard]] static std::string narrow(const std::wstring& text);
 
 private:

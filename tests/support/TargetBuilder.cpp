@@ -5,7 +5,7 @@
 namespace {
 
 /// JSON values are made of unsigned and of real numbers only.
-KvNJson::json number(std::int64_t value) {
+KvNJson::json integer(std::int64_t value) {
     return KvNJson::json::parse(std::to_string(value));
 }
 
@@ -157,8 +157,8 @@ FaultBuilder& FaultBuilder::occurrence(std::uint32_t number) {
     return *this;
 }
 
-FaultBuilder& FaultBuilder::status(std::int64_t status) {
-    fault_.set("status", number(status));
+FaultBuilder& FaultBuilder::status(std::int64_t number) {
+    fault_.set("status", integer(number));
     return *this;
 }
 
@@ -223,7 +223,7 @@ std::string TargetBuilder::write() {
         addresses.append(std::string_view(address));
     }
     target.set("addresses", std::move(addresses));
-    target.set("serviceStatus", number(serviceStatus_));
+    target.set("serviceStatus", integer(serviceStatus_));
     target.set("rebootLookups", rebootLookups_);
     target.set("inventory", root_.build());
     KvNJson::json faults = KvNJson::json::makeArray();
