@@ -48,9 +48,6 @@ class Faults {
 public:
     explicit Faults(std::vector<Fault> faults);
 
-    [[nodiscard]] bool concern(Operation operation) const noexcept {
-        return !byOperation_[static_cast<std::size_t>(operation)].empty();
-    }
     /// Counts a call. When faults hit it, `effect` gets the errors of all of them and the status of the first hit ever
     /// told to it.
     void meet(const CallSubject& call, std::optional<FaultEffect>& effect);

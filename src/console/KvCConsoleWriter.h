@@ -17,7 +17,15 @@ public:
     /// when formatting or writing failed. A message without characters is not handed to the callback.
     template <typename... Arguments>
     int print(KvCFormat<std::type_identity_t<Arguments>...> format, Arguments... arguments) const {
-        return printArguments(format.text(), arguments...);
+        if (callbacks_.message == nullptr) {
+            return writeToStandardOutput(format.text(), arguments...);
+        }
+        std::wstring text;
+        const int length = formatArguments(text, format.text(), arguments...);
+        if (length > 0) {
+            callbacks_.message(text);
+        }
+        return length;
     }
 
     /// Formats into `result`, replacing what it held; empty when there is nothing or formatting failed. Result as of
@@ -29,7 +37,7 @@ public:
     }
 
 private:
-    int printArguments(const wchar_t* format, ...) const;
+    static int writeToStandardOutput(const wchar_t* format, ...);
     static int formatArguments(std::wstring& result, const wchar_t* format, ...);
 
     const KvTCallbacks& callbacks_;

@@ -50,6 +50,7 @@ void ArchiveTest::TearDown() {
     EXPECT_EQ(openFilesBefore_, openFileCount());
     EXPECT_EQ(0U, masterErrors().getErrorCount());
     EXPECT_TRUE(KvEmulation::ledger().isClean());
+    KvEmulation::reset();
 }
 
 void ArchiveTest::writeFile(std::string_view name, std::string_view bytes) const {

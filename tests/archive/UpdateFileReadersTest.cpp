@@ -2,6 +2,8 @@
 
 #include "ArchiveFixture.h"
 #include "BinaryFile.h"
+#include "KvEmulation.h"
+#include "TargetBuilder.h"
 
 #include <array>
 #include <cstdint>
@@ -435,6 +437,47 @@ TEST_F(InventoryFileReader, WhatCannotBeOpenedIsNone) {
 TEST_F(InventoryFileReader, PathsBeyondAsciiAreFound) {
     writeFile("\xE2\x82\xAC.tree", treeFile(allParameters));
     EXPECT_EQ(KvEReadStatus::success, readInventoryFile(pathOf(L"\u20AC.tree"), header));
+}
+
+TEST_F(InventoryFileReader, AnExtractionThatReportsAnErrorMeansAnotherKind) {
+    TargetBuilder target;
+    target.add(fault("extractInventoryTreeFromFile")).serve();
+    EXPECT_EQ(KvEReadStatus::notThisKind, readTree(treeFile(allParameters)));
+    expectForeignHeader();
+    EXPECT_EQ(KvEReadStatus::success, readTree(treeFile(allParameters)));
+}
+
+TEST_F(InventoryFileReader, AnExtractionThatGivesNoTreeMeansAnotherKind) {
+    TargetBuilder target;
+    target.add(fault("extractInventoryTreeFromFile").noErrors()).serve();
+    EXPECT_EQ(KvEReadStatus::notThisKind, readTree(treeFile(allParameters)));
+    expectForeignHeader();
+}
+
+TEST_F(InventoryFileReader, ParametersAreReadOneByOneInTheirOrder) {
+    for (std::uint32_t failing = 1; failing <= 7; ++failing) {
+        SCOPED_TRACE(failing);
+        TargetBuilder target;
+        target.add(fault("getValue").at("FIRMWARE[1]").occurrence(failing)).serve();
+        ASSERT_EQ(KvEReadStatus::success, readTree(treeFile(allParameters)));
+        EXPECT_EQ(failing == 1 ? unknown : 11U, header.minHwCompatibilityId);
+        EXPECT_EQ(failing == 2 ? unknown : 12U, header.maxHwCompatibilityId);
+        EXPECT_EQ(failing == 3 ? unknown : 13U, header.minSwCompatibilityId);
+        EXPECT_EQ(failing == 4 ? unknown : 14U, header.maxSwCompatibilityId);
+        EXPECT_EQ(failing == 5 ? unknown : 15U, header.typeId);
+        EXPECT_EQ(failing == 6 ? unknown : 16U, header.checksum);
+        EXPECT_EQ(failing == 7, header.version.getAsULong64() == unknown);
+        KvEmulation::reset();
+    }
+}
+
+TEST_F(InventoryFileReader, TheParameterIsNotReadWhenTheChecksumStandsBesideTheTree) {
+    TargetBuilder target;
+    target.add(fault("getValue").at("FIRMWARE[1]").occurrence(6)).serve();
+    ASSERT_EQ(KvEReadStatus::success, readTree(treeFile(allParameters, R"(, "checksumCrc32": 9)")));
+    EXPECT_EQ(9U, header.checksum);
+    EXPECT_EQ(15U, header.typeId);
+    EXPECT_EQ(unknown, header.version.getAsULong64());
 }
 
 // The kinds in turn.

@@ -91,8 +91,8 @@ TEST_F(FileTransferTest, FilesAreDeletedInTheOrderOfTheArchive) {
         }
     });
     EXPECT_TRUE(run());
-    EXPECT_THAT(log.callsOf("transferFile"), ElementsAre(R"(transferFile HCN[1] ARCHIVE\first.bin)",
-                                                         R"(transferFile HCN[1] ARCHIVE\second.bin)"));
+    EXPECT_THAT(log.callsOf("transferFile"),
+                ElementsAre(R"(transferFile HCN[1] ARCHIVE\first.bin)", R"(transferFile HCN[1] ARCHIVE\second.bin)"));
     EXPECT_THAT(remaining, ElementsAre("second.bin"));
 }
 

@@ -114,7 +114,8 @@ TEST_P(UpdateLineTest, IsFilledUpToColumn56) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, UpdateLineTest,
-                         testing::Values(NameCase{"Short", "One", 39}, NameCase{"OneColumnLeft", std::string(41, 'a'), 1},
+                         testing::Values(NameCase{"Short", "One", 39},
+                                         NameCase{"OneColumnLeft", std::string(41, 'a'), 1},
                                          NameCase{"NoColumnLeft", std::string(42, 'a'), 0},
                                          NameCase{"TooLong", std::string(60, 'a'), 0},
                                          // Two characters of two bytes each.
@@ -254,19 +255,33 @@ TEST_P(ProgressTest, IsToldInEachRoundAndOnceMoreAtTheEnd) {
 
 INSTANTIATE_TEST_SUITE_P(
     Answers, ProgressTest,
-    testing::Values(
-        ProgressCase{
-            "RoundedDown", [](ItemBuilder& item) { item.progress({{0, 3}, {1, 3}, {2, 3}}); }, {"0", "33", "66"}},
-        ProgressCase{"TotalZeroIsComplete", [](ItemBuilder& item) { item.progress({{0, 0}, {7, 0}}); }, {"100", "100"}},
-        ProgressCase{"MoreThanTotal", [](ItemBuilder& item) { item.progress({{3, 1}}); }, {"300"}},
-        // 42949673 * 100 is 2^32 + 4.
-        ProgressCase{"Overflow",
-                     [](ItemBuilder& item) {
-                         item.progress({{42949672, 42949672}, {42949673, 1}, {42949673, 42949673}});
-                     },
-                     {"100", "4", "0"}},
-        ProgressCase{"LargestNumbers", [](ItemBuilder& item) { item.progress({{0xFFFFFFFF, 0xFFFFFFFF}}); }, {"0"}},
-        ProgressCase{"None", [](ItemBuilder& item) { item.progress({}); }, {}}),
+    testing::Values(ProgressCase{"RoundedDown",
+                                 [](ItemBuilder& item) {
+                                     item.progress({{0, 3}, {1, 3}, {2, 3}});
+                                 },
+                                 {"0", "33", "66"}},
+                    ProgressCase{"TotalZeroIsComplete",
+                                 [](ItemBuilder& item) {
+                                     item.progress({{0, 0}, {7, 0}});
+                                 },
+                                 {"100", "100"}},
+                    ProgressCase{"MoreThanTotal",
+                                 [](ItemBuilder& item) {
+                                     item.progress({{3, 1}});
+                                 },
+                                 {"300"}},
+                    // 42949673 * 100 is 2^32 + 4.
+                    ProgressCase{"Overflow",
+                                 [](ItemBuilder& item) {
+                                     item.progress({{42949672, 42949672}, {42949673, 1}, {42949673, 42949673}});
+                                 },
+                                 {"100", "4", "0"}},
+                    ProgressCase{"LargestNumbers",
+                                 [](ItemBuilder& item) {
+                                     item.progress({{0xFFFFFFFF, 0xFFFFFFFF}});
+                                 },
+                                 {"0"}},
+                    ProgressCase{"None", [](ItemBuilder& item) { item.progress({}); }, {}}),
     [](const auto& row) { return row.param.name; });
 
 TEST_F(PhaseExecutionTest, TheProgressOfAPhaseIsTheMeanOfItsElementsRoundedDown) {
@@ -408,9 +423,8 @@ TEST_F(PhaseExecutionTest, AGoodAnswerBetweenFailedQueriesResetsTheCount) {
     EXPECT_FALSE(run());
     EXPECT_THAT(states(), ElementsAre(5));
     EXPECT_EQ(element(0).pollFailures, 0U);
-    EXPECT_THAT(progress(),
-                ElementsAre("progress 0", "progress 20", "progress 0", "progress 40", "progress 0", "progress 60",
-                            "progress 0", "progress 80", "progress 100", "progress 100"));
+    EXPECT_THAT(progress(), ElementsAre("progress 0", "progress 20", "progress 0", "progress 40", "progress 0",
+                                        "progress 60", "progress 0", "progress 80", "progress 100", "progress 100"));
 }
 
 TEST_F(PhaseExecutionTest, AnElementThatFailedOnceCountsAsZeroInThatRound) {

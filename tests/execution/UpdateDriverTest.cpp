@@ -39,11 +39,11 @@ TEST_F(UpdateDriverTest, EveryCallNotificationMessageAndPauseComesInItsOrder) {
         log.events(),
         ElementsAre(
             "lock HCN[1] 65539", "phase 0", said("\n\nTransferring files:\n"),
-            said("        node1.bin                                       "), R"(transferFile HCN[1] ARCHIVE\node1.bin)",
-            said("[OK]\n"), said("\nUpdating:\n"), said("        NODE, One"),
-            said("                                       "), "update2 HCN[1] 1", said("\n"), "sleep 500000",
-            "updateStatus2 HCN[1] 1", "progress 50", "sleep 200000", "updateStatus2 HCN[1] 1", "progress 100",
-            "sleep 200000", "progress 100", "sleep 200000", "updateErrors2 HCN[1] 1", said("[OK]\n"),
+            said("        node1.bin                                       "),
+            R"(transferFile HCN[1] ARCHIVE\node1.bin)", said("[OK]\n"), said("\nUpdating:\n"),
+            said("        NODE, One"), said("                                       "), "update2 HCN[1] 1", said("\n"),
+            "sleep 500000", "updateStatus2 HCN[1] 1", "progress 50", "sleep 200000", "updateStatus2 HCN[1] 1",
+            "progress 100", "sleep 200000", "progress 100", "sleep 200000", "updateErrors2 HCN[1] 1", said("[OK]\n"),
             // The second phase.
             "deleteRemoteFile HCN[1]", "phase 1", said("\n\nTransferring files:\n"),
             said("        io1.bin                                         "), R"(transferFile HCN[1] ARCHIVE\io1.bin)",
@@ -66,19 +66,19 @@ TEST_F(UpdateDriverTest, EveryCallNotificationMessageAndPauseComesInItsOrder) {
 
 TEST_F(UpdateDriverTest, APlanWithoutPhasesLocksFinishesUnlocksAndPrintsTheResults) {
     EXPECT_TRUE(update());
-    EXPECT_THAT(log.events(), ElementsAre("lock HCN[1] 65539", "phase 4294967295", "updateFinish HCN[1]/CN[1]",
-                                          "updateFinish HCN[1]", "unlock", said("\nResults:\n"),
-                                          said("\n    Update completed successfully!\n")));
+    EXPECT_THAT(log.events(),
+                ElementsAre("lock HCN[1] 65539", "phase 4294967295", "updateFinish HCN[1]/CN[1]", "updateFinish HCN[1]",
+                            "unlock", said("\nResults:\n"), said("\n    Update completed successfully!\n")));
 }
 
 TEST_F(UpdateDriverTest, WithoutAnHcnTheCnIsLockedFinishedAndGivenTheFiles) {
     hasNode = false;
     addBoard(1, completeElement(1).polls(1));
     EXPECT_TRUE(update());
-    EXPECT_THAT(calls(), ElementsAre("lock CN[1] 65539", R"(transferFile CN[1] ARCHIVE\io1.bin)",
-                                     "update2 IOMODULE[1] 1", "updateStatus2 IOMODULE[1] 1",
-                                     "updateErrors2 IOMODULE[1] 1", "deleteRemoteFile CN[1]", "updateFinish CN[1]",
-                                     "unlock"));
+    EXPECT_THAT(calls(),
+                ElementsAre("lock CN[1] 65539", R"(transferFile CN[1] ARCHIVE\io1.bin)", "update2 IOMODULE[1] 1",
+                            "updateStatus2 IOMODULE[1] 1", "updateErrors2 IOMODULE[1] 1", "deleteRemoteFile CN[1]",
+                            "updateFinish CN[1]", "unlock"));
 }
 
 TEST_F(UpdateDriverTest, WithoutACnOnlyTheHcnIsFinished) {
@@ -144,8 +144,8 @@ TEST_F(UpdateDriverTest, ALockWithoutAnErrorHasSucceededWhateverItsStatus) {
     EXPECT_TRUE(update());
     EXPECT_THAT(callsAndNotifications(),
                 ElementsAre("lock HCN[1] 65539 -> status 7, errors 0", "phase 4294967295",
-                            "updateFinish HCN[1]/CN[1] -> status 1, errors 1", "updateFinish HCN[1] -> status 1, errors 1",
-                            "unlock -> status 1, errors 1"));
+                            "updateFinish HCN[1]/CN[1] -> status 1, errors 1",
+                            "updateFinish HCN[1] -> status 1, errors 1", "unlock -> status 1, errors 1"));
     expectedBadReleases = 1;
 }
 
@@ -241,15 +241,14 @@ TEST_F(UpdateDriverTest, AMissingUpdateFileLeavesItsElementOutAndMakesTheUpdateI
     EXPECT_TRUE(readArchive().files()[0].fileMissing);
     EXPECT_FALSE(readArchive().files()[1].fileMissing);
     EXPECT_THAT(log.notificationsOf("elementError"), IsEmpty());
-    EXPECT_THAT(calls(), ElementsAre("lock HCN[1] 65539", R"(transferFile HCN[1] ARCHIVE\node2.bin)",
-                                     "update2 HCN[1] 2", "updateStatus2 HCN[1] 2", "updateErrors2 HCN[1] 2",
-                                     "deleteRemoteFile HCN[1]", "updateFinish HCN[1]/CN[1]", "updateFinish HCN[1]",
-                                     "unlock"));
+    EXPECT_THAT(calls(),
+                ElementsAre("lock HCN[1] 65539", R"(transferFile HCN[1] ARCHIVE\node2.bin)", "update2 HCN[1] 2",
+                            "updateStatus2 HCN[1] 2", "updateErrors2 HCN[1] 2", "deleteRemoteFile HCN[1]",
+                            "updateFinish HCN[1]/CN[1]", "updateFinish HCN[1]", "unlock"));
     EXPECT_THAT(log.text(), StartsWith("\nNODE, One cannot be updated. Update file node1.bin not found!\n"
                                        "\n\nTransferring files:\n"));
     EXPECT_THAT(log.text(),
-                testing::EndsWith(
-                    "\nResults:\n\n    Update incomplete due to missing files in the source folder!\n"));
+                testing::EndsWith("\nResults:\n\n    Update incomplete due to missing files in the source folder!\n"));
 }
 
 TEST_F(UpdateDriverTest, AMissingFileSharedByTwoElementsIsToldForEach) {
@@ -299,8 +298,7 @@ TEST_F(UpdateDriverTest, AMissingFileOfAnEarlyPhaseIsStillRememberedInTheVerdict
     archive.removeFile("node1.bin");
     EXPECT_FALSE(update());
     EXPECT_THAT(states(), ElementsAre(0, 5));
-    EXPECT_THAT(log.text(),
-                testing::EndsWith("\n    Update incomplete due to missing files in the source folder!\n"));
+    EXPECT_THAT(log.text(), testing::EndsWith("\n    Update incomplete due to missing files in the source folder!\n"));
 }
 
 TEST_F(UpdateDriverTest, ANameThatIsNotAsciiIsShownInWideCharactersWhenTheFileIsMissing) {
@@ -326,9 +324,8 @@ TEST_F(UpdateDriverTest, ErrorsOfFinishingAreDroppedInSilence) {
     prepare();
     options.verbose = true;
     EXPECT_TRUE(run());
-    EXPECT_THAT(calls(),
-                ElementsAre("lock HCN[1] 65539", "updateFinish HCN[1]/CN[1] -> status 1, errors 1",
-                            "updateFinish HCN[1] -> status 1, errors 1", "unlock"));
+    EXPECT_THAT(calls(), ElementsAre("lock HCN[1] 65539", "updateFinish HCN[1]/CN[1] -> status 1, errors 1",
+                                     "updateFinish HCN[1] -> status 1, errors 1", "unlock"));
     EXPECT_EQ(log.text(), succeeded);
     EXPECT_EQ(errors().getErrorCount(), 0U);
 }

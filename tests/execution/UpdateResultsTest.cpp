@@ -106,8 +106,7 @@ INSTANTIATE_TEST_SUITE_P(
                   {3, 4, 5},
                   {"0", "1"},
                   oneFailed(faultReport("transferFile"))},
-        Situation{
-            "StartFails", withFault(fault("update2")), {3, 4, 5}, {"0", "1"}, oneFailed(faultReport("update2"))},
+        Situation{"StartFails", withFault(fault("update2")), {3, 4, 5}, {"0", "1"}, oneFailed(faultReport("update2"))},
         Situation{"StatusQueryFailsOnce",
                   withFault(fault("updateStatus2")),
                   {5, 4, 5},
@@ -121,8 +120,7 @@ INSTANTIATE_TEST_SUITE_P(
                   {"0", "1"},
                   oneFailed(faultReport("updateStatus2") + faultReport("updateStatus2"))},
         // No error explains it: the heading stands alone.
-        Situation{
-            "UpdateFails", [](Rack& rack) { rack.one.finalState(3); }, {3, 4, 5}, {"0", "1"}, oneFailed("")},
+        Situation{"UpdateFails", [](Rack& rack) { rack.one.finalState(3); }, {3, 4, 5}, {"0", "1"}, oneFailed("")},
         Situation{"FinishedUpdateReportsErrors",
                   [](Rack& rack) { rack.one.reports(0x1234, "Flash worn out."); },
                   {5, 4, 5},
@@ -163,11 +161,8 @@ INSTANTIATE_TEST_SUITE_P(
                   {5, 5, 3},
                   {"2"},
                   failureOf("IO1, Three") + failedVerdict},
-        Situation{"FileIsMissing",
-                  [](Rack& rack) { rack.missingFiles = {"node1.bin"}; },
-                  {0, 5, 5},
-                  {},
-                  incompleteVerdict},
+        Situation{
+            "FileIsMissing", [](Rack& rack) { rack.missingFiles = {"node1.bin"}; }, {0, 5, 5}, {}, incompleteVerdict},
         Situation{"FailureWinsOverAMissingFile",
                   [](Rack& rack) {
                       rack.missingFiles = {"node1.bin"};
@@ -274,7 +269,8 @@ TEST_F(UpdateResultsTest, OnlyFinishedUpdatesAreAskedForErrors) {
     addBoard(4, completeElement(1));
     addFault(fault("update2").at("IOMODULE[4]"));
     EXPECT_FALSE(update());
-    EXPECT_THAT(log.callsOf("updateErrors2"), ElementsAre("updateErrors2 IOMODULE[1] 1", "updateErrors2 IOMODULE[3] 1"));
+    EXPECT_THAT(log.callsOf("updateErrors2"),
+                ElementsAre("updateErrors2 IOMODULE[1] 1", "updateErrors2 IOMODULE[3] 1"));
 }
 
 TEST_F(UpdateResultsTest, EachPhaseHasAVerdictOfItsOwn) {
@@ -284,10 +280,11 @@ TEST_F(UpdateResultsTest, EachPhaseHasAVerdictOfItsOwn) {
     options.noProgress = true;
     EXPECT_FALSE(update());
     std::vector<std::string> verdicts = log.events({Kind::message});
-    std::erase_if(verdicts, [](const std::string& event) { return event != said("[OK]\n") && event != said("[ERROR]\n"); });
+    std::erase_if(verdicts,
+                  [](const std::string& event) { return event != said("[OK]\n") && event != said("[ERROR]\n"); });
     // Of the transfer and of the phase.
-    EXPECT_THAT(verdicts, ElementsAre(said("[OK]\n"), said("[OK]\n"), said("[OK]\n"), said("[ERROR]\n"),
-                                      said("[OK]\n"), said("[OK]\n")));
+    EXPECT_THAT(verdicts, ElementsAre(said("[OK]\n"), said("[OK]\n"), said("[OK]\n"), said("[ERROR]\n"), said("[OK]\n"),
+                                      said("[OK]\n")));
 }
 
 TEST_F(UpdateResultsTest, ErrorsOfTheTargetGoIntoTheSecondList) {
@@ -308,8 +305,7 @@ TEST_F(UpdateResultsTest, TheErrorsOfAllElementsArePooledBehindThoseOfTheRun) {
     addFault(fault("deleteRemoteFile").error(3, "Deletion."));
     addFault(fault("unlock").error(4, "Unlock."));
     EXPECT_FALSE(update());
-    EXPECT_THAT(textsOf(errors()),
-                ElementsAre("Deletion.", "Unlock.", "Status one.", "Target one.", "Query two."));
+    EXPECT_THAT(textsOf(errors()), ElementsAre("Deletion.", "Unlock.", "Status one.", "Target one.", "Query two."));
 }
 
 TEST_F(UpdateResultsTest, ErrorsOfTheRunAloneDoNotFailTheUpdate) {

@@ -101,10 +101,10 @@ TEST_P(CallbackSlotTest, SetsItsNotification) {
 
 INSTANTIATE_TEST_SUITE_P(
     Slots, CallbackSlotTest,
-    testing::Values(CallbackCase{"Phase", setPhaseCallback, SessionLog::onPhase, {"phase 0", "phase 4294967295"}},
-                    CallbackCase{"ElementError", setElementErrorCallback, SessionLog::onElementError, {"elementError 0"}},
-                    CallbackCase{
-                        "Progress", setProgressCallback, SessionLog::onProgress, {"progress 100", "progress 100"}}),
+    testing::Values(
+        CallbackCase{"Phase", setPhaseCallback, SessionLog::onPhase, {"phase 0", "phase 4294967295"}},
+        CallbackCase{"ElementError", setElementErrorCallback, SessionLog::onElementError, {"elementError 0"}},
+        CallbackCase{"Progress", setProgressCallback, SessionLog::onProgress, {"progress 100", "progress 100"}}),
     [](const auto& row) { return row.param.name; });
 
 TEST_F(TableSlotsTest, SixPreparesAndSevenRuns) {

@@ -87,8 +87,8 @@ TEST_F(QueriesTest, AnElementWithoutAnEntryHasNothingAvailable) {
 }
 
 TEST_F(QueriesTest, FlagsThatAreNotSetAreFalse) {
-    const KvTUpdateElementInfo element = onlyElement(
-        completeElement(1).parameter("VALID", std::uint64_t(0)).parameter("ACTIVE", std::uint64_t(0)));
+    const KvTUpdateElementInfo element =
+        onlyElement(completeElement(1).parameter("VALID", std::uint64_t(0)).parameter("ACTIVE", std::uint64_t(0)));
     EXPECT_FALSE(element.valid);
     EXPECT_FALSE(element.active);
 }

@@ -19,15 +19,10 @@ const std::string notByDevice = "WARNING: Device cannot be rebooted automaticall
 const std::string checkFailed = "ERROR: Device cannot be rebooted automatically (an error occurred while checking the "
                                 "reboot support status).\n";
 
-const std::vector<std::string> lookup = {"KvHIM_createFilter",
-                                         "KvHIM_setFilterParameter 8",
-                                         "KvHIM_setFilterParameter 9",
-                                         "KvHIM_setFilterParameter 6",
-                                         "KvHIM_applyFilter",
-                                         "KvHIM_getDeviceList -> status 21, errors 1",
-                                         "KvHIM_getDeviceList",
-                                         "KvHIM_deleteFilter",
-                                         "KvHIM_createDeviceHandle"};
+const std::vector<std::string> lookup = {
+    "KvHIM_createFilter",         "KvHIM_setFilterParameter 8", "KvHIM_setFilterParameter 9",
+    "KvHIM_setFilterParameter 6", "KvHIM_applyFilter",          "KvHIM_getDeviceList -> status 21, errors 1",
+    "KvHIM_getDeviceList",        "KvHIM_deleteFilter",         "KvHIM_createDeviceHandle"};
 
 /// An HCN that can be rebooted from version 23.2a12 of its firmware on.
 ItemBuilder rebootableNode(const std::string& firmwareVersion) {

@@ -143,8 +143,8 @@ TEST_F(ReflasherTest, ANotificationThatIsSwitchedOffIsNotCalled) {
 TEST_F(ReflasherTest, EachNotificationGoesToItsOwnFunction) {
     addNodeElement(1, completeElement(1).polls(1).finalState(3));
     EXPECT_FALSE(perform(performUpdate));
-    EXPECT_THAT(log.events({Kind::notification}), ElementsAre("phase 0", "elementError 0", "progress 100",
-                                                              "progress 100", "phase 4294967295"));
+    EXPECT_THAT(log.events({Kind::notification}),
+                ElementsAre("phase 0", "elementError 0", "progress 100", "progress 100", "phase 4294967295"));
 }
 
 TEST_F(ReflasherTest, NotificationsComeFromRunOnly) {

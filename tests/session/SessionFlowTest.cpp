@@ -19,16 +19,11 @@ using Kind = SessionLog::Kind;
 
 namespace {
 
-const std::vector<std::string> lookup = {"KvHIM_createFilter",
-                                         "KvHIM_setFilterParameter 8",
-                                         "KvHIM_setFilterParameter 9",
-                                         "KvHIM_setFilterParameter 6",
-                                         "KvHIM_applyFilter",
-                                         "KvHIM_getDeviceList -> status 21, errors 1",
-                                         "KvHIM_getDeviceList",
-                                         "KvHIM_deleteFilter",
-                                         "KvHIM_createDeviceHandle",
-                                         "KvHIM_deleteDeviceHandle"};
+const std::vector<std::string> lookup = {"KvHIM_createFilter",         "KvHIM_setFilterParameter 8",
+                                         "KvHIM_setFilterParameter 9", "KvHIM_setFilterParameter 6",
+                                         "KvHIM_applyFilter",          "KvHIM_getDeviceList -> status 21, errors 1",
+                                         "KvHIM_getDeviceList",        "KvHIM_deleteFilter",
+                                         "KvHIM_createDeviceHandle",   "KvHIM_deleteDeviceHandle"};
 
 std::vector<std::string> scanCalls() {
     std::vector<std::string> calls = lookup;
@@ -260,21 +255,20 @@ TEST_P(ScanTest, ThatFailsIsToldWithoutAReport) {
 
 INSTANTIATE_TEST_SUITE_P(
     Faults, ScanTest,
-    testing::Values(ScanCase{"Open",
-                             fault("createRootHandleByIpAddressList"),
-                             {"createRootHandleByIpAddressList 127.0.0.1 -> status 1, errors 1"}},
-                    ScanCase{"Scan",
-                             fault("scan"),
-                             {"createRootHandleByIpAddressList 127.0.0.1", "scan -> status 1, errors 1",
-                              "deleteRootHandle"}},
-                    // These two are judged by their result.
-                    ScanCase{"ScanWithoutError",
-                             fault("scan").noErrors(),
-                             {"createRootHandleByIpAddressList 127.0.0.1", "scan -> status 1, errors 0",
-                              "deleteRootHandle"}},
-                    ScanCase{"ScanWithoutTree",
-                             fault("scan").status(0).noErrors(),
-                             {"createRootHandleByIpAddressList 127.0.0.1", "scan", "deleteRootHandle"}}),
+    testing::Values(
+        ScanCase{"Open",
+                 fault("createRootHandleByIpAddressList"),
+                 {"createRootHandleByIpAddressList 127.0.0.1 -> status 1, errors 1"}},
+        ScanCase{"Scan",
+                 fault("scan"),
+                 {"createRootHandleByIpAddressList 127.0.0.1", "scan -> status 1, errors 1", "deleteRootHandle"}},
+        // These two are judged by their result.
+        ScanCase{"ScanWithoutError",
+                 fault("scan").noErrors(),
+                 {"createRootHandleByIpAddressList 127.0.0.1", "scan -> status 1, errors 0", "deleteRootHandle"}},
+        ScanCase{"ScanWithoutTree",
+                 fault("scan").status(0).noErrors(),
+                 {"createRootHandleByIpAddressList 127.0.0.1", "scan", "deleteRootHandle"}}),
     [](const auto& row) { return row.param.name; });
 
 TEST_F(SessionFlowTest, ReadingTheArchiveComesBeforeTheTarget) {
@@ -342,7 +336,8 @@ INSTANTIATE_TEST_SUITE_P(Targets, SupportTest,
                                          SupportCase{"HcnDoesNotMatch", true, true, false, true, true, 7, 2},
                                          SupportCase{"CnDoesNotMatch", true, true, true, false, true, 7, 2},
                                          SupportCase{"NeitherMatches", true, true, false, false, false, 7, 2},
-                                         SupportCase{"OnlyAnHcnThatDoesNotMatch", true, false, false, false, true, 7, 2},
+                                         SupportCase{"OnlyAnHcnThatDoesNotMatch", true, false, false, false, true, 7,
+                                                     2},
                                          SupportCase{"OnlyAnHcnThatMatches", true, false, true, false, false, 7, 0},
                                          SupportCase{"OnlyACnThatDoesNotMatch", false, true, false, false, true, 7, 2},
                                          SupportCase{"NoNodes", false, false, false, false, false, 7, 0},
@@ -413,8 +408,7 @@ TEST_F(SessionFlowTest, AParameterThatTheScanCannotReadFailsTheRun) {
 TEST_F(SessionFlowTest, ErrorsStayForALaterRun) {
     addNodeElement(1, completeElement(1));
     addFault(fault("deleteRemoteFile"));
-    const std::string end =
-        "\n    Update completed successfully!\n" + reportedErrors(faultReport("deleteRemoteFile"));
+    const std::string end = "\n    Update completed successfully!\n" + reportedErrors(faultReport("deleteRemoteFile"));
     EXPECT_FALSE(perform(performUpdate));
     EXPECT_THAT(log.text(), EndsWith(end));
     log.clear();

@@ -4,6 +4,7 @@
 
 #include <iterator>
 #include <string_view>
+#include <type_traits>
 
 namespace {
 
@@ -24,11 +25,15 @@ std::size_t lengthOfCharacter(std::string_view bytes) {
     return is_valid_codepoint(character) ? static_cast<std::size_t>(end - begin) : 0;
 }
 
+code_point codeUnit(wchar_t character) {
+    return std::make_unsigned_t<wchar_t>(character);
+}
+
 /// The characters at the beginning of `message` that may be bytes of one UTF-8 character.
 std::string leadingBytes(std::wstring_view message) {
     std::string bytes;
     for (const wchar_t character : message.substr(0, longestSequence)) {
-        if (static_cast<code_point>(character) > lastByte) {
+        if (codeUnit(character) > lastByte) {
             break;
         }
         bytes.push_back(static_cast<char>(character));
@@ -38,9 +43,9 @@ std::string leadingBytes(std::wstring_view message) {
 
 /// Takes one character off the beginning of `message`, a surrogate pair as one.
 code_point takeCharacter(std::wstring_view& message) {
-    const auto first = static_cast<code_point>(message.front());
+    const code_point first = codeUnit(message.front());
     message.remove_prefix(1);
-    const code_point second = message.empty() ? 0 : static_cast<code_point>(message.front());
+    const code_point second = message.empty() ? 0 : codeUnit(message.front());
     if ((first & ~code_point(0x3FF)) != 0xD800 || (second & ~code_point(0x3FF)) != 0xDC00) {
         return is_valid_codepoint(first) ? first : replacementCharacter;
     }

@@ -13,8 +13,6 @@
 
 namespace {
 
-using KvNReflasher::KvTOptions;
-
 /// Where the notification functions, which are given no context, find the session's outputs. One session runs at a
 /// time.
 struct Outputs {
