@@ -128,8 +128,7 @@ TEST_F(Cloning, TheTargetPathIsThatOfTheSelectedBoard) {
 
 TEST_F(Cloning, TheNameEndsWithTheFilesName) {
     for (const NameRow& row :
-         {NameRow{"/etc/net.ini", "Updatable file (net.ini)"},
-          NameRow{R"(\\etc\\net.ini)", "Updatable file (net.ini)"},
+         {NameRow{"/etc/net.ini", "Updatable file (net.ini)"}, NameRow{R"(\\etc\\net.ini)", "Updatable file (net.ini)"},
           NameRow{R"(/etc\\net.ini)", "Updatable file (net.ini)"},
           NameRow{R"(\\etc/net.ini)", "Updatable file (net.ini)"}, NameRow{"/net.ini", "Updatable file (net.ini)"},
           NameRow{"net.ini", "Updatable file"}, NameRow{"", "Updatable file"}, NameRow{"/etc/", "Updatable file ()"},

@@ -68,7 +68,7 @@ std::vector<Use> allUses(bool belonging) {
 
 TEST(UsageErrors, AnOptionIsRefusedByEveryCommandThatItDoesNotBelongTo) {
     const std::vector<Use> uses = allUses(false);
-    EXPECT_EQ(uses.size(), 170U);
+    EXPECT_EQ(uses.size(), 172U);
     for (const Use& use : uses) {
         const bool byName = use.given.front().starts_with("--");
         expectRefused(joined(smallestCommandLine(use.command), use.given),
@@ -78,7 +78,7 @@ TEST(UsageErrors, AnOptionIsRefusedByEveryCommandThatItDoesNotBelongTo) {
 
 TEST(UsageErrors, AnOptionIsTakenByEveryCommandThatItBelongsTo) {
     const std::vector<Use> uses = allUses(true);
-    EXPECT_EQ(uses.size(), 170U);
+    EXPECT_EQ(uses.size(), 179U);
     for (const Use& use : uses) {
         const Arguments line = joined(commandLineWithout(*use.option, use.command), use.given);
         EXPECT_TRUE(readCaptured(line).line.has_value()) << testing::PrintToString(line);
