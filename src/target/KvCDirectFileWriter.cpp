@@ -25,6 +25,22 @@ void addMessage(std::vector<std::wstring>& messages, KvCFormat<std::type_identit
 } // namespace
 
 struct KvCDirectFileWriter::Paths {
+    Paths(const std::wstring& archiveFolder, const KvCString& fileName, const KvCString& targetPath)
+        : localSource(archiveFolder + L"/" + toWide(fileName)), target(targetRoot) {
+        target.append("/").append(targetPath.c_str());
+    }
+    /// Takes the target apart; false when it has no folder.
+    [[nodiscard]] bool split() {
+        const std::size_t separator = target.rfind('/');
+        if (separator == std::string::npos) {
+            return false;
+        }
+        folder = target.substr(0, separator);
+        name = target.substr(separator + 1);
+        temporaryName.append(name).append(temporarySuffix);
+        return true;
+    }
+
     std::wstring localSource;
     std::string target;
     std::string folder;
@@ -43,17 +59,11 @@ KvCDirectFileWriter::~KvCDirectFileWriter() {
 bool KvCDirectFileWriter::writeFileToTarget(const KvTArchiveFile& entry, const KvCString& targetPath,
                                             std::vector<std::wstring>& messages) {
     messages.clear();
-    Paths paths;
-    paths.localSource = options_.archiveFolder + L"/" + toWide(entry.name);
-    paths.target.append(targetRoot).append("/").append(targetPath.c_str());
-    const std::size_t separator = paths.target.rfind('/');
-    if (separator == std::string::npos) {
+    Paths paths(options_.archiveFolder, entry.name, targetPath);
+    if (!paths.split()) {
         addMessage(messages, L"ERROR: Invalid target file path: %hs\n", paths.target.c_str());
         return false;
     }
-    paths.folder = paths.target.substr(0, separator);
-    paths.name = paths.target.substr(separator + 1);
-    paths.temporaryName.append(paths.name).append(temporarySuffix);
     if (entry.fileMissing) {
         return false;
     }

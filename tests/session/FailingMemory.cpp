@@ -51,6 +51,19 @@ void* operator new[](std::size_t size) {
     return allocate(size);
 }
 
+// The forms that yield null are replaced too: a sanitizer's own would not pair with the deletes below.
+void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    try {
+        return allocate(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
+    return ::operator new(size, tag);
+}
+
 void operator delete(void* block) noexcept {
     release(block);
 }
