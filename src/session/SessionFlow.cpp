@@ -27,6 +27,12 @@ bool needsPlan(std::uint32_t mode) {
     return mode == showUpdatePlan || mode == performUpdate;
 }
 
+/// A function of its own: inside a switch, clang++ 14 destroys a temporary argument of a consteval-checked call at the
+/// end of the switch, whichever case ran.
+void printToolVersion(const KvCConsoleWriter& writer) {
+    writer.print(L"%hs\n", getToolVersion().getAsString().c_str());
+}
+
 } // namespace
 
 std::uint32_t KvCReflasher::prepare() {
@@ -122,7 +128,7 @@ bool KvCReflasher::runSession() {
 bool KvCReflasher::runMode(KvCErrorListPool& errors) {
     switch (options_.mode) {
     case showVersion:
-        writer_.print(L"%hs\n", getToolVersion().getAsString().c_str());
+        printToolVersion(writer_);
         return true;
     case showArchiveVersion:
         archive_.printArchiveVersion();
