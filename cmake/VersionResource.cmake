@@ -1,10 +1,18 @@
-# kv_add_version_resource(TARGET DLL|APP DESCRIPTION): the project's version as the target's version resource. Other
-# systems have no such thing.
+# kv_add_version_resource(TARGET DLL|APP DESCRIPTION [VERSION]): a version, by default the project's, as the target's
+# version resource. Other systems have no such thing.
+if(WIN32)
+  enable_language(RC)
+endif()
+
 function(kv_add_version_resource target kind description)
   if(NOT WIN32)
     return()
   endif()
-  enable_language(RC)
+  set(version ${ARGV3})
+  if(NOT version)
+    set(version ${PROJECT_VERSION}.0)
+  endif()
+  string(REPLACE "." "," KV_FILE_VERSION ${version})
   set(KV_FILE_TYPE VFT_${kind})
   set(KV_FILE_DESCRIPTION ${description})
   configure_file(${PROJECT_SOURCE_DIR}/cmake/Version.rc.in ${CMAKE_BINARY_DIR}/${target}.rc @ONLY)

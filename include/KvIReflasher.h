@@ -31,8 +31,12 @@ using KvTMessageCallback = void (*)(const std::wstring& text);
 /// Order of calls: createInstance(); the callbacks; prepare(); when that returned 0 the queries, disableUpdateElement()
 /// and run(); after a prepare that scanned the target (modes 4 to 7) getRebootSupportStatus() and reboot(); delete.
 ///
-/// Texts go to standard output or to the message callback. No operation throws; when memory is exhausted, an operation
-/// fails as its result says. The order of the virtual operations is part of the interface: new ones go to the end.
+/// Texts go to standard output or to the message callback; a text may hold several lines. Off Windows standard output
+/// is written as bytes: a program that has used it for wide characters sees no messages there.
+///
+/// No operation throws; when memory is exhausted, an operation fails as its result says, and may do so without a
+/// message. Arrays, texts and the table of virtual operations cross the boundary: client and library need the same
+/// compiler family and runtime. The order of the virtual operations is part of the interface: new ones go to the end.
 class KV_REFLASH_API KvIReflasher {
 public:
     /// Makes a session for a copy of `options`. The caller deletes it, which releases everything that it holds of the
@@ -60,7 +64,8 @@ public:
     /// True when all went well and no error was collected.
     virtual bool run() = 0;
 
-    /// Assigns the five texts; empty ones before the archive was read.
+    /// Assigns the five texts. Before the archive was read the names are empty and the versions "0.0". When memory is
+    /// exhausted, texts not yet assigned keep what they held.
     virtual void getArchiveInfo(std::wstring& archiveName, std::wstring& archiveVersion, std::wstring& productName,
                                 std::wstring& formatVersion, std::wstring& archiveVariant) = 0;
     /// Always 0.

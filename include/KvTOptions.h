@@ -26,13 +26,16 @@ struct KvTOptions {
     std::wstring descriptionFileName;
     /// IPv4 address or host name of the target; empty: none given.
     std::wstring target;
-    /// Words separated by "," or blanks; when not empty, only boards of these types are looked at.
+    /// Words separated by "," or blanks; when not empty, only boards of these types are looked at, and boards that
+    /// have no type.
     std::string boardTypeFilter;
-    /// The same for the decimal serial numbers of boards.
+    /// The same for the serial numbers of boards: the whole number in decimal, the sub-number in its upper 8 bits
+    /// included. What tables show as "12345(2)" is 2 * 16777216 + 12345.
     std::string serialNumberFilter;
     /// The same for the names of update elements.
     std::string elementNameFilter;
-    /// Updates up-to-date elements too, but never those whose archive entry has the mode "upgrade".
+    /// Updates up-to-date elements too, but never those whose archive entry has the mode "upgrade". The list of
+    /// up-to-date elements is not printed then.
     bool forceUpdate;
     /// Leaves out the progress line; the progress notification is still delivered.
     bool noProgress;

@@ -9,37 +9,37 @@ namespace KvNReflasher {
 /// is there after a prepare that planned.
 struct KvTUpdateElementInfo {
     /// Position in the element list, from 0: the "No." of the plan and what disableUpdateElement() takes.
-    std::uint32_t index;
+    std::uint32_t index = 0;
     std::wstring boardType;
     /// The upper 8 bits may hold a sub-number.
-    std::uint32_t serialNumber;
+    std::uint32_t serialNumber = 0;
     std::wstring boardName;
     /// The unit's name, followed by its rack and instance names where it has them.
     std::wstring unitPath;
-    std::uint32_t slot;
+    std::uint32_t slot = 0;
     /// 0: the board has no slot.
-    std::uint32_t slotCount;
+    std::uint32_t slotCount = 0;
     std::wstring displayName;
     std::wstring typeName;
-    bool isFileSystemElement;
-    bool valid;
-    bool active;
+    bool isFileSystemElement = false;
+    bool valid = false;
+    bool active = false;
     /// Empty when unknown.
     std::wstring installedVersion;
     /// 1 for a custom element, else 0.
-    std::uint32_t custom;
+    std::uint32_t custom = 0;
     /// From 0; meaningful for an element that is not disabled and has an archive file.
-    std::uint32_t phase;
+    std::uint32_t phase = 0;
     /// 1 when an archive entry matches the element, else 0.
-    std::uint32_t hasArchiveFile;
+    std::uint32_t hasArchiveFile = 0;
     /// Index into getArchiveFiles(); 0xFFFFFFFF: no matching entry.
-    std::uint32_t archiveFileIndex;
+    std::uint32_t archiveFileIndex = 0;
     /// Empty when unknown or without a matching entry.
     std::wstring availableVersion;
-    /// The installed checksum differs from the matching entry's, a missing one included.
-    bool checksumMismatch;
+    /// The installed checksum differs from the matching entry's. A missing one counts as 0.
+    bool checksumMismatch = false;
     /// The element takes no part in the update.
-    bool disabled;
+    bool disabled = false;
 };
 
 /// One file entry of the archive, as KvIReflasher::getArchiveFiles() returns it.

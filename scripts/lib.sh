@@ -4,11 +4,16 @@
 project_dir=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 log_dir=$project_dir/build/logs
 jobs=$(nproc 2>/dev/null || echo 2)
+# Precompiled headers are no reason for ccache to give up.
+export CCACHE_SLOPPINESS=pch_defines,time_macros
 
 # shellcheck disable=SC2034  # the lists are for those who source this file
 # Debian packages that building and testing need.
 build_packages=(cmake ninja-build g++ python3 python3-jsonschema ccache libboost1.81-dev libcli11-dev libgtest-dev
     libgmock-dev)
+# shellcheck disable=SC2034
+# What building and testing for Windows needs besides.
+windows_packages=(g++-mingw-w64-x86-64-posix googletest wine wine64)
 # shellcheck disable=SC2034
 # What the long gate needs besides.
 gate_packages=(clang clang-format clang-tidy cppcheck valgrind shellcheck)
@@ -70,7 +75,7 @@ logged() {
 # build_preset PRESET [TARGET]: configures it in build/PRESET and builds the target (default: all).
 build_preset() {
     local preset=$1 target=${2:-all} options=()
-    command -v ccache >/dev/null && options=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    command -v ccache >/dev/null && options+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
     cd "$project_dir" || return 1
     say "Building $preset (log: build/logs/build-$preset.log)"
     logged "configure-$preset" cmake --preset "$preset" "${options[@]}" &&

@@ -1,11 +1,13 @@
 #!/usr/bin/env python3
 """Reads a ctest report (JUnit XML): prints what failed, and on the last line how many tests passed and failed.
 
-usage: test_report.py REPORT
+usage: test_report.py REPORT [FOLDER]
 
-A report without any test, or none that can be read, counts as one failure. Skipped tests count neither way."""
+A report without any test, or none that can be read, counts as one failure. Skipped tests count neither way. A test that
+is a whole GoogleTest program and has left a report of its own, NAME.xml in FOLDER, counts as the tests of that report."""
 
 import sys
+from pathlib import Path
 import xml.etree.ElementTree as tree
 
 SHOWN_TESTS = 10
@@ -25,12 +27,31 @@ def describe(case):
     return "\n    ".join([f"FAILED {case.get('name')}", *left_out, *lines[-SHOWN_LINES:]])
 
 
-def summarise(path):
+def program_cases(case, folder):
+    """The cases that stand for a case of ctest: those of the program's own report, and the case itself where it has
+    none, or where it has failed though its tests have not (it crashed)."""
+    try:
+        cases = list(tree.parse(folder / f"{case.get('name')}.xml").getroot().iter("testcase"))
+    except (OSError, tree.ParseError):
+        return [case]
+    for inner in cases:
+        inner.set("name", f"{inner.get('classname')}.{inner.get('name')}")
+        if inner.get("result") == "skipped":
+            tree.SubElement(inner, "skipped")
+        for failure in inner.findall("failure"):
+            tree.SubElement(inner, "system-out").text = failure.get("message")
+    crashed = outcome(case) is False and all(outcome(inner) is not False for inner in cases)
+    return cases + [case] if crashed else cases
+
+
+def summarise(path, folder=None):
     """(passed, failed, texts on the failures)"""
     try:
         cases = list(tree.parse(path).getroot().iter("testcase"))
     except (OSError, tree.ParseError) as error:
         return 0, 1, [f"FAILED no test report: {error}"]
+    if folder is not None:
+        cases = [inner for case in cases for inner in program_cases(case, Path(folder))]
     failures = [case for case in cases if outcome(case) is False]
     passed = sum(outcome(case) is True for case in cases)
     if not passed and not failures:
@@ -41,7 +62,7 @@ def summarise(path):
 
 
 def main():
-    passed, failed, texts = summarise(sys.argv[1])
+    passed, failed, texts = summarise(*sys.argv[1:])
     for text in texts:
         print(text)
     print(f"{passed} passed, {failed} failed")

@@ -48,11 +48,7 @@ void Call::addField(std::string_view name, std::uint32_t number) {
 }
 
 std::int64_t Call::fail(const Failure& failure) {
-    // No time stamp: what a target answers does not depend on when it is asked.
-    KvTErrorEntry entry;
-    entry.code = failure.code;
-    entry.text = failure.text;
-    entries_.push_back(std::move(entry));
+    entries_.push_back(emulationError(failure.code, failure.text));
     return traits_.failed;
 }
 
@@ -62,11 +58,7 @@ std::optional<std::int64_t> Call::decide() {
         return effect->status;
     }
     const std::int32_t status = traits_.isHostInterface ? service().hostStatus() : 0;
-    if (status == 0) {
-        return std::nullopt;
-    }
-    // A count of bytes is never mistaken for a status.
-    return traits_.failed < 0 ? traits_.failed : status;
+    return status != 0 ? std::optional<std::int64_t>(status) : std::nullopt;
 }
 
 std::optional<FaultEffect> Call::meetFaults() const {

@@ -188,7 +188,7 @@ void EmulatedTarget::indexElement(const ItemDescription& element, std::vector<st
         entry->second = isUpdate ? ElementEntry{&element, false} : entry->second;
         return;
     }
-    if (!entry->second.isAmbiguous) {
+    if (isUpdate && !entry->second.isAmbiguous) {
         warnings.push_back("Several elements of " + textOf(board->address()) + " have the ID " + std::to_string(*id) +
                            ", so that updates of it are refused.");
     }

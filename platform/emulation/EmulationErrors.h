@@ -4,8 +4,9 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
-/// Codes of the errors that the emulation itself reports, and the way to report them.
+/// Codes of the errors that the emulation itself reports.
 namespace EmulationErrors {
 
 /// A parameter value is missing or of another type.
@@ -29,10 +30,12 @@ inline constexpr std::uint32_t wrongUpdateState = 0x2009;
 /// What a fault reports that names no errors of its own.
 inline constexpr std::uint32_t fault = 0x2FFF;
 
-/// Time stamp of this moment: ticks of the error manager (1 microsecond) since the process began; never 0.
-[[nodiscard]] std::uint64_t timeStampNow() noexcept;
-
 } // namespace EmulationErrors
 
-/// Appends an error of the host side, stamped with this moment.
-void addEmulationError(KvCErrorListPool& errors, std::uint32_t code, std::string text);
+/// An error of the emulation itself. It has no time stamp: what a target answers does not depend on when it is asked.
+[[nodiscard]] inline KvTErrorEntry emulationError(std::uint32_t code, std::string text) {
+    KvTErrorEntry entry;
+    entry.code = code;
+    entry.text = std::move(text);
+    return entry;
+}

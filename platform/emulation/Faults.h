@@ -48,8 +48,8 @@ class Faults {
 public:
     explicit Faults(std::vector<Fault> faults);
 
-    /// Counts a call. When faults hit it, `effect` gets the errors of all of them and the status of the first hit ever
-    /// told to it.
+    /// Counts a call. When faults hit it, `effect` gets the errors of all of them and the status of the first fault
+    /// that hit this call.
     void meet(const CallSubject& call, std::optional<FaultEffect>& effect);
 
 private:

@@ -91,6 +91,6 @@ std::uint32_t KvNRtosAbstraction::stringToIpV4(KvCErrorListPool& errors, const c
     std::string message(1, '"');
     message += given;
     message += "\" is not an IPv4 address: four decimal numbers of 0 to 255 with dots between are expected.";
-    addEmulationError(errors, EmulationErrors::notAnIpV4Address, std::move(message));
+    errors.addError(emulationError(EmulationErrors::notAnIpV4Address, std::move(message)));
     return 0;
 }

@@ -28,7 +28,7 @@ public:
 
     /// Identifier and instance number of this item, as an address of one component.
     [[nodiscard]] const KvCInventoryAddress& getID() const;
-    /// Address from below the root; of the root: its own identifier.
+    /// Address from below the root; of the root: ROOT[1].
     [[nodiscard]] const KvCInventoryAddress& getAddress() const;
 
     /// Null of the root.

@@ -5,10 +5,11 @@
 
 #include <cstdint>
 
-// Host side of the device access service: finding devices, resetting them, and their file systems. Every operation
-// adds to `errors` when it fails. Statuses: 0 success, 21 buffer too small, 33 the service cannot be reached, 46 the
-// installed service is outdated; other values are the service's own error codes. Handles belong to the caller and are
-// released by the matching delete operation, which ends them whatever its status.
+// Host side of the device access service: finding devices, resetting them, and their file systems. Statuses: 0
+// success, 21 buffer too small, 33 the service cannot be reached, 46 the installed service is outdated; other values
+// are the service's own error codes. A failed operation adds to `errors`, but for a service that cannot be reached or
+// is outdated: its status is all that any operation returns then, the ones that count bytes included. Handles belong to
+// the caller and are released by the matching delete operation, which ends them whatever its status.
 
 struct KvHIMSFilter;
 struct KvHIMSDevice;

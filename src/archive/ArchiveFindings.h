@@ -44,7 +44,7 @@ inline constexpr std::int32_t noBoard = -1;
 
 /// A broken rule and where it was met.
 struct KvTArchiveFinding {
-    KvEArchiveRule rule;
+    KvEArchiveRule rule = KvEArchiveRule::descriptionFileOpens;
     /// Index in "files", from 0.
     std::uint32_t entry = noEntry;
     /// Index in the entry's "boards", from 0.

@@ -11,9 +11,6 @@ namespace {
 using KvNJson::json;
 using KvNJson::jsonView;
 
-/// Shown where a value is not known.
-constexpr const char* unknownCell = "---";
-
 /// The texts of a board type value, joined by commas.
 std::string boardTypes(jsonView value) {
     if (!value.is_array()) {
@@ -73,11 +70,10 @@ EntryCells entryCells(const KvTArchiveFile& file) {
 
 std::vector<KvCString> contentRow(const KvTArchiveFile& file) {
     EntryCells cells = entryCells(file);
-    std::vector<KvCString> row = {
-        KvCString(std::move(cells.boardType)), file.name,
-        file.version.getAsULong64() == 0 ? KvCString(unknownCell) : file.version.getAsString(),
-        file.checksumCrc32 == unknownValue ? KvCString(unknownCell) : KvCString(file.checksumCrc32),
-        KvCString(std::move(cells.address))};
+    std::vector<KvCString> row = {KvCString(std::move(cells.boardType)), file.name, versionCell(file.version),
+                                  file.checksumCrc32 == unknownValue ? KvCString(unknownCell)
+                                                                     : KvCString(file.checksumCrc32),
+                                  KvCString(std::move(cells.address))};
     if (file.fileMissing) {
         row.emplace_back("[FILE MISSING]");
     }

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "KvCVersion.h"
 #include "KvNJson.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 
 /// The keys of a file entry, or of an element of its "boards", that the system knows.
 enum class KvEProperty : std::uint8_t {
@@ -27,8 +27,11 @@ enum class KvEProperty : std::uint8_t {
 
 inline constexpr std::size_t propertyCount = 14;
 
-/// The key of a property as the description writes it; zero-terminated.
-[[nodiscard]] std::string_view propertyKey(KvEProperty property);
+/// The key of a property as the description writes it.
+[[nodiscard]] const char* propertyKey(KvEProperty property);
+
+/// The version that a string value of the description tells; the zero version when it tells none.
+[[nodiscard]] KvCVersion versionOf(KvNJson::jsonView text);
 
 /// The values of the known properties of one entry object, found in one pass over its members.
 class EntryProperties {

@@ -1,10 +1,7 @@
 #include "EntryRules.h"
 
-#include "KvCVersion.h"
-
 #include <algorithm>
 #include <array>
-#include <string>
 
 namespace {
 
@@ -37,17 +34,17 @@ struct PropertyTest {
     ValueTest holds;
 };
 
-/// The types of the properties. When several are wrong, the last one of this order is reported (first).
-constexpr std::array typeTests = {PropertyTest{KvEProperty::boardType, isStringOrArray},
-                                  PropertyTest{KvEProperty::boardVariant, isStringNullOrArray},
-                                  PropertyTest{KvEProperty::boardId, isUnsignedOrArray},
-                                  PropertyTest{KvEProperty::id, isUnsigned},
-                                  PropertyTest{KvEProperty::targetPath, isString},
-                                  PropertyTest{KvEProperty::hwCompatibilityId, isUnsignedOrArray},
-                                  PropertyTest{KvEProperty::swCompatibilityId, isUnsignedOrArray},
-                                  PropertyTest{KvEProperty::version, isStringOrNull},
+/// The types of the properties, in the order of the reports.
+constexpr std::array typeTests = {PropertyTest{KvEProperty::mode, isString},
                                   PropertyTest{KvEProperty::checksumCrc32, isUnsigned},
-                                  PropertyTest{KvEProperty::mode, isString}};
+                                  PropertyTest{KvEProperty::version, isStringOrNull},
+                                  PropertyTest{KvEProperty::swCompatibilityId, isUnsignedOrArray},
+                                  PropertyTest{KvEProperty::hwCompatibilityId, isUnsignedOrArray},
+                                  PropertyTest{KvEProperty::targetPath, isString},
+                                  PropertyTest{KvEProperty::id, isUnsigned},
+                                  PropertyTest{KvEProperty::boardId, isUnsignedOrArray},
+                                  PropertyTest{KvEProperty::boardVariant, isStringNullOrArray},
+                                  PropertyTest{KvEProperty::boardType, isStringOrArray}};
 
 /// What the elements of an array must be, in the order of the reports.
 constexpr std::array elementTests = {
@@ -69,14 +66,14 @@ public:
 
 private:
     [[nodiscard]] bool checkTypes() {
-        for (auto test = typeTests.rbegin(); test != typeTests.rend(); ++test) {
-            const jsonView value = properties_[test->property];
-            if (value.is_valid() && !test->holds(value) &&
-                !fail(KvEArchiveRule::propertyType, test->property,
+        for (const PropertyTest& test : typeTests) {
+            const jsonView value = properties_[test.property];
+            if (value.is_valid() && !test.holds(value) &&
+                !fail(KvEArchiveRule::propertyType, test.property,
                       L"ERROR: File entry %u is invalid. Property \"%hs\" has an invalid value.\n",
                       L"ERROR: File entry %u is invalid. Property \"%hs\" of \"boards\"-element %u has an invalid "
                       L"value.\n",
-                      propertyKey(test->property).data())) {
+                      propertyKey(test.property))) {
                 return false;
             }
         }
@@ -90,7 +87,7 @@ private:
                         L"ERROR: File entry %u is invalid. Property \"%hs\" has invalid elements.\n",
                         L"ERROR: File entry %u is invalid. Property \"%hs\" of \"boards\" element %u has invalid "
                         L"elements.\n",
-                        propertyKey(test.property).data());
+                        propertyKey(test.property));
         });
     }
 
@@ -109,7 +106,7 @@ private:
 
     [[nodiscard]] bool checkVersion() {
         const jsonView version = properties_[KvEProperty::version];
-        return !version.is_string() || KvCVersion(std::string(version.get_string()).c_str()).getAsULong64() != 0 ||
+        return !version.is_string() || versionOf(version).getAsULong64() != 0 ||
                fail(KvEArchiveRule::versionIsVersion, KvEProperty::version,
                     L"ERROR: File entry %u is invalid. Property \"version\" is invalid.\n",
                     L"ERROR: File entry %u is invalid. Property \"version\" of \"boards\" element %u is invalid.\n");
@@ -260,19 +257,21 @@ private:
 
 } // namespace
 
-KvEEntryOutcome checkEntry(KvCArchiveFindings& findings, jsonView entry, std::uint32_t index, KvTEntryShape& shape,
-                           bool& goOn) {
+KvTEntryVerdict checkEntry(KvCArchiveFindings& findings, jsonView entry, std::uint32_t index) {
+    using enum KvEEntryOutcome;
     if (!entry.is_object()) {
-        goOn = findings.error({KvEArchiveRule::entryIsObject, index}, L"ERROR: File entry %u is invalid.\n", index);
-        return KvEEntryOutcome::refused;
+        const bool goOn =
+            findings.error({KvEArchiveRule::entryIsObject, index}, L"ERROR: File entry %u is invalid.\n", index);
+        return {.outcome = refused, .goOn = goOn};
     }
     const EntryProperties properties(entry);
     EntryRules rules(findings, properties, index);
     const std::uint32_t errorsBefore = findings.errorCount();
-    goOn = rules.check();
-    shape.hasTargetPath = rules.targetPathFound();
-    if (findings.errorCount() != errorsBefore) {
-        return KvEEntryOutcome::refused;
-    }
-    return rules.skipped() ? KvEEntryOutcome::skipped : KvEEntryOutcome::accepted;
+    const bool goOn = rules.check();
+    const bool sound = findings.errorCount() == errorsBefore;
+    return {.outcome = !sound            ? refused
+                       : rules.skipped() ? skipped
+                                         : accepted,
+            .hasTargetPath = rules.targetPathFound(),
+            .goOn = goOn};
 }

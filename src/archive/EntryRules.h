@@ -14,13 +14,14 @@ enum class KvEEntryOutcome : std::uint8_t {
     refused
 };
 
-/// What the rules found out about an accepted entry.
-struct KvTEntryShape {
+/// What the rules found out about a file entry.
+struct KvTEntryVerdict {
+    KvEEntryOutcome outcome = KvEEntryOutcome::refused;
     /// The entry or an element of its "boards" has "targetPath".
     bool hasTargetPath = false;
+    /// False: the findings want the reading to end.
+    bool goOn = true;
 };
 
-/// Holds element `index` of "files" against the rules for file entries. After an accepted outcome `shape` is filled.
-/// `goOn` becomes false when the findings want the reading to end.
-[[nodiscard]] KvEEntryOutcome checkEntry(KvCArchiveFindings& findings, KvNJson::jsonView entry, std::uint32_t index,
-                                         KvTEntryShape& shape, bool& goOn);
+/// Holds element `index` of "files" against the rules for file entries.
+[[nodiscard]] KvTEntryVerdict checkEntry(KvCArchiveFindings& findings, KvNJson::jsonView entry, std::uint32_t index);

@@ -1,7 +1,5 @@
 #include "InfoRules.h"
 
-#include <string>
-
 namespace {
 
 using KvNJson::jsonView;
@@ -67,8 +65,6 @@ private:
                fail(KvEArchiveRule::archiveNameIsString,
                     L"ERROR: The archive description file is corrupt. \"archiveName\" is missing or invalid.\n");
     }
-
-    static KvCVersion versionOf(jsonView value) { return KvCVersion(std::string(value.get_string()).c_str()); }
 
     /// False, and nothing stored, when `value` is no string.
     static bool store(jsonView value, KvCString& field) {

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <utility>
 
 namespace {
 
@@ -51,7 +50,8 @@ std::optional<json> takeFiles(json& document, KvCArchiveFindings& findings) {
 } // namespace
 
 bool KvCFirmwareArchive::readArchive(KvCErrorListPool& errors) {
-    return readDescriptionFile(errors) && completeFromUpdateFiles();
+    KvCArchiveFindings findings(writer_);
+    return readDescriptionFile(errors) && completeFromUpdateFiles(findings);
 }
 
 bool KvCFirmwareArchive::readDescriptionFile(KvCErrorListPool& /*errors*/) {
@@ -80,80 +80,77 @@ void KvCFirmwareArchive::readFiles(json& files, KvCArchiveFindings& findings) {
     const std::size_t count = files.view().size();
     files_.reserve(count);
     for (std::size_t index = 0; index < count; ++index) {
-        KvTEntryShape shape;
-        bool goOn = true;
-        switch (checkEntry(findings, files.view().at(index), static_cast<std::uint32_t>(index), shape, goOn)) {
-        case KvEEntryOutcome::accepted:
-            appendEntry(files.takeItem(index), shape);
-            break;
-        case KvEEntryOutcome::skipped:
+        const KvTEntryVerdict verdict = checkEntry(findings, files.view().at(index), static_cast<std::uint32_t>(index));
+        if (verdict.outcome == KvEEntryOutcome::accepted) {
+            appendEntry(files, index, verdict.hasTargetPath);
+        } else if (verdict.outcome == KvEEntryOutcome::skipped) {
             ++ignoredEntryCount_;
-            break;
-        case KvEEntryOutcome::refused:
-            break;
         }
-        if (!goOn) {
+        if (!verdict.goOn) {
             return;
         }
     }
 }
 
-void KvCFirmwareArchive::appendEntry(json entry, const KvTEntryShape& shape) {
-    const EntryProperties properties(entry.view());
-    KvTArchiveFile file;
+/// Moves entry `index` out of the description.
+void KvCFirmwareArchive::appendEntry(json& files, std::size_t index, bool hasTargetPath) {
+    KvTArchiveFile& file = files_.emplace_back();
+    file.descriptionIndex = static_cast<std::uint32_t>(index);
+    file.description = files.takeItem(index);
+    const EntryProperties properties(file.description.view());
     file.name = KvCString(properties[KvEProperty::name].get_string());
     file.sequence = static_cast<std::uint32_t>(properties[KvEProperty::sequence].get_unsigned());
     maxSequence_ = std::max(maxSequence_, file.sequence);
-    file.hasTargetPath = shape.hasTargetPath;
+    file.hasTargetPath = hasTargetPath;
     const jsonView version = properties[KvEProperty::version];
     if (!version.is_valid()) {
         file.version = info_.archiveVersion;
     } else if (version.is_null()) {
         file.version = KvCVersion();
     } else {
-        file.version = KvCVersion(std::string(version.get_string()).c_str());
+        file.version = versionOf(version);
     }
     if (const jsonView checksum = properties[KvEProperty::checksumCrc32]; checksum.is_valid()) {
         file.checksumCrc32 = static_cast<std::uint32_t>(checksum.get_unsigned());
     }
     const jsonView mode = properties[KvEProperty::mode];
     file.mode = mode.is_string() && mode.get_string() == "upgrade" ? upgradeMode : standardMode;
-    file.description = std::move(entry);
-    files_.push_back(std::move(file));
 }
 
-bool KvCFirmwareArchive::completeFromUpdateFiles() {
-    KvCArchiveFindings findings(writer_);
+bool KvCFirmwareArchive::completeFromUpdateFiles(KvCArchiveFindings& findings) {
+    const std::uint32_t errorsBefore = findings.errorCount();
     std::uint32_t opened = 0;
     for (KvTArchiveFile& file : files_) {
         if (file.checksumCrc32 != unknownValue) {
             continue;
         }
-        if (!completeFromUpdateFile(file, findings)) {
+        if (!completeFromUpdateFile(file, findings, opened)) {
             return false;
         }
-        ++opened;
     }
     if (opened > 0 && options_.mode != KvNReflasher::dumpArchiveDescription) {
         writer_.print(L"%u update files needed to be opened to get parameters not contained in the description "
                       L"file.\n\n",
                       opened);
     }
-    return true;
+    return findings.errorCount() == errorsBefore;
 }
 
-bool KvCFirmwareArchive::completeFromUpdateFile(KvTArchiveFile& file, KvCArchiveFindings& findings) {
+/// Counts in `opened` a file that could be read. False after an error that is to end the work.
+bool KvCFirmwareArchive::completeFromUpdateFile(KvTArchiveFile& file, KvCArchiveFindings& findings,
+                                                std::uint32_t& opened) {
     const std::wstring path = updateFilePath(options_, file.name);
     if (!pathExists(path)) {
         file.fileMissing = true;
-        return findings.error({KvEArchiveRule::updateFileExists},
+        return findings.error({KvEArchiveRule::updateFileExists, file.descriptionIndex},
                               L"ERROR: Cannot read checksum from update file. '%s' not found.\n", path.c_str());
     }
     KvTUpdateFileHeader header;
     if (readUpdateFile(path, header) != KvEReadStatus::success) {
-        return findings.error({KvEArchiveRule::updateFileHasChecksum},
+        return findings.error({KvEArchiveRule::updateFileHasChecksum, file.descriptionIndex},
                               L"ERROR: Cannot read checksum from update file %hs.\n", file.name.c_str());
     }
     file.checksumCrc32 = header.checksum;
+    ++opened;
     return true;
 }

@@ -18,19 +18,20 @@ public:
     KvCFirmwareArchive(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options)
         : writer_(writer), options_(options) {}
 
-    /// Reads the description file, then the checksums that it leaves out. True when both succeeded.
+    /// Reads the description file, then the checksums that it leaves out. True when both succeeded. `errors` is the
+    /// session's list; nothing here adds to it, all failures are printed.
     [[nodiscard]] bool readArchive(KvCErrorListPool& errors);
 
-    /// Reads and checks the description file that the options name.
+    /// Reads and checks the description file that the options name. `errors` as above.
     [[nodiscard]] bool readDescriptionFile(KvCErrorListPool& errors);
 
     /// Reads and checks the description file at `path`; what is wrong goes to `findings`. False when it was refused,
     /// with what was accepted before left in place.
     [[nodiscard]] bool parseDescription(const std::wstring& path, KvCArchiveFindings& findings);
 
-    /// Takes the checksums that the description leaves out from the update files; the first one that cannot be had
-    /// ends the work with false.
-    [[nodiscard]] bool completeFromUpdateFiles();
+    /// Takes the checksums that the description leaves out from the update files; those that cannot be had go to
+    /// `findings`. False when there are any.
+    [[nodiscard]] bool completeFromUpdateFiles(KvCArchiveFindings& findings);
 
     /// Prints the version of the archive, always with its maintenance component.
     void printArchiveVersion() const;
@@ -50,8 +51,9 @@ public:
 
 private:
     void readFiles(KvNJson::json& files, KvCArchiveFindings& findings);
-    void appendEntry(KvNJson::json entry, const KvTEntryShape& shape);
-    [[nodiscard]] bool completeFromUpdateFile(KvTArchiveFile& file, KvCArchiveFindings& findings);
+    void appendEntry(KvNJson::json& files, std::size_t index, bool hasTargetPath);
+    [[nodiscard]] bool completeFromUpdateFile(KvTArchiveFile& file, KvCArchiveFindings& findings,
+                                              std::uint32_t& opened);
 
     const KvCConsoleWriter& writer_;
     const KvNReflasher::KvTOptions& options_;

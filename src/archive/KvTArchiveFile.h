@@ -32,6 +32,8 @@ struct KvTArchiveFile {
     KvCVersion version = unknownVersion();
     /// CRC-32 of the update file, from the description or from the file.
     std::uint32_t checksumCrc32 = unknownValue;
+    /// Index of the entry in the description's "files".
+    std::uint32_t descriptionIndex = 0;
     /// The entry's JSON object, "boards" included; the board keys are read from it.
     KvNJson::json description;
     /// The file is written into the target's file system instead of updating an element.

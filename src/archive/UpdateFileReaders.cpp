@@ -76,22 +76,30 @@ std::uint32_t readNumber(KvCErrorListPool& errors, const KvCInventoryItem& firmw
 }
 
 KvCVersion readVersion(KvCErrorListPool& errors, const KvCInventoryItem& firmware) {
+    using KvNInventoryIDs::VERSION;
     KvCVersion version;
-    const auto& path = KvNInventoryIDs::VERSION;
-    const bool read = firmware.getParameter(path) != nullptr &&
-                      callSucceeds(errors, [&] { firmware.getValue(errors, path, version); });
+    const bool read = firmware.getParameter(VERSION) != nullptr &&
+                      callSucceeds(errors, [&] { firmware.getValue(errors, VERSION, version); });
     return read ? version : unknownVersion();
 }
 
-/// The first FIRMWARE node of a tree in preorder, the root included; null when there is none.
-const KvCInventoryItem* findFirmware(const KvCInventoryItem* item) {
+/// The item after `item` in preorder; null at the end of the tree.
+const KvCInventoryItem* nextInPreorder(const KvCInventoryItem* item) {
+    if (const KvCInventoryItem* sub = item->getFirstSubItem(); sub != nullptr) {
+        return sub;
+    }
+    while (item != nullptr && item->getNext() == nullptr) {
+        item = item->getParent();
+    }
+    return item != nullptr ? item->getNext() : nullptr;
+}
+
+/// The first FIRMWARE node of a tree in preorder, the root included; null when there is none. Trees from files may be
+/// deep, so it does not call itself.
+const KvCInventoryItem* findFirmware(const KvCInventoryItem* root) {
+    const KvCInventoryItem* item = root;
     while (item != nullptr && item->getID().getCategory() != KvNInventoryIDs::FIRMWARE.getCategory()) {
-        const KvCInventoryItem* next = item->getFirstSubItem();
-        while (next == nullptr && item != nullptr) {
-            next = item->getNext();
-            item = item->getParent();
-        }
-        item = next;
+        item = nextInPreorder(item);
     }
     return item;
 }

@@ -28,8 +28,8 @@ enum class KvEReadStatus : std::uint8_t { success = 0, notThisKind = 1, cannotOp
 /// Reads the FIRMWARE node of an inventory tree file. Never cannotOpen.
 [[nodiscard]] KvEReadStatus readInventoryFile(const std::wstring& path, KvTUpdateFileHeader& header);
 
-/// Reads the checksum of an FPGA bitstream. A header too short to hold one is a success that leaves the checksum
-/// unknown, and so does a failure. Never cannotOpen.
+/// Reads the checksum of an FPGA bitstream. Success with `checksum` unknown when the header is too short to hold one;
+/// after any other result it is unknown too. Never cannotOpen.
 [[nodiscard]] KvEReadStatus readBitstreamHeader(const std::wstring& path, std::uint32_t& checksum);
 
 /// Tries the three kinds in turn: firmware image, inventory tree, bitstream. A file that cannot be opened is not

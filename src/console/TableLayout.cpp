@@ -37,6 +37,10 @@ void appendRow(std::string& text, const std::vector<KvCString>& row, const std::
 
 } // namespace
 
+KvCString versionCell(const KvCVersion& version) {
+    return version.getAsULong64() == 0 ? KvCString(unknownCell) : version.getAsString();
+}
+
 void printTable(const KvCConsoleWriter& writer, const KvTTable& rows) {
     const std::vector<std::size_t> widths = columnWidths(rows);
     std::string text;

@@ -55,7 +55,8 @@ void KvCUpdateDriver::transferFile(KvTUpdateElement& element, const KvCInventory
     writer_.print(L"[OK]\n");
 }
 
-/// In the order of the archive. Errors stay in `errors` for the final report.
+/// In the order of the archive: taken from the back, so that a file stays noted until it was asked to be deleted.
+/// Errors stay in `errors` for the final report.
 void KvCUpdateDriver::deleteRemoteFiles(KvCErrorListPool& errors) {
     const KvCInventoryAddress* system = planner_.inventory().systemAddress();
     if (system == nullptr) {

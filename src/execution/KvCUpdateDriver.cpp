@@ -2,11 +2,10 @@
 
 #include "ArchivePaths.h"
 #include "CallJudgement.h"
+#include "ExhaustedMemory.h"
 #include "Files.h"
 #include "KvCConsoleWriter.h"
 #include "OwnedErrorList.h"
-
-#include <new>
 
 namespace {
 
@@ -35,14 +34,6 @@ public:
     void disarm() { armed_ = false; }
 
 private:
-    template <typename Step>
-    static void attempt(Step&& step) {
-        try {
-            step();
-        } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): the next step may need no memory
-        }
-    }
-
     KvCUpdateDriver& driver_;
     KvCErrorListPool& errors_;
     bool armed_ = true;
@@ -76,6 +67,7 @@ void KvCUpdateDriver::begin() {
     for (KvTUpdateElement& element : planner_.inventory().elements()) {
         const bool planned = !element.disabled && element.hasArchiveFile();
         element.updateState = planned ? toBeUpdated : notToBeUpdated;
+        element.pollFailures = 0;
         if (planned && element.phase < phases_.size()) {
             phases_[element.phase].push_back(&element);
         }

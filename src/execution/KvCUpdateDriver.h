@@ -7,6 +7,7 @@
 #include "KvTCallbacks.h"
 #include "KvTOptions.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <unordered_map>
 #include <vector>
@@ -33,6 +34,9 @@ private:
     /// The elements of one phase that are to be updated, in the order of the element list.
     using PhaseList = std::vector<KvTUpdateElement*>;
     class LockRelease;
+    struct AddressHash {
+        [[nodiscard]] std::size_t operator()(const KvCInventoryAddress& address) const;
+    };
 
     // The driver and the target lock.
     void begin();
@@ -74,8 +78,8 @@ private:
     KvCDirectFileWriter directWriter_;
     /// The elements of each phase as planned.
     std::vector<PhaseList> phases_;
-    /// The elements of each board, by the text of its address; filled when an update first fails.
-    std::unordered_map<std::string, PhaseList> elementsOfBoards_;
+    /// The elements of each board, by its address; filled when an update first fails.
+    std::unordered_map<KvCInventoryAddress, PhaseList, AddressHash> elementsOfBoards_;
     /// The target's handle of each archive file, and whether it was transferred in the current phase.
     std::vector<KvNInventoryManager::KvSRemoteFileHandle> remoteFiles_;
     std::vector<bool> fileTransferred_;

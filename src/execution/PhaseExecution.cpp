@@ -5,6 +5,7 @@
 #include "KvNRtosAbstraction.h"
 
 #include <array>
+#include <atomic>
 
 namespace {
 
@@ -20,15 +21,13 @@ constexpr std::uint32_t pollFailureLimit = 2;
 constexpr std::uint32_t complete = 100;
 
 /// What the target answers to a status query.
-enum TargetState : std::uint32_t { running = 1, succeededState = 2 };
+enum TargetState : std::uint32_t { targetRunning = 1, targetSucceeded = 2 };
 
-/// The next character of the spinner, which goes on from phase to phase.
+/// The next character of the spinner, which goes on from phase to phase and from session to session.
 const char* nextSpinner() {
     static constexpr std::array spinner = {"-", "\\", "|", "/"};
-    static std::size_t position = 0;
-    const char* character = spinner[position];
-    position = (position + 1) % spinner.size();
-    return character;
+    static std::atomic<std::uint32_t> position{0};
+    return spinner[position++ % spinner.size()];
 }
 
 } // namespace
@@ -120,19 +119,15 @@ void KvCUpdateDriver::pollUpdates(const PhaseList& list) {
 KvCUpdateDriver::PollRound KvCUpdateDriver::pollOnce(const PhaseList& list) {
     PollRound round;
     for (KvTUpdateElement* element : list) {
-        switch (element->updateState) {
-        case updateStarted:
+        if (!element->wasTried()) {
+            continue;
+        }
+        ++round.active;
+        if (element->updateState == updateStarted) {
             round.running = true;
-            ++round.active;
             round.sum += pollElement(*element);
-            break;
-        case updateFailed:
-        case updateFinished:
-            ++round.active;
+        } else {
             round.sum += complete;
-            break;
-        default: // takes no part in this phase
-            break;
         }
     }
     return round;
@@ -157,10 +152,10 @@ std::uint32_t KvCUpdateDriver::pollElement(KvTUpdateElement& element) {
         return complete;
     }
     element.pollFailures = 0;
-    if (state == running) {
+    if (state == targetRunning) {
         return total != 0 ? done * complete / total : complete;
     }
-    if (state == succeededState) {
+    if (state == targetSucceeded) {
         element.updateState = updateFinished;
     } else {
         fail(element);

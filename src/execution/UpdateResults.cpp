@@ -1,17 +1,6 @@
-#include "CallJudgement.h"
 #include "ErrorReport.h"
 #include "KvCConsoleWriter.h"
 #include "KvCUpdateDriver.h"
-
-namespace {
-
-/// Takes part in the results of a phase: neither left out nor cancelled.
-bool wasTried(const KvTUpdateElement& element) {
-    return element.updateState != notToBeUpdated && element.updateState != toBeUpdated &&
-           element.updateState != updateCancelled;
-}
-
-} // namespace
 
 /// Asks for the errors of the finished updates, closes the progress line with the phase's verdict, and cancels later
 /// updates on boards where one failed.
@@ -19,7 +8,7 @@ void KvCUpdateDriver::collectErrors(const PhaseList& list) {
     bool tried = false;
     bool failed = false;
     for (KvTUpdateElement* element : list) {
-        if (!wasTried(*element)) {
+        if (!element->wasTried()) {
             continue;
         }
         tried = true;
@@ -31,7 +20,7 @@ void KvCUpdateDriver::collectErrors(const PhaseList& list) {
             cancelLaterUpdates(element->boardAddress, element->phase + 1);
         }
     }
-    if (tried && failed) {
+    if (failed) {
         writer_.print(L"[ERROR]\n");
     } else if (tried) {
         writer_.print(L"[OK]\n");
@@ -56,13 +45,21 @@ bool KvCUpdateDriver::succeeded(KvTUpdateElement& element) {
     return !element.hasErrors();
 }
 
+std::size_t KvCUpdateDriver::AddressHash::operator()(const KvCInventoryAddress& address) const {
+    std::size_t hash = 0;
+    for (const KvCInventoryAddress::Component& component : address.getComponents()) {
+        hash = (hash * 31 + component.identifier) * 31 + component.instance;
+    }
+    return hash;
+}
+
 void KvCUpdateDriver::cancelLaterUpdates(const KvCInventoryAddress& boardAddress, std::uint32_t fromPhase) {
     if (elementsOfBoards_.empty()) {
         for (KvTUpdateElement& element : planner_.inventory().elements()) {
-            elementsOfBoards_[element.boardAddress.toString().c_str()].push_back(&element);
+            elementsOfBoards_[element.boardAddress].push_back(&element);
         }
     }
-    for (KvTUpdateElement* element : elementsOfBoards_[boardAddress.toString().c_str()]) {
+    for (KvTUpdateElement* element : elementsOfBoards_[boardAddress]) {
         if (element->updateState == toBeUpdated && element->phase >= fromPhase) {
             element->updateState = updateCancelled;
             callbacks_.notifyElementError(element->index);

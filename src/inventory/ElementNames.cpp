@@ -25,7 +25,6 @@ constexpr std::array typeNames = {TypeNameRow{"UserFirmware", false, "Firmware"}
                                   TypeNameRow{"IoCpld", false, "CPLD"}};
 
 constexpr std::uint32_t subNumberShift = 24;
-constexpr std::uint32_t serialNumberMask = 0xFFFFFF;
 
 KvCString typeNameOf(const KvCString& elementName) {
     const std::string_view name = elementName.view();
@@ -45,7 +44,7 @@ void makeElementNames(const KvCString& boardName, const KvCString& boardType, st
         const std::uint32_t subNumber = serialNumber >> subNumberShift;
         displayName += ", SN ";
         if (subNumber != 0) {
-            displayName += KvCString(serialNumber & serialNumberMask);
+            displayName += KvCString(withoutSubNumber(serialNumber));
             displayName += "(";
             displayName += KvCString(subNumber);
             displayName += ")";

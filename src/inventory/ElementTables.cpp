@@ -2,10 +2,6 @@
 
 #include "TextConversions.h"
 
-KvCString versionCell(const KvCVersion& version) {
-    return version.getAsULong64() == 0 ? KvCString("---") : version.getAsString();
-}
-
 void addStatusMarker(std::vector<KvCString>& row, const KvTUpdateElement& element) {
     if (!element.valid) {
         row.emplace_back("[INVALID]");

@@ -1,16 +1,12 @@
 #pragma once
 
 #include "KvCString.h"
-#include "KvCVersion.h"
 #include "KvTUpdateElement.h"
 
 #include <string>
 #include <vector>
 
 // Cells and titles that the tables of update elements share.
-
-/// The version's text; "---" for the zero version.
-[[nodiscard]] KvCString versionCell(const KvCVersion& version);
 
 /// Adds a cell with the element's status marker when it has one ("[INVALID]", "[INACTIVE]").
 void addStatusMarker(std::vector<KvCString>& row, const KvTUpdateElement& element);

@@ -1,7 +1,6 @@
 #include "InventoryWalk.h"
 
 #include "BoardIdentification.h"
-#include "CallJudgement.h"
 #include "ElementNames.h"
 #include "FilterList.h"
 #include "KvCConsoleWriter.h"
@@ -9,6 +8,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
+#include <iterator>
 #include <unordered_map>
 
 namespace {
@@ -41,7 +42,6 @@ struct ProductPaths {
     KvCInventoryAddress packageName = PRODUCT / PACKAGE_NAME;
 };
 
-constexpr std::uint32_t serialNumberMask = 0xFFFFFF;
 constexpr const char* unnamedElement = "Update Element";
 
 bool hasCategory(const KvCInventoryItem& item, const KvCInventoryAddress& category) {
@@ -56,14 +56,6 @@ const KvCInventoryItem* firstSubItemOf(const KvCInventoryItem& item, const KvCIn
     return sub;
 }
 
-/// An element of the tree and what it belongs to.
-struct ElementPlace {
-    const KvCInventoryItem& item;
-    const KvCInventoryItem& board;
-    const KvCInventoryItem* unit;
-    bool configured;
-};
-
 class InventoryWalk {
 public:
     InventoryWalk(KvCErrorListPool& errors, const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options,
@@ -71,24 +63,26 @@ public:
         : errors_(errors), writer_(writer), options_(options), elements_(elements), nodes_(nodes) {}
 
     void walk(const KvCInventoryItem& item, const KvCInventoryItem* inheritedUnit) {
-        rememberNode(item, HCN, nodes_.hcn, "HCN");
-        rememberNode(item, CN, nodes_.cn, "CN");
+        if (rememberNode(item, HCN, nodes_.hcn) && options_.verbose) {
+            writer_.print(L"HCN found: %hs\n", nodes_.hcn->toString().c_str());
+        }
+        if (rememberNode(item, CN, nodes_.cn) && options_.verbose) {
+            writer_.print(L"CN found: %hs\n", nodes_.cn->toString().c_str());
+        }
         const KvCInventoryItem* unit = unitOf(item, inheritedUnit);
         visitElement(item, unit);
         descend(item, unit);
     }
 
 private:
-    /// The first node of its kind in walk order wins.
-    void rememberNode(const KvCInventoryItem& item, const KvCInventoryAddress& id,
-                      std::optional<KvCInventoryAddress>& node, const char* name) {
+    /// The first node of its kind in walk order wins; true when the item is it.
+    [[nodiscard]] static bool rememberNode(const KvCInventoryItem& item, const KvCInventoryAddress& id,
+                                           std::optional<KvCInventoryAddress>& node) {
         if (node || item.getID()[1] != id) {
-            return;
+            return false;
         }
         node = item.getAddress();
-        if (options_.verbose) {
-            writer_.print(L"%hs found: %hs\n", name, node->toString().c_str());
-        }
+        return true;
     }
 
     /// The item itself when it names a unit; for a processor or I/O router node its backplane when that names one;
@@ -121,13 +115,13 @@ private:
             !passesFilters(item, *board)) {
             return;
         }
-        const ElementPlace place{item, *board, unit, configured};
         KvTUpdateElement& element = insert(unit);
-        fillBoard(element, place.board);
+        fillBoard(element, *board);
         if (unit != nullptr) {
             fillUnit(element, *unit);
         }
-        fillElement(element, place);
+        fillElement(element, item);
+        element.configured = configured;
         makeElementNames(element.boardName, element.boardType, element.serialNumber, element.name, element.typeName,
                          element.displayName);
         element.disabled = element.custom != 0 && options_.disableCustomElements;
@@ -169,7 +163,7 @@ private:
             }
         }
         if (!options_.boardTypeFilter.empty()) {
-            KvCString boardType;
+            KvCString boardType; // a board without a type is of any type
             readIfPresent(board, product_.boardType, boardType);
             if (!matchesFilterList(options_.boardTypeFilter, boardType.view())) {
                 return false;
@@ -248,12 +242,11 @@ private:
         }
         std::uint32_t serialNumber = 0;
         read(unit, product_.serialNumber, serialNumber);
-        const KvCInventoryItem* ioNode = unit.getItem(NETWORK / ION[serialNumber & serialNumberMask]);
+        const KvCInventoryItem* ioNode = unit.getItem(NETWORK / ION[withoutSubNumber(serialNumber)]);
         return ioNode != nullptr ? *ioNode : unit;
     }
 
-    void fillElement(KvTUpdateElement& element, const ElementPlace& place) {
-        const KvCInventoryItem& item = place.item;
+    void fillElement(KvTUpdateElement& element, const KvCInventoryItem& item) {
         element.isFileSystemElement = item.getID()[1] == FILESYSTEM_ELEMENT;
         element.elementAddress = item.getAddress();
         readIfPresent(item, ID, element.elementId);
@@ -262,7 +255,6 @@ private:
         readIfPresent(item, SW_COMPATIBILITY_ID, element.swCompatibilityId);
         readIfPresent(item, TYPE_ID, element.typeId);
         element.custom = readFlag(item, CUSTOM);
-        element.configured = place.configured;
         element.valid = readFlag(item, VALID) == 1;
         element.active = readFlag(item, ACTIVE) == 1;
         element.hasChecksum = readIfPresent(item, CHECKSUM_CRC32, element.checksumCrc32);

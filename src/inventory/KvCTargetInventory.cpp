@@ -2,6 +2,7 @@
 
 #include "ElementNames.h"
 #include "ElementTables.h"
+#include "ExhaustedMemory.h"
 #include "KvCConsoleWriter.h"
 #include "KvNInventoryIDs.h"
 #include "TableLayout.h"
@@ -18,7 +19,7 @@ public:
     ScannedTree& operator=(const ScannedTree&) = delete;
     ~ScannedTree() {
         if (root_ != nullptr) {
-            manager_.deleteInventoryTree(root_);
+            attempt([this] { manager_.deleteInventoryTree(root_); });
         }
     }
     [[nodiscard]] KvCInventoryItem*& out() { return root_; }
@@ -33,6 +34,12 @@ std::vector<KvCString> headingRow() {
     return {"Update element", "Version"};
 }
 
+std::vector<KvCString> elementRow(const KvTUpdateElement& element) {
+    std::vector<KvCString> row = {element.displayName, versionCell(element.version)};
+    addStatusMarker(row, element);
+    return row;
+}
+
 void printUnitFrame(const KvCConsoleWriter& writer, const std::wstring& title) {
     const std::wstring line(title.size() + 4, L'*');
     writer.print(L"\n%s\n* %s *\n%s\n", line.c_str(), title.c_str(), line.c_str());
@@ -43,8 +50,10 @@ void printUnitFrame(const KvCConsoleWriter& writer, const std::wstring& title) {
 KvCTargetInventory::~KvCTargetInventory() {
     fileSystemTemplate_.reset();
     if (rootHandle_ != nullptr) {
-        KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
-        KvCInventoryManager::getInstance()->deleteRootHandle(errors, std::exchange(rootHandle_, nullptr));
+        attempt([this] {
+            KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
+            KvCInventoryManager::getInstance()->deleteRootHandle(errors, std::exchange(rootHandle_, nullptr));
+        });
     }
 }
 
@@ -100,27 +109,35 @@ void KvCTargetInventory::buildFileSystemTemplate() {
     element->name = "Updatable file";
     makeElementNames(element->boardName, element->boardType, element->serialNumber, element->name, element->typeName,
                      element->displayName);
-    setFileSystemTemplate(std::move(element));
+    fileSystemTemplate_ = std::move(element);
 }
 
 void KvCTargetInventory::printElementTable() const {
-    KvTTable table;
-    if (!options_.verbose) {
-        table.push_back(headingRow());
+    if (options_.verbose) {
+        printUnitTables();
+        return;
     }
+    KvTTable table = {headingRow()};
+    for (const KvTUpdateElement& element : elements_) {
+        table.push_back(elementRow(element));
+    }
+    printTable(writer_, table);
+}
+
+/// One table for each run of elements of a unit. Elements of no unit at the head of the list have no frame and no
+/// heading.
+void KvCTargetInventory::printUnitTables() const {
+    KvTTable table;
     std::wstring title;
     for (const KvTUpdateElement& element : elements_) {
-        const std::wstring elementTitle = options_.verbose ? unitTitle(element) : std::wstring();
+        const std::wstring elementTitle = unitTitle(element);
         if (elementTitle != title) {
             printTable(writer_, table);
             table = {headingRow()};
             printUnitFrame(writer_, elementTitle);
             title = elementTitle;
         }
-        std::vector<KvCString>& row = table.emplace_back();
-        row.push_back(element.displayName);
-        row.push_back(versionCell(element.version));
-        addStatusMarker(row, element);
+        table.push_back(elementRow(element));
     }
     printTable(writer_, table);
 }

@@ -39,7 +39,7 @@ public:
     [[nodiscard]] const std::list<KvTUpdateElement>& elements() const { return elements_; }
     /// Stands for files that no element of the target claims; null when the target takes none.
     [[nodiscard]] const KvTUpdateElement* fileSystemTemplate() const { return fileSystemTemplate_.get(); }
-    /// Replaces the template, as a scan does; null: the target takes no such files.
+    /// Replaces the template that a scan has built; null: the target takes no such files.
     void setFileSystemTemplate(std::unique_ptr<KvTUpdateElement> element) { fileSystemTemplate_ = std::move(element); }
     /// Null until a scan has opened the target.
     [[nodiscard]] KvCInventoryRootHandle* rootHandle() const { return rootHandle_; }
@@ -53,6 +53,7 @@ public:
 
 private:
     void buildFileSystemTemplate();
+    void printUnitTables() const;
 
     const KvCConsoleWriter& writer_;
     const KvNReflasher::KvTOptions& options_;

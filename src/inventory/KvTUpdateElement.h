@@ -89,15 +89,18 @@ struct KvTUpdateElement {
     bool disabled = false;
 
     // Execution.
-    /// One of KvEUpdateState.
-    std::uint32_t updateState = notToBeUpdated;
+    KvEUpdateState updateState = notToBeUpdated;
     /// Failed status queries in a row.
     std::uint32_t pollFailures = 0;
     /// Indexed by KvEErrorListIndex; created once the element is in the list.
     std::array<OwnedErrorList, 2> errorLists;
 
     [[nodiscard]] bool hasArchiveFile() const { return archiveFileIndex != noArchiveFile; }
-    /// An error was collected for this element.
+    /// The running update has begun with the element, whatever came of it: it was neither left out nor cancelled.
+    [[nodiscard]] bool wasTried() const {
+        return updateState == updateStarted || updateState == updateFailed || updateState == updateFinished;
+    }
+    /// An error was collected for this element. Needs the lists of createErrorLists().
     [[nodiscard]] bool hasErrors() const {
         return errorLists[callErrors]->getErrorCount() != 0 || errorLists[targetErrors]->getErrorCount() != 0;
     }

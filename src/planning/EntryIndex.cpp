@@ -168,7 +168,7 @@ std::optional<std::uint32_t> EntryIndex::Builder::numberOf(jsonView scalar, std:
         if (scalar.is_null()) {
             return noText;
         }
-        const std::string_view text = scalar.get_string();
+        const std::string_view text = scalar.is_string() ? scalar.get_string() : "";
         return text.empty() ? std::nullopt : std::optional(index_.numberOf(text));
     }
     if (!scalar.is_number_unsigned() || scalar.get_unsigned() > std::numeric_limits<std::uint32_t>::max()) {

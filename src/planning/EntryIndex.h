@@ -28,6 +28,8 @@ public:
     /// Index of the first entry that is meant for `element`, or noArchiveFile.
     [[nodiscard]] std::uint32_t find(const KvTUpdateElement& element) const;
 
+    // What the index costs, for tests.
+
     /// How many times entries are listed: about four times the values of their descriptions at most.
     [[nodiscard]] std::size_t size() const;
     /// How many entries are listed under the key that has most. A search compares no more of them for each set of

@@ -12,10 +12,10 @@ KvCString checksumCell(const KvTUpdateElement& element, const KvTArchiveFile* fi
     if (file == nullptr && !element.hasChecksum) {
         return {};
     }
-    KvCString cell = element.hasChecksum ? KvCString(element.checksumCrc32) : KvCString("---");
+    KvCString cell = element.hasChecksum ? KvCString(element.checksumCrc32) : KvCString(unknownCell);
     const bool equal = file != nullptr && element.hasChecksum && element.checksumCrc32 == file->checksumCrc32;
     cell += equal ? " == " : " != ";
-    cell += file != nullptr ? KvCString(file->checksumCrc32) : KvCString("---");
+    cell += file != nullptr ? KvCString(file->checksumCrc32) : KvCString(unknownCell);
     return cell;
 }
 
@@ -24,7 +24,7 @@ std::vector<KvCString> planRow(const KvTUpdateElement& element, std::uint32_t nu
     std::vector<KvCString> row = {KvCString(number),
                                   element.displayName,
                                   versionCell(element.version),
-                                  file != nullptr ? versionCell(file->version) : KvCString("---"),
+                                  file != nullptr ? versionCell(file->version) : KvCString(unknownCell),
                                   checksumCell(element, file),
                                   file != nullptr ? KvCString(element.upToDate ? "Y" : "N") : KvCString(),
                                   planned ? KvCString(element.phase) : KvCString("-")};

@@ -1,27 +1,29 @@
 #include "KvCReflasher.h"
 
 #include "ErrorReport.h"
+#include "ExhaustedMemory.h"
 #include "TextConversions.h"
-#include "WithoutException.h"
+
+#include <utility>
 
 KvIReflasher* KvIReflasher::createInstance(KvNReflasher::KvTOptions options) {
-    return KvCReflasher::create(options, ::operator new);
+    return KvCReflasher::create(std::move(options), ::operator new);
 }
 
-KvCReflasher* KvCReflasher::create(const KvNReflasher::KvTOptions& options, Allocate allocate) {
+KvCReflasher* KvCReflasher::create(KvNReflasher::KvTOptions options, Allocate allocate) {
     void* block = allocate(sizeof(KvCReflasher));
     if (block == nullptr) {
         return nullptr;
     }
     try {
-        return ::new (block) KvCReflasher(options);
+        return ::new (block) KvCReflasher(std::move(options));
     } catch (...) {
         ::operator delete(block);
         throw;
     }
 }
 
-KvCReflasher::KvCReflasher(const KvNReflasher::KvTOptions& options) : options_(options) {}
+KvCReflasher::KvCReflasher(KvNReflasher::KvTOptions options) : options_(std::move(options)) {}
 
 void KvCReflasher::getArchiveInfo(std::wstring& archiveName, std::wstring& archiveVersion, std::wstring& productName,
                                   std::wstring& formatVersion, std::wstring& archiveVariant) {

@@ -13,13 +13,13 @@
 
 /// A session: owns every record of it and wires them together. Members are destroyed in reverse order, which gives the
 /// device handle back before the inventory's root handle.
-class KvCReflasher final : public KvIReflasher {
+class KvCReflasher : public KvIReflasher {
 public:
     /// Allocates a block of `size` bytes, as the ordinary operator new does.
     using Allocate = void* (*)(std::size_t size);
 
     /// Makes a session in a block of `allocate`; null when that yields null.
-    [[nodiscard]] static KvCReflasher* create(const KvNReflasher::KvTOptions& options, Allocate allocate);
+    [[nodiscard]] static KvCReflasher* create(KvNReflasher::KvTOptions options, Allocate allocate);
 
     void setPhaseCallback(KvNReflasher::KvTNumberCallback callback) override { callbacks_.phase = callback; }
     void setElementErrorCallback(KvNReflasher::KvTNumberCallback callback) override {
@@ -38,12 +38,14 @@ public:
     bool getRebootSupportStatus(std::uint32_t& status) override;
     bool reboot() override;
 
-private:
-    explicit KvCReflasher(const KvNReflasher::KvTOptions& options);
+protected:
+    explicit KvCReflasher(KvNReflasher::KvTOptions options);
 
+private:
     [[nodiscard]] std::uint32_t prepareSession();
     [[nodiscard]] bool connect(KvCErrorListPool& errors);
-    [[nodiscard]] bool isTargetSupported();
+    [[nodiscard]] bool isTargetSupported() const;
+    void disableAllElements();
     [[nodiscard]] bool runSession();
     [[nodiscard]] bool runMode(KvCErrorListPool& errors);
     void printBanner() const;

@@ -1,7 +1,7 @@
 #include "ElementTables.h"
+#include "ExhaustedMemory.h"
 #include "KvCReflasher.h"
 #include "TextConversions.h"
-#include "WithoutException.h"
 
 namespace {
 

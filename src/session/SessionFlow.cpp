@@ -1,7 +1,9 @@
 #include "ErrorReport.h"
+#include "ExhaustedMemory.h"
 #include "KvCReflasher.h"
 #include "ToolVersion.h"
-#include "WithoutException.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -60,6 +62,7 @@ std::uint32_t KvCReflasher::prepareSession() {
         planner_.plan();
     }
     if (mode == performUpdate && !isTargetSupported()) {
+        disableAllElements();
         writer_.print(L"ERROR: The target system is not supported by this firmware archive.\n");
         return targetNotSupported;
     }
@@ -94,24 +97,22 @@ bool KvCReflasher::connect(KvCErrorListPool& errors) {
     return true;
 }
 
-/// The processor boards need an archive entry for each of their update elements; otherwise nothing may be updated.
-bool KvCReflasher::isTargetSupported() {
+/// The processor boards need an archive entry for each of their update elements.
+bool KvCReflasher::isTargetSupported() const {
     const KvCInventoryAddress* hcn = inventory_.hcnAddress();
     const KvCInventoryAddress* cn = inventory_.cnAddress();
-    bool supported = true;
-    for (const KvTUpdateElement& element : inventory_.elements()) {
+    const auto& elements = inventory_.elements();
+    return std::none_of(elements.begin(), elements.end(), [hcn, cn](const KvTUpdateElement& element) {
         const bool onNode =
             (hcn != nullptr && element.boardAddress == *hcn) || (cn != nullptr && element.boardAddress == *cn);
-        if (onNode && !element.isFileSystemElement && !element.hasArchiveFile()) {
-            supported = false;
-        }
+        return onNode && !element.isFileSystemElement && !element.hasArchiveFile();
+    });
+}
+
+void KvCReflasher::disableAllElements() {
+    for (KvTUpdateElement& element : inventory_.elements()) {
+        element.disabled = true;
     }
-    if (!supported) {
-        for (KvTUpdateElement& element : inventory_.elements()) {
-            element.disabled = true;
-        }
-    }
-    return supported;
 }
 
 bool KvCReflasher::runSession() {

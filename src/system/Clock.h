@@ -2,6 +2,6 @@
 
 #include <cstdint>
 
-/// The local wall-clock time counted as if it were UTC, in seconds since 1970, daylight saving time not counted as
-/// such; 0 when the time cannot be converted.
+/// The local wall-clock time, daylight saving time included, counted as if it were UTC, in seconds since 1970; 0 when
+/// it cannot be converted.
 [[nodiscard]] std::uint64_t localTimeSeconds();

@@ -6,7 +6,6 @@
 #include <array>
 #include <climits>
 #include <cstdint>
-#include <iterator>
 #include <string_view>
 #include <type_traits>
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ExhaustedMemory.h"
 #include "KvHostInterface.h"
 
 #include <cstdint>
@@ -13,7 +14,9 @@ public:
     explicit HostInterfaceHandle(KvCErrorListPool& errors) : errors_(errors) {}
     HostInterfaceHandle(const HostInterfaceHandle&) = delete;
     HostInterfaceHandle& operator=(const HostInterfaceHandle&) = delete;
-    ~HostInterfaceHandle() { (void)release(); }
+    ~HostInterfaceHandle() {
+        attempt([this] { (void)release(); });
+    }
 
     [[nodiscard]] Handle get() const { return handle_; }
     /// Lets `operation` create the handle, and returns its status. What a failed operation leaves is no handle.

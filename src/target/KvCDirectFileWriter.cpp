@@ -1,6 +1,7 @@
 #include "KvCDirectFileWriter.h"
 
 #include "CallJudgement.h"
+#include "ExhaustedMemory.h"
 #include "Files.h"
 #include "HostInterfaceHandles.h"
 #include "KvCConsoleWriter.h"
@@ -49,11 +50,14 @@ struct KvCDirectFileWriter::Paths {
 };
 
 KvCDirectFileWriter::~KvCDirectFileWriter() {
-    if (deviceHandle_ != nullptr) {
+    if (deviceHandle_ == nullptr) {
+        return;
+    }
+    attempt([this] {
         const OwnedErrorList errors = OwnedErrorList::create();
         (void)KvHIM_deleteDeviceHandle(*errors, deviceHandle_);
         KvCErrorManager::getInstance()->sendErrorList(errors.get(), 0);
-    }
+    });
 }
 
 bool KvCDirectFileWriter::writeFileToTarget(const KvTArchiveFile& entry, const KvCString& targetPath,

@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Status of this part's own failures.
+/// Status of the failures that this class finds itself.
 constexpr std::int32_t deviceNotFound = -1;
 /// Statuses of the service that are treated apart.
 constexpr std::int32_t bufferTooSmall = 21;
@@ -184,7 +184,7 @@ bool KvCTargetAccess::rebootDevice(KvCErrorListPool& errors) const {
         return false;
     }
     if (KvHIM_FORCE_resetDevice(errors, device.get(), 0) != 0) {
-        // The status of the lookup, which is 0 here, is what this message has always shown.
+        // The message shows the status of the lookup, which is 0 here, not that of the reset.
         writer_.print(L"ERROR: Cannot reboot device with IP address %hs (error code: %i)!\n", ipAddress_.c_str(),
                       status);
         return false;

@@ -1,6 +1,7 @@
 #include "ArchiveFindings.h"
 
 #include "ArchiveFixture.h"
+#include "BinaryFile.h"
 #include "CollectingFindings.h"
 
 #include <gmock/gmock.h>
@@ -202,6 +203,39 @@ TEST_F(ArchiveFindings, ASecondDescriptionIsJudgedByItself) {
     EXPECT_FALSE(check(ArchiveBuilder().entry("1")));
     EXPECT_TRUE(check(ArchiveBuilder().entry(goodEntry())));
     EXPECT_EQ(1U, findings().errorCount());
+}
+
+TEST_F(ArchiveFindings, EveryUpdateFileThatIsNeededIsLookedAt) {
+    const auto entry = [](std::string_view name) { return goodEntry().set("name", name).remove("checksumCrc32"); };
+    writeFile("image", imageFile(21).bytes());
+    writeFile("readme", "text");
+    ASSERT_TRUE(check(ArchiveBuilder()
+                          .entry(R"({"featureLevel": 3})")
+                          .entry(entry("\"missing\""))
+                          .entry(entry("\"image\""))
+                          .entry(entry("\"readme\""))
+                          .entry(entry("\"image\""))));
+    forgetMessages();
+    EXPECT_FALSE(archive().completeFromUpdateFiles(findings()));
+    EXPECT_THAT(errors(), ElementsAre(KvTArchiveFinding{Rule::updateFileExists, 1},
+                                      KvTArchiveFinding{Rule::updateFileHasChecksum, 3}));
+    EXPECT_EQ(L"ERROR: Cannot read checksum from update file. '" + pathOf(L"missing") +
+                  L"' not found.\n"
+                  L"ERROR: Cannot read checksum from update file readme.\n"
+                  L"2 update files needed to be opened to get parameters not contained in the description file.\n\n",
+              messages());
+    EXPECT_TRUE(file(0).fileMissing);
+    EXPECT_EQ(21U, file(3).checksumCrc32);
+}
+
+TEST_F(ArchiveFindings, AnUnreadableUpdateFileEndsTheCompletionWhenTheFindingsHaveEnough) {
+    ASSERT_TRUE(check(ArchiveBuilder()
+                          .entry(goodEntry().set("name", "\"missing\"").remove("checksumCrc32"))
+                          .entry(goodEntry().set("name", "\"missing too\"").remove("checksumCrc32"))));
+    CollectingFindings limited(writer(), 1);
+    EXPECT_FALSE(archive().completeFromUpdateFiles(limited));
+    EXPECT_THAT(limited.errors(), ElementsAre(KvTArchiveFinding{Rule::updateFileExists, 0}));
+    EXPECT_FALSE(file(1).fileMissing);
 }
 
 TEST_F(ArchiveFindings, AFindingIsHandedOverBeforeItsMessageIsPrinted) {

@@ -9,22 +9,20 @@
 
 namespace {
 
-std::filesystem::path pathOfUtf8(std::string_view name) {
-    return {std::u8string(name.begin(), name.end())};
-}
-
-/// Number of this process's open files; 0 on a system that does not tell in this way.
-std::size_t openFileCount() {
-    std::error_code unknown;
-    const std::filesystem::directory_iterator files("/proc/self/fd", unknown);
-    return static_cast<std::size_t>(std::distance(files, std::filesystem::directory_iterator()));
-}
-
 KvCErrorListPool& masterErrors() {
     return KvCErrorManager::getInstance()->getMasterErrorList();
 }
 
 } // namespace
+
+std::size_t openFileCount() {
+    if constexpr (std::filesystem::path::preferred_separator == '\\') {
+        return 0;
+    }
+    std::error_code unknown;
+    const std::filesystem::directory_iterator files("/proc/self/fd", unknown);
+    return static_cast<std::size_t>(std::distance(files, std::filesystem::directory_iterator()));
+}
 
 std::string bytesOf(const std::wstring& message) {
     std::string bytes;

@@ -18,6 +18,9 @@
 /// The bytes of a message: narrow texts go into messages one character per byte.
 [[nodiscard]] std::string bytesOf(const std::wstring& message);
 
+/// Number of this process's open files; 0 on a system that does not tell in this way.
+[[nodiscard]] std::size_t openFileCount();
+
 /// An archive in a folder of its own, read by the library; every message is kept. Each test ends with nothing held of
 /// the platform, no file left open, and no error in the master error list.
 class ArchiveTest : public testing::Test {

@@ -83,9 +83,12 @@ TEST_F(ChecksumCompletion, AFileOfTwoEntriesCountsTwice) {
 
 TEST_F(ChecksumCompletion, TheChecksumThatStandsForUnknownIsLookedUp) {
     writeFile("image", imageFile(21).bytes());
-    EXPECT_TRUE(readArchive(ArchiveBuilder().entry(withChecksum("image").set("checksumCrc32", "4294967294"))));
-    EXPECT_EQ(opened(1), messages());
-    EXPECT_EQ(21U, file(0).checksumCrc32);
+    for (const char* checksum : {"4294967294", "8589934590", "18446744073709551614"}) {
+        SCOPED_TRACE(checksum);
+        EXPECT_TRUE(readArchive(ArchiveBuilder().entry(withChecksum("image").set("checksumCrc32", checksum))));
+        EXPECT_EQ(opened(1), messages());
+        EXPECT_EQ(21U, file(0).checksumCrc32);
+    }
 }
 
 TEST_F(ChecksumCompletion, NeighboursOfThatChecksumAreNotLookedUp) {
@@ -214,7 +217,8 @@ TEST_F(ChecksumCompletion, WhatIsStillUnknownIsLookedUpAgainTheNextTime) {
     std::filesystem::remove(folder() / "image");
     writeFile("bitstream", bitstreamFile(92, 23).bytes());
     forgetMessages();
-    EXPECT_TRUE(archive().completeFromUpdateFiles());
+    KvCArchiveFindings findings(writer());
+    EXPECT_TRUE(archive().completeFromUpdateFiles(findings));
     EXPECT_EQ(opened(1), messages());
     EXPECT_EQ(21U, file(0).checksumCrc32);
     EXPECT_EQ(23U, file(1).checksumCrc32);

@@ -3,6 +3,7 @@
 #include <array>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -135,6 +136,26 @@ TEST_F(DescriptionFile, TheFileIsFreeAgainAfterTheReading) {
     EXPECT_TRUE(std::filesystem::remove(folder() / "archive.json"));
     EXPECT_FALSE(readArchive("no JSON"));
     EXPECT_TRUE(std::filesystem::remove(folder() / "archive.json"));
+}
+
+/// How many files were open at each message.
+std::vector<std::size_t>& openFileCounts() {
+    static std::vector<std::size_t> counts;
+    return counts;
+}
+
+TEST_F(DescriptionFile, TheFileIsClosedBeforeAnythingIsSaid) {
+    KvTCallbacks callbacks;
+    callbacks.message = [](const std::wstring& /*text*/) { openFileCounts().push_back(openFileCount()); };
+    const KvCConsoleWriter counting(callbacks);
+    openFileCounts().clear();
+    const std::size_t before = openFileCount();
+    for (const std::string& text : {std::string("no JSON"), ArchiveBuilder().entry(R"({"featureLevel": 3})").text()}) {
+        writeFile("archive.json", text);
+        KvCFirmwareArchive fresh(counting, options());
+        static_cast<void>(fresh.readArchive(KvCErrorManager::getInstance()->getMasterErrorList()));
+    }
+    EXPECT_EQ(std::vector<std::size_t>(2, before), openFileCounts());
 }
 
 TEST_F(DescriptionFile, ARootThatIsNoObjectLacksInfo) {

@@ -24,10 +24,8 @@ protected:
         const JudgedEntry expected = judgeEntry(entry, index);
         const KvNJson::json document = KvNJson::json::parse(entry.write());
         KvCArchiveFindings findings(writer());
-        KvTEntryShape shape;
-        bool goOn = true;
         forgetMessages();
-        const KvEEntryOutcome outcome = checkEntry(findings, document.view(), index, shape, goOn);
+        const auto [outcome, hasTargetPath, goOn] = checkEntry(findings, document.view(), index);
         seen_.insert(withoutNumbers(expected.message));
 
         const bool isRefused = expected.outcome == JudgedEntry::Outcome::refused;
@@ -37,7 +35,7 @@ protected:
         EXPECT_EQ(isRefused ? 1U : 0U, findings.errorCount());
         EXPECT_EQ(!isRefused, goOn);
         if (outcome == KvEEntryOutcome::accepted) {
-            EXPECT_EQ(expected.hasTargetPath, shape.hasTargetPath) << entry.write();
+            EXPECT_EQ(expected.hasTargetPath, hasTargetPath) << entry.write();
         }
         return !HasFailure();
     }

@@ -328,7 +328,8 @@ TEST_F(EntryRules, AVersionMustBeNullOrAVersionThatIsNotZero) {
     for (const char* version : {"null", R"("1.0")", R"("0.0.0.0.1")", R"("23.2a12")"}) {
         expect(row(goodEntry().set("version", version), accepted));
     }
-    for (const char* version : {R"("")", R"("0")", R"("0.0")", R"("x")", R"("1.0.")", R"("1.0-beta")", R"("300.1")"}) {
+    for (const char* version :
+         {R"("")", R"("0")", R"("0.0")", R"("x")", R"("1.0.")", R"("1.0-beta")", R"("300.1")", R"("1.0\u0000junk")"}) {
         expect(row(goodEntry().set("version", version), entryWording("version").version));
         expect(row(entryWithBoards(joined(goodBoard().text(), ",", goodBoard().set("version", version).text())),
                    boardWording("version", 1).version));

@@ -73,8 +73,9 @@ TEST_F(InfoRules, AVariantThatIsPresentMustBeAText) {
 
 TEST_F(InfoRules, AllZeroVersionsAreInvalid) {
     for (const std::string key : {"formatVersion", "archiveVersion"}) {
-        for (const char* value : {R"("")", R"("0")", R"("0.0.0.0")", R"("one")", R"("1.")", R"("1.0 ")", R"(" 1.0")",
-                                  R"("256.1")", R"("1.256")", R"("-1.0")", R"("v1.0")", R"("#0")"}) {
+        for (const char* value :
+             {R"("")", R"("0")", R"("0.0.0.0")", R"("one")", R"("1.")", R"("1.0 ")", R"(" 1.0")", R"("256.1")",
+              R"("1.256")", R"("-1.0")", R"("v1.0")", R"("#0")", R"("1.0\u0000junk")"}) {
             SCOPED_TRACE(key + " " + value);
             EXPECT_FALSE(readDescription(ArchiveBuilder().info(key, value)));
             EXPECT_EQ(corrupt(L"\"" + std::wstring(key.begin(), key.end()) + L"\" is invalid."), messages());

@@ -23,10 +23,10 @@ JsonModel JsonModel::array(std::vector<JsonModel> items) {
     return {Kind::array, {}, std::move(items), {}};
 }
 
-JsonModel JsonModel::object(std::vector<std::pair<std::string, JsonModel>> members) {
+JsonModel JsonModel::object(const std::vector<std::pair<std::string, JsonModel>>& members) {
     JsonModel result{Kind::object, {}, {}, {}};
-    for (auto& [key, value] : members) {
-        result.addMember(key, std::move(value));
+    for (const auto& [key, value] : members) {
+        result.addMember(key, value);
     }
     return result;
 }

@@ -23,7 +23,7 @@ struct JsonModel {
     static JsonModel boolean(bool value);
     static JsonModel text(std::string_view content);
     static JsonModel array(std::vector<JsonModel> items);
-    static JsonModel object(std::vector<std::pair<std::string, JsonModel>> members);
+    static JsonModel object(const std::vector<std::pair<std::string, JsonModel>>& members);
 
     /// The member `key` of an object; null when there is none.
     [[nodiscard]] const JsonModel* find(std::string_view key) const;

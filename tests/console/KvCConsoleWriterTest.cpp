@@ -1,7 +1,7 @@
 #include "KvCConsoleWriter.h"
 
 #include "KeptMessages.h"
-#include "StandardOutputCapture.h"
+#include "RedirectedStream.h"
 
 #include <gtest/gtest.h>
 
@@ -41,7 +41,7 @@ TEST(ConsoleWriterWithCallback, AMessageWithoutCharactersIsNotHandedOver) {
 
 TEST(ConsoleWriterWithCallback, NothingGoesToStandardOutput) {
     const KeptMessages kept;
-    const StandardOutputCapture output;
+    const RedirectedStream output(stdout);
     EXPECT_EQ(kept.writer().print(L"text\n"), 5);
     std::fflush(stdout);
     EXPECT_EQ(output.received(), "");
@@ -79,7 +79,7 @@ TEST(ConsoleWriterWithCallback, TheCallbackMayPrintItself) {
 }
 
 TEST(ConsoleWriterOnStandardOutput, EachMessageArrivesAtOnce) {
-    const StandardOutputCapture output;
+    const RedirectedStream output(stdout);
     const KvCConsoleWriter writer(noCallbacks);
     EXPECT_EQ(writer.print(L"%3u%%\r", 7U), 5);
     EXPECT_EQ(output.received(), "  7%\r");
@@ -90,13 +90,13 @@ TEST(ConsoleWriterOnStandardOutput, EachMessageArrivesAtOnce) {
 }
 
 TEST(ConsoleWriterOnStandardOutput, NarrowTextArrivesByteForByte) {
-    const StandardOutputCapture output;
+    const RedirectedStream output(stdout);
     EXPECT_EQ(KvCConsoleWriter(noCallbacks).print(L"%hs|", "\xC3\xA4\xFF\x80"), 5);
     EXPECT_EQ(output.received(), "\xC3\xA4\xFF\x80|");
 }
 
 TEST(ConsoleWriterOnStandardOutput, AMessageWithoutCharactersStillFlushes) {
-    const StandardOutputCapture output;
+    const RedirectedStream output(stdout);
     std::fputs("pending", stdout);
     EXPECT_EQ(output.received(), "");
     EXPECT_EQ(KvCConsoleWriter(noCallbacks).print(L"%hs", ""), 0);
@@ -108,7 +108,7 @@ TEST(ConsoleWriter, TheCallbackMayChangeBetweenMessages) {
     received.clear();
     KvTCallbacks callbacks;
     const KvCConsoleWriter writer(callbacks);
-    const StandardOutputCapture output;
+    const RedirectedStream output(stdout);
     EXPECT_EQ(writer.print(L"1"), 1);
     callbacks.message = [](const std::wstring& text) { received += text; };
     EXPECT_EQ(writer.print(L"2"), 1);
@@ -137,7 +137,7 @@ TEST(ConsoleWriterFormat, ResultAndArgumentMayBeTheSame) {
 }
 
 TEST(ConsoleWriterFormat, PrintsNothing) {
-    const StandardOutputCapture output;
+    const RedirectedStream output(stdout);
     std::wstring text;
     EXPECT_EQ(KvCConsoleWriter::format(text, L"text"), 4);
     std::fflush(stdout);

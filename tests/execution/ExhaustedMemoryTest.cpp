@@ -2,6 +2,8 @@
 
 #include "KvEmulation.h"
 
+#include <gmock/gmock.h>
+
 #include <cstddef>
 #include <new>
 
@@ -48,6 +50,8 @@ TEST_F(ExhaustedMemoryTest, LeavesNeitherLockNorFilesWhereverItStrikes) {
     for (; runAndFailAt(number); ++number) {
         SCOPED_TRACE(testing::Message() << "at event " << number);
         EXPECT_EQ(log.callsOf("unlock"), std::vector<std::string>{"unlock"});
+        EXPECT_THAT(log.callsOf("updateFinish"),
+                    testing::ElementsAre("updateFinish HCN[1]/CN[1]", "updateFinish HCN[1]"));
         EXPECT_EQ(log.callsOf("deleteRemoteFile").size(), log.callsOf("transferFile").size());
         EXPECT_EQ(textsOf(errors()), std::vector<std::string>());
         const KvEmulation::KvTLedger held = KvEmulation::ledger();

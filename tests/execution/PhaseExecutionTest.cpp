@@ -65,6 +65,12 @@ protected:
         }
         return characters;
     }
+    /// The progress line at 100 % with the spinner of line number `line`, from 0.
+    std::string spinnerLine(std::size_t line) {
+        std::string text = progressLine("100");
+        text[spinnerColumn] = spinners().at(line);
+        return text;
+    }
     /// An element of the target's file system that a target claims.
     void addClaimedFile(const std::string& location) {
         node.element(completeFile(1, location));
@@ -320,11 +326,27 @@ TEST_F(PhaseExecutionTest, TheSpinnerTurnsAndGoesOnFromPhaseToPhase) {
 }
 
 TEST_F(PhaseExecutionTest, TheSpinnerGoesOnFromSessionToSession) {
+    addNodeElement(1, completeElement(1).polls(2));
+    options.forceUpdate = true;
+    EXPECT_TRUE(update());
+    const std::string first = spinners();
+    ASSERT_EQ(first.size(), 3U);
+    beginSession();
+    EXPECT_TRUE(run());
+    EXPECT_EQ(first + spinners(), spinnerFrom(first[0], 6));
+}
+
+TEST_F(PhaseExecutionTest, ARoundPrintsItsLineBeforeItTellsThePercentageAndPauses) {
     addNodeElement(1, completeElement(1).polls(1));
     EXPECT_TRUE(update());
-    EXPECT_TRUE(run());
-    ASSERT_FALSE(spinners().empty());
-    EXPECT_EQ(spinners(), spinnerFrom(spinners()[0], 4));
+    ASSERT_EQ(spinners().size(), 2U);
+    const std::vector<std::string> events = log.events();
+    const auto query = std::find(events.begin(), events.end(), "updateStatus2 HCN[1] 1");
+    ASSERT_GE(std::distance(query, events.end()), 10);
+    EXPECT_THAT(std::vector<std::string>(query, std::next(query, 10)),
+                ElementsAre("updateStatus2 HCN[1] 1", said(spinnerLine(0)), "progress 100", "sleep 200000",
+                            said(spinnerLine(1)), "progress 100", "sleep 200000", said(completeLine),
+                            "updateErrors2 HCN[1] 1", said("[OK]\n")));
 }
 
 TEST_F(PhaseExecutionTest, WithoutProgressNoLineIsPrintedButTheCallbackIsCalled) {
@@ -386,92 +408,3 @@ TEST_F(PhaseExecutionTest, ALongUpdateIsPolledForAsLongAsItLasts) {
     EXPECT_TRUE(update());
     EXPECT_EQ(log.callsOf("updateStatus2").size(), polls);
 }
-
-// Status queries.
-
-TEST_F(PhaseExecutionTest, FinishedElementsAreNotAskedAgain) {
-    addBoard(1, completeElement(1).polls(1));
-    addBoard(2, completeElement(1).polls(3));
-    EXPECT_TRUE(update());
-    EXPECT_THAT(log.callsOf("updateStatus2"),
-                ElementsAre("updateStatus2 IOMODULE[1] 1", "updateStatus2 IOMODULE[2] 1", "updateStatus2 IOMODULE[2] 1",
-                            "updateStatus2 IOMODULE[2] 1"));
-}
-
-TEST_F(PhaseExecutionTest, TwoFailedQueriesInARowEndTheElement) {
-    addNodeElement(1, completeElement(1).polls(9));
-    addFault(fault("updateStatus2").occurrence(2));
-    addFault(fault("updateStatus2").occurrence(3));
-    EXPECT_FALSE(update());
-    EXPECT_THAT(states(), ElementsAre(3));
-    EXPECT_THAT(log.events({Kind::call, Kind::notification}),
-                ElementsAre("lock HCN[1] 65539", "phase 0", testing::_, "update2 HCN[1] 1", "updateStatus2 HCN[1] 1",
-                            "progress 11", "updateStatus2 HCN[1] 1 -> status 1, errors 1", "progress 0",
-                            "updateStatus2 HCN[1] 1 -> status 1, errors 1", "elementError 0", "progress 100",
-                            "progress 100", "deleteRemoteFile HCN[1]", "phase 4294967295", "updateFinish HCN[1]/CN[1]",
-                            "updateFinish HCN[1]", "unlock"));
-    EXPECT_THAT(textsOf(*element(0).errorLists[callErrors]),
-                ElementsAre("Fault at updateStatus2.", "Fault at updateStatus2."));
-}
-
-TEST_F(PhaseExecutionTest, AGoodAnswerBetweenFailedQueriesResetsTheCount) {
-    addNodeElement(1, completeElement(1).polls(5));
-    for (const std::uint32_t occurrence : {1U, 3U, 5U, 7U}) {
-        addFault(fault("updateStatus2").occurrence(occurrence));
-    }
-    prepare();
-    EXPECT_FALSE(run());
-    EXPECT_THAT(states(), ElementsAre(5));
-    EXPECT_EQ(element(0).pollFailures, 0U);
-    EXPECT_THAT(progress(), ElementsAre("progress 0", "progress 20", "progress 0", "progress 40", "progress 0",
-                                        "progress 60", "progress 0", "progress 80", "progress 100", "progress 100"));
-}
-
-TEST_F(PhaseExecutionTest, AnElementThatFailedOnceCountsAsZeroInThatRound) {
-    addBoard(1, completeElement(1).progress({{1, 2}, {1, 2}}));
-    addBoard(2, completeElement(1).progress({{1, 2}, {1, 2}}));
-    addFault(fault("updateStatus2").at("IOMODULE[2]"));
-    EXPECT_FALSE(update());
-    EXPECT_THAT(progress(), ElementsAre("progress 25", "progress 50", "progress 75", "progress 100", "progress 100"));
-}
-
-TEST_F(PhaseExecutionTest, FailuresOfDifferentElementsAreCountedApart) {
-    addBoard(1, completeElement(1).polls(2));
-    addBoard(2, completeElement(1).polls(2));
-    addFault(fault("updateStatus2").at("IOMODULE[1]"));
-    addFault(fault("updateStatus2").at("IOMODULE[2]"));
-    EXPECT_FALSE(update());
-    EXPECT_THAT(states(), ElementsAre(5, 5));
-}
-
-TEST_F(PhaseExecutionTest, AQueryWithAnErrorHasFailedWhateverItsStatus) {
-    addNodeElement(1, completeElement(1));
-    addFault(fault("updateStatus2").occurrence(0).status(0));
-    EXPECT_FALSE(update());
-    EXPECT_THAT(states(), ElementsAre(3));
-    EXPECT_EQ(log.callsOf("updateStatus2").size(), 2U);
-}
-
-TEST_F(PhaseExecutionTest, AQueryWithoutAnErrorIsAnAnswerWhateverItsStatus) {
-    addNodeElement(1, completeElement(1));
-    addFault(fault("updateStatus2").status(7).noErrors());
-    EXPECT_FALSE(update());
-    // An answer that names no state is not one of an update that runs or has succeeded.
-    EXPECT_THAT(states(), ElementsAre(3));
-    EXPECT_EQ(log.callsOf("updateStatus2").size(), 1U);
-    EXPECT_FALSE(element(0).hasErrors());
-}
-
-class FinalStateTest : public PhaseExecutionTest, public testing::WithParamInterface<std::uint32_t> {};
-
-TEST_P(FinalStateTest, OtherThanRunningAndSucceededFailsTheElement) {
-    addNodeElement(1, completeElement(1).polls(1).finalState(GetParam()));
-    EXPECT_FALSE(update());
-    EXPECT_THAT(states(), ElementsAre(3));
-    EXPECT_THAT(log.events({Kind::call, Kind::notification}),
-                ElementsAre("lock HCN[1] 65539", "phase 0", testing::_, "update2 HCN[1] 1", "updateStatus2 HCN[1] 1",
-                            "elementError 0", "progress 100", "progress 100", "deleteRemoteFile HCN[1]",
-                            "phase 4294967295", "updateFinish HCN[1]/CN[1]", "updateFinish HCN[1]", "unlock"));
-}
-
-INSTANTIATE_TEST_SUITE_P(States, FinalStateTest, testing::Values(0, 3, 4, 5, 0xFFFFFFFF));

@@ -15,8 +15,6 @@ using Kind = SessionLog::Kind;
 
 namespace {
 
-constexpr std::uint32_t anyState = 99;
-
 class UpdateDriverTest : public UpdateTest {
 protected:
     std::vector<std::string> calls() { return log.events({Kind::call}); }
@@ -187,7 +185,7 @@ TEST_F(UpdateDriverTest, EnabledElementsWithAnEntryAreUpdatedAndNoOthers) {
     prepare();
     element(1).disabled = true;
     for (std::size_t index = 0; index < 3; ++index) {
-        element(index).updateState = anyState;
+        element(index).updateState = updateCancelled;
     }
     EXPECT_TRUE(run());
     EXPECT_THAT(states(), ElementsAre(5, 0, 0));

@@ -16,6 +16,10 @@ void UpdateTest::withoutNotifications() {
 
 void UpdateTest::prepare() {
     serve();
+    beginSession();
+}
+
+void UpdateTest::beginSession() {
     session_.emplace(callbacks_, options);
     ASSERT_TRUE(session_->archive.readArchive(errors()));
     ASSERT_TRUE(session_->access.resolveTarget(errors()));

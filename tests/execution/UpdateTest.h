@@ -28,6 +28,8 @@ protected:
 
     /// Makes the update ready to run: serves the target, reads the archive, scans and plans. Forgets what was recorded.
     void prepare();
+    /// The last part of prepare(): begins another session with the target as it is now.
+    void beginSession();
     /// Runs the update; its result.
     bool run();
     /// prepare() and run().

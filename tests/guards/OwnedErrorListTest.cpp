@@ -33,7 +33,7 @@ static_assert(std::is_nothrow_move_assignable_v<OwnedErrorList>);
 
 TEST_F(OwnedErrorListTest, OwnsNothingAtFirst) {
     const OwnedErrorList errors;
-    EXPECT_EQ(errors.get(), nullptr);
+    EXPECT_EQ(errors.get(), nullptr); // NOLINT(bugprone-use-after-move): what is left of it is the test
     EXPECT_EQ(listsHeld(), 0U);
 }
 
@@ -50,7 +50,7 @@ TEST_F(OwnedErrorListTest, CreatesAnEmptyListAndGivesItBackAtTheEnd) {
 
 TEST_F(OwnedErrorListTest, ACopyOwnsNothing) {
     const OwnedErrorList errors = OwnedErrorList::create();
-    const OwnedErrorList copy(errors);
+    const OwnedErrorList copy(errors); // NOLINT(performance-unnecessary-copy-initialization)
     EXPECT_EQ(copy.get(), nullptr);
     EXPECT_NE(errors.get(), nullptr);
     EXPECT_EQ(listsHeld(), 1U);
@@ -89,7 +89,7 @@ TEST_F(OwnedErrorListTest, MovingHandsTheListOver) {
     KvCErrorList* const list = errors.get();
     const OwnedErrorList moved(std::move(errors));
     EXPECT_EQ(moved.get(), list);
-    EXPECT_EQ(errors.get(), nullptr);
+    EXPECT_EQ(errors.get(), nullptr); // NOLINT(bugprone-use-after-move): what is left of it is the test
     EXPECT_EQ(listsHeld(), 1U);
 }
 
@@ -99,14 +99,14 @@ TEST_F(OwnedErrorListTest, WhatIsMovedToGivesItsFormerListBackAtOnce) {
     KvCErrorList* const list = errors.get();
     assigned = std::move(errors);
     EXPECT_EQ(assigned.get(), list);
-    EXPECT_EQ(errors.get(), nullptr);
+    EXPECT_EQ(errors.get(), nullptr); // NOLINT(bugprone-use-after-move): what is left of it is the test
     EXPECT_EQ(listsHeld(), 1U);
 }
 
 TEST_F(OwnedErrorListTest, MovingFromWhatOwnsNothingGivesTheListBack) {
     OwnedErrorList errors = OwnedErrorList::create();
     errors = OwnedErrorList();
-    EXPECT_EQ(errors.get(), nullptr);
+    EXPECT_EQ(errors.get(), nullptr); // NOLINT(bugprone-use-after-move): what is left of it is the test
     EXPECT_EQ(listsHeld(), 0U);
 }
 

@@ -61,9 +61,9 @@ constexpr std::array typeNameCases = {
     TypeNameCase{"IoIpl", "IoIpl"},
     TypeNameCase{"IoFirmware", "IoFirmware"},
     TypeNameCase{"Updatable file", "Updatable file"},
-    TypeNameCase{"Grö\xC3\x9F"
+    TypeNameCase{"Gr\xC3\xB6\xC3\x9F"
                  "e",
-                 "Grö\xC3\x9F"
+                 "Gr\xC3\xB6\xC3\x9F"
                  "e"},
     TypeNameCase{"", ""},
 };

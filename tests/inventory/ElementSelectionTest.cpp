@@ -398,3 +398,17 @@ TEST_F(FilteredGapsTest, TheSelectionByConfigurationComesBeforeTheFilters) {
     EXPECT_EQ(count(), 0U);
     EXPECT_THAT(takeErrors(), IsEmpty());
 }
+
+TEST_F(FilteredGapsTest, AFilteredElementIsDroppedInSilence) {
+    options.verbose = true;
+    target.add(completeBoard("IOMODULE", "QB4120", 1).parameter("PRODUCT/HW_TYPE", 1).element(completeElement(1, "a")));
+    options.elementNameFilter = "b";
+    scan();
+    EXPECT_EQ(count(), 0U);
+    EXPECT_EQ(printed(), L"Reboot support status: 3\n");
+    options.elementNameFilter = "a";
+    KeptMessages::forget();
+    scanAgain();
+    EXPECT_EQ(count(), 1U);
+    EXPECT_NE(printed(), L"Reboot support status: 3\n");
+}

@@ -1,4 +1,5 @@
 #include "ElementTables.h"
+#include "TableLayout.h"
 
 #include "InventoryFixture.h"
 

@@ -89,6 +89,14 @@ TEST_F(InventoryScanTest, OpeningIsJudgedByItsResultAlone) {
     expectNothingScanned();
 }
 
+TEST_F(InventoryScanTest, AnErrorOfAnOpeningThatSucceedsDoesNotKeepItFromBeingScanned) {
+    target.add(fault("createRootHandleByIpAddressList").status(0));
+    EXPECT_FALSE(tryScan());
+    expectNothingScanned();
+    EXPECT_THAT(takeErrors(),
+                ElementsAre("Fault at createRootHandleByIpAddressList.", "The root handle is not valid (any more)."));
+}
+
 TEST_F(InventoryScanTest, ATargetThatCannotBeScannedFailsAndKeepsTheHandle) {
     target.add(fault("scan"));
     options.verbose = true;
@@ -229,6 +237,8 @@ TEST_F(FileSystemTemplateTest, ItHasNothingOfTheElementItself) {
     EXPECT_FALSE(file->valid);
     EXPECT_FALSE(file->active);
     EXPECT_FALSE(file->hasChecksum);
+    EXPECT_EQ(file->checksumCrc32, 0U);
+    EXPECT_FALSE(file->hasArchiveFile());
     EXPECT_EQ(file->version, KvCVersion());
     EXPECT_EQ(file->versionHistory, "");
     EXPECT_EQ(file->index, 0U);

@@ -18,6 +18,30 @@ static_assert(std::is_same_v<KvTMessageCallback, void (*)(const std::wstring&)>)
 static_assert(showVersion == 0 && showArchiveVersion == 1 && showArchiveContent == 2 && dumpArchiveDescription == 3 &&
               showTargetElements == 4 && connectOnly == 5 && showUpdatePlan == 6 && performUpdate == 7);
 
+/// Whether all fields have the type.
+template <typename Type, typename... Fields>
+inline constexpr bool areAll = (std::is_same_v<Type, Fields> && ...);
+
+using O = KvTOptions;
+static_assert(areAll<std::wstring, decltype(O::archiveFolder), decltype(O::descriptionFileName), decltype(O::target)>);
+static_assert(
+    areAll<std::string, decltype(O::boardTypeFilter), decltype(O::serialNumberFilter), decltype(O::elementNameFilter)>);
+static_assert(areAll<bool, decltype(O::forceUpdate), decltype(O::noProgress), decltype(O::verbose),
+                     decltype(O::configurationElements), decltype(O::disableCustomElements), decltype(O::reserved)>);
+static_assert(areAll<std::uint32_t, decltype(O::mode), std::underlying_type_t<KvEMode>>);
+
+using E = KvTUpdateElementInfo;
+static_assert(
+    areAll<std::uint32_t, decltype(E::index), decltype(E::serialNumber), decltype(E::slot), decltype(E::slotCount),
+           decltype(E::custom), decltype(E::phase), decltype(E::hasArchiveFile), decltype(E::archiveFileIndex)>);
+static_assert(areAll<std::wstring, decltype(E::boardType), decltype(E::boardName), decltype(E::unitPath),
+                     decltype(E::displayName), decltype(E::typeName), decltype(E::installedVersion),
+                     decltype(E::availableVersion)>);
+static_assert(areAll<bool, decltype(E::isFileSystemElement), decltype(E::valid), decltype(E::active),
+                     decltype(E::checksumMismatch), decltype(E::disabled)>);
+
+static_assert(areAll<std::string, decltype(KvTArchiveFileInfo::name), decltype(KvTArchiveFileInfo::version)>);
+
 namespace {
 
 /// True when each address lies beyond the one before.

@@ -52,6 +52,10 @@ std::string withoutSpinner(std::string text) {
 
 } // namespace
 
+TEST_F(LibrarySessionTest, TheVersionIsThatOfTheLibraryAndNotOfTheProgram) {
+    EXPECT_EQ(KvCVersion(libraryVersion().c_str()), KvCVersion(KV_LIBRARY_VERSION));
+}
+
 TEST_F(LibrarySessionTest, WithoutAnyCallbackAnUpdateIsToldOnStandardOutputOnly) {
     addRack();
     serve();

@@ -280,6 +280,14 @@ TEST(Addressing, TheIdentifierMustBeEqual) {
     EXPECT_FALSE(matches("'boardType': 'X', 'id': 7", element("X", 0)));
 }
 
+TEST(Addressing, AnIdentifierBeyond32BitsIsCutOff) {
+    EXPECT_TRUE(matches("'boardType': 'X', 'id': 4294967296", element("X", 0)));
+    EXPECT_FALSE(matches("'boardType': 'X', 'id': 4294967296", element("X", 1)));
+    EXPECT_TRUE(matches("'boardType': 'X', 'id': 4294967297", element("X", 1)));
+    EXPECT_TRUE(matches("'boardType': 'X', 'id': 4294967295", element("X", 0xFFFFFFFF)));
+    EXPECT_FALSE(matches("'boardType': 'X', 'id': 4294967295", element("X", 0)));
+}
+
 TEST(Addressing, FileSystemElementsTakeNoEntriesWithAnIdentifier) {
     EXPECT_FALSE(matches("'boardType': 'X', 'id': 0", fileElement("X", "/a")));
     EXPECT_FALSE(matches("'boardType': 'X', 'id': 0", fileElement("X", "*")));

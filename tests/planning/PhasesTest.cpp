@@ -12,6 +12,7 @@ protected:
     /// The archive has an entry of each sequence, for the element whose identifier is the entry's position.
     void archiveHasSequences(const std::vector<std::uint32_t>& sequences) {
         std::vector<std::string> entries;
+        entries.reserve(sequences.size());
         for (const std::uint32_t sequence : sequences) {
             entries.push_back("'boardType': 'X', 'id': " + std::to_string(entries.size()) +
                               ", 'sequence': " + std::to_string(sequence));

@@ -377,6 +377,15 @@ TEST_F(FaultEffect, AWriteCanBeShortWithoutAnError) {
     EXPECT_FALSE(target.folder().has("state"));
 }
 
+TEST_F(FaultEffect, AFaultWinsAgainstTheServiceStatus) {
+    target.serviceStatus(46).add(fault("KvHIM_createFilter").status(7)).serve();
+    KvHIMFilterHandle filter = nullptr;
+    EXPECT_EQ(KvHIM_createFilter(errors(), filter, 1), 7);
+    EXPECT_THAT(takeErrorCodes(), ElementsAre(EmulationErrorCodes::fault));
+    EXPECT_EQ(KvHIM_createFilter(errors(), filter, 1), 46);
+    EXPECT_THAT(takeErrorCodes(), IsEmpty());
+}
+
 TEST_F(FaultEffect, AFilterParameterIsHitByItsNumber) {
     target.add(fault("KvHIM_setFilterParameter").id(9).status(12));
     target.serve();

@@ -53,6 +53,13 @@ TEST_F(InventoryTreeFile, MayStateAChecksum) {
     EXPECT_EQ(checksum, 4294967295U);
 }
 
+TEST_F(InventoryTreeFile, MayHoldCommentsAtEveryLevel) {
+    extract(R"({"comment": [1], "inventoryTree": {"comment": "a", "id": "HCN", "items": [
+        {"id": "FIRMWARE", "comment": null}]}})");
+    ASSERT_NE(tree, nullptr);
+    EXPECT_NE(tree->getItem(FIRMWARE), nullptr);
+}
+
 TEST_F(InventoryTreeFile, MayBeginWithBlanksAndAByteOrderMark) {
     extract("\xEF\xBB\xBF\r\n\t {\"inventoryTree\": {\"id\": \"FIRMWARE\"}}\n");
     EXPECT_NE(tree, nullptr);

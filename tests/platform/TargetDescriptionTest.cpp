@@ -12,6 +12,8 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::SizeIs;
+using testing::StartsWith;
 
 class TargetDescription : public EmulationTest {
 protected:
@@ -194,11 +196,11 @@ TEST_F(TargetDescription, AMissingFolderOrFileIsRefused) {
     const ScratchFolder folder;
     const KvEmulation::KvTServeResult missing = KvEmulation::serve(folder.text() + "/none");
     EXPECT_FALSE(missing.served);
-    EXPECT_EQ(missing.error, folder.text() + "/none/target.json: cannot be opened: No such file or directory");
+    EXPECT_THAT(missing.error, StartsWith(folder.text() + "/none/target.json: cannot be opened: "));
     std::filesystem::create_directory(folder.path() / "target.json");
     const KvEmulation::KvTServeResult isFolder = KvEmulation::serve(folder.text() + "/");
     EXPECT_FALSE(isFolder.served);
-    EXPECT_EQ(isFolder.error, folder.text() + "/target.json: cannot be opened: Is a directory");
+    EXPECT_THAT(isFolder.error, StartsWith(folder.text() + "/target.json: cannot be opened: "));
 }
 
 TEST_F(TargetDescription, TwoElementsOfOneIdBelowOneBoardAreWarnedOfOnce) {
@@ -215,6 +217,27 @@ TEST_F(TargetDescription, AnUpdateElementAndAFileSystemElementMayShareAnId) {
     TargetBuilder target;
     target.add(item("HCN").element(fileSystemElement(4, "a")).element(updateElement(4)));
     EXPECT_THAT(target.serve().warnings, IsEmpty());
+}
+
+TEST_F(TargetDescription, FileSystemElementsMayShareAnIdBesideAnUpdateElement) {
+    const auto warningsOf = [](const std::vector<ItemBuilder>& elements) {
+        TargetBuilder target;
+        ItemBuilder node = item("HCN");
+        for (const ItemBuilder& element : elements) {
+            node.element(element);
+        }
+        target.add(std::move(node));
+        return target.serve().warnings;
+    };
+    const ItemBuilder file = fileSystemElement(4, "a");
+    const ItemBuilder otherFile = fileSystemElement(4, "b");
+    const ItemBuilder firmware = updateElement(4);
+    EXPECT_THAT(warningsOf({file, otherFile}), IsEmpty());
+    EXPECT_THAT(warningsOf({file, otherFile, firmware}), IsEmpty());
+    EXPECT_THAT(warningsOf({file, firmware, otherFile}), IsEmpty());
+    EXPECT_THAT(warningsOf({firmware, file, otherFile}), IsEmpty());
+    EXPECT_THAT(warningsOf({firmware, file, firmware}), SizeIs(1));
+    EXPECT_THAT(warningsOf({file, firmware, otherFile, firmware}), SizeIs(1));
 }
 
 TEST_F(TargetDescription, AnUpdateBehaviourOfWhatIsNoElementIsWarnedOf) {

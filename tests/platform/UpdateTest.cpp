@@ -340,6 +340,15 @@ TEST_F(Update, OfAnIdThatAFileSystemElementHasTooIsThatOfTheUpdateElement) {
     EXPECT_EQ(scanElement(CN / UPDATE_INFO / FILESYSTEM_ELEMENT).checksum, 1U);
 }
 
+TEST_F(Update, OfAnIdThatTwoFileSystemElementsHaveTooIsThatOfTheUpdateElement) {
+    target.add(
+        item("CN").element(fileSystemElement(5, "a")).element(fileSystemElement(5, "b")).element(updateElement(5)));
+    begin(updateElement(1));
+    boardAddress = CN;
+    EXPECT_EQ(update(5, firmwareImage(KvCVersion("2.0"), 3)), 2U);
+    EXPECT_EQ(scanElement(CN / UPDATE_INFO / UPDATE_ELEMENT).checksum, 3U);
+}
+
 TEST_F(Update, AnElementOutsideAnUpdateInfoItemCannotBeUpdated) {
     target.add(item("CN").add(updateElement(5)));
     begin(updateElement(1));

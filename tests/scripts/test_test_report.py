@@ -42,6 +42,25 @@ class ReportTest(unittest.TestCase):
         self.assertEqual(self.summary()[:2], (0, 1))
         self.assertEqual(self.summary(SKIPPED)[:2], (0, 1))
 
+    def test_program_counts_as_the_tests_of_its_own_report(self):
+        inner = ('<testsuites><testsuite><testcase name="x" classname="S" status="run" result="completed"/>'
+                 '<testcase name="y" classname="S" status="run" result="completed"><failure message="why"/></testcase>'
+                 '<testcase name="z" classname="S" status="run" result="skipped"/></testsuite></testsuites>')
+        self.assertEqual(self.program_summary(FAILED.format("all"), inner), (1, 1, ["FAILED S.y\n    why"]))
+
+    def test_program_that_crashed_after_its_tests_is_a_failure(self):
+        inner = '<testsuites><testcase name="x" classname="S" status="run" result="completed"/></testsuites>'
+        self.assertEqual(self.program_summary(FAILED.format("dead"), inner), (1, 1, ["FAILED b\n    dead"]))
+
+    def test_program_without_a_report_counts_as_one_test(self):
+        self.assertEqual(self.program_summary(FAILED.format("dead"), ""), (0, 1, ["FAILED b\n    dead"]))
+
+    def program_summary(self, case, inner):
+        with tempfile.TemporaryDirectory() as folder:
+            (Path(folder) / "report.xml").write_text(f"<testsuite>{case}</testsuite>")
+            (Path(folder) / "b.xml").write_text(inner)
+            return summarise(Path(folder) / "report.xml", folder)
+
     def test_missing_report_is_a_failure(self):
         self.assertEqual(summarise(Path("/nowhere/report.xml"))[:2], (0, 1))
 

@@ -192,9 +192,19 @@ TEST_F(QueriesTest, WithoutEntriesTheArrayIsNull) {
     EXPECT_EQ(count, 0U);
 }
 
-TEST_F(QueriesTest, BeforePrepareThereIsNothing) {
-    EXPECT_THAT(updateElements(), IsEmpty());
-    EXPECT_THAT(archiveFiles(), IsEmpty());
+TEST_F(QueriesTest, BeforePrepareTheArraysAreNull) {
+    KvTUpdateElementInfo element;
+    KvTUpdateElementInfo* elements = &element;
+    std::uint32_t count = 99;
+    session().getUpdateElements(elements, count);
+    EXPECT_EQ(elements, nullptr);
+    EXPECT_EQ(count, 0U);
+    KvTArchiveFileInfo file;
+    KvTArchiveFileInfo* files = &file;
+    count = 99;
+    session().getArchiveFiles(files, count);
+    EXPECT_EQ(files, nullptr);
+    EXPECT_EQ(count, 0U);
 }
 
 TEST_F(QueriesTest, ArchiveFilesComeInTheOrderOfTheDescription) {
@@ -215,7 +225,13 @@ TEST_F(QueriesTest, QueriesPrintNothing) {
     log.clear();
     static_cast<void>(updateElements());
     static_cast<void>(archiveFiles());
+    std::array<std::wstring, 5> texts;
+    session().getArchiveInfo(texts[0], texts[1], texts[2], texts[3], texts[4]);
+    session().disableUpdateElement(0);
     EXPECT_THAT(log.events(), IsEmpty());
+    EXPECT_EQ(texts[0], L"Archive");
+    ASSERT_EQ(updateElements().size(), 1U);
+    EXPECT_TRUE(updateElements()[0].disabled);
 }
 
 // Leaving elements out.

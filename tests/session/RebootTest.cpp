@@ -1,3 +1,4 @@
+#include "KvCReflasher.h"
 #include "SessionTest.h"
 
 #include <gmock/gmock.h>
@@ -5,7 +6,6 @@
 #include <cstdint>
 #include <ostream>
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 using namespace KvNReflasher;
 using Kind = SessionLog::Kind;
@@ -46,6 +46,16 @@ protected:
     }
 };
 
+/// A session that tells its reboot support status in its own way.
+class OverridingSession : public KvCReflasher {
+public:
+    OverridingSession(const KvTOptions& options, bool isSupported) : KvCReflasher(options), isSupported_(isSupported) {}
+    bool getRebootSupportStatus(std::uint32_t& /*status*/) override { return isSupported_; }
+
+private:
+    bool isSupported_;
+};
+
 struct StatusCase {
     const char* name;
     ItemBuilder processorBoard;
@@ -71,7 +81,7 @@ TEST_P(RebootStatusTest, IsToldWithItsMessage) {
     EXPECT_THAT(calls(), IsEmpty());
 }
 
-TEST_P(RebootStatusTest, OtherThanZeroKeepsTheRebootFromTheDevice) {
+TEST_P(RebootStatusTest, OnlyZeroLetsTheRebootReachTheDevice) {
     connect(GetParam().processorBoard);
     const bool supported = GetParam().status == 0;
     EXPECT_EQ(session().reboot(), supported);
@@ -162,4 +172,39 @@ TEST_F(RebootTest, ADeviceHandleThatCannotBeReleasedDoesNotMatter) {
     connect(rebootableNode("23.2a12"));
     EXPECT_TRUE(session().reboot());
     EXPECT_EQ(log.text(), "");
+}
+
+// A derived session.
+
+class OverriddenRebootTest : public RebootTest {
+protected:
+    /// The result of a reboot after connecting, of which alone the record is kept.
+    bool rebootOf(const ItemBuilder& processorBoard, bool isSupported) {
+        node = processorBoard;
+        serve();
+        options.mode = connectOnly;
+        OverridingSession overriding(options, isSupported);
+        overriding.setMessageCallback(SessionLog::onMessage);
+        EXPECT_EQ(overriding.prepare(), 0U);
+        log.clear();
+        const bool result = overriding.reboot();
+        told = log.text();
+        made = calls();
+        return result;
+    }
+
+    std::string told;
+    std::vector<std::string> made;
+};
+
+TEST_F(OverriddenRebootTest, AStatusThatADerivedSessionDeniesKeepsTheRebootFromTheDevice) {
+    EXPECT_FALSE(rebootOf(rebootableNode("23.2a12"), false));
+    EXPECT_EQ(told, "");
+    EXPECT_THAT(made, IsEmpty());
+}
+
+TEST_F(OverriddenRebootTest, AStatusThatADerivedSessionGrantsLetsTheRebootReachTheDevice) {
+    EXPECT_TRUE(rebootOf(completeBoard("HCN", "NODE", 0).element(completeElement(1)), true));
+    EXPECT_EQ(told, "");
+    EXPECT_EQ(made, attempt("KvHIM_FORCE_resetDevice"));
 }

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <new>
+#include <string_view>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -116,16 +117,40 @@ TEST_F(ReflasherTest, ChangingTheCallersOptionsAfterwardsHasNoEffect) {
 }
 
 TEST_F(ReflasherTest, EveryOptionIsCopied) {
-    node = completeBoard("HCN", "NODE", 7).element(completeElement(1, "One")).element(completeElement(2, "Two"));
-    boards = {completeBoard("IOMODULE", "NODE", 8).element(completeElement(1, "One")),
-              completeBoard("IOMODULE", "IO", 7).element(completeElement(1, "One"))};
+    const auto configuration = [](std::uint32_t id, std::string_view name) {
+        return completeElement(id, name).parameter("CONFIGURATION", std::uint64_t(1)).polls(1);
+    };
+    node = completeBoard("HCN", "NODE", 7)
+               .element(configuration(1, "One"))
+               .element(configuration(2, "One").parameter("CUSTOM", std::uint64_t(1)))
+               .element(configuration(3, "Two"))
+               .element(completeElement(4, "One"));
+    boards = {completeBoard("IOMODULE", "NODE", 8).element(configuration(1, "One")),
+              completeBoard("IOMODULE", "IO", 7).element(configuration(1, "One"))};
+    archive.add(entry("a.bin").board("NODE", 1).version("1.0").checksum(1)).add(entry("b.bin").board("NODE", 2));
     options.boardTypeFilter = "NODE";
     options.serialNumberFilter = "7";
     options.elementNameFilter = "One";
-    EXPECT_EQ(prepare(connectOnly), 0U);
+    options.forceUpdate = true;
+    options.noProgress = true;
+    options.verbose = true;
+    options.configurationElements = true;
+    options.disableCustomElements = true;
+    options.reserved = true;
+    options.mode = performUpdate;
+    serve();
+    static_cast<void>(session());
+    options = KvTOptions{};
+    EXPECT_EQ(session().prepare(), 0U);
     const auto elements = updateElements();
-    ASSERT_EQ(elements.size(), 1U);
+    ASSERT_EQ(elements.size(), 2U);
     EXPECT_EQ(elements[0].displayName, L"NODE, SN 7, One");
+    EXPECT_FALSE(elements[0].disabled);
+    EXPECT_TRUE(elements[1].disabled);
+    EXPECT_TRUE(run());
+    EXPECT_THAT(log.callsOf("update2"), ElementsAre("update2 HCN[1] 1"));
+    EXPECT_THAT(log.text(), testing::HasSubstr("Reboot support status: "));
+    EXPECT_THAT(log.text(), testing::Not(testing::HasSubstr("%")));
 }
 
 // Callbacks.

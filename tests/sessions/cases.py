@@ -27,13 +27,14 @@ class Case:
         self.folder = folder
         self.name = folder.name
         script = read_json(folder / "case.json")
-        unknown = set(script) - {"about", "archive", "rack", "steps"}
+        unknown = set(script) - {"about", "archive", "rack", "steps", "leaves"}
         if unknown or not script.get("about") or not script.get("steps"):
             raise CaseError(f"case.json: needs about and steps; unknown {sorted(unknown)}")
         self.about = script["about"]
         self.archive = script.get("archive", "box")
         self.rack = script.get("rack", "box")
         self.steps = script["steps"]
+        self.leaves = script.get("leaves", [])
 
 
 def case_names():

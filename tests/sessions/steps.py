@@ -9,6 +9,7 @@ import subprocess
 import time
 
 import cases
+import leftovers
 from patches import CaseError
 
 # A carriage return is written into expected files as this sign and a line feed: one progress line in each line.
@@ -51,6 +52,7 @@ class Session:
         self.process = None
         self.used = {"case.json"}
         self.updated = []
+        self.left = []
 
     def follow(self):
         """Makes every step; raises Mismatch at the first that goes wrong."""
@@ -61,6 +63,9 @@ class Session:
                 raise CaseError("the last step leaves a process running")
         finally:
             self.kill_process()
+        left = sorted(self.left + leftovers.on_target(self.scratch / "rack"))
+        if left != sorted(self.case.leaves):
+            raise Mismatch(f"leaves behind {left}, expected {sorted(self.case.leaves)}")
         stray = {path.name for path in self.case.folder.iterdir()} - self.used
         if stray:
             raise CaseError(f"no step uses {', '.join(sorted(stray))}")
@@ -152,6 +157,7 @@ def run(session, number, step):
         session.compare_trace(number)
     if code != step.get("exit", 0):
         raise Mismatch(f"step {number}: exit code {code}, expected {step.get('exit', 0)}")
+    session.left += leftovers.unreleased(session.produced(f"{number}.trace"))
 
 
 def calls_so_far(path, call):

@@ -1,6 +1,7 @@
 """Tests of the session runner, against a stand-in that prints what its command line says."""
 
 import contextlib
+import fcntl
 import io
 import json
 import sys
@@ -10,6 +11,7 @@ import unittest
 from pathlib import Path
 
 import cases
+import leftovers
 import patches
 from run_sessions import run_case
 from steps import Runner
@@ -26,6 +28,9 @@ elif verb == "complain":
     print(rest[0], file=sys.stderr)
 elif verb == "cat":
     sys.stdout.write(open(rest[0]).read())
+elif verb == "write":
+    os.makedirs(os.path.dirname(rest[0]))
+    open(rest[0], "w").close()
 elif verb == "exit":
     sys.exit(int(rest[0]))
 elif verb == "trace":
@@ -139,6 +144,49 @@ class RunnerTest(unittest.TestCase):
             {"listing": "archive", "files": ["archive.json", "hcn.bin", "ipl.bin"]},
             {"archive": {"base": "box", "patch": [{"descriptionText": "text"}]}},
             {"run": "cat archive/archive.json"}, files={"4.out": "text"}), "")
+
+    def test_file_that_stays_on_the_target_fails(self):
+        step = {"run": "write rack/state/transferred/below/1"}
+        self.assertIn("leaves behind ['state/transferred'], expected []", self.report(step))
+        self.assertEqual(self.report(step, leaves=["state/transferred"]), "")
+        self.assertEqual(self.report({"run": "write rack/state/elements/1"}), "")
+
+    def test_what_a_run_takes_and_does_not_give_back_fails(self):
+        for take, release in leftovers.RELEASES.items():
+            with self.subTest(take):
+                taken, returned = f'{{"call": "{take}"}}', f'{{"call": "{release}"}}'
+                self.assertEqual(self.report({"run": f"trace '{taken}' '{returned}'"}), "")
+                report = self.report({"run": f"trace '{taken}' '{returned}' '{taken}'"}, {"run": "exit 0"})
+                self.assertIn(f"leaves behind ['{take}'], expected []", report)
+
+    def test_calls_that_failed_take_and_give_back_nothing(self):
+        lock, failed = '{"call": "lock"}', '{"call": "%s", "status": 1, "errors": 1}'
+        self.assertEqual(self.report({"run": f"trace '{failed % 'lock'}'"}), "")
+        self.assertIn("leaves behind ['lock']", self.report({"run": f"trace '{lock}' '{failed % 'unlock'}'"}))
+
+    def test_what_one_run_takes_another_does_not_give_back(self):
+        steps = [{"run": """trace '{"call": "lock"}'"""}, {"run": """trace '{"call": "unlock"}'"""}]
+        self.assertIn("leaves behind ['lock'], expected []", self.report(*steps))
+
+    def test_what_is_left_is_told_exactly(self):
+        step = {"run": """trace '{"call": "lock"}'"""}
+        self.assertEqual(self.report(step, step, leaves=["lock", "lock"]), "")
+        self.assertIn("leaves behind ['lock', 'lock'], expected ['lock']", self.report(step, step, leaves=["lock"]))
+        self.assertIn("leaves behind [], expected ['lock']", self.report({"run": "exit 0"}, leaves=["lock"]))
+
+    def test_killed_tool_need_not_give_anything_back(self):
+        steps = [{"start": """hang '{"call": "lock"}'""", "until": {"call": "lock"}}, {"kill": True}]
+        self.assertEqual(self.report(*steps, files={"1.out": "begun\n"}), "")
+
+    def test_lock_that_is_held_is_seen(self):
+        self.assertEqual(leftovers.on_target(self.folder / "rack"), [])
+        lock = self.folder / "rack" / "state" / "lock"
+        lock.parent.mkdir(parents=True)
+        with open(lock, "wb") as file:
+            self.assertEqual(leftovers.on_target(self.folder / "rack"), [])
+            fcntl.flock(file, fcntl.LOCK_EX)
+            self.assertEqual(leftovers.on_target(self.folder / "rack"), ["state/lock"])
+        self.assertEqual(leftovers.on_target(self.folder / "rack"), [])
 
 
 class PatchTest(unittest.TestCase):

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,5 +24,12 @@ public:
 
 private:
     struct Impl;
+
+    /// False when not all of `text` could be written.
+    bool send(const std::string& text);
+    /// The bytes that have arrived, at least one; empty at the end.
+    std::string receive();
+
     std::unique_ptr<Impl> impl_;
+    std::string pending_;
 };

@@ -8,7 +8,6 @@
 #include <csignal>
 #include <fcntl.h>
 #include <spawn.h>
-#include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -27,7 +26,6 @@ struct ChildProcess::Impl {
     pid_t process = -1;
     int input = -1;
     int output = -1;
-    std::string pending;
 
     void reap(int* status) {
         if (process > 0) {
@@ -67,23 +65,14 @@ ChildProcess::~ChildProcess() {
     closeEnd(impl_->output);
 }
 
-std::string ChildProcess::ask(const std::string& line) {
-    const std::string text = line + "\n";
-    EXPECT_EQ(::write(impl_->input, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    std::size_t end = impl_->pending.find('\n');
-    while (end == std::string::npos) {
-        std::array<char, 512> piece{};
-        const ssize_t size = ::read(impl_->output, piece.data(), piece.size());
-        if (size <= 0) {
-            ADD_FAILURE() << "no answer to \"" << line << "\"";
-            return {};
-        }
-        impl_->pending.append(piece.data(), static_cast<std::size_t>(size));
-        end = impl_->pending.find('\n');
-    }
-    std::string answer = impl_->pending.substr(0, end);
-    impl_->pending.erase(0, end + 1);
-    return answer;
+bool ChildProcess::send(const std::string& text) {
+    return ::write(impl_->input, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+}
+
+std::string ChildProcess::receive() {
+    std::array<char, 512> piece{};
+    const ssize_t size = ::read(impl_->output, piece.data(), piece.size());
+    return {piece.data(), static_cast<std::size_t>(size > 0 ? size : 0)};
 }
 
 int ChildProcess::finish() {

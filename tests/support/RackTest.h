@@ -2,6 +2,7 @@
 
 #include "ArchiveFolder.h"
 #include "CompleteItems.h"
+#include "EnvironmentVariable.h"
 #include "SessionLog.h"
 #include "TargetBuilder.h"
 
@@ -44,6 +45,8 @@ protected:
     std::vector<ItemBuilder> boards;
     ArchiveFolder archive;
     SessionLog log;
+    /// No pause takes time, however the test is started.
+    EnvironmentVariable timeScale{"KV_TIME_SCALE", "0"};
     /// How many releases of what does not exist the test provokes.
     std::uint32_t expectedBadReleases = 0;
 };

@@ -5,6 +5,10 @@
 #include <string_view>
 #include <vector>
 
+/// The path that UTF-8 text names, "/" between components, and the text of a path.
+[[nodiscard]] std::filesystem::path pathOfUtf8(std::string_view text);
+[[nodiscard]] std::string utf8Of(const std::filesystem::path& path);
+
 /// A folder of its own in the tests' scratch folder, removed at the end.
 class ScratchFolder {
 public:
@@ -16,7 +20,8 @@ public:
     ~ScratchFolder();
 
     [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-    [[nodiscard]] std::string text() const { return path_.string(); }
+    /// In UTF-8, as the names of the following.
+    [[nodiscard]] std::string text() const { return utf8Of(path_); }
 
     /// Writes a file below the folder, its folders included, and returns its path.
     // NOLINTNEXTLINE(modernize-use-nodiscard): mostly called for its effect

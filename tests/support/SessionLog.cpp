@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <type_traits>
 #include <utility>
 
 namespace {
@@ -26,7 +27,7 @@ std::string escaped(wchar_t character) {
     if (isLayout(character)) {
         return character == L'\n' ? "\\n" : character == L'\r' ? "\\r" : "\\t";
     }
-    const auto number = static_cast<std::uint32_t>(character);
+    const auto number = static_cast<std::uint32_t>(static_cast<std::make_unsigned_t<wchar_t>>(character));
     if (number >= 0x20 && number < 0x7F) {
         return {static_cast<char>(number)};
     }
@@ -92,7 +93,7 @@ void SessionLog::notify(std::string_view name, std::uint32_t value) {
     record(Kind::notification, text.append(" ").append(std::to_string(value)));
 }
 
-void SessionLog::record(Kind kind, std::string text) {
+void SessionLog::record(Kind kind, const std::string& text) {
     catchUp();
     events_.push_back({kind, text});
     if (observer_) {

@@ -61,7 +61,7 @@ private:
         std::string text;
     };
 
-    void record(Kind kind, std::string text);
+    void record(Kind kind, const std::string& text);
     void notify(std::string_view name, std::uint32_t value);
     /// Takes over the calls and pauses since the last time.
     void catchUp();

@@ -35,8 +35,8 @@ std::int64_t calendarSeconds(std::time_t moment) {
     using namespace std::chrono;
     const std::tm* const local = std::localtime(&moment);
     const sys_days day = year(local->tm_year + 1900) / (local->tm_mon + 1) / local->tm_mday;
-    return duration_cast<seconds>(day.time_since_epoch()).count() + (local->tm_hour * 60 + local->tm_min) * 60 +
-           local->tm_sec;
+    return duration_cast<seconds>(day.time_since_epoch()).count() +
+           (hours(local->tm_hour) + minutes(local->tm_min) + seconds(local->tm_sec)).count();
 }
 
 struct ZoneCase {

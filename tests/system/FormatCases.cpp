@@ -1,5 +1,6 @@
 #include "FormatCases.h"
 
+#include "RedirectedStream.h"
 #include "ScratchFolder.h"
 #include "StreamGuard.h"
 #include "WideFormat.h"
@@ -154,10 +155,10 @@ std::vector<FormatCase> literalCases() {
 } // namespace
 
 int Formatter::operator()(const wchar_t* format, ...) const {
-    std::va_list arguments;
-    va_start(arguments, format);
+    Arguments arguments{};
+    va_start(arguments.list, format);
     const int result = function_(format, arguments);
-    va_end(arguments);
+    va_end(arguments.list);
     return result;
 }
 
@@ -195,11 +196,11 @@ Written writeCase(const FormatCase& row) {
     const ScratchFolder folder;
     Written written;
     {
-        const StreamGuard stream(std::fopen((folder.path() / "stream").string().c_str(), "wb"));
-        written.result = row.call(Formatter([&](const wchar_t* format, std::va_list arguments) {
-            return writeFormatted(stream.get(), format, arguments);
+        const StreamGuard stream(std::fopen((folder.path() / "stream").string().c_str(), "w"));
+        written.result = row.call(Formatter([&](const wchar_t* format, Formatter::Arguments& arguments) {
+            return writeFormatted(stream.get(), format, arguments.list);
         }));
     }
-    written.bytes = folder.read("stream");
+    written.bytes = writtenLines(folder.read("stream"));
     return written;
 }

@@ -12,7 +12,10 @@
 /// Calls one of the formatting functions with the arguments of a case.
 class Formatter {
 public:
-    using Function = std::function<int(const wchar_t* format, std::va_list arguments)>;
+    struct Arguments {
+        std::va_list list;
+    };
+    using Function = std::function<int(const wchar_t* format, Arguments& arguments)>;
 
     explicit Formatter(Function function) : function_(std::move(function)) {}
 

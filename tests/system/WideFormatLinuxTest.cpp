@@ -15,13 +15,14 @@ namespace {
 
 const Formatter& counting() {
     static const Formatter formatter(
-        [](const wchar_t* format, std::va_list arguments) { return countFormatted(format, arguments); });
+        [](const wchar_t* format, Formatter::Arguments& arguments) { return countFormatted(format, arguments.list); });
     return formatter;
 }
 
 Formatter writingTo(std::FILE* stream) {
-    return Formatter(
-        [=](const wchar_t* format, std::va_list arguments) { return writeFormatted(stream, format, arguments); });
+    return Formatter([=](const wchar_t* format, Formatter::Arguments& arguments) {
+        return writeFormatted(stream, format, arguments.list);
+    });
 }
 
 /// Wide text is UTF-8 on a stream, whatever the locale.
@@ -71,8 +72,8 @@ TEST(WideFormatFailure, ANumberOfMoreDigitsThanAnyoneReads) {
 
 TEST(WideFormatFailure, ABufferThatIsTooSmallIsFilledAndNotMore) {
     std::wstring buffer(6, L'~');
-    const Formatter format([&](const wchar_t* text, std::va_list arguments) {
-        return formatIntoBuffer(buffer.data(), 3, text, arguments);
+    const Formatter format([&](const wchar_t* text, Formatter::Arguments& arguments) {
+        return formatIntoBuffer(buffer.data(), 3, text, arguments.list);
     });
     EXPECT_EQ(format(L"%hs", "abc"), -1);
     EXPECT_EQ(buffer, L"abc~~~");

@@ -1,6 +1,7 @@
 #include "WideFormat.h"
 
 #include "FormatCases.h"
+#include "RedirectedStream.h"
 #include "ScratchFolder.h"
 #include "StreamGuard.h"
 
@@ -23,8 +24,8 @@ class WideFormatIntoText : public testing::TestWithParam<FormatCase> {};
 class WideFormatOntoStream : public testing::TestWithParam<FormatCase> {};
 
 TEST_P(WideFormatIntoText, CountsTheCharacters) {
-    const int count = GetParam().call(
-        Formatter([](const wchar_t* format, std::va_list arguments) { return countFormatted(format, arguments); }));
+    const int count = GetParam().call(Formatter(
+        [](const wchar_t* format, Formatter::Arguments& arguments) { return countFormatted(format, arguments.list); }));
     EXPECT_EQ(count, static_cast<int>(GetParam().text.size()));
 }
 
@@ -32,8 +33,8 @@ TEST_P(WideFormatIntoText, FillsABufferThatJustHoldsThem) {
     const std::wstring& expected = GetParam().text;
     constexpr wchar_t untouched = L'~';
     std::wstring buffer(expected.size() + 3, untouched);
-    const int count = GetParam().call(Formatter([&](const wchar_t* format, std::va_list arguments) {
-        return formatIntoBuffer(buffer.data(), expected.size() + 1, format, arguments);
+    const int count = GetParam().call(Formatter([&](const wchar_t* format, Formatter::Arguments& arguments) {
+        return formatIntoBuffer(buffer.data(), expected.size() + 1, format, arguments.list);
     }));
     EXPECT_EQ(count, static_cast<int>(expected.size()));
     EXPECT_EQ(buffer, expected + L'\0' + untouched + untouched);
@@ -51,12 +52,13 @@ INSTANTIATE_TEST_SUITE_P(Shapes, WideFormatOntoStream, testing::ValuesIn(formatC
 
 TEST(WideFormat, LeavesFlushingToTheCaller) {
     const ScratchFolder folder;
-    const StreamGuard stream(std::fopen((folder.path() / "stream").string().c_str(), "wb"));
+    const StreamGuard stream(std::fopen((folder.path() / "stream").string().c_str(), "w"));
     ASSERT_NE(stream, nullptr);
-    const Formatter format(
-        [&](const wchar_t* text, std::va_list arguments) { return writeFormatted(stream.get(), text, arguments); });
+    const Formatter format([&](const wchar_t* text, Formatter::Arguments& arguments) {
+        return writeFormatted(stream.get(), text, arguments.list);
+    });
     EXPECT_EQ(format(L"%hs\n", "abc"), 4);
     EXPECT_EQ(folder.read("stream"), "");
     std::fflush(stream.get());
-    EXPECT_EQ(folder.read("stream"), "abc\n");
+    EXPECT_EQ(writtenLines(folder.read("stream")), "abc\n");
 }

@@ -107,9 +107,11 @@ TEST_F(DeviceLookupCallsTest, AStatusEndsTheLookupAndIsPassedUp) {
         expected.insert(expected.end(), row.callsAfter.begin(), row.callsAfter.end());
         for (const std::int32_t status : {77, -5, 33, 46, -2147483647}) {
             service().forget();
+            errors().reset();
             service().answer(row.operation, {.status = status, .addsError = true, .leavesHandle = true},
                              row.occurrence);
             EXPECT_EQ(failingLookup(), status) << row.operation;
+            EXPECT_EQ(errors().getErrorCount(), 1U) << row.operation;
             EXPECT_THAT(service().operations(), ElementsAreArray(expected)) << row.operation << " " << row.occurrence;
             EXPECT_THAT(service().held(), IsEmpty());
         }
@@ -161,6 +163,20 @@ TEST_F(DeviceLookupCallsTest, AListOf1000DevicesOrMoreIsNotFetched) {
         EXPECT_THAT(service().operations(), testing::Contains("getDeviceList").Times(1));
         EXPECT_EQ(errors().getErrorCount(), 1U);
     }
+}
+
+TEST_F(DeviceLookupCallsTest, TheCheckShowsTheStatusOfAListThatIsNotFetched) {
+    service().answer("getDeviceList", {.status = bufferTooSmall, .addsError = true, .count = 1000});
+    EXPECT_FALSE(access().checkTargetAccessible(errors()));
+    EXPECT_EQ(messages(), L"ERROR: Device with IP address 10.0.0.7 not found (error code: 21)!\n");
+}
+
+TEST_F(DeviceLookupCallsTest, AnEmptyListIsFetchedTooAndItsErrorDropped) {
+    service().answer("getDeviceList", {.status = bufferTooSmall, .addsError = true, .count = 0});
+    service().answer("getDeviceList", {.count = 0}, 2);
+    EXPECT_EQ(failingLookup(), -1);
+    EXPECT_THAT(service().operations(), testing::Contains("getDeviceList").Times(2));
+    EXPECT_EQ(errors().getErrorCount(), 0U);
 }
 
 TEST_F(DeviceLookupCallsTest, ANegativeCountIsNotFetched) {

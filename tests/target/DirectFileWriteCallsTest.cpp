@@ -50,9 +50,9 @@ protected:
     static HostServiceStandIn& service() { return HostServiceStandIn::instance(); }
     static KvCErrorListPool& master() { return KvCErrorManager::getInstance()->getMasterErrorList(); }
 
-    bool write(const char* targetPath) {
+    bool write(const char* targetPath, const char* name = "a.cfg") {
         KvTArchiveFile entry;
-        entry.name = "a.cfg";
+        entry.name = name;
         return writer_->writeFileToTarget(entry, targetPath, messages_);
     }
     /// The calls of one write, without those that look the device up.
@@ -105,7 +105,7 @@ TEST_F(DirectFileWriteCallsTest, EveryCallOfAWriteGetsTheSamePrivateList) {
     const std::set<const KvCErrorListPool*> lists(service().errorLists().begin(), service().errorLists().end());
     EXPECT_EQ(lists.size(), 1U);
     EXPECT_FALSE(lists.contains(&master()));
-    EXPECT_EQ(KvEmulation::ledger().errorLists, 0U);
+    EXPECT_THAT(service().held(), ElementsAre("device1"));
 }
 
 TEST_F(DirectFileWriteCallsTest, TheFoldersOfThePathAreWalkedFromTheRoot) {
@@ -186,6 +186,40 @@ TEST_F(DirectFileWriteCallsTest, AClientThatComesWithAFailureIsNone) {
     service().forget();
 }
 
+TEST_F(DirectFileWriteCallsTest, AClientIsJudgedByItsStatusAlone) {
+    service().answer("createFTClientHandle", {.addsError = true});
+    EXPECT_TRUE(write("a.cfg"));
+    EXPECT_THAT(messages_, IsEmpty());
+}
+
+TEST_F(DirectFileWriteCallsTest, AFolderIsToldByItsStatusAlone) {
+    options_.verbose = true;
+    const std::wstring written = L"Successfully written /mnt/cn/cfdrive/x/a.cfg.\n";
+    service().answer("makeDir", {.addsError = true}, 1);
+    EXPECT_TRUE(write("x/a.cfg"));
+    EXPECT_THAT(messages_, ElementsAre(L"Directory /mnt/cn/cfdrive/x created.\n", written));
+    service().answer("makeDir", {.status = 1}, 2);
+    EXPECT_TRUE(write("x/a.cfg"));
+    EXPECT_THAT(messages_, ElementsAre(written));
+}
+
+TEST_F(DirectFileWriteCallsTest, AMissingLocalFileIsCreatedEmptyAndFailsWhenMoreIsTransferred) {
+    EXPECT_FALSE(write("a.cfg", "missing.cfg"));
+    EXPECT_THAT(messages_, ElementsAre(L"ERROR: Writing /mnt/cn/cfdrive/a.cfg failed. Cannot transfer file to target "
+                                       L"device. Status: 5\n"));
+    EXPECT_THAT(lastOperations(2), ElementsAre("putFileU", "deleteFTClientHandle"));
+    ASSERT_TRUE(archive_.has("missing.cfg"));
+    EXPECT_EQ(archive_.read("missing.cfg"), "");
+}
+
+TEST_F(DirectFileWriteCallsTest, TheTransferredSizeIsComparedInAllItsBits) {
+    service().answer("putFileU", {.status = 0x100000005});
+    EXPECT_FALSE(write("a.cfg"));
+    EXPECT_THAT(messages_, ElementsAre(L"ERROR: Writing /mnt/cn/cfdrive/a.cfg failed. Cannot transfer file to target "
+                                       L"device. Status: 5\n"));
+    EXPECT_THAT(lastOperations(2), ElementsAre("putFileU", "deleteFTClientHandle"));
+}
+
 TEST_F(DirectFileWriteCallsTest, AFailedTransferEndsTheWriteAndGivesTheClientBack) {
     service().answer("putFileU", {.status = -1, .addsError = true});
     EXPECT_FALSE(write("a.cfg"));
@@ -221,5 +255,13 @@ TEST_F(DirectFileWriteCallsTest, AtTheEndTheDeviceIsGivenBackWithAListThatIsSent
     ASSERT_EQ(service().errorLists().size(), 2U);
     EXPECT_EQ(service().errorLists()[0], service().errorLists()[1]);
     EXPECT_NE(service().errorLists()[0], &master());
-    EXPECT_EQ(KvEmulation::ledger().errorLists, 0U);
+    EXPECT_THAT(service().held(), IsEmpty());
+}
+
+TEST_F(DirectFileWriteCallsTest, WithoutMemoryForAListTheWriterEndsAllTheSame) {
+    EXPECT_TRUE(write("a.cfg"));
+    service().exhaustErrorLists();
+    writer_.reset();
+    EXPECT_FALSE(writer_.has_value());
+    service().forget();
 }

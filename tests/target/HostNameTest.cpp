@@ -1,8 +1,10 @@
 #include "KeptMessages.h"
+#include "KvCConsoleWriter.h"
 #include "KvCTargetAccess.h"
 #include "KvEmulation.h"
 #include "KvNRtosAbstraction.h"
 #include "NetworkStandIn.h"
+#include "SessionLog.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -47,7 +49,7 @@ private:
     KvCTargetAccess access_{messages_.writer(), options_};
 };
 
-TEST_F(HostNameTest, ANameGivesTheDottedTextOfItsFirstAddress) {
+TEST_F(HostNameTest, ANameGivesTheDottedTextOfItsAddress) {
     network().address = addressOf("192.168.0.7");
     beVerbose();
     EXPECT_TRUE(resolve(L"rack-12.plant"));
@@ -69,6 +71,26 @@ TEST_F(HostNameTest, ANameThatCannotBeResolvedIsToldWhenVerbose) {
     beVerbose();
     EXPECT_FALSE(resolve(L"nowhere"));
     EXPECT_EQ(messages(), L"ERROR: Hostname cannot be resolved!\n");
+    EXPECT_THAT(network().calls, ElementsAre("start", "resolve nowhere", "stop"));
+}
+
+TEST_F(HostNameTest, ANameThatCannotBeResolvedIsToldBeforeTheSocketServiceIsStopped) {
+    KvTCallbacks callbacks;
+    callbacks.message = [](const std::wstring& text) { network().calls.push_back(SessionLog::narrow(text)); };
+    const KvCConsoleWriter writer(callbacks);
+    KvNReflasher::KvTOptions options{};
+    options.target = L"nowhere";
+    options.verbose = true;
+    KvCTargetAccess access(writer, options);
+    EXPECT_FALSE(access.resolveTarget(errors()));
+    EXPECT_THAT(network().calls,
+                ElementsAre("start", "resolve nowhere", "ERROR: Hostname cannot be resolved!\\n", "stop"));
+}
+
+TEST_F(HostNameTest, ANameThatCannotBeResolvedLeavesTheAddressOfBefore) {
+    ASSERT_TRUE(resolve(L"127.0.0.1"));
+    EXPECT_TRUE(resolve(L"nowhere"));
+    EXPECT_EQ(address(), "127.0.0.1");
     EXPECT_THAT(network().calls, ElementsAre("start", "resolve nowhere", "stop"));
 }
 

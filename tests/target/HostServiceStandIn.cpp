@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstring>
 #include <iterator>
+#include <new>
 
 namespace {
 
@@ -73,6 +74,7 @@ void HostServiceStandIn::forget() {
     slots_.clear();
     kinds_.clear();
     held_.clear();
+    errorListsExhausted_ = false;
 }
 
 void HostServiceStandIn::forgetCalls() {
@@ -105,13 +107,11 @@ HostServiceStandIn::Answer HostServiceStandIn::take(std::string_view operation, 
     return answer;
 }
 
-char* HostServiceStandIn::makeSlot(std::string_view kind) {
+void HostServiceStandIn::hold(const void* handle, std::string_view kind) {
     std::string name(kind);
-    name += std::to_string(++kinds_[std::string(kind)]);
-    char* const slot = &slots_.emplace_back();
-    names_[slot] = name;
+    name += std::to_string(++kinds_[name]);
+    names_[handle] = name;
     held_.insert(std::move(name));
-    return slot;
 }
 
 void HostServiceStandIn::giveBack(const void* handle) {
@@ -215,7 +215,24 @@ std::int32_t KvHIM_renameFile(KvCErrorListPool& errors, void* reserved, KvHIMFTC
                                    errors));
 }
 
-// The error manager's way to the system's error logging belongs to the same service.
+// The error manager's lists and its way to the system's error logging belong to the same service.
+
+KvCErrorList* KvCErrorManager::createErrorList(std::uint32_t /*ownerId*/, std::uint32_t /*listKind*/,
+                                               std::uint32_t /*entryCount*/, std::uint32_t /*parametersPerEntry*/,
+                                               std::uint32_t /*textSize*/) {
+    if (service().errorListsExhausted()) {
+        throw std::bad_alloc();
+    }
+    auto* const list = new KvCErrorList;
+    service().hold(list, "list");
+    return list;
+}
+
+void KvCErrorManager::deleteErrorList(KvCErrorList* list) {
+    service().giveBack(list);
+    delete list;
+}
+
 void KvCErrorManager::sendErrorList(KvCErrorList* list, std::uint32_t destination) {
     service().take("sendErrorList", std::to_string(destination), *list);
 }

@@ -41,8 +41,10 @@ public:
     /// The error list that each call was given.
     [[nodiscard]] const std::vector<const KvCErrorListPool*>& errorLists() const { return errorLists_; }
     void forgetCalls();
-    /// What was created and not given back.
+    /// What was created and not given back, error lists included.
     [[nodiscard]] const std::set<std::string>& held() const { return held_; }
+    /// From now on there is no memory for an error list.
+    void exhaustErrorLists() { errorListsExhausted_ = true; }
 
     // For the operations that this stands in for.
 
@@ -51,15 +53,18 @@ public:
     template <class Handle>
     void create(const Answer& answer, std::string_view kind, Handle& handle) {
         if (!answer.leavesHandle) {
-            handle = reinterpret_cast<Handle>(makeSlot(kind));
+            char* const slot = &slots_.emplace_back();
+            hold(slot, kind);
+            handle = reinterpret_cast<Handle>(slot);
         }
     }
+    void hold(const void* handle, std::string_view kind);
     void giveBack(const void* handle);
     [[nodiscard]] std::string nameOf(const void* handle) const;
+    [[nodiscard]] bool errorListsExhausted() const { return errorListsExhausted_; }
 
 private:
     HostServiceStandIn() = default;
-    char* makeSlot(std::string_view kind);
 
     std::map<std::pair<std::string, std::uint32_t>, Answer, std::less<>> answers_;
     std::map<std::string, std::uint32_t, std::less<>> counts_;
@@ -70,4 +75,5 @@ private:
     std::map<const void*, std::string> names_;
     std::map<std::string, std::uint32_t, std::less<>> kinds_;
     std::set<std::string> held_;
+    bool errorListsExhausted_ = false;
 };

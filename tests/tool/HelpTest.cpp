@@ -83,6 +83,23 @@ TEST(Help, TellsTheDefaultDescription) {
     EXPECT_THAT(lineOf(helpOf({"content", "--help"}), "-d,--description FILE"), HasSubstr("(default: archive.json)"));
 }
 
+TEST(Help, TellsHowAnEmptyValueIsWritten) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"-h"}, {"connect", "-h"}}) {
+        EXPECT_THAT(helpOf(arguments), HasSubstr("an empty one as an argument of its own: -t \"\"."));
+    }
+    EXPECT_THAT(runCaptured({"connect", "-t", ""}).output, HasSubstr("ERROR: No IP address or hostname specified!\n"));
+    EXPECT_THAT(runCaptured({"connect", "--target="}).errors, HasSubstr("--target needs a value\n"));
+}
+
+TEST(Help, NamesTheVariablesOfTheEnvironmentAndWhereTheyAreDescribed) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"-h"}, {"update", "-h"}}) {
+        const std::string line = lineOf(helpOf(arguments), "Sessions with emulated targets");
+        for (const char* word : {" KV_TIME_SCALE ", " KV_TRACE:", " docs/emulation.md."}) {
+            EXPECT_THAT(line, HasSubstr(word));
+        }
+    }
+}
+
 TEST(Help, NeedsNothingElse) {
     EXPECT_EQ(helpOf({"content", "--json", "--help"}), helpOf({"content", "--help"}));
     EXPECT_EQ(helpOf({"content", "-vh"}), helpOf({"content", "--help"}));

@@ -7,7 +7,7 @@
 
 namespace {
 
-struct Row {
+struct MessageRow {
     std::wstring message;
     std::string bytes;
 };
@@ -21,8 +21,8 @@ std::wstring widened(const std::string& bytes) {
     return result;
 }
 
-void expectBytes(const std::vector<Row>& rows) {
-    for (const Row& row : rows) {
+void expectBytes(const std::vector<MessageRow>& rows) {
+    for (const MessageRow& row : rows) {
         EXPECT_EQ(messageBytes(row.message), row.bytes);
     }
 }

@@ -40,7 +40,7 @@ def fields_of(record):
     """The (name, type) of each field of a query record, as its header says."""
     header = (PROJECT / "include" / "KvTQueryRecords.h").read_text(encoding="utf-8")
     body = re.search(rf"struct {record} \{{(.*?)\n\}};", header, re.DOTALL).group(1)
-    return [(name, kind) for kind, name in re.findall(r"^\s*([\w:]+) (\w+);", body, re.MULTILINE)]
+    return [(name, kind) for kind, name in re.findall(r"^\s*([\w:]+) (\w+)(?: = \w+)?;", body, re.MULTILINE)]
 
 
 def info_fields():

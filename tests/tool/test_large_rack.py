@@ -9,6 +9,7 @@ import tool_runs
 from tool_runs import ScratchTest, cases, run
 
 BANNER = "\nKorvel Device Update Tool, Vs 1.0\nCopyright (c) 2026 Korvel. All rights reserved.\n \n"
+FOUND = "HCN found: HCN[1]\nCN found: HCN[1]/CN[1]\nReboot support status: 0\n"
 TARGET = ("-t", "127.0.0.1", "--emulate", "rack")
 ROUTERS = 12
 MODULES = 26  # of each router, around the inner one
@@ -50,8 +51,18 @@ class Element:
     def updated(self):
         return self.offered is not None and not self.up_to_date
 
+    @property
+    def answers(self):
+        """How far its update is, as [done, total] for each query before the last one."""
+        return [[step * (self.serial % 7), 40 + self.serial % 13] for step in range(1, (self.serial + self.id) % 6 + 1)]
+
+    def percentage(self, query):
+        """What it adds to the progress of its phase at a query, counted from 0."""
+        done, total = self.answers[query] if query < len(self.answers) else (1, 1)
+        return done * 100 // total
+
     def item(self):
-        return {"id": "UPDATE_ELEMENT", "parameters": {
+        return {"id": "UPDATE_ELEMENT", "update": {"progress": self.answers}, "parameters": {
             "ID": self.id, "NAME": self.name, "VERSION": self.installed, "VERSION_HISTORY": "", "CONFIGURATION": 0,
             "VALID": 1, "ACTIVE": 1, "CHECKSUM_CRC32": self.checksum}}
 
@@ -62,6 +73,7 @@ class Rack:
 
     def __init__(self):
         self.walked = []
+        self.items = []  # the elements as the target's description has them
         serials = itertools.count(100001)
         node = self.board("HCN", "QB4120", 2815, NODE, "Main")
         node["items"].append({"id": "CN", "items": [{"id": "BACKPLANE", "parameters": {"PRODUCT/UNITNAME": "Main"}}]})
@@ -76,11 +88,13 @@ class Rack:
 
     def board(self, identifier, board_type, serial, rows, unit, **parameters):
         elements = [Element((board_type, serial), number, row, unit) for number, row in enumerate(rows, 1)]
+        items = [element.item() for element in elements]
         self.walked += elements
+        self.items += items
         return {"id": identifier,
                 "parameters": {"PRODUCT/BOARD_TYPE": board_type, "PRODUCT/SERIAL_NUMBER": serial,
                                "PRODUCT/SLOT_COUNT": 0, **parameters},
-                "items": [{"id": "UPDATE_INFO", "items": [element.item() for element in elements]}]}
+                "items": [{"id": "UPDATE_INFO", "items": items}]}
 
     def router(self, number, serials):
         """A router between whose modules stands another unit."""
@@ -159,8 +173,16 @@ def name_list(heading, elements):
     return heading + "".join(f"        {element.display}\n" for element in elements)
 
 
-def update_text(rack):
-    """What an update without progress lines prints."""
+def progress_lines(elements, spinner):
+    """What the updates of a phase print until the last of them has ended, and once more."""
+    queries = max(len(element.answers) for element in elements) + 2
+    percentages = [sum(element.percentage(query) for element in elements) // len(elements) for query in range(queries)]
+    return "".join(f"{number:3}% {next(spinner):<51}\r" for number in percentages) + "100% " + " " * 51
+
+
+def update_text(rack, progress=False):
+    """What an update prints, with or without progress lines."""
+    spinner = itertools.cycle("-\\|/")
     text = name_list("\nUnsupported update elements (will be ignored):\n",
                      [element for element in rack.elements if element.offered is None]) + "\n"
     text += name_list("\nNo update is required for these elements:\n",
@@ -169,7 +191,8 @@ def update_text(rack):
         group = [element for element in rack.elements if element.updated and element.phase == phase]
         files = dict.fromkeys(element.file for element in group)
         text += "\n\nTransferring files:\n" + "".join(f"        {name:<46}  [OK]\n" for name in files)
-        text += "\nUpdating:\n" + "".join(f"        {element.display}".ljust(56) + "\n" for element in group) + "[OK]\n"
+        text += "\nUpdating:\n" + "".join(f"        {element.display}".ljust(56) + "\n" for element in group)
+        text += (progress_lines(group, spinner) if progress else "") + "[OK]\n"
     return text + "\nResults:\n\n    Update completed successfully!\n"
 
 
@@ -182,9 +205,12 @@ class LargeRackTest(ScratchTest):
         self.assertEqual(len(self.rack.elements), 1000)
         self.files = [entry["name"] for entry in entries()]
         (self.scratch / "rack").mkdir()
+        self.write_target()
+        self.write_archive()
+
+    def write_target(self):
         target = {"addresses": ["127.0.0.1"], "inventory": self.rack.inventory}
         (self.scratch / "rack" / "target.json").write_text(json.dumps(target), encoding="utf-8")
-        self.write_archive()
 
     def write_archive(self):
         recipes = [{"name": entry["name"], "kind": "image", "version": entry["version"], "size": 10,
@@ -201,6 +227,12 @@ class LargeRackTest(ScratchTest):
         self.assertEqual((done.code, done.errors), (0, b""))
         self.assertEqual(done.output.decode(), BANNER + expected)
 
+    def install(self):
+        """Makes the model one of the rack after an update."""
+        for element in self.rack.elements:
+            if element.updated:
+                element.installed, element.checksum = element.offered, element.offered_checksum
+
     def test_the_units_are_not_in_the_order_of_the_walk(self):
         self.assertNotEqual(self.rack.walked, self.rack.elements)
 
@@ -208,11 +240,14 @@ class LargeRackTest(ScratchTest):
         self.check(table(element_rows(self.rack.elements)), "elements")
 
     def test_elements_in_groups(self):
-        found = "HCN found: HCN[1]\nCN found: HCN[1]/CN[1]\nReboot support status: 0\n"
-        self.check(found + grouped_tables(self.rack.elements), "elements", "-v")
+        self.check(FOUND + grouped_tables(self.rack.elements), "elements", "-v")
 
     def test_plan(self):
         self.check(plan_table(self.rack.elements), "plan", "-a", "archive")
+
+    def test_plan_with_details(self):
+        self.check(f"{FOUND}The update process takes {self.rack.phases} phases!\n" + plan_table(self.rack.elements),
+                   "plan", "-v", "-a", "archive")
 
     def test_records_of_the_plan(self):
         done = run("plan", "--json", "-a", "archive", *TARGET, folder=self.scratch)
@@ -223,9 +258,31 @@ class LargeRackTest(ScratchTest):
 
     def test_update(self):
         self.check(update_text(self.rack), "update", "--no-progress", "-a", "archive")
-        for element in self.rack.elements:
-            if element.updated:
-                element.installed, element.checksum = element.offered, element.offered_checksum
+        self.install()
+        self.check(plan_table(self.rack.elements), "plan", "-a", "archive")
+
+    def test_the_progress_differs_from_query_to_query(self):
+        modules = [element for element in self.rack.elements if element.file == "QB7001-1.bin"]
+        self.assertGreater(len(modules), 300)
+        text = progress_lines(modules, itertools.cycle("-"))
+        self.assertEqual(len(set(text.split("\r"))), 7, text)
+
+    def test_update_with_progress_and_details(self):
+        self.check(f"{FOUND}The update process takes {self.rack.phases} phases!\n" + update_text(self.rack, True),
+                   "update", "-v", "-a", "archive")
+
+    def test_connect(self):
+        self.check("", "connect")
+        self.check(FOUND, "connect", "-v")
+
+    def test_reboot_activates_what_was_installed(self):
+        for item in self.rack.items:
+            item["update"]["activation"] = "reboot"
+        self.write_target()
+        self.check(update_text(self.rack), "update", "--no-progress", "-a", "archive")
+        self.check(plan_table(self.rack.elements), "plan", "-a", "archive")
+        self.check("", "reboot")
+        self.install()
         self.check(plan_table(self.rack.elements), "plan", "-a", "archive")
 
 

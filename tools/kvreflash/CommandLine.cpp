@@ -19,8 +19,10 @@ using namespace KvNReflasher;
 constexpr const char* helpFooter =
     "Each command is one session with one target. What the session has to say goes to standard output, what this tool "
     "itself has to say to standard error.\n\n"
-    "Every option with a value takes exactly one; a value that begins with \"-\" is written --option=VALUE. Options "
-    "without a value are off by default.\n\n"
+    "Every option with a value takes exactly one; a value that begins with \"-\" is written --option=VALUE, an empty "
+    "one as an argument of its own: -t \"\". Options without a value are off by default.\n\n"
+    "Sessions with emulated targets obey the environment variables KV_TIME_SCALE and KV_TRACE: see "
+    "docs/emulation.md.\n\n"
     "Exit codes: 0 success, 1 failed, 2 the archive does not support the target, 64 usage error.\n\n"
     "kvreflash COMMAND --help tells the options of a command.";
 
@@ -71,10 +73,7 @@ void addRepeatable(CLI::App& app, const char* name, std::vector<std::string>& va
         values = texts;
         return true;
     };
-    app.add_option(name, take, help)
-        ->type_name(valueName)
-        ->allow_extra_args(false)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    app.add_option(name, take, help)->type_name(valueName)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
 void addArchiveOptions(CLI::App& app, Texts& texts) {
@@ -91,7 +90,8 @@ void addTargetOptions(CLI::App& app, Texts& texts, KvTOptions& options) {
                    "Look only at boards of these types, words separated by commas or blanks (default: all)")
         ->type_name("LIST");
     app.add_option("-s,--serial-number", options.serialNumberFilter,
-                   "Look only at boards of these serial numbers, in decimal (default: all)")
+                   "Look only at boards of these serial numbers, in decimal, sub-number included: 12345(2) is "
+                   "2 * 16777216 + 12345 (default: all)")
         ->type_name("LIST");
     app.add_option("-e,--element", options.elementNameFilter,
                    "Look only at update elements of these names (default: all)")

@@ -74,11 +74,14 @@ void setCallbacks(KvIReflasher& session, const KvTCommandLine& line, Outputs& ou
     }
 }
 
+/// Results of KvIReflasher::prepare().
+constexpr std::uint32_t prepareReady = 0;
+constexpr std::uint32_t prepareTargetNotSupported = 2;
+
 /// Prepares, runs and, when asked for, reboots.
 ExitCode performSession(KvIReflasher& session, const KvTCommandLine& line) {
-    const std::uint32_t prepared = session.prepare();
-    if (prepared != 0) {
-        return prepared == exitTargetNotSupported ? exitTargetNotSupported : exitFailed;
+    if (const std::uint32_t prepared = session.prepare(); prepared != prepareReady) {
+        return prepared == prepareTargetNotSupported ? exitTargetNotSupported : exitFailed;
     }
     for (const std::uint32_t element : line.disabledElements) {
         session.disableUpdateElement(element);

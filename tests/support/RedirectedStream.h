@@ -5,6 +5,10 @@
 #include <cstdio>
 #include <string>
 
+/// What a text stream has written, as it was given: without the carriage return that some systems put before a line
+/// end.
+[[nodiscard]] std::string writtenLines(std::string bytes);
+
 /// Leads a standard stream into a file of its own, or elsewhere, while it lives.
 class RedirectedStream {
 public:
@@ -18,7 +22,7 @@ public:
     ~RedirectedStream();
 
     /// What has arrived in the file so far, without what the process still buffers.
-    [[nodiscard]] std::string received() const { return folder_.read(fileName); }
+    [[nodiscard]] std::string received() const { return writtenLines(folder_.read(fileName)); }
 
 private:
     static constexpr const char* fileName = "stream";
