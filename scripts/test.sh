@@ -28,11 +28,18 @@ run_tests() {
     failed=$((failed + counts[1]))
 }
 
-# Wine without a display, without messages of its own, and without the user's settings.
+# Wine without a display, without messages of its own, and without the user's settings. A program that waits for input
+# until the end keeps its services running: the first of the tests would otherwise start them with its own standard
+# error, which then stays open until they end, and a program that starts while they end fails.
 prepare_wine() {
     export WINEDEBUG=-all WINEPREFIX=$project_dir/build/wine
+    local input=$WINEPREFIX/input
     mkdir -p "$WINEPREFIX"
-    logged wine env DISPLAY= wineboot --init
+    logged wine env DISPLAY= wineboot --init || return 1
+    rm -f "$input"
+    mkfifo "$input"
+    wine cmd <>"$input" >/dev/null 2>&1 &
+    trap 'wineserver -k' EXIT
 }
 
 install_missing "${build_packages[@]}" "${windows_packages[@]}"

@@ -1,5 +1,6 @@
 #include "Call.h"
 
+#include "Ledger.h"
 #include "Trace.h"
 
 #include <string>
@@ -54,6 +55,7 @@ std::int64_t Call::fail(const Failure& failure) {
 
 std::optional<std::int64_t> Call::decide() {
     if (auto effect = meetFaults()) {
+        ++Ledger::instance().faultsMet;
         entries_ = std::move(effect->errors);
         return effect->status;
     }

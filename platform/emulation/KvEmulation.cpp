@@ -29,6 +29,7 @@ void KvEmulation::reset() {
     }
     Ledger& ledger = Ledger::instance();
     ledger.badReleases = 0;
+    ledger.faultsMet = 0;
     ledger.sleptMicroseconds = 0;
     ledger.sleeps = 0;
     KvCErrorManager::getInstance()->getMasterErrorList().reset();

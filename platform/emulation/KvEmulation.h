@@ -34,6 +34,8 @@ struct KvTLedger {
     std::uint32_t countLocks = 0;
     /// Releases of something that does not exist (any more).
     std::uint32_t badReleases = 0;
+    /// Calls that one or more faults hit since the last reset().
+    std::uint32_t faultsMet = 0;
     /// Unscaled sum and number of all KvNRtosAbstraction::usleep() calls since the last reset().
     std::uint64_t sleptMicroseconds = 0;
     std::uint32_t sleeps = 0;

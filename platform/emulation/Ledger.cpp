@@ -20,6 +20,7 @@ KvEmulation::KvTLedger KvEmulation::ledger() {
     result.remoteFiles = counts.remoteFiles;
     result.countLocks = counts.countLocks;
     result.badReleases = counts.badReleases;
+    result.faultsMet = counts.faultsMet;
     result.sleptMicroseconds = counts.sleptMicroseconds;
     result.sleeps = counts.sleeps;
     return result;

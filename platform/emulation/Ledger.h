@@ -15,6 +15,7 @@ struct Ledger {
     std::atomic<std::uint32_t> remoteFiles{0};
     std::atomic<std::uint32_t> countLocks{0};
     std::atomic<std::uint32_t> badReleases{0};
+    std::atomic<std::uint32_t> faultsMet{0};
     std::atomic<std::uint64_t> sleptMicroseconds{0};
     std::atomic<std::uint32_t> sleeps{0};
 

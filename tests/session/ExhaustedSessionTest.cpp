@@ -1,10 +1,14 @@
+#include "ExampleRack.h"
 #include "FailingMemory.h"
 #include "KvEmulation.h"
 #include "SessionTest.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <iostream>
+#include <limits>
 #include <new>
 
 using namespace KvNReflasher;
@@ -37,6 +41,32 @@ protected:
         });
     }
     [[nodiscard]] bool hasStruck() const { return hasStruck_; }
+
+    /// What the log allocates for notifications and messages shall not count.
+    void stopRecording() {
+        session().setMessageCallback([](const std::wstring&) {});
+        session().setPhaseCallback(nullptr);
+        session().setElementErrorCallback(nullptr);
+        session().setProgressCallback(nullptr);
+    }
+
+    /// An update in which the allocation of this number fails; whether it succeeded.
+    bool updateUntil(std::size_t number) {
+        options.mode = performUpdate;
+        stopRecording();
+        bool result = false;
+        {
+            const FailingMemory failing(number);
+            result = session().prepare() == 0 && session().run();
+        }
+        close();
+        return result;
+    }
+    std::size_t allocationsOfAnUpdate(ExampleRack& rack) {
+        rack.serveFresh({});
+        EXPECT_TRUE(updateUntil(std::numeric_limits<std::size_t>::max()));
+        return FailingMemory::allocations();
+    }
 
 private:
     std::size_t count_ = 0;
@@ -98,10 +128,7 @@ TEST_F(ExhaustedSessionTest, AnyAllocationOfTheLibraryMayFail) {
     std::size_t successes = 0;
     for (bool struck = true; struck; ++number) {
         SCOPED_TRACE(number);
-        session().setMessageCallback([](const std::wstring&) {});
-        session().setPhaseCallback(nullptr);
-        session().setElementErrorCallback(nullptr);
-        session().setProgressCallback(nullptr);
+        stopRecording();
         {
             const FailingMemory failing(number);
             const bool result = session().prepare() == 0 && session().run();
@@ -117,6 +144,31 @@ TEST_F(ExhaustedSessionTest, AnyAllocationOfTheLibraryMayFail) {
     EXPECT_GT(number, 100U);
     // The undisturbed session, and that in which the sorting of the phases goes on without its buffer.
     EXPECT_EQ(successes, 2U);
+}
+
+TEST_F(ExhaustedSessionTest, AllocationsOfAnUpdateOfTheExampleRackMayFail) {
+    ExampleRack rack;
+    options.archiveFolder = exampleArchive();
+    options.verbose = true;
+    const std::size_t allocations = allocationsOfAnUpdate(rack);
+    const std::size_t samples = numberFromEnvironment("KV_SWEEP_ALLOCATIONS", 40);
+    const std::size_t stride = std::max<std::size_t>(allocations / samples, 1);
+    std::size_t successes = 0;
+    for (std::size_t number = 1; number <= allocations && !HasFailure(); number += stride) {
+        SCOPED_TRACE(number);
+        rack.serveFresh({});
+        successes += updateUntil(number) ? 1 : 0;
+        EXPECT_TRUE(FailingMemory::hasStruck());
+        EXPECT_EQ(log.callsOf("unlock").size(), log.callsOf("lock").size());
+        EXPECT_EQ(log.callsOf("deleteRemoteFile").size(), log.callsOf("transferFile").size());
+        EXPECT_TRUE(KvEmulation::ledger().isClean());
+        rack.serveAgain();
+        EXPECT_TRUE(updateUntil(std::numeric_limits<std::size_t>::max()));
+        log.clear();
+    }
+    // The sorting of the phases goes on without its buffer.
+    EXPECT_LE(successes, 1U);
+    std::cout << allocations << " allocations, one in " << stride << " of them failed\n";
 }
 
 TEST_F(ExhaustedSessionTest, TheRebootSupportStatusIsFalse) {
@@ -139,4 +191,24 @@ TEST_F(ExhaustedSessionTest, ARebootFails) {
         EXPECT_EQ(KvEmulation::ledger().deviceHandles, 0U) << number;
     }
     EXPECT_GT(number, 3U);
+}
+
+TEST_F(ExhaustedSessionTest, AnyAllocationOfARebootMayFail) {
+    arrange();
+    EXPECT_EQ(prepare(connectOnly), 0U);
+    const std::uint32_t errorLists = KvEmulation::ledger().errorLists;
+    std::size_t number = 1;
+    for (bool struck = true; struck; ++number) {
+        bool result = false;
+        {
+            const FailingMemory failing(number);
+            result = session().reboot();
+            struck = FailingMemory::hasStruck();
+        }
+        EXPECT_TRUE(result || struck) << number;
+        EXPECT_EQ(KvEmulation::ledger().deviceHandles, 0U) << number;
+        EXPECT_EQ(KvEmulation::ledger().filters, 0U) << number;
+        EXPECT_EQ(KvEmulation::ledger().errorLists, errorLists) << number;
+    }
+    EXPECT_GT(number, 2U);
 }

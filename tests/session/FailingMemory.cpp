@@ -8,6 +8,7 @@ namespace {
 
 /// Allocations to go until the one that fails; 0: none fails.
 std::atomic<std::size_t> remaining{0};
+std::atomic<std::size_t> allocated{0};
 std::atomic<bool> struck{false};
 std::atomic<std::ptrdiff_t> inUse{0};
 
@@ -18,6 +19,7 @@ bool isToFail() {
     const std::size_t kept = remaining.exchange(0); // finding out may allocate itself
     const bool counts = !isCalledByPlatform();
     remaining = counts ? kept - 1 : kept;
+    allocated += counts ? 1 : 0;
     return counts && kept == 1;
 }
 
@@ -82,11 +84,16 @@ void operator delete[](void* block, std::size_t /*size*/) noexcept {
 
 FailingMemory::FailingMemory(std::size_t number) {
     struck = false;
+    allocated = 0;
     remaining = number;
 }
 
 FailingMemory::~FailingMemory() {
     remaining = 0;
+}
+
+std::size_t FailingMemory::allocations() {
+    return allocated;
 }
 
 bool FailingMemory::hasStruck() {

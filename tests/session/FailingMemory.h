@@ -14,6 +14,8 @@ public:
     FailingMemory& operator=(FailingMemory&&) = delete;
     ~FailingMemory();
 
+    /// Allocations so far, as far as they count.
+    [[nodiscard]] static std::size_t allocations();
     /// The allocation has been asked for.
     [[nodiscard]] static bool hasStruck();
     /// Allocations that were not given back, of all times.

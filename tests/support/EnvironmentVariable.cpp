@@ -27,3 +27,8 @@ EnvironmentVariable::EnvironmentVariable(std::string name, const std::string& va
 EnvironmentVariable::~EnvironmentVariable() {
     set(name_, former_.value_or(""));
 }
+
+std::uint32_t numberFromEnvironment(const char* name, std::uint32_t usual) {
+    const char* const text = std::getenv(name);
+    return text == nullptr ? usual : static_cast<std::uint32_t>(std::strtoul(text, nullptr, 10));
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -17,3 +18,6 @@ private:
     std::string name_;
     std::optional<std::string> former_;
 };
+
+/// A number from the environment, for longer or shorter runs than the usual.
+[[nodiscard]] std::uint32_t numberFromEnvironment(const char* name, std::uint32_t usual);

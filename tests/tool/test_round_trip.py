@@ -28,7 +28,7 @@ class RoundTripTest(ScratchTest):
 
     def printed(self, command, archive, *line):
         done = run(command, "-a", archive, *line)
-        self.assertEqual(done.code, 0, done.output.decode())
+        self.assertEqual(done.code, 0, (done.output + done.errors).decode())
         return done.output.decode()
 
     def check(self, archive):

@@ -40,12 +40,16 @@ class Run:
         self.errors = process.stderr
 
 
+def command_of(*line):
+    """The tool with these arguments, as a command of this system."""
+    return [*shlex.split(arguments.launcher), str(arguments.tool.resolve()), *map(str, line)]
+
+
 def run(*line, folder=None, **options):
     """Runs the tool with these arguments, in `folder`; sleeps take no time."""
     environment = {key: value for key, value in os.environ.items() if not key.startswith("KV_")}
     environment.update({"LC_ALL": "C.UTF-8", "KV_TIME_SCALE": "0"})
-    command = [*shlex.split(arguments.launcher), str(arguments.tool.resolve()), *map(str, line)]
-    process = subprocess.run(command, cwd=folder, env=environment, stdin=subprocess.DEVNULL, capture_output=True,
+    process = subprocess.run(command_of(*line), cwd=folder, env=environment, stdin=subprocess.DEVNULL, capture_output=True,
                              check=False, timeout=300, **options)
     if arguments.fold_crlf:
         process.stdout = process.stdout.replace(b"\r\n", b"\n")
