@@ -59,7 +59,13 @@ std::string JsonPlace::path() const {
 namespace JsonValues {
 
 std::string quoted(std::string_view text) {
-    return KvNJson::json(text).dump(-1, ' ', false, KvNJson::error_handler_t::replace);
+    constexpr std::size_t longest = 100;
+    if (text.size() <= longest) {
+        return KvNJson::json(text).dump(-1, ' ', false, KvNJson::error_handler_t::replace);
+    }
+    // A character that is cut in two is left out.
+    return KvNJson::json(std::string(text.substr(0, longest)) + "...")
+        .dump(-1, ' ', false, KvNJson::error_handler_t::ignore);
 }
 
 bool requireObject(const JsonPlace& place) {

@@ -51,7 +51,7 @@ private:
 /// Readers of single values: each returns false, with the refusal recorded, when the value is not what it asks for.
 namespace JsonValues {
 
-/// `text` in quotes, control characters escaped: for messages.
+/// `text` in quotes, control characters escaped, and cut when it is long: for messages.
 [[nodiscard]] std::string quoted(std::string_view text);
 
 [[nodiscard]] bool requireObject(const JsonPlace& place);

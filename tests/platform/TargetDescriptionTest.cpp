@@ -10,6 +10,7 @@
 namespace {
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -184,6 +185,15 @@ TEST_F(TargetDescription, AMalformedOneIsRefusedWithPlaceAndReason) {
     for (const Refusal& refusal : refusals) {
         EXPECT_EQ(refusalOf(refusal.text), refusal.message) << refusal.about;
     }
+}
+
+TEST_F(TargetDescription, ALongTextIsCutWhereItIsToldOf) {
+    const std::string calls(98, 'a');
+    EXPECT_THAT(refusalOf(R"({"faults": [{"call": ")" + calls + R"(aa"}]})"), EndsWith('"' + calls + "aa\""));
+    EXPECT_THAT(refusalOf(R"({"faults": [{"call": ")" + calls + R"(aab"}]})"), EndsWith('"' + calls + "aa...\""));
+    // The whole of the character that is cut.
+    EXPECT_THAT(refusalOf(R"({"faults": [{"call": ")" + calls + "a\xC3\xA4" + R"("}]})"),
+                EndsWith('"' + calls + "a...\""));
 }
 
 TEST_F(TargetDescription, WhatIsNoJsonIsRefusedWithLineAndColumn) {

@@ -1,6 +1,7 @@
 #include "Session.h"
 
 #include "EventLog.h"
+#include "ForeignPaths.h"
 #include "KvEmulation.h"
 #include "KvIReflasher.h"
 #include "MessageText.h"
@@ -61,6 +62,13 @@ bool serveEmulatedTargets(const std::vector<std::string>& folders) {
     return true;
 }
 
+/// An archive from who knows where shall not reach out of its folder or out of the target's unnoticed.
+void warnOfForeignPaths(const KvNReflasher::KvTOptions& options) {
+    for (const std::string& sentence : foreignPathsOfArchive(options)) {
+        say("warning: " + sentence);
+    }
+}
+
 /// The library writes to standard output itself unless that would lose text or the tool must see its messages.
 void setCallbacks(KvIReflasher& session, const KvTCommandLine& line, Outputs& outputs) {
     outputs.messages = line.json ? stderr : stdout;
@@ -112,6 +120,9 @@ ExitCode runSession(const KvTCommandLine& line) {
         return exitFailed;
     }
     setCallbacks(*session, line, outputs);
+    if (line.options.mode == KvNReflasher::performUpdate) {
+        warnOfForeignPaths(line.options);
+    }
     ExitCode result = performSession(*session, line);
     if (!outputs.events.close()) {
         say("cannot write '" + line.eventsFile.value_or("") + "'");
