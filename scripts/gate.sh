@@ -9,10 +9,10 @@ set -uo pipefail
 # shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
-stages=(tests clang format house scripts tidy cppcheck valgrind)
+stages=(tests clang format house scripts tidy cppcheck valgrind sweeps limits fuzz coverage)
 
 sources() {
-    find include src platform tools tests -name '*.h' -o -name '*.cpp' | sort
+    find include src platform tools tests fuzz -name '*.h' -o -name '*.cpp' | sort
 }
 
 # All tests, natively, under the sanitizers and as Windows programs: nothing else counts while one of them fails.
@@ -81,6 +81,28 @@ stage_valgrind() {
             --timeout 300 --launcher "valgrind --quiet --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite"
 }
 
+# Every single call of an update disturbed under the sanitizers too, where the tests disturb some, and every allocation.
+stage_sweeps() {
+    build_preset asan && logged sweeps env KV_TIME_SCALE=0 KV_SWEEP_STRIDE=1 build/asan/bin/reliability_tests &&
+        build_preset release && logged allocations env KV_TIME_SCALE=0 KV_SWEEP_ALLOCATIONS=1000000 \
+            build/release/bin/session_tests --gtest_filter='ExhaustedSessionTest.*' &&
+        logged kills env KV_KILL_MOMENTS=500 python3 -B tests/tool/test_kill_sweep.py "${tool_arguments[@]}"
+}
+
+# A gigabyte of text and a million entries: what the tests try is small enough to be quick.
+stage_limits() {
+    build_preset release &&
+        logged limits env KV_LIMIT_ENTRIES=1000000 KV_LIMIT_MEGABYTES=1024 python3 -B tests/tool/test_limits.py \
+            "${tool_arguments[@]}"
+}
+
+# Bad input that nobody has thought of. Long runs are made by hand.
+stage_fuzz() { scripts/fuzz.sh 20; }
+
+# What no test reaches is not tested.
+stage_coverage() { scripts/coverage.sh; }
+
+tool_arguments=(--tool build/release/bin/kvreflash --archive build/release/examples/archive --rack examples/rack)
 summary=()
 failed=0
 

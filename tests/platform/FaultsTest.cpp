@@ -1,6 +1,7 @@
 // Failures that a description puts at operations.
 
 #include "EmulationTest.h"
+#include "FaultOperations.h"
 #include "KvCInventoryData.h"
 #include "KvNRtosAbstraction.h"
 
@@ -135,32 +136,7 @@ protected:
 };
 
 TEST_F(WholeClient, EveryOperationCanBeHitAndNothingIsLeft) {
-    for (const char* const call : {"createRootHandleByIpAddressList",
-                                   "deleteRootHandle",
-                                   "scan",
-                                   "lock",
-                                   "unlock",
-                                   "transferFile",
-                                   "deleteRemoteFile",
-                                   "update2",
-                                   "updateStatus2",
-                                   "updateErrors2",
-                                   "updateFinish",
-                                   "KvHIM_createFilter",
-                                   "KvHIM_setFilterParameter",
-                                   "KvHIM_applyFilter",
-                                   "KvHIM_getDeviceList",
-                                   "KvHIM_deleteFilter",
-                                   "KvHIM_createDeviceHandle",
-                                   "KvHIM_deleteDeviceHandle",
-                                   "KvHIM_FORCE_resetDevice",
-                                   "KvHIM_createFTClientHandle",
-                                   "KvHIM_deleteFTClientHandle",
-                                   "KvHIM_makeDir",
-                                   "KvHIM_putFileU",
-                                   "KvHIM_renameFile",
-                                   "getValue",
-                                   "extractInventoryTreeFromFile"}) {
+    for (const char* const call : faultOperations) {
         serveTargetWith(fault(call));
         failed.clear();
         runAll();

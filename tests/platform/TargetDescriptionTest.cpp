@@ -1,6 +1,7 @@
 // What target.json may hold, and what is said about one that is refused.
 
 #include "EmulationTest.h"
+#include "FaultOperations.h"
 
 #include <gmock/gmock.h>
 
@@ -50,32 +51,7 @@ TEST_F(TargetDescription, CommentsAreAllowedAtEveryLevel) {
 }
 
 TEST_F(TargetDescription, AFaultCanBePutAtEveryOperation) {
-    for (const char* const call : {"createRootHandleByIpAddressList",
-                                   "deleteRootHandle",
-                                   "scan",
-                                   "lock",
-                                   "unlock",
-                                   "transferFile",
-                                   "deleteRemoteFile",
-                                   "update2",
-                                   "updateStatus2",
-                                   "updateErrors2",
-                                   "updateFinish",
-                                   "KvHIM_createFilter",
-                                   "KvHIM_setFilterParameter",
-                                   "KvHIM_applyFilter",
-                                   "KvHIM_getDeviceList",
-                                   "KvHIM_deleteFilter",
-                                   "KvHIM_createDeviceHandle",
-                                   "KvHIM_deleteDeviceHandle",
-                                   "KvHIM_FORCE_resetDevice",
-                                   "KvHIM_createFTClientHandle",
-                                   "KvHIM_deleteFTClientHandle",
-                                   "KvHIM_makeDir",
-                                   "KvHIM_putFileU",
-                                   "KvHIM_renameFile",
-                                   "getValue",
-                                   "extractInventoryTreeFromFile"}) {
+    for (const char* const call : faultOperations) {
         expectServed(std::string(R"({"faults": [{"call": ")") + call + R"("}]})");
     }
 }

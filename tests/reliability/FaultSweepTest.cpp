@@ -1,5 +1,6 @@
 #include "EnvironmentVariable.h"
 #include "ExampleRack.h"
+#include "FaultOperations.h"
 #include "KvEmulation.h"
 #include "KvIReflasher.h"
 #include "SessionLog.h"
@@ -21,36 +22,6 @@
 using namespace KvNReflasher;
 
 namespace {
-
-/// The imported operations that an update and the reboot after it call, and at which faults can be put.
-constexpr const char* operations[] = {
-    "createRootHandleByIpAddressList",
-    "deleteRootHandle",
-    "scan",
-    "lock",
-    "unlock",
-    "transferFile",
-    "deleteRemoteFile",
-    "update2",
-    "updateStatus2",
-    "updateErrors2",
-    "updateFinish",
-    "KvHIM_createFilter",
-    "KvHIM_setFilterParameter",
-    "KvHIM_applyFilter",
-    "KvHIM_getDeviceList",
-    "KvHIM_deleteFilter",
-    "KvHIM_createDeviceHandle",
-    "KvHIM_deleteDeviceHandle",
-    "KvHIM_FORCE_resetDevice",
-    "KvHIM_createFTClientHandle",
-    "KvHIM_deleteFTClientHandle",
-    "KvHIM_makeDir",
-    "KvHIM_putFileU",
-    "KvHIM_renameFile",
-    "getValue",
-    "extractInventoryTreeFromFile",
-};
 
 /// So many sessions may fail to find the rack after its reboot.
 constexpr std::uint32_t attemptLimit = 5;
@@ -297,7 +268,7 @@ TEST_P(FaultSweepTest, NothingIsLostWhicheverCallFails) {
     std::cout << GetParam() << ": " << calls << " calls, " << disturbed << " disturbed updates\n";
 }
 
-INSTANTIATE_TEST_SUITE_P(Operations, FaultSweepTest, testing::ValuesIn(operations),
+INSTANTIATE_TEST_SUITE_P(Operations, FaultSweepTest, testing::ValuesIn(faultOperations),
                          [](const auto& tested) { return std::string(tested.param); });
 
 using FaultPairsTest = FaultSweepTest;
@@ -305,7 +276,7 @@ using FaultPairsTest = FaultSweepTest;
 TEST_F(FaultPairsTest, NothingIsLostWhenTwoCallsFail) {
     static_cast<void>(complete());
     std::vector<SingleFault> calls;
-    for (const char* const operation : operations) {
+    for (const char* const operation : faultOperations) {
         const std::uint32_t number = callsOf(operation);
         for (std::uint32_t occurrence = 1; occurrence <= number; ++occurrence) {
             calls.push_back({operation, occurrence});
