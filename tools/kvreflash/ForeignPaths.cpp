@@ -79,7 +79,8 @@ bool leavesTargetRoot(std::string_view targetPath) {
 bool leavesArchiveFolder(const std::wstring& archiveFolder, std::string_view name) {
     const fs::path folder = pathOf(toUtf8(archiveFolder).view());
     fs::path file = folder;
-    file += pathOf("/" + std::string(upToZero(name)));
+    file += fs::path("/");
+    file += pathOf(upToZero(name));
     std::error_code ignored;
     if (name.find_first_of(separators) == std::string_view::npos && name != ".." && !fs::is_symlink(file, ignored)) {
         return false;
