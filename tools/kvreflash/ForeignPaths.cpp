@@ -77,10 +77,11 @@ bool leavesTargetRoot(std::string_view targetPath) {
 }
 
 bool leavesArchiveFolder(const std::wstring& archiveFolder, std::string_view name) {
-    const fs::path folder = pathOf(toUtf8(archiveFolder).view());
-    fs::path file = folder;
-    file += fs::path("/");
-    file += pathOf(upToZero(name));
+    std::string text(toUtf8(archiveFolder).view());
+    const fs::path folder = pathOf(text);
+    text += '/';
+    text += upToZero(name);
+    const fs::path file = pathOf(text);
     std::error_code ignored;
     if (name.find_first_of(separators) == std::string_view::npos && name != ".." && !fs::is_symlink(file, ignored)) {
         return false;
