@@ -57,7 +57,7 @@ stage_tidy() {
 # macros nest deep, and sources that are put together may hide names of each other.
 tidy_all() {
     local failed=0
-    tidy_files clang "$project_dir/(src|platform|tools)/.*\\.cpp\$" || failed=1
+    tidy_files clang "$project_dir/(src|platform|tools|fuzz)/.*\\.cpp\$" || failed=1
     tidy_files tidy "/tests/.*\\.(cpp|cxx)\$" "-checks=-clang-analyzer-*,-bugprone-suspicious-include,-readability-function-size" -extra-arg=-Wno-shadow || failed=1
     return "$failed"
 }
@@ -71,7 +71,7 @@ tidy_files() {
 # A second opinion on the same. Parameters that are moved from are passed by value on purpose; clang-tidy knows them.
 stage_cppcheck() {
     logged cppcheck cppcheck --std=c++20 --enable=warning,performance,portability --inline-suppr --error-exitcode=1 \
-        --suppress=passedByValue --quiet -j "$jobs" -I include -I platform/include src platform tools
+        --suppress=passedByValue --quiet -j "$jobs" -I include -I platform/include src platform tools fuzz
 }
 
 # Uninitialised memory is seen by none of the sanitizers that the tests run under.

@@ -7,6 +7,7 @@
 
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 
 /// An item whose product has a unit name.
@@ -236,6 +237,18 @@ TEST_F(RouterNamingTest, WithoutSuchANodeTheRouterNamesItself) {
     scan();
     EXPECT_EQ(element().unitInstanceName, "");
     EXPECT_EQ(element().rackName, "router rack");
+}
+
+TEST_F(RouterNamingTest, WithoutASerialNumberTheRouterNamesItself) {
+    target.add(item("IOROUTER")
+                   .element(completeElement(1, "r"))
+                   .parameter("PRODUCT/UNITNAME", "Router")
+                   .parameter("RACKNAME", "router rack")
+                   .add(item("NETWORK").add(item("ION").parameter("UNITNAME", "one").parameter("RACKNAME", "R1"))));
+    scan();
+    EXPECT_EQ(element().unitInstanceName, "");
+    EXPECT_EQ(element().rackName, "router rack");
+    EXPECT_THAT(takeErrors(), Contains(missing("PRODUCT[1]/SERIAL_NUMBER[1]", "IOROUTER[1]")));
 }
 
 TEST_F(RouterNamingTest, ARouterWithAUnitNameNamesItself) {

@@ -70,8 +70,8 @@ TEST(EntryIndex, WithoutEntriesNothingIsFound) {
 
 TEST(EntryIndex, TheShortestArraysAreLookedUpByAllTheirValues) {
     const std::string variants = arrayOf(100, [](const std::string& number) { return quoted("V" + number); });
-    const Indexed indexed(
-        {"'boardType': 'X', 'id': 1, 'boardVariant': " + variants + ", 'boardId': [1, 2], 'hwCompatibilityId': [3, 4]"});
+    const Indexed indexed({"'boardType': 'X', 'id': 1, 'boardVariant': " + variants +
+                           ", 'boardId': [1, 2], 'hwCompatibilityId': [3, 4]"});
     EXPECT_EQ(4U, indexed.index.size());
     EXPECT_EQ(0U, indexed.find(element("X", 1).variant("V99").boardId(2).hardware(4)));
     EXPECT_EQ(noArchiveFile, indexed.find(element("X", 1).variant("V100").boardId(2).hardware(4)));

@@ -40,6 +40,7 @@ std::wstring exampleArchive() {
 ExampleRack::ExampleRack() : description_(KvNJson::json::parse(exampleDescription())) {}
 
 void ExampleRack::serveFresh(const std::vector<SingleFault>& faults) {
+    KvEmulation::reset(); // closes the lock's file, which could not be removed on every system
     fs::remove_all(folder_.path() / "state");
     serve(faults);
 }
