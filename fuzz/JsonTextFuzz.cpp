@@ -77,7 +77,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     checkValue(value.view());
     checkWritten(value, -1, false);
     checkWritten(value, 2, true);
-    const json copy = value;
+    json copy;
+    copy = value;
     require(copy.dump() == value.dump(), "A copy is the same value.");
     return 0;
 }
