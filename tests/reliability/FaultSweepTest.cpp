@@ -75,7 +75,7 @@ protected:
         options.target = L"127.0.0.1";
         options.verbose = true;
     }
-    ~FaultSweepTest() override { KvEmulation::reset(); }
+    void TearDown() override { KvEmulation::reset(); }
 
     /// An update of the rack as it is served, and, when that succeeded, the reboot that makes it effective.
     void update();
