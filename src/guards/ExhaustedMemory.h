@@ -15,7 +15,8 @@ Result withoutException(Result onExhaustedMemory, Operation&& operation) {
     }
 }
 
-/// Runs a step of a release, which exhausted memory must not keep from going on: the next step may need no memory.
+/// Runs what exhausted memory may end early without anybody being told, such as a step of a release: the next step may
+/// need no memory.
 template <typename Step>
 void attempt(Step&& step) noexcept {
     withoutException(false, [&] {

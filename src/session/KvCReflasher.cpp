@@ -27,14 +27,13 @@ KvCReflasher::KvCReflasher(KvNReflasher::KvTOptions options) : options_(std::mov
 
 void KvCReflasher::getArchiveInfo(std::wstring& archiveName, std::wstring& archiveVersion, std::wstring& productName,
                                   std::wstring& formatVersion, std::wstring& archiveVariant) {
-    withoutException(false, [&] {
+    attempt([&] {
         const KvTArchiveInfo& info = archive_.info();
         archiveName = toWide(info.archiveName);
         archiveVersion = toWide(info.archiveVersion.getAsString());
         productName = toWide(info.productName);
         formatVersion = toWide(info.formatVersion.getAsString());
         archiveVariant = toWide(info.archiveVariant);
-        return true;
     });
 }
 

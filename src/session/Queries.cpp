@@ -42,15 +42,14 @@ template <typename Record, typename Fill>
 void handOver(std::size_t size, Record*& records, std::uint32_t& count, Fill&& fill) {
     records = nullptr;
     count = 0;
-    withoutException(false, [&] {
+    attempt([&] {
         if (size == 0) {
-            return true;
+            return;
         }
         auto array = std::make_unique<Record[]>(size);
         fill(array.get());
         records = array.release();
         count = static_cast<std::uint32_t>(size);
-        return true;
     });
 }
 

@@ -117,6 +117,8 @@ std::vector<FormatCase> numberCases() {
         {"UnsignedWiderThanItsWidth", L"1234", [](const Formatter& f) { return f(L"%3u", 1234U); }},
         {"UnsignedStarWidths", L"    7|7    |", [](const Formatter& f) { return f(L"%*u|%*u|", 5, 7U, -5, 7U); }},
         {"UnsignedLeftAligned", L"7  |", [](const Formatter& f) { return f(L"%-3u|", 7U); }},
+        {"UnsignedInAColumnOfNine", L"        7", [](const Formatter& f) { return f(L"%9u", 7U); }},
+        {"UnsignedLeftAlignedGetsNoZeros", L"7    |", [](const Formatter& f) { return f(L"%0-5u|", 7U); }},
         {"UnsignedPaddedWithZeros", L"007", [](const Formatter& f) { return f(L"%03u", 7U); }},
         {"UnsignedPrecision", L"  007", [](const Formatter& f) { return f(L"%5.3u", 7U); }},
         {"SignedNegative", L"(error code: -1)!", [](const Formatter& f) { return f(L"(error code: %i)!", -1); }},
