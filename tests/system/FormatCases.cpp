@@ -117,6 +117,7 @@ std::vector<FormatCase> numberCases() {
         {"UnsignedWiderThanItsWidth", L"1234", [](const Formatter& f) { return f(L"%3u", 1234U); }},
         {"UnsignedStarWidths", L"    7|7    |", [](const Formatter& f) { return f(L"%*u|%*u|", 5, 7U, -5, 7U); }},
         {"UnsignedLeftAligned", L"7  |", [](const Formatter& f) { return f(L"%-3u|", 7U); }},
+        {"UnsignedZeroWithoutDigits", L"|", [](const Formatter& f) { return f(L"%.0u|", 0U); }},
         {"UnsignedInAColumnOfNine", L"        7", [](const Formatter& f) { return f(L"%9u", 7U); }},
         {"UnsignedLeftAlignedGetsNoZeros", L"7    |", [](const Formatter& f) { return f(L"%0-5u|", 7U); }},
         {"UnsignedPaddedWithZeros", L"007", [](const Formatter& f) { return f(L"%03u", 7U); }},

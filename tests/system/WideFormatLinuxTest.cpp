@@ -68,6 +68,8 @@ TEST(WideFormatFailure, MoreCharactersThanTheResultCanTell) {
 
 TEST(WideFormatFailure, ANumberOfMoreDigitsThanAnyoneReads) {
     EXPECT_EQ(counting()(L"%.600f", 1.0), -1);
+    EXPECT_EQ(counting()(L"%.511u", 1U), 511);
+    EXPECT_EQ(counting()(L"%.512u", 1U), -1);
 }
 
 TEST(WideFormatFailure, ABufferThatIsTooSmallIsFilledAndNotMore) {
