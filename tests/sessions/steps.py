@@ -102,6 +102,11 @@ class Session:
 
     # --- comparisons ---
 
+    def content(self, name):
+        """Only what went through the tool's text streams has line ends of the system."""
+        data = (self.scratch / name).read_bytes()
+        return self.runner.fold(data) if name.endswith((".out", ".err")) else data
+
     def produced(self, name):
         path = self.scratch / name
         data = self.runner.fold(path.read_bytes()) if path.exists() else b""
@@ -201,8 +206,8 @@ def replace_rack(session, _number, step):
 
 
 def same(session, number, step):
-    first, second = (session.scratch / name for name in step["same"])
-    if first.read_bytes() != second.read_bytes():
+    first, second = (session.content(name) for name in step["same"])
+    if first != second:
         raise Mismatch(f"step {number}: {step['same'][0]} and {step['same'][1]} differ")
 
 
