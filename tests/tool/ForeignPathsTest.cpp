@@ -68,6 +68,7 @@ TEST_F(LeavesArchiveFolder, NamesThatClimbOutOfTheFolderLeaveIt) {
 TEST_F(LeavesArchiveFolder, WhatStandsBehindAZeroCharacterDoesNotCount) {
     EXPECT_FALSE(leaves(std::string_view("a.bin\0/../../b", 14)));
     EXPECT_TRUE(leaves(std::string_view("../outside.bin\0a", 16)));
+    EXPECT_TRUE(leaves(std::string_view("..\0a", 4)));
 }
 
 TEST_F(LeavesArchiveFolder, LinksAreFollowed) {

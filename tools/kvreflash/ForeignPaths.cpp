@@ -77,10 +77,11 @@ bool leavesTargetRoot(std::string_view targetPath) {
 }
 
 bool leavesArchiveFolder(const std::wstring& archiveFolder, std::string_view name) {
+    name = upToZero(name);
     std::string text(toUtf8(archiveFolder).view());
     const fs::path folder = pathOf(text);
     text += '/';
-    text += upToZero(name);
+    text += name;
     const fs::path file = pathOf(text);
     std::error_code ignored;
     if (name.find_first_of(separators) == std::string_view::npos && name != ".." && !fs::is_symlink(file, ignored)) {
