@@ -1,9 +1,9 @@
 // Bringing an archive and a target together. There are as many elements as entries.
 
 #include "BenchData.h"
-#include "EntryIndex.h"
 #include "KvCTargetInventory.h"
 #include "KvCUpdatePlanner.h"
+#include "UnmatchedElements.h"
 
 #include <benchmark/benchmark.h>
 
@@ -22,11 +22,11 @@ public:
     }
 
     [[nodiscard]] const std::vector<KvTArchiveFile>& files() { return loaded_.archive().files(); }
-    [[nodiscard]] const std::list<KvTUpdateElement>& elements() const { return inventory_.elements(); }
+    [[nodiscard]] std::list<KvTUpdateElement>& elements() { return inventory_.elements(); }
     [[nodiscard]] KvCUpdatePlanner& planner() { return planner_; }
 
     /// Every element must take its own entry.
-    void check() const {
+    void check() {
         for (const KvTUpdateElement& element : elements()) {
             if (element.archiveFileIndex != element.index || element.upToDate != (element.index % 2 == 0)) {
                 giveUp("an element was not planned as it must be");
@@ -40,24 +40,17 @@ private:
     KvCUpdatePlanner planner_{loaded_.writer(), loaded_.options(), loaded_.archive(), inventory_};
 };
 
-void indexBuild(benchmark::State& state, KvEArchiveShape shape) {
+/// All entries find their elements.
+void matching(benchmark::State& state, KvEArchiveShape shape) {
     Bench bench(shape, state);
     for (auto iteration : state) {
-        const EntryIndex index(bench.files());
-        benchmark::DoNotOptimize(&index);
-    }
-    state.SetComplexityN(state.range(0));
-}
-
-/// All elements looked up in an index that is there.
-void indexSearch(benchmark::State& state, KvEArchiveShape shape) {
-    Bench bench(shape, state);
-    const EntryIndex index(bench.files());
-    for (auto iteration : state) {
-        for (const KvTUpdateElement& element : bench.elements()) {
-            if (index.find(element) != element.index) {
-                giveUp("an element did not find its entry");
-            }
+        UnmatchedElements unmatched(bench.elements());
+        std::size_t count = 0;
+        for (const KvTArchiveFile& file : bench.files()) {
+            count += unmatched.take(file).size();
+        }
+        if (count != bench.elements().size()) {
+            giveUp("an element did not find its entry");
         }
     }
     state.SetComplexityN(state.range(0));
@@ -89,8 +82,7 @@ void planTable(benchmark::State& state) {
     BENCHMARK_CAPTURE(function, thousandBoardTypes, KvEArchiveShape::thousandBoardTypes)->Apply(atAllSizes);           \
     BENCHMARK_CAPTURE(function, thousandBoards, KvEArchiveShape::thousandBoards)->Apply(atAllSizes)
 
-KV_BENCH_SHAPES(indexBuild);
-KV_BENCH_SHAPES(indexSearch);
+KV_BENCH_SHAPES(matching);
 KV_BENCH_SHAPES(plan);
 BENCHMARK(planTable)->Apply(atAllSizes);
 

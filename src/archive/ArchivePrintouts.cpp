@@ -1,9 +1,11 @@
+#include "BlockPrinter.h"
 #include "EntryProperties.h"
 #include "KvCConsoleWriter.h"
 #include "KvCFirmwareArchive.h"
 #include "TableLayout.h"
 
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace {
@@ -84,6 +86,50 @@ std::vector<KvCString> contentRow(const KvTArchiveFile& file) {
 /// there.
 constexpr std::uint8_t maintenancePlaceholder = 9;
 
+constexpr std::size_t indentation = 4;
+
+json describedInfo(const KvTArchiveInfo& read) {
+    json info = json::makeObject();
+    // The format is written as this system writes it, whatever was read.
+    info.set("formatVersion", "1.0");
+    info.set("archiveVersion", read.archiveVersion.getAsString());
+    info.set("productName", read.productName);
+    if (!read.archiveVariant.isEmpty()) {
+        info.set("archiveVariant", read.archiveVariant);
+    }
+    info.set("archiveName", read.archiveName);
+    return info;
+}
+
+std::string dumped(const json& value) {
+    return value.dump(static_cast<int>(indentation), ' ', false, KvNJson::error_handler_t::ignore);
+}
+
+/// The entry as it was read, with its checksum.
+std::string dumpedEntry(const KvTArchiveFile& file) {
+    const jsonView read = file.description.view().find(propertyKey(KvEProperty::checksumCrc32));
+    if (file.checksumCrc32 == unknownValue || (read.is_valid() && read.get_unsigned() == file.checksumCrc32)) {
+        return dumped(file.description);
+    }
+    json entry = file.description;
+    entry.set(propertyKey(KvEProperty::checksumCrc32), file.checksumCrc32);
+    return dumped(entry);
+}
+
+/// Appends lines that belong so many levels deeper than they are; the first one continues a line.
+void appendIndented(std::string& text, std::string_view lines, std::size_t levels) {
+    for (;;) {
+        const std::size_t size = lines.find('\n');
+        text.append(lines.substr(0, size));
+        if (size == std::string_view::npos) {
+            return;
+        }
+        text += '\n';
+        text.append(indentation * levels, ' ');
+        lines.remove_prefix(size + 1);
+    }
+}
+
 } // namespace
 
 void KvCFirmwareArchive::printArchiveContent() const {
@@ -115,26 +161,26 @@ void KvCFirmwareArchive::printArchiveVersion() const {
     writer_.print(L"%hs\n", text.c_str());
 }
 
+// The text is that of one document which holds copies of all entries; it is put together from theirs.
 void KvCFirmwareArchive::dumpDescription() const {
-    json info = json::makeObject();
-    // The format is written as this system writes it, whatever was read.
-    info.set("formatVersion", "1.0");
-    info.set("archiveVersion", info_.archiveVersion.getAsString());
-    info.set("productName", info_.productName);
-    if (!info_.archiveVariant.isEmpty()) {
-        info.set("archiveVariant", info_.archiveVariant);
-    }
-    info.set("archiveName", info_.archiveName);
-    json files;
+    BlockPrinter printer(writer_);
+    printer.text().append("{\n    \"info\": ");
+    appendIndented(printer.text(), dumped(describedInfo(info_)), 1);
+    printer.text() += ',';
+    printer.endLine();
+    printer.text().append("    \"files\": ").append(files_.empty() ? "null" : "[");
     for (const KvTArchiveFile& file : files_) {
-        json entry = file.description;
-        if (file.checksumCrc32 != unknownValue) {
-            entry.set(propertyKey(KvEProperty::checksumCrc32), file.checksumCrc32);
-        }
-        files.append(std::move(entry));
+        printer.text().append(&file == &files_.front() ? "" : ",");
+        printer.endLine();
+        printer.text().append(indentation * 2, ' ');
+        appendIndented(printer.text(), dumpedEntry(file), 2);
     }
-    json document = json::makeObject();
-    document.set("info", std::move(info));
-    document.set("files", std::move(files));
-    writer_.print(L"%hs\n", document.dump(4, ' ', false, KvNJson::error_handler_t::ignore).c_str());
+    if (!files_.empty()) {
+        printer.endLine();
+        printer.text().append("    ]");
+    }
+    printer.endLine();
+    printer.text() += '}';
+    printer.endLine();
+    printer.finish();
 }

@@ -1,5 +1,6 @@
 #include "TableLayout.h"
 
+#include "BlockPrinter.h"
 #include "KvCConsoleWriter.h"
 
 #include <algorithm>
@@ -9,8 +10,6 @@
 namespace {
 
 constexpr std::string_view columnSeparator = " | ";
-/// Lines are handed to the writer in messages of about this size: a message per cell would cost a flush per cell.
-constexpr std::size_t messageSize = 16384;
 
 std::vector<std::size_t> columnWidths(const KvTTable& rows) {
     std::vector<std::size_t> widths;
@@ -32,7 +31,6 @@ void appendRow(std::string& text, const std::vector<KvCString>& row, const std::
         text += cell;
         text.append(widths[column] - cell.size(), ' ');
     }
-    text += '\n';
 }
 
 } // namespace
@@ -43,20 +41,16 @@ KvCString versionCell(const KvCVersion& version) {
 
 void printTable(const KvCConsoleWriter& writer, const KvTTable& rows) {
     const std::vector<std::size_t> widths = columnWidths(rows);
-    std::string text;
+    BlockPrinter printer(writer);
     for (const auto& row : rows) {
-        appendRow(text, row, widths);
+        appendRow(printer.text(), row, widths);
+        printer.endLine();
         if (&row == &rows.front()) {
             const std::size_t separators = widths.empty() ? 0 : widths.size() - 1;
-            text.append(std::accumulate(widths.begin(), widths.end(), separators * columnSeparator.size()), '-');
-            text += '\n';
-        }
-        if (text.size() >= messageSize) {
-            writer.print(L"%hs", text.c_str());
-            text.clear();
+            printer.text().append(std::accumulate(widths.begin(), widths.end(), separators * columnSeparator.size()),
+                                  '-');
+            printer.endLine();
         }
     }
-    if (!text.empty()) {
-        writer.print(L"%hs", text.c_str());
-    }
+    printer.finish();
 }

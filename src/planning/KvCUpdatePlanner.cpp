@@ -1,9 +1,9 @@
 #include "KvCUpdatePlanner.h"
 
 #include "ElementNames.h"
-#include "EntryIndex.h"
 #include "EntryMatching.h"
 #include "KvCConsoleWriter.h"
+#include "UnmatchedElements.h"
 #include "UpdateDecision.h"
 
 #include <algorithm>
@@ -44,14 +44,14 @@ void KvCUpdatePlanner::plan() {
 
 /// Each element takes the first entry that is meant for it; an entry may serve any number of elements.
 void KvCUpdatePlanner::matchElements() {
-    std::vector<KvTArchiveFile>& files = archive_.files();
-    const EntryIndex index(files);
-    for (KvTUpdateElement& element : inventory_.elements()) {
-        const std::uint32_t file = index.find(element);
-        if (file != noArchiveFile) {
-            element.archiveFileIndex = file;
-            ++files[file].matchCount;
+    UnmatchedElements unmatched(inventory_.elements());
+    std::uint32_t fileIndex = 0;
+    for (KvTArchiveFile& file : archive_.files()) {
+        for (KvTUpdateElement* element : unmatched.take(file)) {
+            element->archiveFileIndex = fileIndex;
+            ++file.matchCount;
         }
+        ++fileIndex;
     }
 }
 

@@ -1,22 +1,24 @@
 #include "EntryMatching.h"
-#include "EntryIndex.h"
 #include "PlanningBuilders.h"
+#include "UnmatchedElements.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cstdint>
+#include <list>
 #include <string>
 #include <vector>
 
 namespace {
 
-/// Whether the entry is meant for the element, by the test of the two and by the index alike.
+/// Whether the entry is meant for the element, by the test of the two and by what it takes of a list alike.
 bool matches(const std::string& entry, const ElementBuilder& builder) {
     std::vector<KvTArchiveFile> files = filesOf({entry});
     KvCString targetPath;
     const bool result = matchesFile(builder.build(), files.at(0), targetPath);
-    EXPECT_EQ(result ? 0U : noArchiveFile, EntryIndex(files).find(builder.build())) << entry;
+    std::list<KvTUpdateElement> elements{builder.build()};
+    EXPECT_EQ(result ? 1U : 0U, UnmatchedElements(elements).take(files.at(0)).size()) << entry;
     return result;
 }
 

@@ -388,7 +388,7 @@ class ReportTest(unittest.TestCase):
             codes.setdefault(mutant.file, (PROJECT / mutant.file).read_text(encoding="utf-8"))
         existing = {Change.of(mutant, codes[mutant.file]) for mutant in all_mutants(PROJECT)}
         for change in read_accepted(path.read_text(encoding="utf-8")):
-            self.assertIn(change, existing, f"no longer a place of the sources:\n{change}")
+            self.assertTrue(change in existing, f"no longer a place of the sources:\n{change}")
 
 
 if __name__ == "__main__":
