@@ -48,6 +48,13 @@ constexpr std::uint32_t formatVersion = 1;
 constexpr std::size_t checksumOffset = 88;
 } // namespace bitstream
 
+/// Reads the first bytes of a file and gives their number. The stream gets no buffer, which would cost more than the
+/// one read that fills `head`.
+std::size_t readHead(std::FILE* file, std::span<std::uint8_t> head) {
+    (void)std::setvbuf(file, nullptr, _IONBF, 0);
+    return std::fread(head.data(), 1, head.size(), file);
+}
+
 std::uint16_t read16(std::span<const std::uint8_t> bytes, std::size_t offset) {
     return static_cast<std::uint16_t>((bytes[offset] << 8) | bytes[offset + 1]);
 }
@@ -128,7 +135,7 @@ KvEReadStatus readImageHeader(const std::wstring& path, KvTUpdateFileHeader& hea
     }
     std::array<std::uint8_t, image::headSize> head{};
     // A shorter file reads as zeros beyond its end.
-    (void)std::fread(head.data(), 1, head.size(), file.get());
+    (void)readHead(file.get(), head);
     if (read32(head, image::firstMagicOffset) != image::firstMagic ||
         read32(head, image::secondMagicOffset) != image::secondMagic) {
         return KvEReadStatus::notThisKind;
@@ -178,7 +185,7 @@ KvEReadStatus readBitstreamHeader(const std::wstring& path, std::uint32_t& check
         return KvEReadStatus::notThisKind;
     }
     std::array<std::uint8_t, bitstream::headSize> head{};
-    const bool complete = std::fread(head.data(), 1, head.size(), file.get()) == head.size();
+    const bool complete = readHead(file.get(), head) == head.size();
     const std::string_view magic(reinterpret_cast<const char*>(head.data()), bitstream::magic.size());
     if (!complete || magic != bitstream::magic ||
         read32(head, bitstream::formatVersionOffset) != bitstream::formatVersion) {
