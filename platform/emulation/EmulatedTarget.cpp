@@ -45,7 +45,8 @@ std::unique_ptr<TargetDescription> readDescriptionFile(const std::filesystem::pa
         error = "cannot be opened: " + fault.message();
         return nullptr;
     }
-    auto text = readBytes(*file, std::numeric_limits<std::size_t>::max());
+    const std::uintmax_t size = std::filesystem::file_size(path, fault);
+    auto text = readBytes(*file, std::numeric_limits<std::size_t>::max(), fault ? 0 : static_cast<std::size_t>(size));
     if (!text) {
         error = "cannot be read";
         return nullptr;

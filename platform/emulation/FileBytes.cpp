@@ -17,8 +17,9 @@ bool forEachPiece(std::FILE& file, const ByteSink& sink) {
     }
 }
 
-std::optional<std::string> readBytes(std::FILE& file, std::size_t limit) {
+std::optional<std::string> readBytes(std::FILE& file, std::size_t limit, std::size_t expected) {
     std::string bytes;
+    bytes.reserve(expected);
     const bool isRead = forEachPiece(file, [&](std::string_view piece) {
         bytes += piece;
         return bytes.size() <= limit;

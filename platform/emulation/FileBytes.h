@@ -18,8 +18,9 @@ using ByteSink = std::function<bool(std::string_view bytes)>;
 /// `sink` returned false.
 [[nodiscard]] bool forEachPiece(std::FILE& file, const ByteSink& sink);
 
-/// The bytes from the position of `file` to its end; nothing when they cannot be read or are more than `limit`.
-[[nodiscard]] std::optional<std::string> readBytes(std::FILE& file, std::size_t limit);
+/// The bytes from the position of `file` to its end; nothing when they cannot be read or are more than `limit`. Memory
+/// is taken at once for as many as are `expected`.
+[[nodiscard]] std::optional<std::string> readBytes(std::FILE& file, std::size_t limit, std::size_t expected = 0);
 
 /// Appends the rest of `from` to `to`, tells `progress`, which may be empty, after each piece, and flushes. The number
 /// of bytes; nothing when one of the files failed.

@@ -73,16 +73,20 @@ std::optional<std::uint32_t> InventoryNames::itemIdentifier(std::string_view nam
     return items.identifierOf(name);
 }
 
-std::optional<KvCInventoryAddress> InventoryNames::parameterAddress(std::string_view path) {
-    const std::size_t slash = path.find('/');
-    if (slash == std::string_view::npos) {
-        const auto parameter = parameters.identifierOf(path);
-        return parameter ? std::optional(KvCInventoryAddress(*parameter)) : std::nullopt;
+std::optional<InventoryNames::ParameterPath> InventoryNames::parameterPath(std::string_view path) {
+    ParameterPath result;
+    if (const std::size_t slash = path.find('/'); slash != std::string_view::npos) {
+        const auto group = groups.identifierOf(path.substr(0, slash));
+        if (!group) {
+            return std::nullopt;
+        }
+        result.group = *group;
+        path.remove_prefix(slash + 1);
     }
-    const auto group = groups.identifierOf(path.substr(0, slash));
-    const auto parameter = parameters.identifierOf(path.substr(slash + 1));
-    if (!group || !parameter) {
+    const auto parameter = parameters.identifierOf(path);
+    if (!parameter) {
         return std::nullopt;
     }
-    return KvCInventoryAddress(*group) / KvCInventoryAddress(*parameter);
+    result.parameter = *parameter;
+    return result;
 }

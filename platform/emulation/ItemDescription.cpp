@@ -36,7 +36,7 @@ std::optional<std::uint32_t> KvCInventoryParameter::keyOf(const KvCInventoryAddr
         if (component.instance != 1 || component.identifier > highestIdentifier) {
             return std::nullopt;
         }
-        key = (key << 16U) | component.identifier;
+        key = keyOf(key, component.identifier);
     }
     return key;
 }

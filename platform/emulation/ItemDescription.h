@@ -23,6 +23,10 @@ public:
     /// The parameter path as one number, by which parameters are sorted; nothing for what is no path of one or two
     /// components at instance 1.
     [[nodiscard]] static std::optional<std::uint32_t> keyOf(const KvCInventoryAddress& path) noexcept;
+    /// The same of two identifiers of 16 bits; `group` may be 0, for none.
+    [[nodiscard]] static constexpr std::uint32_t keyOf(std::uint32_t group, std::uint32_t parameter) noexcept {
+        return (group << 16U) | parameter;
+    }
 
     [[nodiscard]] std::uint32_t key() const noexcept { return key_; }
     [[nodiscard]] const Value& value() const noexcept { return value_; }

@@ -96,18 +96,18 @@ bool readInstance(const JsonPlace& place, ItemParts& parts) {
 }
 
 bool readParameter(const JsonPlace& place, std::string_view path, ItemParts& parts) {
-    const auto address = InventoryNames::parameterAddress(path);
-    const auto key = address ? KvCInventoryParameter::keyOf(*address) : std::nullopt;
-    if (!key) {
+    const auto identifiers = InventoryNames::parameterPath(path);
+    if (!identifiers) {
         return place.refuse("unknown parameter name");
     }
+    const std::uint32_t key = KvCInventoryParameter::keyOf(identifiers->group, identifiers->parameter);
     const KvNJson::jsonView value = place.value();
     if (value.is_string()) {
-        parts.parameters.emplace_back(*key, std::string(value.get_string()));
+        parts.parameters.emplace_back(key, std::string(value.get_string()));
         return true;
     }
     if (value.is_number_unsigned()) {
-        parts.parameters.emplace_back(*key, value.get_unsigned());
+        parts.parameters.emplace_back(key, value.get_unsigned());
         return true;
     }
     return place.refuse("a text or an unsigned number is expected");

@@ -146,13 +146,12 @@ std::size_t jsonView::size() const noexcept {
 }
 
 jsonView jsonView::at(std::size_t index) const noexcept {
-    if (index >= size()) {
-        return {};
+    const Node& held = nodeAt(node_);
+    if (const boost::json::array* const items = held.if_array()) {
+        return jsonView(index < items->size() ? items->data() + index : nullptr);
     }
-    if (const boost::json::array* const items = nodeAt(node_).if_array()) {
-        return jsonView(items->data() + index);
-    }
-    return jsonView(&nodeAt(node_).get_object().begin()[index].value());
+    const boost::json::object* const members = held.if_object();
+    return jsonView(members != nullptr && index < members->size() ? &members->begin()[index].value() : nullptr);
 }
 
 std::string_view jsonView::key(std::size_t index) const noexcept {

@@ -5,15 +5,15 @@
 
 namespace {
 
-constexpr std::array<const char*, propertyCount> keys = {
+constexpr std::array<std::string_view, propertyCount> keys = {
     "name",       "sequence",          "featureLevel",      "boards",  "boardType",     "boardVariant", "boardId", "id",
     "targetPath", "hwCompatibilityId", "swCompatibilityId", "version", "checksumCrc32", "mode"};
 
 } // namespace
 
 const char* propertyKey(KvEProperty property) {
-    // cppcheck-suppress CastIntegerToAddressAtReturn ; it takes the texts for numbers
-    return keys[static_cast<std::size_t>(property)];
+    // Views of whole literals, which end with a zero.
+    return keys[static_cast<std::size_t>(property)].data();
 }
 
 KvCVersion versionOf(KvNJson::jsonView text) {
@@ -26,7 +26,8 @@ EntryProperties::EntryProperties(KvNJson::jsonView object) {
     if (!object.is_object()) {
         return;
     }
-    for (std::size_t member = 0; member < object.size(); ++member) {
+    const std::size_t memberCount = object.size();
+    for (std::size_t member = 0; member < memberCount; ++member) {
         const std::string_view key = object.key(member);
         for (std::size_t property = 0; property < keys.size(); ++property) {
             if (key == keys[property]) {
