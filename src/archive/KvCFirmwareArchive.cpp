@@ -8,6 +8,7 @@
 #include "UpdateFileReaders.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <optional>
 
 namespace {
@@ -17,14 +18,13 @@ using KvNJson::jsonView;
 
 /// The document at `path`; nothing after a reported error.
 std::optional<json> readDocument(const std::wstring& path, KvCArchiveFindings& findings) {
-    FileStream file = openForReading(path);
-    if (file == nullptr) {
+    const FileStream file = openForReading(path);
+    json document = file != nullptr ? json::parse(file.get()) : json();
+    if (file == nullptr || std::ferror(file.get()) != 0) {
         (void)findings.error({KvEArchiveRule::descriptionFileOpens},
                              L"ERROR: Cannot open archive description file %s\n", path.c_str());
         return std::nullopt;
     }
-    json document = json::parse(file.get());
-    file.reset();
     if (document.is_invalid()) {
         (void)findings.error({KvEArchiveRule::descriptionIsJson},
                              L"ERROR: The archive description file %s is corrupt. Invalid JSON data.\n", path.c_str());

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -48,11 +49,17 @@ constexpr std::uint32_t formatVersion = 1;
 constexpr std::size_t checksumOffset = 88;
 } // namespace bitstream
 
-/// Reads the first bytes of a file and gives their number. The stream gets no buffer, which would cost more than the
-/// one read that fills `head`.
-std::size_t readHead(std::FILE* file, std::span<std::uint8_t> head) {
-    (void)std::setvbuf(file, nullptr, _IONBF, 0);
-    return std::fread(head.data(), 1, head.size(), file);
+/// The number of bytes that the file at `path` has for `head`, which receives them; nothing when it cannot be opened or
+/// read.
+std::optional<std::size_t> readHead(const std::wstring& path, std::span<std::uint8_t> head) {
+    const FileStream file = openForReading(path);
+    if (file == nullptr) {
+        return std::nullopt;
+    }
+    // A buffer would cost more than the one read that fills `head`.
+    (void)std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    const std::size_t size = std::fread(head.data(), 1, head.size(), file.get());
+    return std::ferror(file.get()) == 0 ? std::optional(size) : std::nullopt;
 }
 
 std::uint16_t read16(std::span<const std::uint8_t> bytes, std::size_t offset) {
@@ -129,13 +136,11 @@ void readFirmware(KvCErrorListPool& errors, const KvCInventoryItem& firmware, bo
 } // namespace
 
 KvEReadStatus readImageHeader(const std::wstring& path, KvTUpdateFileHeader& header) {
-    const FileStream file = path.empty() ? nullptr : openForReading(path);
-    if (file == nullptr) {
+    // A shorter file reads as zeros beyond its end.
+    std::array<std::uint8_t, image::headSize> head{};
+    if (path.empty() || !readHead(path, head)) {
         return KvEReadStatus::cannotOpen;
     }
-    std::array<std::uint8_t, image::headSize> head{};
-    // A shorter file reads as zeros beyond its end.
-    (void)readHead(file.get(), head);
     if (read32(head, image::firstMagicOffset) != image::firstMagic ||
         read32(head, image::secondMagicOffset) != image::secondMagic) {
         return KvEReadStatus::notThisKind;
@@ -180,12 +185,8 @@ KvEReadStatus readInventoryFile(const std::wstring& path, KvTUpdateFileHeader& h
 
 KvEReadStatus readBitstreamHeader(const std::wstring& path, std::uint32_t& checksum) {
     checksum = unknownValue;
-    const FileStream file = openForReading(path);
-    if (file == nullptr) {
-        return KvEReadStatus::notThisKind;
-    }
     std::array<std::uint8_t, bitstream::headSize> head{};
-    const bool complete = readHead(file.get(), head) == head.size();
+    const bool complete = readHead(path, head) == head.size();
     const std::string_view magic(reinterpret_cast<const char*>(head.data()), bitstream::magic.size());
     if (!complete || magic != bitstream::magic ||
         read32(head, bitstream::formatVersionOffset) != bitstream::formatVersion) {

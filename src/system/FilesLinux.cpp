@@ -18,12 +18,7 @@ std::string nativePath(const std::wstring& path) {
 } // namespace
 
 FileStream openForReading(const std::wstring& path) {
-    FileStream file(std::fopen(nativePath(path).c_str(), "rbe"));
-    struct stat status {};
-    if (file != nullptr && (fstat(fileno(file.get()), &status) != 0 || S_ISDIR(status.st_mode))) {
-        file.reset();
-    }
-    return file;
+    return FileStream(std::fopen(nativePath(path).c_str(), "rbe"));
 }
 
 FileStream openForWriting(const std::wstring& path) {

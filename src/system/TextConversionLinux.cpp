@@ -2,29 +2,44 @@
 
 #include <boost/locale/utf.hpp>
 
+#include <algorithm>
 #include <clocale>
 #include <cwctype>
 #include <iterator>
+#include <type_traits>
 
 namespace {
 
 using boost::locale::utf::utf_traits;
 
-/// Recodes `text` character by character; empty at the first ill-formed one.
+template <typename Character>
+bool isAscii(Character character) {
+    return static_cast<std::make_unsigned_t<Character>>(character) < 0x80;
+}
+
+/// Recodes `text` character by character, but for runs of ASCII; empty at the first ill-formed one.
 template <typename To, typename From>
 std::basic_string<To> recode(std::basic_string_view<From> text) {
     std::basic_string<To> result;
     result.reserve(text.size());
     const From* position = text.data();
     const From* end = position + text.size();
-    while (position != end) {
+    for (;;) {
+        const From* asciiEnd = std::find_if_not(position, end, isAscii<From>);
+        const std::size_t size = result.size();
+        result.resize(size + static_cast<std::size_t>(asciiEnd - position));
+        std::transform(position, asciiEnd, result.begin() + static_cast<std::ptrdiff_t>(size),
+                       [](From character) { return static_cast<To>(character); });
+        position = asciiEnd;
+        if (position == end) {
+            return result;
+        }
         const auto codePoint = utf_traits<From>::decode(position, end);
         if (!boost::locale::utf::is_valid_codepoint(codePoint)) {
             return {};
         }
         utf_traits<To>::encode(codePoint, std::back_inserter(result));
     }
-    return result;
 }
 
 } // namespace
