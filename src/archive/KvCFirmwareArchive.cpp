@@ -10,22 +10,32 @@
 #include <algorithm>
 #include <cstdio>
 #include <optional>
+#include <utility>
 
 namespace {
 
 using KvNJson::json;
 using KvNJson::jsonView;
 
+/// What the file at `path` holds; nothing when it cannot be opened or read.
+std::optional<json> parseFile(const std::wstring& path) {
+    const FileStream file = openForReading(path);
+    if (file == nullptr) {
+        return std::nullopt;
+    }
+    json document = json::parse(file.get());
+    return std::ferror(file.get()) == 0 ? std::optional(std::move(document)) : std::nullopt;
+}
+
 /// The document at `path`; nothing after a reported error.
 std::optional<json> readDocument(const std::wstring& path, KvCArchiveFindings& findings) {
-    const FileStream file = openForReading(path);
-    json document = file != nullptr ? json::parse(file.get()) : json();
-    if (file == nullptr || std::ferror(file.get()) != 0) {
+    std::optional<json> document = parseFile(path);
+    if (!document) {
         (void)findings.error({KvEArchiveRule::descriptionFileOpens},
                              L"ERROR: Cannot open archive description file %s\n", path.c_str());
         return std::nullopt;
     }
-    if (document.is_invalid()) {
+    if (document->is_invalid()) {
         (void)findings.error({KvEArchiveRule::descriptionIsJson},
                              L"ERROR: The archive description file %s is corrupt. Invalid JSON data.\n", path.c_str());
         return std::nullopt;
