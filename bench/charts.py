@@ -51,7 +51,7 @@ def lines(title, x_name, y_name, series):
     def y_of(y):
         return HEIGHT - BOTTOM - (math.log10(y) - y_low) / (y_high - y_low) * (HEIGHT - TOP - BOTTOM)
 
-    parts = [text((LEFT + WIDTH - RIGHT) / 2, HEIGHT - 15, x_name, "middle"), text(LEFT - 8, TOP - 12, y_name, "end")]
+    parts = [text((LEFT + WIDTH - RIGHT) / 2, HEIGHT - 15, x_name, "middle"), text(10, TOP - 12, y_name)]
     for exponent in range(x_low, x_high + 1):
         x = x_of(10.0 ** exponent)
         parts += [line(x, TOP, x, HEIGHT - BOTTOM, "#dddddd"),

@@ -36,7 +36,7 @@ class ReferencesTest(unittest.TestCase):
 
     def test_all_dumps_are_the_same(self):
         expected = output("jq", "--indent", "4", ".", self.description)
-        for name in ("parse_boost", "parse_rapidjson"):
+        for name in ("parse_boost", "parse_nlohmann", "parse_rapidjson"):
             self.assertEqual(output(BIN / name, "--print", self.description), expected, name)
         self.assertEqual(output(BIN / "kvreflash", "dump", "-a", self.archive), expected)
 
@@ -52,12 +52,12 @@ class ReferencesTest(unittest.TestCase):
     def test_parsers_refuse_what_is_no_json(self):
         broken = self.folder / "broken.json"
         broken.write_bytes(self.description.read_bytes()[:-3])
-        for name in ("parse_boost", "parse_rapidjson"):
+        for name in ("parse_boost", "parse_nlohmann", "parse_rapidjson", "parse_simdjson"):
             self.assertEqual(self.status(BIN / name, self.description), 0)
             self.assertEqual(self.status(BIN / name, broken), 1)
 
     def test_the_parser_without_print_prints_nothing(self):
-        for name in ("parse_boost", "parse_rapidjson", "empty_process"):
+        for name in ("parse_boost", "parse_nlohmann", "parse_rapidjson", "parse_simdjson", "empty_process"):
             self.assertEqual(output(BIN / name, self.description), b"")
 
     def test_all_heads_are_read(self):

@@ -44,6 +44,7 @@ std::size_t UnmatchedElements::PlaceHash::operator()(const Place& place) const {
 
 UnmatchedElements::UnmatchedElements(std::list<KvTUpdateElement>& elements)
     : textNumbers_{{"", noText}, {"*", anyLocation}} {
+    places_.reserve(elements.size());
     for (KvTUpdateElement& element : elements) {
         const Place place = {.boardType = numberOf(element.boardType.view()),
                              .address =
