@@ -29,10 +29,11 @@ LAYERS = {
     "src/target": INTERFACES | {"src/console", "src/guards", "src/system", "src/archive"},
     "src/inventory": INTERFACES | {"src/console", "src/guards", "src/system"},
     "src/planning": INTERFACES | {"src/archive", "src/inventory", "src/console", "src/guards"},
+    "src/preparation": INTERFACES | {"src/planning", "src/target", "src/archive", "src/inventory", "src/console"},
     "src/execution": INTERFACES | {"src/planning", "src/target", "src/archive", "src/inventory", "src/console",
                                    "src/guards", "src/system"},
-    "src/session": INTERFACES | {"src/execution", "src/planning", "src/target", "src/archive", "src/inventory",
-                                 "src/console", "src/guards", "src/system"},
+    "src/session": INTERFACES | {"src/preparation", "src/execution", "src/planning", "src/target", "src/archive",
+                                 "src/inventory", "src/console", "src/guards", "src/system"},
 }
 
 PLATFORM_CONDITIONAL = re.compile(r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b.*"

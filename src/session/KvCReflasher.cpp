@@ -28,7 +28,7 @@ KvCReflasher::KvCReflasher(KvNReflasher::KvTOptions options) : options_(std::mov
 void KvCReflasher::getArchiveInfo(std::wstring& archiveName, std::wstring& archiveVersion, std::wstring& productName,
                                   std::wstring& formatVersion, std::wstring& archiveVariant) {
     attempt([&] {
-        const KvTArchiveInfo& info = archive_.info();
+        const KvTArchiveInfo& info = preparation_.archive().info();
         archiveName = toWide(info.archiveName);
         archiveVersion = toWide(info.archiveVersion.getAsString());
         productName = toWide(info.productName);
@@ -39,7 +39,7 @@ void KvCReflasher::getArchiveInfo(std::wstring& archiveName, std::wstring& archi
 
 void KvCReflasher::disableUpdateElement(std::uint32_t index) {
     std::uint32_t position = 0;
-    for (KvTUpdateElement& element : inventory_.elements()) {
+    for (KvTUpdateElement& element : preparation_.inventory().elements()) {
         if (position++ == index) {
             element.disabled = true;
             return;
@@ -48,7 +48,7 @@ void KvCReflasher::disableUpdateElement(std::uint32_t index) {
 }
 
 bool KvCReflasher::getRebootSupportStatus(std::uint32_t& status) {
-    status = inventory_.rebootSupportStatus();
+    status = preparation_.inventory().rebootSupportStatus();
     return withoutException(false, [&] {
         switch (status) {
         case rebootSupported:
@@ -80,7 +80,7 @@ bool KvCReflasher::reboot() {
     }
     return withoutException(false, [&] {
         KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
-        if (targetAccess_.rebootDevice(errors)) {
+        if (preparation_.targetAccess().rebootDevice(errors)) {
             return true;
         }
         writer_.print(L"ERROR: Device cannot be rebooted. Command failed.\n");

@@ -1,11 +1,8 @@
 #pragma once
 
 #include "KvCConsoleWriter.h"
-#include "KvCFirmwareArchive.h"
-#include "KvCTargetAccess.h"
-#include "KvCTargetInventory.h"
+#include "KvCPreparation.h"
 #include "KvCUpdateDriver.h"
-#include "KvCUpdatePlanner.h"
 #include "KvIReflasher.h"
 #include "KvTCallbacks.h"
 
@@ -42,20 +39,12 @@ protected:
     explicit KvCReflasher(KvNReflasher::KvTOptions options);
 
 private:
-    [[nodiscard]] std::uint32_t prepareSession();
-    [[nodiscard]] bool connect(KvCErrorListPool& errors);
-    [[nodiscard]] bool isTargetSupported() const;
-    void disableAllElements();
     [[nodiscard]] bool runSession();
     [[nodiscard]] bool runMode(KvCErrorListPool& errors);
-    void printBanner() const;
 
     const KvNReflasher::KvTOptions options_;
     KvTCallbacks callbacks_;
     const KvCConsoleWriter writer_{callbacks_};
-    KvCTargetAccess targetAccess_{writer_, options_};
-    KvCFirmwareArchive archive_{writer_, options_};
-    KvCTargetInventory inventory_{writer_, options_};
-    KvCUpdatePlanner planner_{writer_, options_, archive_, inventory_};
-    KvCUpdateDriver driver_{writer_, callbacks_, options_, planner_, targetAccess_};
+    KvCPreparation preparation_{writer_, options_};
+    KvCUpdateDriver driver_{writer_, callbacks_, options_, preparation_.planner(), preparation_.targetAccess()};
 };

@@ -56,19 +56,19 @@ void handOver(std::size_t size, Record*& records, std::uint32_t& count, Fill&& f
 } // namespace
 
 void KvCReflasher::getUpdateElements(KvTUpdateElementInfo*& elements, std::uint32_t& count) {
-    handOver(inventory_.elements().size(), elements, count, [this](KvTUpdateElementInfo* record) {
+    handOver(preparation_.inventory().elements().size(), elements, count, [this](KvTUpdateElementInfo* record) {
         std::uint32_t number = 0;
-        for (const KvTUpdateElement& element : inventory_.elements()) {
+        for (const KvTUpdateElement& element : preparation_.inventory().elements()) {
             const KvTArchiveFile* file =
-                element.hasArchiveFile() ? &archive_.files()[element.archiveFileIndex] : nullptr;
+                element.hasArchiveFile() ? &preparation_.archive().files()[element.archiveFileIndex] : nullptr;
             *record++ = elementInfo(element, number++, file);
         }
     });
 }
 
 void KvCReflasher::getArchiveFiles(KvTArchiveFileInfo*& files, std::uint32_t& count) {
-    handOver(archive_.files().size(), files, count, [this](KvTArchiveFileInfo* record) {
-        for (const KvTArchiveFile& file : archive_.files()) {
+    handOver(preparation_.archive().files().size(), files, count, [this](KvTArchiveFileInfo* record) {
+        for (const KvTArchiveFile& file : preparation_.archive().files()) {
             record->name = file.name.view();
             record->version = file.version.getAsString().view();
             ++record;

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "KvCFirmwareArchive.h"
+#include "KvCTargetAccess.h"
+#include "KvCTargetInventory.h"
+#include "KvCUpdatePlanner.h"
+#include "KvTOptions.h"
+
+#include <cstdint>
+
+class KvCConsoleWriter;
+
+/// Results of preparing a session; the values are part of the interface.
+enum KvEPrepareStatus : std::uint32_t { prepareReady = 0, prepareFailed = 1, prepareTargetNotSupported = 2 };
+
+/// What a session knows before it runs: the archive, the target and the plan that brings them together.
+class KvCPreparation {
+public:
+    /// Both must outlive the object.
+    KvCPreparation(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options)
+        : writer_(writer), options_(options) {}
+
+    /// Reads the archive, finds and scans the target, and plans, as far as the options' mode asks for it; prints what
+    /// fails.
+    [[nodiscard]] KvEPrepareStatus prepare();
+
+    [[nodiscard]] const KvCTargetAccess& targetAccess() const { return targetAccess_; }
+    [[nodiscard]] KvCFirmwareArchive& archive() { return archive_; }
+    [[nodiscard]] const KvCFirmwareArchive& archive() const { return archive_; }
+    [[nodiscard]] KvCTargetInventory& inventory() { return inventory_; }
+    [[nodiscard]] const KvCTargetInventory& inventory() const { return inventory_; }
+    [[nodiscard]] KvCUpdatePlanner& planner() { return planner_; }
+
+private:
+    void printBanner() const;
+    [[nodiscard]] bool connect(KvCErrorListPool& errors);
+    [[nodiscard]] bool isTargetSupported() const;
+    void disableAllElements();
+
+    const KvCConsoleWriter& writer_;
+    const KvNReflasher::KvTOptions& options_;
+    KvCTargetAccess targetAccess_{writer_, options_};
+    KvCFirmwareArchive archive_{writer_, options_};
+    KvCTargetInventory inventory_{writer_, options_};
+    KvCUpdatePlanner planner_{writer_, options_, archive_, inventory_};
+};
