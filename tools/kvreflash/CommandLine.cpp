@@ -11,51 +11,76 @@
 #include <limits>
 #include <memory>
 #include <set>
+#include <string_view>
+#include <utility>
 
 namespace {
 
 using namespace KvNReflasher;
 
 constexpr const char* helpFooter =
-    "Each command is one session with one target. What the session has to say goes to standard output, what this tool "
-    "itself has to say to standard error.\n\n"
+    "What a session has to say goes to standard output, what this tool itself has to say to standard error.\n\n"
     "Every option with a value takes exactly one; a value that begins with \"-\" is written --option=VALUE, an empty "
     "one as an argument of its own: -t \"\". Options without a value are off by default.\n\n"
     "Sessions with emulated targets obey the environment variables KV_TIME_SCALE and KV_TRACE: see "
     "docs/emulation.md.\n\n"
-    "Exit codes: 0 success, 1 failed, 2 the archive does not support the target, 64 usage error.\n\n"
+    "Exit codes:\n"
+    "  0    success\n"
+    "  1    failed\n"
+    "  2    the archive does not support the target\n"
+    "  64   usage error\n"
+    "  130  ended by an interrupt\n\n"
     "kvreflash COMMAND --help tells the options of a command.";
 
 /// The groups of options that a command takes.
 enum OptionGroup : unsigned {
     archiveOptions = 1,
-    targetOptions = 2,
-    forceOption = 4,
-    updateOptions = 8,
-    jsonOption = 16
+    hostOption = 2,
+    filterOptions = 4,
+    targetOptions = hostOption | filterOptions,
+    forceOption = 8,
+    updateOptions = 16,
+    jsonOption = 32,
+    reportOption = 64,
+    checkOptions = 128,
+    folderArgument = 256,
+    elementArgument = 512
 };
 
 struct Command {
     const char* name;
+    KvETask task;
     KvEMode mode;
     unsigned groups;
     const char* description;
 };
 
 constexpr std::array commands = {
-    Command{"version", showVersion, 0, "Print the version of the library."},
-    Command{"archive-version", showArchiveVersion, archiveOptions, "Print the version of a firmware archive."},
-    Command{"content", showArchiveContent, archiveOptions | jsonOption, "Print the table of an archive's entries."},
-    Command{"dump", dumpArchiveDescription, archiveOptions,
+    Command{"version", KvETask::session, showVersion, 0, "Print the version of the library."},
+    Command{"check", KvETask::check, showArchiveVersion, archiveOptions | checkOptions,
+            "Find everything that is wrong with an archive."},
+    Command{"archive-version", KvETask::session, showArchiveVersion, archiveOptions,
+            "Print the version of a firmware archive."},
+    Command{"content", KvETask::session, showArchiveContent, archiveOptions | jsonOption,
+            "Print the table of an archive's entries."},
+    Command{"dump", KvETask::session, dumpArchiveDescription, archiveOptions,
             "Print an archive's description as it is understood, with the checksums of its update files."},
-    Command{"elements", showTargetElements, targetOptions | jsonOption,
+    Command{"elements", KvETask::session, showTargetElements, targetOptions | jsonOption,
             "Print the table of a target's update elements."},
-    Command{"connect", connectOnly, targetOptions, "Check that a target can be reached and scanned."},
-    Command{"plan", showUpdatePlan, archiveOptions | targetOptions | forceOption | jsonOption,
-            "Print what an update would do."},
-    Command{"update", performUpdate, archiveOptions | targetOptions | forceOption | updateOptions,
+    Command{"connect", KvETask::session, connectOnly, targetOptions, "Check that a target can be reached and scanned."},
+    Command{"capture", KvETask::capture, connectOnly, hostOption | folderArgument,
+            "Write a target's inventory as an emulated target, to rehearse with."},
+    Command{"plan", KvETask::session, showUpdatePlan,
+            archiveOptions | targetOptions | forceOption | jsonOption | reportOption, "Print what an update would do."},
+    Command{"explain", KvETask::explain, showUpdatePlan,
+            archiveOptions | targetOptions | forceOption | jsonOption | elementArgument,
+            "Tell why each element is or is not updated."},
+    Command{"matrix", KvETask::matrix, showUpdatePlan, archiveOptions | jsonOption,
+            "Print what an update would do to each of several emulated targets."},
+    Command{"update", KvETask::session, performUpdate,
+            archiveOptions | targetOptions | forceOption | updateOptions | reportOption,
             "Update a target from an archive."},
-    Command{"reboot", connectOnly, targetOptions, "Connect to a target and reboot it."}};
+    Command{"reboot", KvETask::session, connectOnly, targetOptions, "Connect to a target and reboot it."}};
 
 /// The texts of the options as they were given.
 struct Texts {
@@ -63,6 +88,9 @@ struct Texts {
     std::string descriptionFileName = "archive.json";
     std::string target;
     std::vector<std::string> disabled;
+    std::string progress;
+    std::string waitSeconds;
+    std::string format;
 };
 
 /// An option that takes a value and may be given several times.
@@ -83,9 +111,12 @@ void addArchiveOptions(CLI::App& app, Texts& texts) {
         ->type_name("FILE");
 }
 
-void addTargetOptions(CLI::App& app, Texts& texts, KvTOptions& options) {
+void addHostOption(CLI::App& app, Texts& texts) {
     app.add_option("-t,--target", texts.target, "IPv4 address or host name of the target (default: none)")
         ->type_name("HOST");
+}
+
+void addFilterOptions(CLI::App& app, KvTOptions& options) {
     app.add_option("-b,--board-type", options.boardTypeFilter,
                    "Look only at boards of these types, words separated by commas or blanks (default: all)")
         ->type_name("LIST");
@@ -102,39 +133,78 @@ void addTargetOptions(CLI::App& app, Texts& texts, KvTOptions& options) {
 }
 
 void addUpdateOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
-    app.add_flag("--no-progress", line.options.noProgress, "Do not print the progress line");
+    app.add_option("--progress", texts.progress,
+                   "How progress is shown: line, plain (a line for every tenth) or none (default: line)")
+        ->type_name("HOW");
+    app.add_flag("--no-progress", line.options.noProgress, "The same as --progress none");
     addRepeatable(app, "--disable", texts.disabled, "N",
                   "Leave the element of this number out of the update: No. of the plan; repeatable (default: none)");
     app.add_flag("--reboot", line.reboot, "Reboot the target after a successful update");
+    app.add_flag("--preflight", line.preflight, "Check every update file of the plan before the target is touched");
+    app.add_flag("--verify", line.verify,
+                 "Scan the target again after a successful update and judge by what it reports then");
+    app.add_option("--wait", texts.waitSeconds,
+                   "With --verify and --reboot: how many seconds the target is waited for (default: 300)")
+        ->type_name("SECONDS");
     app.add_option("--events", line.eventsFile,
                    "Write notifications to FILE as JSON lines; -: to standard error (default: nowhere)")
         ->type_name("FILE");
 }
 
-void addCommand(CLI::App& app, const Command& command, KvTCommandLine& line, Texts& texts) {
-    CLI::App& sub = *app.add_subcommand(command.name, command.description);
-    if ((command.groups & archiveOptions) != 0) {
-        addArchiveOptions(sub, texts);
+void addCheckOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
+    app.add_flag("--strict", line.strict, "Exit code 1 for warnings too");
+    app.add_option("--format", texts.format, "How findings are written: text or json (default: text)")
+        ->type_name("FORMAT");
+}
+
+void addOptions(CLI::App& app, unsigned groups, KvTCommandLine& line, Texts& texts) {
+    if ((groups & archiveOptions) != 0) {
+        addArchiveOptions(app, texts);
     }
-    if ((command.groups & targetOptions) != 0) {
-        addTargetOptions(sub, texts, line.options);
+    if ((groups & hostOption) != 0) {
+        addHostOption(app, texts);
     }
-    if ((command.groups & forceOption) != 0) {
-        sub.add_flag("-f,--force", line.options.forceUpdate,
+    if ((groups & filterOptions) != 0) {
+        addFilterOptions(app, line.options);
+    }
+    if ((groups & forceOption) != 0) {
+        app.add_flag("-f,--force", line.options.forceUpdate,
                      "Update elements that are up to date, too (never those with an \"upgrade\" entry)");
     }
-    if ((command.groups & updateOptions) != 0) {
-        addUpdateOptions(sub, line, texts);
+    if ((groups & updateOptions) != 0) {
+        addUpdateOptions(app, line, texts);
     }
-    if ((command.groups & jsonOption) != 0) {
-        sub.add_flag("--json", line.json, "Write the records as a JSON document; messages go to standard error");
+    if ((groups & checkOptions) != 0) {
+        addCheckOptions(app, line, texts);
     }
-    sub.add_flag("-v,--verbose", line.options.verbose, "Print details");
-    addRepeatable(sub, "--emulate", line.emulatedTargets, "DIR",
+    if ((groups & jsonOption) != 0) {
+        app.add_flag("--json", line.json, "Write a JSON document; messages go to standard error");
+    }
+    if ((groups & reportOption) != 0) {
+        app.add_option("--report", line.reportFile, "Write a report to FILE, .html or .json (default: none)")
+            ->type_name("FILE");
+    }
+    app.add_flag("-v,--verbose", line.options.verbose, "Print details");
+    addRepeatable(app, "--emulate", line.emulatedTargets, "DIR",
                   "Serve the emulated target in this folder; repeatable (default: none)");
+    if ((groups & folderArgument) != 0) {
+        app.add_option("DIR", line.captureFolder, "The folder to be made; an existing one must be empty")
+            ->required()
+            ->type_name("");
+    }
+    if ((groups & elementArgument) != 0) {
+        app.add_option("ELEMENT", line.element, "Number (No. of the plan) or name of one element (default: all)")
+            ->type_name("");
+    }
+}
+
+void addCommand(CLI::App& app, const Command& command, KvTCommandLine& line, Texts& texts) {
+    CLI::App& sub = *app.add_subcommand(command.name, command.description);
+    addOptions(sub, command.groups, line, texts);
     sub.group("Commands");
     sub.footer(helpFooter);
     sub.callback([&line, &command] {
+        line.task = command.task;
         line.options.mode = command.mode;
         line.reboot = line.reboot || std::string_view(command.name) == "reboot";
     });
@@ -144,15 +214,50 @@ void addCommand(CLI::App& app, const Command& command, KvTCommandLine& line, Tex
     throw CLI::ParseError(reason, CLI::ExitCodes::InvalidError);
 }
 
-std::uint32_t elementNumber(const std::string& text) {
+std::uint32_t numberOf(const char* option, const std::string& text) {
     std::uint32_t number = 0;
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, number);
     if (text.empty() || error != std::errc() || stop != end) {
-        refuse("--disable: '" + text + "' is not a decimal number up to " +
+        refuse(option + (": '" + text) + "' is not a decimal number up to " +
                std::to_string(std::numeric_limits<std::uint32_t>::max()));
     }
     return number;
+}
+
+/// The value of an option that takes one of a few words.
+template <typename Value, std::size_t size>
+Value oneOf(const char* option, const std::string& text,
+            const std::array<std::pair<const char*, Value>, size>& values) {
+    std::string known;
+    for (const auto& [word, value] : values) {
+        if (text == word) {
+            return value;
+        }
+        known.append(known.empty() ? "" : ", ").append(word);
+    }
+    refuse(option + (": '" + text) + "' is none of " + known);
+}
+
+void convertProgress(const std::string& text, KvTCommandLine& line) {
+    constexpr std::array<std::pair<const char*, KvEProgress>, 3> ways{
+        {{"line", KvEProgress::line}, {"plain", KvEProgress::plain}, {"none", KvEProgress::none}}};
+    const bool isOff = line.options.noProgress;
+    line.progress = isOff ? KvEProgress::none : KvEProgress::line;
+    if (text.empty()) {
+        return;
+    }
+    line.progress = oneOf("--progress", text, ways);
+    if (isOff && line.progress != KvEProgress::none) {
+        refuse("--no-progress contradicts --progress " + text);
+    }
+    line.options.noProgress = line.progress != KvEProgress::line;
+}
+
+void convertReport(const std::optional<std::string>& path) {
+    if (path && !path->ends_with(".html") && !path->ends_with(".json")) {
+        refuse("--report: '" + *path + "' ends neither with .html nor with .json");
+    }
 }
 
 void convertTexts(const Texts& texts, KvTCommandLine& line) {
@@ -160,7 +265,19 @@ void convertTexts(const Texts& texts, KvTCommandLine& line) {
     line.options.descriptionFileName = utf8ToWide(texts.descriptionFileName.c_str());
     line.options.target = utf8ToWide(texts.target.c_str());
     for (const std::string& number : texts.disabled) {
-        line.disabledElements.push_back(elementNumber(number));
+        line.disabledElements.push_back(numberOf("--disable", number));
+    }
+    convertProgress(texts.progress, line);
+    convertReport(line.reportFile);
+    if (!texts.waitSeconds.empty()) {
+        line.waitSeconds = numberOf("--wait", texts.waitSeconds);
+    }
+    if (!texts.format.empty()) {
+        constexpr std::array<std::pair<const char*, bool>, 2> formats{{{"text", false}, {"json", true}}};
+        line.json = oneOf("--format", texts.format, formats);
+    }
+    if (line.task == KvETask::matrix && line.emulatedTargets.empty()) {
+        refuse("matrix needs at least one --emulate");
     }
 }
 
@@ -206,11 +323,15 @@ GivenOption givenOption(const CLI::App& command, const std::string& argument) {
 
 /// Refuses what CLI11 takes as it comes: an option where a value is due, a value of an option that has none; and what
 /// its messages tell badly.
-void checkOptions(const CLI::App& command, const std::vector<std::string>& arguments) {
+void checkOptionUse(const CLI::App& command, const std::vector<std::string>& arguments) {
     std::set<const CLI::Option*> single;
+    auto positionals = command.get_options([](const CLI::Option* option) { return option->get_positional(); }).size();
     for (std::size_t index = 1; index < arguments.size(); ++index) {
         if (!looksLikeOption(arguments[index])) {
-            refuse(command.get_name() + ": unexpected argument '" + arguments[index] + "'");
+            if (positionals-- == 0) {
+                refuse(command.get_name() + ": unexpected argument '" + arguments[index] + "'");
+            }
+            continue;
         }
         const GivenOption given = givenOption(command, arguments[index]);
         if (given.option == nullptr) {
@@ -245,7 +366,7 @@ void checkArguments(const CLI::App& app, const std::vector<std::string>& argumen
     }
     const auto named = app.get_subcommands([&](const CLI::App* sub) { return sub->get_name() == arguments.front(); });
     if (!named.empty()) {
-        checkOptions(*named.front(), arguments);
+        checkOptionUse(*named.front(), arguments);
     } else if (app.get_option_no_throw(arguments.front()) == nullptr) {
         refuse("'" + arguments.front() + "' is no command");
     }

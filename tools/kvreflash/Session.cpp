@@ -1,11 +1,15 @@
 #include "Session.h"
 
+#include "ArchiveCheck.h"
+#include "EmulatedTargets.h"
 #include "EventLog.h"
 #include "ForeignPaths.h"
-#include "KvEmulation.h"
 #include "KvIReflasher.h"
 #include "MessageText.h"
+#include "PlanExplanation.h"
+#include "PlanMatrix.h"
 #include "QueryDocument.h"
+#include "TargetCapture.h"
 #include "Terminal.h"
 #include "ToolOutput.h"
 
@@ -47,20 +51,6 @@ public:
     CurrentOutputs& operator=(const CurrentOutputs&) = delete;
     ~CurrentOutputs() { currentOutputs = nullptr; }
 };
-
-bool serveEmulatedTargets(const std::vector<std::string>& folders) {
-    for (const std::string& folder : folders) {
-        const KvEmulation::KvTServeResult result = KvEmulation::serve(folder);
-        for (const std::string& warning : result.warnings) {
-            say("warning: " + warning);
-        }
-        if (!result.served) {
-            say(result.error);
-            return false;
-        }
-    }
-    return true;
-}
 
 /// An archive from who knows where shall not reach out of its folder or out of the target's unnoticed.
 void warnOfForeignPaths(const KvNReflasher::KvTOptions& options) {
@@ -107,9 +97,6 @@ ExitCode performSession(KvIReflasher& session, const KvTCommandLine& line) {
 ExitCode runSession(const KvTCommandLine& line) {
     Outputs outputs;
     const CurrentOutputs current(outputs);
-    if (!serveEmulatedTargets(line.emulatedTargets)) {
-        return exitFailed;
-    }
     if (line.eventsFile && !outputs.events.open(*line.eventsFile)) {
         say("cannot create '" + *line.eventsFile + "'");
         return exitFailed;
@@ -131,12 +118,32 @@ ExitCode runSession(const KvTCommandLine& line) {
     return result;
 }
 
+ExitCode runTask(const KvTCommandLine& line) {
+    // Each session of a matrix serves its own.
+    if (line.task != KvETask::matrix && !serveEmulatedTargets(line.emulatedTargets)) {
+        return exitFailed;
+    }
+    switch (line.task) {
+    case KvETask::session:
+        return runSession(line);
+    case KvETask::check:
+        return checkArchive(line);
+    case KvETask::capture:
+        return captureTarget(line);
+    case KvETask::explain:
+        return explainPlan(line);
+    case KvETask::matrix:
+        return showMatrix(line);
+    }
+    return exitFailed;
+}
+
 } // namespace
 
 ExitCode runTool(const std::vector<std::string>& arguments) {
     const auto line = readCommandLine(arguments);
     const auto* const answered = std::get_if<ExitCode>(&line);
-    const ExitCode result = answered != nullptr ? *answered : runSession(std::get<KvTCommandLine>(line));
+    const ExitCode result = answered != nullptr ? *answered : runTask(std::get<KvTCommandLine>(line));
     // Whoever wrote to standard output, the library or the tool: what was lost shows here.
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         say("cannot write to standard output");

@@ -1,0 +1,21 @@
+#include "PlannedTarget.h"
+
+#include "ErrorReport.h"
+
+PlannedTarget::PlannedTarget(const KvNReflasher::KvTOptions& options) : options_(options) {
+    options_.mode = KvNReflasher::showUpdatePlan;
+    callbacks_.message = MessageCapture::callback();
+}
+
+bool PlannedTarget::prepare() {
+    if (preparation_.prepare() != prepareReady) {
+        return false;
+    }
+    KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
+    if (errors.getErrorCount() == 0) {
+        return true;
+    }
+    writer_.print(L"\nReported errors:\n");
+    printErrorReport(writer_, options_, errors, reportIndentation);
+    return false;
+}

@@ -1,0 +1,5 @@
+#include "TargetCapture.h"
+
+ExitCode captureTarget(const KvTCommandLine& /*line*/) {
+    return exitFailed;
+}

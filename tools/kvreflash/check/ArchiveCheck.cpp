@@ -1,0 +1,5 @@
+#include "ArchiveCheck.h"
+
+ExitCode checkArchive(const KvTCommandLine& /*line*/) {
+    return exitFailed;
+}

@@ -1,0 +1,6 @@
+#pragma once
+
+#include "CommandLine.h"
+
+/// TODO. The result is the exit code.
+[[nodiscard]] ExitCode checkArchive(const KvTCommandLine& line);

@@ -1,0 +1,5 @@
+#include "PlanExplanation.h"
+
+ExitCode explainPlan(const KvTCommandLine& /*line*/) {
+    return exitFailed;
+}

@@ -1,0 +1,5 @@
+#include "PlanMatrix.h"
+
+ExitCode showMatrix(const KvTCommandLine& /*line*/) {
+    return exitFailed;
+}
