@@ -114,12 +114,18 @@ KvEMatchTest firstFailingTest(const KvTUpdateElement& element, const KvTEntrySel
     return KvEMatchTest::none;
 }
 
-bool matchesFile(const KvTUpdateElement& element, const KvTArchiveFile& file, KvCString& targetPath) {
-    const std::vector<KvTEntrySelection> selections = selectionsOf(file);
-    const auto selected = std::find_if(selections.begin(), selections.end(), [&](const KvTEntrySelection& selection) {
+const KvTEntrySelection* decidingSelection(const KvTUpdateElement& element,
+                                           const std::vector<KvTEntrySelection>& selections) {
+    const auto found = std::find_if(selections.begin(), selections.end(), [&](const KvTEntrySelection& selection) {
         return matchesValue(selection.boardType, element.boardType.view());
     });
-    if (selected == selections.end() || firstFailingTest(element, *selected) != KvEMatchTest::none) {
+    return found != selections.end() ? &*found : nullptr;
+}
+
+bool matchesFile(const KvTUpdateElement& element, const KvTArchiveFile& file, KvCString& targetPath) {
+    const std::vector<KvTEntrySelection> selections = selectionsOf(file);
+    const KvTEntrySelection* selected = decidingSelection(element, selections);
+    if (selected == nullptr || firstFailingTest(element, *selected) != KvEMatchTest::none) {
         return false;
     }
     targetPath = KvCString(selected->targetPath.value_or(std::string_view()));

@@ -56,9 +56,14 @@ struct KvTEntrySelection {
 /// The selections of an entry: one for each element of its "boards" in order, or the entry itself.
 [[nodiscard]] std::vector<KvTEntrySelection> selectionsOf(const KvTArchiveFile& file);
 
+/// The selection that decides alone whether an entry is meant for `element`: the first one of its board type; null when
+/// there is none.
+[[nodiscard]] const KvTEntrySelection* decidingSelection(const KvTUpdateElement& element,
+                                                         const std::vector<KvTEntrySelection>& selections);
+
 /// The first test that the selection fails for `element`. An element whose location is "*" takes any target path.
 [[nodiscard]] KvEMatchTest firstFailingTest(const KvTUpdateElement& element, const KvTEntrySelection& selection);
 
-/// True when `file` is meant for `element`. The first selection of the element's board type decides alone.
-/// `targetPath` receives the path of a file-system entry.
+/// True when `file` is meant for `element`: its deciding selection passes all tests. `targetPath` receives the path of
+/// a file-system entry.
 [[nodiscard]] bool matchesFile(const KvTUpdateElement& element, const KvTArchiveFile& file, KvCString& targetPath);

@@ -89,7 +89,6 @@ void KvCUpdatePlanner::applyElementRules() {
     }
 }
 
-/// What is up to date is left out, but for "standard" entries when the update is forced.
 void KvCUpdatePlanner::decideUpToDate() {
     for (KvTUpdateElement& element : inventory_.elements()) {
         if (!element.hasArchiveFile()) {
@@ -100,7 +99,7 @@ void KvCUpdatePlanner::decideUpToDate() {
             continue;
         }
         element.upToDate = true;
-        if (!options_.forceUpdate || file.mode == upgradeMode) {
+        if (leavesOutUpToDate(file, options_)) {
             element.disabled = true;
         }
     }

@@ -16,6 +16,10 @@ bool lacksCarrierBoard(const KvTUpdateElement& element) {
            element.swCompatibilityId != secondCarrierCompatibility;
 }
 
+bool leavesOutUpToDate(const KvTArchiveFile& file, const KvNReflasher::KvTOptions& options) {
+    return !options.forceUpdate || file.mode == upgradeMode;
+}
+
 KvEDecision decideUpdate(const KvTUpdateElement& element, const KvTArchiveFile& file,
                          const KvNReflasher::KvTOptions& options) {
     if (!element.valid) {

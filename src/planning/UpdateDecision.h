@@ -21,5 +21,9 @@ enum class KvEDecision : std::uint8_t {
 [[nodiscard]] KvEDecision decideUpdate(const KvTUpdateElement& element, const KvTArchiveFile& file,
                                        const KvNReflasher::KvTOptions& options);
 
+/// True when an element that is up to date takes no part in the update: always, but for "standard" entries of a forced
+/// one.
+[[nodiscard]] bool leavesOutUpToDate(const KvTArchiveFile& file, const KvNReflasher::KvTOptions& options);
+
 /// True for an FPGA element that no entry matches and whose carrier board the target does not have.
 [[nodiscard]] bool lacksCarrierBoard(const KvTUpdateElement& element);
