@@ -6,11 +6,13 @@ namespace {
 
 using Names = std::vector<std::string_view>;
 
-const Names archiveCommands{"archive-version", "content", "dump", "plan", "update"};
-const Names targetCommands{"elements", "connect", "plan", "update", "reboot"};
+const Names archiveCommands{"check", "archive-version", "content", "dump", "plan", "explain", "matrix", "update"};
+const Names hostCommands{"elements", "connect", "capture", "plan", "explain", "update", "reboot"};
+const Names targetCommands{"elements", "connect", "plan", "explain", "update", "reboot"};
+const Names checkCommand{"check"};
 const Names updateCommand{"update"};
-const Names allCommands{"version", "archive-version", "content", "dump", "elements", "connect",
-                        "plan",    "update",          "reboot"};
+const Names allCommands{"version", "check", "archive-version", "content", "dump",   "elements", "connect",
+                        "capture", "plan",  "explain",         "matrix",  "update", "reboot"};
 
 } // namespace
 
@@ -27,18 +29,25 @@ const std::vector<CommandOption>& commandOptions() {
     static const std::vector<CommandOption> options{
         {"--archive", "-a", "folder", false, archiveCommands},
         {"--description", "-d", "file.json", false, archiveCommands},
-        {"--target", "-t", "host", false, targetCommands},
+        {"--target", "-t", "host", false, hostCommands},
         {"--board-type", "-b", "QB1", false, targetCommands},
         {"--serial-number", "-s", "7", false, targetCommands},
         {"--element", "-e", "UserIpl", false, targetCommands},
         {"--configuration", "", "", false, targetCommands},
         {"--skip-custom", "", "", false, targetCommands},
-        {"--force", "-f", "", false, {"plan", "update"}},
+        {"--force", "-f", "", false, {"plan", "explain", "update"}},
+        {"--progress", "", "plain", false, updateCommand},
         {"--no-progress", "", "", false, updateCommand},
         {"--disable", "", "3", true, updateCommand},
         {"--reboot", "", "", false, updateCommand},
+        {"--preflight", "", "", false, updateCommand},
+        {"--verify", "", "", false, updateCommand},
+        {"--wait", "", "60", false, updateCommand},
         {"--events", "", "events.jsonl", false, updateCommand},
-        {"--json", "", "", false, {"content", "elements", "plan"}},
+        {"--report", "", "report.html", false, {"plan", "update"}},
+        {"--strict", "", "", false, checkCommand},
+        {"--format", "", "json", false, checkCommand},
+        {"--json", "", "", false, {"content", "elements", "plan", "explain", "matrix"}},
         {"--verbose", "-v", "", false, allCommands},
         {"--emulate", "", "rack", true, allCommands},
     };
@@ -49,6 +58,12 @@ std::vector<std::string> smallestCommandLine(const std::string& command) {
     std::vector<std::string> line{command};
     if (commandOptions().front().belongsTo(command)) {
         line.insert(line.end(), {"--archive", "folder"});
+    }
+    if (command == "capture") {
+        line.emplace_back("captured");
+    }
+    if (command == "matrix") {
+        line.insert(line.end(), {"--emulate", "first"});
     }
     return line;
 }

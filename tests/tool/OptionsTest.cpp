@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
 
 namespace {
 
@@ -19,11 +20,23 @@ KvTCommandLine lineOf(const Arguments& arguments) {
 
 TEST(Options, EachCommandHasItsMode) {
     const std::vector<std::pair<std::string, std::uint32_t>> modes{
-        {"version", 0}, {"archive-version", 1}, {"content", 2}, {"dump", 3}, {"elements", 4}, {"connect", 5},
-        {"plan", 6},    {"update", 7},          {"reboot", 5}};
+        {"version", 0},  {"check", 1},   {"archive-version", 1}, {"content", 2}, {"dump", 3},
+        {"elements", 4}, {"connect", 5}, {"capture", 5},         {"plan", 6},    {"explain", 6},
+        {"matrix", 6},   {"update", 7},  {"reboot", 5}};
     EXPECT_EQ(modes.size(), commandNames().size());
     for (const auto& [command, mode] : modes) {
         EXPECT_EQ(lineOf(smallestCommandLine(command)).options.mode, mode) << command;
+    }
+}
+
+TEST(Options, EachCommandHasItsTask) {
+    const std::map<std::string, KvETask> tasks{{"check", KvETask::check},
+                                               {"capture", KvETask::capture},
+                                               {"explain", KvETask::explain},
+                                               {"matrix", KvETask::matrix}};
+    for (const std::string& command : commandNames()) {
+        const auto task = tasks.find(command);
+        EXPECT_EQ(lineOf(smallestCommandLine(command)).task, task != tasks.end() ? task->second : KvETask::session);
     }
 }
 
@@ -37,8 +50,13 @@ TEST(Options, EverythingIsOffOrEmptyByDefault) {
         EXPECT_EQ(options.boardTypeFilter + options.serialNumberFilter + options.elementNameFilter, "");
         EXPECT_FALSE(options.forceUpdate || options.noProgress || options.verbose || options.configurationElements ||
                      options.disableCustomElements || options.reserved);
-        EXPECT_TRUE(line.emulatedTargets.empty());
+        EXPECT_EQ(line.emulatedTargets.size(), command == "matrix" ? 1U : 0U);
         EXPECT_TRUE(line.disabledElements.empty());
+        EXPECT_FALSE(line.preflight || line.verify || line.strict || line.reportFile.has_value());
+        EXPECT_EQ(line.waitSeconds, 300U);
+        EXPECT_EQ(line.progress, KvEProgress::line);
+        EXPECT_EQ(line.captureFolder, command == "capture" ? "captured" : "");
+        EXPECT_EQ(line.element, "");
         EXPECT_EQ(line.reboot, command == "reboot");
         EXPECT_FALSE(line.json);
         EXPECT_FALSE(line.eventsFile.has_value());
@@ -59,7 +77,12 @@ TEST(Options, EachOptionSetsItsFieldAlone) {
         {"--configuration", [](const auto& line) { return line.options.configurationElements; }},
         {"--skip-custom", [](const auto& line) { return line.options.disableCustomElements; }},
         {"--force", [](const auto& line) { return line.options.forceUpdate; }},
-        {"--no-progress", [](const auto& line) { return line.options.noProgress; }},
+        {"--no-progress", [](const auto& line) { return line.progress == KvEProgress::none; }},
+        {"--progress", [](const auto& line) { return line.progress == KvEProgress::plain; }},
+        {"--preflight", [](const auto& line) { return line.preflight; }},
+        {"--verify", [](const auto& line) { return line.verify; }},
+        {"--wait", [](const auto& line) { return line.waitSeconds == 60; }},
+        {"--report", [](const auto& line) { return line.reportFile == "report.html"; }},
         {"--disable", [](const auto& line) { return line.disabledElements == std::vector<std::uint32_t>{3}; }},
         {"--reboot", [](const auto& line) { return line.reboot; }},
         {"--events", [](const auto& line) { return line.eventsFile == "events.jsonl"; }},
@@ -82,6 +105,23 @@ TEST(Options, EachOptionSetsItsFieldAlone) {
     }
     EXPECT_EQ(lineOf({"update", "-a", "folder"}).options.archiveFolder, L"folder");
     EXPECT_TRUE(lineOf({"elements", "--json"}).json);
+    EXPECT_TRUE(lineOf({"check", "-a", "folder", "--strict"}).strict);
+    EXPECT_TRUE(lineOf({"check", "-a", "folder", "--format", "json"}).json);
+    EXPECT_FALSE(lineOf({"check", "-a", "folder", "--format", "text"}).json);
+}
+
+TEST(Options, TheLibrarysLineIsLeftOutWhenProgressIsShownOtherwise) {
+    EXPECT_FALSE(lineOf({"update", "-a", "folder", "--progress", "line"}).options.noProgress);
+    EXPECT_TRUE(lineOf({"update", "-a", "folder", "--progress", "plain"}).options.noProgress);
+    EXPECT_TRUE(lineOf({"update", "-a", "folder", "--progress", "none"}).options.noProgress);
+    EXPECT_TRUE(lineOf({"update", "-a", "folder", "--no-progress", "--progress", "none"}).options.noProgress);
+}
+
+TEST(Options, ArgumentsStandWhereTheyLike) {
+    EXPECT_EQ(lineOf({"capture", "-t", "host", "rack"}).captureFolder, "rack");
+    EXPECT_EQ(lineOf({"capture", "rack", "-t", "host"}).captureFolder, "rack");
+    EXPECT_EQ(lineOf({"explain", "-a", "folder", "12"}).element, "12");
+    EXPECT_EQ(lineOf({"explain", "Node, SN 7, One", "-a", "folder"}).element, "Node, SN 7, One");
 }
 
 TEST(Options, AValueIsTakenAsItIs) {

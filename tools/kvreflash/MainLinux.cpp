@@ -1,9 +1,11 @@
+#include "RunningUpdate.h"
 #include "Session.h"
 #include "ToolOutput.h"
 
 #include <csignal>
 #include <exception>
 #include <fcntl.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -19,6 +21,26 @@ void occupyStandardStreams() {
     }
 }
 
+/// Interrupts are answered on a thread of their own, which may do what a signal handler may not. Whoever started the
+/// tool in the background may want it to ignore them.
+void answerInterrupts() {
+    struct sigaction given {};
+    if (sigaction(SIGINT, nullptr, &given) != 0 || given.sa_handler == SIG_IGN) {
+        return;
+    }
+    sigset_t interrupts;
+    sigemptyset(&interrupts);
+    sigaddset(&interrupts, SIGINT);
+    if (pthread_sigmask(SIG_BLOCK, &interrupts, nullptr) != 0) {
+        return;
+    }
+    std::thread([interrupts] {
+        for (int signal = 0; sigwait(&interrupts, &signal) == 0;) {
+            answerInterrupt();
+        }
+    }).detach();
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -26,6 +48,7 @@ int main(int argumentCount, char** arguments) {
     // A reader of the output that ends early must not end an update in the middle; the loss is told in the end.
     (void)std::signal(SIGPIPE, SIG_IGN);
     try {
+        answerInterrupts();
         return runTool({arguments + (argumentCount > 0 ? 1 : 0), arguments + argumentCount});
     } catch (const std::exception& exception) {
         say(exception.what());

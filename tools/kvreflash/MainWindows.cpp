@@ -1,3 +1,4 @@
+#include "RunningUpdate.h"
 #include "Session.h"
 
 #include "TextConversion.h"
@@ -6,9 +7,23 @@
 #include <exception>
 #include <windows.h>
 
+namespace {
+
+/// Called by the system on a thread of its own.
+BOOL WINAPI answerConsoleEvent(DWORD event) {
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+        return FALSE;
+    }
+    answerInterrupt();
+    return TRUE;
+}
+
+} // namespace
+
 int wmain(int argumentCount, wchar_t** arguments) {
     try {
         SetConsoleOutputCP(CP_UTF8);
+        SetConsoleCtrlHandler(answerConsoleEvent, TRUE);
         std::vector<std::string> narrow;
         for (int index = 1; index < argumentCount; ++index) {
             narrow.push_back(wideToUtf8(arguments[index]));

@@ -2,13 +2,18 @@
 
 #include "ErrorReport.h"
 
-PlannedTarget::PlannedTarget(const KvNReflasher::KvTOptions& options) : options_(options) {
-    options_.mode = KvNReflasher::showUpdatePlan;
+PlannedTarget::PlannedTarget(const KvNReflasher::KvTOptions& options, KvNReflasher::KvEMode mode) : options_(options) {
+    options_.mode = mode;
     callbacks_.message = MessageCapture::callback();
 }
 
+PlannedTarget::~PlannedTarget() {
+    preparation_.reset();
+    KvCErrorManager::getInstance()->getMasterErrorList().reset();
+}
+
 bool PlannedTarget::prepare() {
-    if (preparation_.prepare() != prepareReady) {
+    if (preparation_->prepare() != prepareReady) {
         return false;
     }
     KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();

@@ -6,26 +6,32 @@
 #include "KvTOptions.h"
 #include "MessageCapture.h"
 
+#include <memory>
 #include <string>
 
-/// A target with the plan of an update, to be asked for what a session does not tell. Its messages are kept.
+/// A target with the plan of an update, to be asked for what a session does not tell. Its messages are kept, its errors
+/// forgotten at its end, so that a session that follows does not report them.
 class PlannedTarget {
 public:
-    /// The mode of the options does not count.
-    explicit PlannedTarget(const KvNReflasher::KvTOptions& options);
+    /// The mode of the options does not count, unless another one is asked for.
+    explicit PlannedTarget(const KvNReflasher::KvTOptions& options,
+                           KvNReflasher::KvEMode mode = KvNReflasher::showUpdatePlan);
+    PlannedTarget(const PlannedTarget&) = delete;
+    PlannedTarget& operator=(const PlannedTarget&) = delete;
+    ~PlannedTarget();
 
-    /// Reads the archive, scans the target and plans. False when that failed or errors were collected; messages() says
-    /// why.
+    /// Reads the archive, scans the target and plans, as far as the mode asks for it. False when that failed or errors
+    /// were collected; messages() says why.
     [[nodiscard]] bool prepare();
 
     /// What the preparation had to say, as bytes, the errors that were collected at its end.
     [[nodiscard]] const std::string& messages() const { return messages_.text(); }
-    [[nodiscard]] KvCPreparation& preparation() { return preparation_; }
+    [[nodiscard]] KvCPreparation& preparation() { return *preparation_; }
 
 private:
     MessageCapture messages_;
     KvNReflasher::KvTOptions options_;
     KvTCallbacks callbacks_;
     KvCConsoleWriter writer_{callbacks_};
-    KvCPreparation preparation_{writer_, options_};
+    std::unique_ptr<KvCPreparation> preparation_ = std::make_unique<KvCPreparation>(writer_, options_);
 };

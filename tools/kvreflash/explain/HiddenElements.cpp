@@ -1,10 +1,8 @@
 #include "HiddenElements.h"
 
-#include "KvCConsoleWriter.h"
-#include "KvCPreparation.h"
-#include "MessageCapture.h"
+#include "PlannedTarget.h"
 
-#include <algorithm>
+#include <array>
 #include <optional>
 #include <set>
 #include <utility>
@@ -14,19 +12,13 @@ namespace {
 using KvNReflasher::KvTOptions;
 
 /// Display names and addresses of what a session with these options sees; nothing when it cannot.
-std::optional<std::vector<KvTHiddenElement>> seenWith(KvTOptions options) {
-    const MessageCapture dropped;
-    options.mode = KvNReflasher::showTargetElements;
-    options.verbose = false;
-    KvTCallbacks callbacks;
-    callbacks.message = MessageCapture::callback();
-    const KvCConsoleWriter writer(callbacks);
-    KvCPreparation preparation(writer, options);
-    if (preparation.prepare() != prepareReady) {
+std::optional<std::vector<KvTHiddenElement>> seenWith(const KvTOptions& options) {
+    PlannedTarget target(options, KvNReflasher::showTargetElements);
+    if (!target.prepare()) {
         return std::nullopt;
     }
     std::vector<KvTHiddenElement> seen;
-    for (const KvTUpdateElement& element : preparation.inventory().elements()) {
+    for (const KvTUpdateElement& element : target.preparation().inventory().elements()) {
         seen.push_back(
             {std::string(element.displayName.view()), std::string(element.elementAddress.toString().view()), {}});
     }

@@ -1,0 +1,55 @@
+#include "Report.h"
+
+#include "Files.h"
+#include "TextConversion.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+KvEOutcome KvTReport::outcomeOf(const KvTPlannedElement& element) const {
+    if (!element.isUpdated()) {
+        return KvEOutcome::untouched;
+    }
+    if (!isUpdate) {
+        return KvEOutcome::planned;
+    }
+    if (failedElements.count(element.index) != 0) {
+        return KvEOutcome::failed;
+    }
+    const bool wasDone = result == exitSuccess || !verified.empty();
+    return wasDone ? KvEOutcome::updated : KvEOutcome::uncertain;
+}
+
+const KvTVerifiedElement* KvTReport::verificationOf(const KvTPlannedElement& element) const {
+    const auto found =
+        std::lower_bound(verified.begin(), verified.end(), element.index,
+                         [](const KvTVerifiedElement& one, std::uint32_t index) { return one.element->index < index; });
+    return found != verified.end() && found->element->index == element.index ? &*found : nullptr;
+}
+
+const char* wordFor(KvEOutcome outcome) {
+    constexpr std::array words = {"untouched", "planned", "updated", "failed", "uncertain"};
+    return words.at(static_cast<std::size_t>(outcome));
+}
+
+std::string timeText(std::chrono::system_clock::time_point time) {
+    const auto day = std::chrono::floor<std::chrono::days>(time);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss clock(std::chrono::floor<std::chrono::seconds>(time - day));
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d UTC", static_cast<int>(date.year()),
+                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                  static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                  static_cast<int>(clock.seconds().count()));
+    return text.data();
+}
+
+bool writeReport(const KvTReport& report, const std::string& path) {
+    const std::string text = path.ends_with(".json") ? reportDocument(report) : reportPage(report);
+    FileStream file = openForWriting(utf8ToWide(path.c_str()));
+    if (file == nullptr || std::fwrite(text.data(), 1, text.size(), file.get()) != text.size()) {
+        return false;
+    }
+    return std::fclose(file.release()) == 0;
+}

@@ -1,0 +1,20 @@
+#include "BeforeUpdate.h"
+
+#include "PlannedTarget.h"
+#include "Preflight.h"
+
+std::optional<KvTBeforeUpdate> lookBeforeUpdate(const KvTCommandLine& line) {
+    PlannedTarget target(line.options);
+    if (!target.prepare()) {
+        return std::nullopt;
+    }
+    KvCPreparation& preparation = target.preparation();
+    KvTBeforeUpdate before;
+    before.archive = preparation.archive().info();
+    before.address = preparation.targetAccess().ipAddress().view();
+    before.elements = plannedElements(preparation, line.disabledElements);
+    if (line.preflight) {
+        before.preflightFindings = preflightFindings(preparation.archive(), line.options, before.elements);
+    }
+    return before;
+}

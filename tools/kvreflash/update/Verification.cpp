@@ -1,0 +1,143 @@
+#include "Verification.h"
+
+#include "KvNRtosAbstraction.h"
+#include "MessageCapture.h"
+#include "PlannedTarget.h"
+#include "TableLayout.h"
+#include "ToolOutput.h"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr std::uint32_t microsecondsPerSecond = 1000000;
+
+bool isKnown(const KvCVersion& version) {
+    return version.getAsULong64() != 0;
+}
+
+/// The target reports nothing that speaks against the entry. Like the planner, it takes a checksum of 0 for none.
+bool agrees(const KvTPlannedElement& element, const KvTInstalled& found) {
+    const bool versionAgrees =
+        !isKnown(element.availableVersion) || !isKnown(found.version) || found.version == element.availableVersion;
+    const bool checksumAgrees =
+        !element.availableChecksum || found.checksum.value_or(0) == 0 || found.checksum == element.availableChecksum;
+    return versionAgrees && checksumAgrees && found.valid;
+}
+
+bool isUnchanged(const KvTInstalled& before, const KvTInstalled& after) {
+    return before.version == after.version && before.checksum == after.checksum && before.valid == after.valid;
+}
+
+KvTVerifiedElement verified(const KvTPlannedElement& element, const KvTInstalledElements& installed, bool wasRebooted) {
+    KvTVerifiedElement result{.element = &element, .found = {}, .result = KvEVerified::asExpected};
+    const auto found = installed.find(element.address);
+    if (element.address.empty()) {
+        result.result = KvEVerified::notReported;
+    } else if (found == installed.end()) {
+        result.result = KvEVerified::missing;
+    } else {
+        result.found = found->second;
+        if (!agrees(element, result.found)) {
+            const bool isPending = !wasRebooted && isUnchanged(element.installed, result.found);
+            result.result = isPending ? KvEVerified::activatesAtReboot : KvEVerified::differs;
+        }
+    }
+    return result;
+}
+
+KvCString checksumCell(const std::optional<std::uint32_t>& checksum) {
+    return checksum ? KvCString(*checksum) : KvCString(unknownCell);
+}
+
+std::vector<KvCString> row(const KvTVerifiedElement& one) {
+    const bool isFound = one.result == KvEVerified::differs || one.result == KvEVerified::activatesAtReboot;
+    return {KvCString(one.element->index),
+            KvCString(std::string_view(one.element->displayName)),
+            versionCell(one.element->availableVersion),
+            isFound ? versionCell(one.found.version) : KvCString(unknownCell),
+            checksumCell(one.element->availableChecksum),
+            isFound ? checksumCell(one.found.checksum) : KvCString(unknownCell),
+            wordsFor(one.result)};
+}
+
+std::string summary(const std::vector<KvTVerifiedElement>& elements) {
+    std::array<std::size_t, 5> counts{};
+    for (const KvTVerifiedElement& one : elements) {
+        ++counts.at(static_cast<std::size_t>(one.result));
+    }
+    std::string text = "\nVerification: ";
+    const char* separator = "";
+    for (std::size_t result = 0; result < counts.size(); ++result) {
+        if (counts.at(result) != 0 || result == 0) {
+            text += separator + std::to_string(counts.at(result)) + " " + wordsFor(static_cast<KvEVerified>(result));
+            separator = ", ";
+        }
+    }
+    return text + "\n";
+}
+
+} // namespace
+
+std::optional<KvTInstalledElements> scanInstalled(const KvNReflasher::KvTOptions& options) {
+    PlannedTarget target(options, KvNReflasher::showTargetElements);
+    if (!target.prepare()) {
+        return std::nullopt;
+    }
+    KvTInstalledElements installed;
+    for (const KvTUpdateElement& element : target.preparation().inventory().elements()) {
+        installed.emplace(element.elementAddress.toString().view(), installedOn(element));
+    }
+    return installed;
+}
+
+std::optional<KvTInstalledElements> scanAfterReboot(const KvNReflasher::KvTOptions& options,
+                                                    std::uint32_t waitSeconds) {
+    writeText(stdout, "Waiting for the target to answer after its reboot (at most " + std::to_string(waitSeconds) +
+                          " s) ...\n");
+    for (std::uint32_t second = 0;; ++second) {
+        if (auto installed = scanInstalled(options)) {
+            return installed;
+        }
+        if (second >= waitSeconds) {
+            return std::nullopt;
+        }
+        KvNRtosAbstraction::usleep(microsecondsPerSecond);
+    }
+}
+
+std::vector<KvTVerifiedElement> verifyElements(const std::vector<KvTPlannedElement>& elements,
+                                               const KvTInstalledElements& found, bool wasRebooted) {
+    std::vector<KvTVerifiedElement> result;
+    for (const KvTPlannedElement& element : elements) {
+        if (element.isUpdated()) {
+            result.push_back(verified(element, found, wasRebooted));
+        }
+    }
+    return result;
+}
+
+std::string verificationText(const std::vector<KvTVerifiedElement>& elements) {
+    KvTTable table = {{"No.", "Update element", "Expected", "Found", "Expected checksum", "Found checksum", "Result"}};
+    for (const KvTVerifiedElement& one : elements) {
+        if (one.result != KvEVerified::asExpected) {
+            table.push_back(row(one));
+        }
+    }
+    const MessageCapture text;
+    if (table.size() > 1) {
+        KvTCallbacks callbacks;
+        callbacks.message = MessageCapture::callback();
+        const KvCConsoleWriter writer(callbacks);
+        writer.print(L"\n");
+        printTable(writer, table);
+    }
+    return text.text() + summary(elements);
+}
+
+const char* wordsFor(KvEVerified result) {
+    constexpr std::array words = {"as expected", "differs", "activates at reboot", "missing",
+                                  "not reported by the target"};
+    return words.at(static_cast<std::size_t>(result));
+}
