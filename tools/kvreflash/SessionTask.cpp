@@ -39,6 +39,9 @@ ExitCode lookAfterUpdate(const KvTCommandLine& line, KvTReport& report) {
     } else if ((succeeded && line.verify) || (line.reportFile && !line.reboot)) {
         report.after = scanInstalled(line.options);
     }
+    if (report.after) {
+        report.verified = verifyElements(report.elements, *report.after, line.reboot);
+    }
     if (!succeeded || !line.verify) {
         return report.result;
     }
@@ -46,7 +49,6 @@ ExitCode lookAfterUpdate(const KvTCommandLine& line, KvTReport& report) {
         writeText(stdout, "\nVerification: the target does not answer.\n");
         return exitFailed;
     }
-    report.verified = verifyElements(report.elements, *report.after, line.reboot);
     writeText(stdout, verificationText(report.verified));
     const bool isGood = std::none_of(report.verified.begin(), report.verified.end(),
                                      [](const KvTVerifiedElement& element) { return element.isFault(); });
@@ -80,7 +82,7 @@ ExitCode runSession(const KvTCommandLine& line) {
         KvTSessionOutcome outcome = runLibrarySession(line);
         report.result = outcome.result;
         report.failedElements = std::move(outcome.failedElements);
-        report.messages = std::move(outcome.messages);
+        report.messages = withoutOverwritten(outcome.messages);
         report.result = report.isUpdate ? lookAfterUpdate(line, report) : report.result;
     } else {
         report.result = exitFailed;

@@ -17,8 +17,9 @@ KvEOutcome KvTReport::outcomeOf(const KvTPlannedElement& element) const {
     if (failedElements.count(element.index) != 0) {
         return KvEOutcome::failed;
     }
-    const bool wasDone = result == exitSuccess || !verified.empty();
-    return wasDone ? KvEOutcome::updated : KvEOutcome::uncertain;
+    const KvTVerifiedElement* one = verificationOf(element);
+    const bool isDone = result == exitSuccess || (one != nullptr && one->result == KvEVerified::asExpected);
+    return isDone ? KvEOutcome::updated : KvEOutcome::uncertain;
 }
 
 const KvTVerifiedElement* KvTReport::verificationOf(const KvTPlannedElement& element) const {
@@ -26,6 +27,20 @@ const KvTVerifiedElement* KvTReport::verificationOf(const KvTPlannedElement& ele
         std::lower_bound(verified.begin(), verified.end(), element.index,
                          [](const KvTVerifiedElement& one, std::uint32_t index) { return one.element->index < index; });
     return found != verified.end() && found->element->index == element.index ? &*found : nullptr;
+}
+
+std::string withoutOverwritten(const std::string& messages) {
+    std::string text;
+    std::size_t lineBegin = 0;
+    for (const char character : messages) {
+        if (character == '\r') {
+            text.resize(lineBegin);
+            continue;
+        }
+        text += character;
+        lineBegin = character == '\n' ? text.size() : lineBegin;
+    }
+    return text;
 }
 
 const char* wordFor(KvEOutcome outcome) {

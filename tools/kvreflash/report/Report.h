@@ -21,7 +21,7 @@ enum class KvEOutcome : std::uint8_t {
     updated,
     /// The session reported it failed.
     failed,
-    /// The session failed; whether the element was reached is in its messages.
+    /// The session failed, and the target does not report what was to be installed.
     uncertain
 };
 
@@ -42,9 +42,9 @@ struct KvTReport {
     /// What the target has installed afterwards; nothing when that was not asked or it did not answer.
     std::optional<KvTInstalledElements> after;
     std::set<std::uint32_t> failedElements;
-    /// Refers to `elements`, in their order; empty when nothing was verified.
+    /// Refers to `elements`, in their order; empty when the target was not asked afterwards.
     std::vector<KvTVerifiedElement> verified;
-    /// Everything that the session said, the errors of the target among it.
+    /// What the session said, the errors of the target among it, without the progress that was overwritten.
     std::string messages;
     ExitCode result = exitSuccess;
 
@@ -52,6 +52,9 @@ struct KvTReport {
     /// Null when it was not verified.
     [[nodiscard]] const KvTVerifiedElement* verificationOf(const KvTPlannedElement& element) const;
 };
+
+/// `messages` as a terminal shows them in the end: of each line what stands behind the last carriage return.
+[[nodiscard]] std::string withoutOverwritten(const std::string& messages);
 
 /// "updated", ...
 [[nodiscard]] const char* wordFor(KvEOutcome outcome);

@@ -1,0 +1,148 @@
+#include "Report.h"
+#include "PhasePicture.h"
+#include "ScratchFolder.h"
+#include "ToolRack.h"
+#include "UpdateFiles.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+class Reports : public ToolRack {
+protected:
+    /// Runs a command with a report and returns it; the command's exit code must be this one.
+    std::string report(const std::string& command, const std::string& name, int exitCode,
+                       std::vector<std::string> options = {}) {
+        options.insert(options.end(), {"--report", reports_.text() + "/" + name});
+        const ToolRun result = run(command, options);
+        EXPECT_EQ(exitCode, result.exitCode) << result.output << result.errors;
+        output = result.output;
+        return reports_.read(name);
+    }
+    KvNJson::json document(const std::string& command, int exitCode, const std::vector<std::string>& options = {}) {
+        return KvNJson::json::parse(report(command, "report.json", exitCode, options));
+    }
+    static KvNJson::jsonView element(const KvNJson::json& document, std::size_t index) {
+        return document.view().find("elements").at(index);
+    }
+
+    std::string output;
+
+private:
+    ScratchFolder reports_;
+};
+
+TEST_F(Reports, APlanTellsWhatAnUpdateWouldDo) {
+    addNodeElement(1, "One");
+    node.element(completeElement(2, "Two"));
+    const KvNJson::json plan = document("plan", 0);
+    EXPECT_EQ("plan", plan.view().find("command").get_string());
+    EXPECT_EQ("127.0.0.1", plan.view().find("target").find("address").get_string());
+    EXPECT_EQ("Archive", plan.view().find("archive").find("archiveName").get_string());
+    EXPECT_EQ(0U, plan.view().find("exitCode").get_unsigned());
+    EXPECT_EQ(output, plan.view().find("messages").get_string());
+    EXPECT_EQ("planned", element(plan, 0).find("outcome").get_string());
+    EXPECT_EQ("1.0", element(plan, 0).find("before").find("version").get_string());
+    EXPECT_EQ("node1.bin", element(plan, 0).find("entry").find("file").get_string());
+    EXPECT_EQ(0U, element(plan, 0).find("phase").get_unsigned());
+    EXPECT_TRUE(element(plan, 0).find("after").is_null());
+    EXPECT_EQ("untouched", element(plan, 1).find("outcome").get_string());
+    EXPECT_TRUE(element(plan, 1).find("entry").is_null());
+    EXPECT_TRUE(element(plan, 1).find("phase").is_null());
+}
+
+TEST_F(Reports, AnUpdateTellsWhatTheElementsHadAndHave) {
+    addNodeElement(1, "One");
+    archive.folder().write("node1.bin", firmwareImage(KvCVersion("2.0"), 2));
+    const KvNJson::json update = document("update", 0, {"--verify"});
+    EXPECT_EQ("updated", element(update, 0).find("outcome").get_string());
+    EXPECT_EQ(1U, element(update, 0).find("before").find("checksumCrc32").get_unsigned());
+    EXPECT_EQ(2U, element(update, 0).find("after").find("checksumCrc32").get_unsigned());
+    EXPECT_EQ("2.0", element(update, 0).find("after").find("version").get_string());
+    EXPECT_EQ("as expected", element(update, 0).find("verification").get_string());
+}
+
+TEST_F(Reports, AFailedElementIsToldWithTheErrorsOfTheTarget) {
+    node.element(completeElement(1, "One").reports(77, "Flash <worn> & gone"));
+    archive.add(entry("node1.bin").board("NODE", 1));
+    addNodeElement(2, "Two");
+    addNodeElement(3, "Three");
+    archive.folder().write("node3.bin", firmwareImage(KvCVersion("2.0"), 2));
+    const KvNJson::json update = document("update", 1);
+    EXPECT_EQ("failed", element(update, 0).find("outcome").get_string());
+    EXPECT_EQ("uncertain", element(update, 1).find("outcome").get_string());
+    EXPECT_EQ("updated", element(update, 2).find("outcome").get_string());
+    EXPECT_EQ(1U, update.view().find("exitCode").get_unsigned());
+    const std::string page = report("update", "report.html", 1);
+    EXPECT_THAT(page, AllOf(HasSubstr("Update failed"), HasSubstr("Flash &lt;worn&gt; &amp; gone"),
+                            HasSubstr("class=\"failed\""), Not(HasSubstr("<worn>"))));
+}
+
+TEST_F(Reports, APageNeedsNoOtherFile) {
+    addNodeElement(1, "One");
+    const std::string page = report("plan", "report.html", 0);
+    EXPECT_THAT(page, AllOf(HasSubstr("<!DOCTYPE html>"), HasSubstr("<svg"), HasSubstr("Phase 0"),
+                            HasSubstr("NODE, SN 7, One")));
+    EXPECT_THAT(page, AllOf(Not(HasSubstr("src=")), Not(HasSubstr("href=")), Not(HasSubstr("url("))));
+}
+
+TEST_F(Reports, WithoutAPlanTheMessagesAreReported) {
+    addNodeElement(1, "One");
+    const KvNJson::json plan = document("plan", 1, {"-d", "none.json"});
+    EXPECT_EQ(0U, plan.view().find("elements").size());
+    EXPECT_THAT(std::string(plan.view().find("messages").get_string()),
+                HasSubstr("ERROR: Failed to read firmware archive.\n"));
+    EXPECT_THAT(report("plan", "report.html", 1, {"-d", "none.json"}), HasSubstr("No plan"));
+}
+
+TEST_F(Reports, WhatProgressHasOverwrittenIsLeftOut) {
+    addNodeElement(1, "One");
+    const KvNJson::json update = document("update", 0);
+    EXPECT_THAT(output, HasSubstr("\r"));
+    EXPECT_THAT(
+        std::string(update.view().find("messages").get_string()),
+        AllOf(Not(HasSubstr("\r")), HasSubstr("\n100%                                                    [OK]\n")));
+}
+
+TEST_F(Reports, AFileThatCannotBeWrittenFails) {
+    addNodeElement(1, "One");
+    const std::string path = archive.folder().text() + "/missing/report.html";
+    const ToolRun result = run("plan", {"--report", path});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("kvreflash: cannot write '" + path + "'\n", result.errors);
+}
+
+TEST(PhasePicture, IsEmptyWithoutUpdates) {
+    EXPECT_EQ("", phasePicture(KvTReport()));
+}
+
+TEST(PhasePicture, LongPhasesAreCut) {
+    KvTReport report;
+    for (std::uint32_t index = 0; index < 50; ++index) {
+        KvTPlannedElement& element = report.elements.emplace_back();
+        element.index = index;
+        element.file = 0;
+        element.displayName = "Element \xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4"
+                              "\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4 " +
+                              std::to_string(index);
+    }
+    const std::string picture = phasePicture(report);
+    EXPECT_THAT(picture,
+                AllOf(HasSubstr("... and 10 more"), HasSubstr("\xC3\xA4...</text>"), Not(HasSubstr("\xC3..."))));
+}
+
+TEST(ReportTimes, AreInUniversalTime) {
+    EXPECT_EQ("1970-01-01 00:00:00 UTC", timeText(std::chrono::system_clock::time_point()));
+    EXPECT_EQ("2024-02-29 12:34:56 UTC",
+              timeText(std::chrono::system_clock::time_point(std::chrono::seconds(1709210096))));
+}
+
+TEST(MarkupText, HoldsNoMarkupAndNoControlCharacters) {
+    EXPECT_EQ("&lt;b&gt; &amp; &quot;x&quot; \\x1B[2J\n\xC3\xA4", markupText("<b> & \"x\" \x1B[2J\n\xC3\xA4"));
+}
+
+} // namespace
