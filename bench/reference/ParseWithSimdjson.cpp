@@ -1,5 +1,5 @@
-// For the choice of a JSON library: parse_simdjson FILE parses it with the document model of simdjson, which cannot print
-// with indentation.
+// For the choice of a JSON library: parse_simdjson FILE parses it with the document model of simdjson, which cannot
+// print with indentation.
 
 #include <simdjson.h>
 

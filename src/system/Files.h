@@ -13,7 +13,8 @@ using FileStream = std::unique_ptr<std::FILE, FileCloser>;
 
 // Paths are wide texts; off Windows a "\" separates like a "/".
 
-/// Opens a file for binary reading; null when that is not possible. A folder cannot be opened or, off Windows, not read.
+/// Opens a file for binary reading; null when that is not possible. A folder cannot be opened or, off Windows, not
+/// read.
 [[nodiscard]] FileStream openForReading(const std::wstring& path);
 
 /// Creates a file for binary writing, emptying an existing one; null when that is not possible.
