@@ -58,7 +58,6 @@ void KvCPreparation::printBanner() const {
                   getToolVersion().getAsString().c_str());
 }
 
-/// Finds and scans the target; prints why that failed.
 bool KvCPreparation::connect(KvCErrorListPool& errors) {
     if (options_.target.empty()) {
         writer_.print(L"ERROR: No IP address or hostname specified!\n");
@@ -81,7 +80,6 @@ bool KvCPreparation::connect(KvCErrorListPool& errors) {
     return true;
 }
 
-/// The processor boards need an archive entry for each of their update elements.
 bool KvCPreparation::isTargetSupported() const {
     const KvCInventoryAddress* hcn = inventory_.hcnAddress();
     const KvCInventoryAddress* cn = inventory_.cnAddress();

@@ -24,6 +24,12 @@ public:
     /// fails.
     [[nodiscard]] KvEPrepareStatus prepare();
 
+    /// The part of prepare() that finds and scans the target, whatever the mode; prints why that failed.
+    [[nodiscard]] bool connect(KvCErrorListPool& errors);
+    /// What an update asks of the plan before it begins: the processor boards need an archive entry for each of their
+    /// update elements.
+    [[nodiscard]] bool isTargetSupported() const;
+
     [[nodiscard]] const KvCTargetAccess& targetAccess() const { return targetAccess_; }
     [[nodiscard]] KvCFirmwareArchive& archive() { return archive_; }
     [[nodiscard]] const KvCFirmwareArchive& archive() const { return archive_; }
@@ -33,8 +39,6 @@ public:
 
 private:
     void printBanner() const;
-    [[nodiscard]] bool connect(KvCErrorListPool& errors);
-    [[nodiscard]] bool isTargetSupported() const;
     void disableAllElements();
 
     const KvCConsoleWriter& writer_;

@@ -37,6 +37,10 @@ std::wstring exampleArchive() {
     return fs::path(KV_EXAMPLE_ARCHIVE).wstring();
 }
 
+std::wstring exampleRack() {
+    return fs::path(KV_EXAMPLE_RACK).wstring();
+}
+
 ExampleRack::ExampleRack() : description_(KvNJson::json::parse(exampleDescription())) {}
 
 void ExampleRack::serveFresh(const std::vector<SingleFault>& faults) {

@@ -19,6 +19,9 @@ struct SingleFault {
 /// The example archive, which has something for every part of the example rack.
 [[nodiscard]] std::wstring exampleArchive();
 
+/// The folder of the example rack itself, for what only looks at it.
+[[nodiscard]] std::wstring exampleRack();
+
 /// A copy of the example rack, served as the only target.
 class ExampleRack {
 public:

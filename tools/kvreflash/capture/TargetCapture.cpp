@@ -1,5 +1,121 @@
 #include "TargetCapture.h"
 
-ExitCode captureTarget(const KvTCommandLine& /*line*/) {
-    return exitFailed;
+#include "CallJudgement.h"
+#include "EmulatedFolder.h"
+#include "ErrorReport.h"
+#include "ExhaustedMemory.h"
+#include "InventoryDescription.h"
+#include "KvCConsoleWriter.h"
+#include "KvCInventoryManager.h"
+#include "KvCPreparation.h"
+#include "MessageCapture.h"
+#include "OwnedErrorList.h"
+#include "ToolOutput.h"
+
+#include <memory>
+#include <optional>
+
+namespace {
+
+using KvNJson::json;
+
+constexpr int indentation = 4;
+
+struct TreeRelease {
+    void operator()(KvCInventoryItem* tree) const {
+        attempt([tree] { KvCInventoryManager::getInstance()->deleteInventoryTree(tree); });
+    }
+};
+using ScannedTree = std::unique_ptr<KvCInventoryItem, TreeRelease>;
+
+/// A connection to the target whose inventory is to be read. Its messages are kept.
+class InventorySource {
+public:
+    explicit InventorySource(const KvNReflasher::KvTOptions& options) : options_(options) {
+        callbacks_.message = MessageCapture::callback();
+    }
+
+    /// Finds the target as every session does. False when that failed; messages() says why.
+    [[nodiscard]] bool connect() { return preparation_.connect(*errors_); }
+
+    /// Reads the inventory; null when that failed; messages() says why.
+    [[nodiscard]] ScannedTree scan() {
+        KvCInventoryItem* tree = nullptr;
+        const bool isScanned = callSucceeds(*errors_, [&] {
+            KvCInventoryManager::getInstance()->scan(*errors_, preparation_.inventory().rootHandle(), tree);
+        });
+        ScannedTree owned(tree);
+        if (isScanned && owned != nullptr) {
+            return owned;
+        }
+        writer_.print(L"ERROR: Cannot read target device information.\n");
+        printErrorReport(writer_, options_, *errors_, reportIndentation);
+        return nullptr;
+    }
+
+    [[nodiscard]] const KvCString& address() const { return preparation_.targetAccess().ipAddress(); }
+    [[nodiscard]] const std::string& messages() const { return messages_.text(); }
+
+private:
+    MessageCapture messages_;
+    const KvNReflasher::KvTOptions& options_;
+    KvTCallbacks callbacks_;
+    KvCConsoleWriter writer_{callbacks_};
+    OwnedErrorList errors_ = OwnedErrorList::create();
+    KvCPreparation preparation_{writer_, options_};
+};
+
+std::string targetDescription(const KvCString& address, json inventory) {
+    json addresses = json::makeArray();
+    addresses.append(address);
+    json target = json::makeObject();
+    target.set("addresses", std::move(addresses));
+    target.set("inventory", std::move(inventory));
+    return target.dump(indentation) + "\n";
+}
+
+std::string counted(std::size_t count, const char* noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
+
+/// The target's description; nothing when it cannot be had. `summary` receives what there is to say of it.
+std::optional<std::string> readTarget(InventorySource& source, std::string& summary) {
+    const ScannedTree tree = source.connect() ? source.scan() : nullptr;
+    if (tree == nullptr) {
+        return std::nullopt;
+    }
+    InventoryDescription inventory = describeInventory(*tree);
+    for (const std::string& warning : inventory.warnings) {
+        say("warning: " + warning);
+    }
+    if (!inventory.root) {
+        say("the target's root item is of a kind that an emulated target cannot have");
+        return std::nullopt;
+    }
+    summary = std::string(source.address().view()) + ": " + counted(inventory.itemCount, "item") + " with " +
+              counted(inventory.parameterCount, "parameter");
+    return targetDescription(source.address(), std::move(*inventory.root));
+}
+
+} // namespace
+
+ExitCode captureTarget(const KvTCommandLine& line) {
+    if (!canHoldNewTarget(line.captureFolder)) {
+        return exitFailed;
+    }
+    InventorySource source(line.options);
+    std::string summary;
+    const std::optional<std::string> description = readTarget(source, summary);
+    if (!description) {
+        writeText(stderr, source.messages());
+        return exitFailed;
+    }
+    if (line.options.verbose) {
+        writeText(stdout, source.messages());
+    }
+    if (!writeNewTarget(line.captureFolder, *description)) {
+        return exitFailed;
+    }
+    writeText(stdout, "Captured " + summary + ".\nRehearse with --emulate '" + line.captureFolder + "'.\n");
+    return exitSuccess;
 }

@@ -1,0 +1,266 @@
+#include "InventoryDescription.h"
+
+#include "CallJudgement.h"
+#include "KvCInventoryItem.h"
+#include "KvNInventoryIDs.h"
+#include "OwnedErrorList.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <set>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+using KvNJson::json;
+using namespace KvNInventoryIDs;
+
+using Component = KvCInventoryAddress::Component;
+
+/// As what a parameter is read first. A value of another type is read by one of the other ways.
+enum class KvEParameterKind { text, number, version };
+
+struct ItemName {
+    KvCInventoryAddress id;
+    const char* name;
+};
+
+struct ParameterName {
+    KvCInventoryAddress id;
+    const char* name;
+    KvEParameterKind kind;
+};
+
+/// A parameter that an item may have.
+struct ParameterPath {
+    KvCInventoryAddress path;
+    std::string name;
+    KvEParameterKind kind;
+};
+
+// The tables are not at namespace scope, where not every compiler initialises them after the identifiers.
+
+/// The name of an item's identifier; empty when a description has none for it.
+std::string_view itemName(std::uint32_t identifier) {
+    static const std::array names{ItemName{ROOT, "ROOT"},
+                                  ItemName{HCN, "HCN"},
+                                  ItemName{CN, "CN"},
+                                  ItemName{NETC, "NETC"},
+                                  ItemName{BACKPLANE, "BACKPLANE"},
+                                  ItemName{NETWORK, "NETWORK"},
+                                  ItemName{IOROUTER, "IOROUTER"},
+                                  ItemName{ION, "ION"},
+                                  ItemName{IOMODULE, "IOMODULE"},
+                                  ItemName{PIGGYBACK_MODULE, "PIGGYBACK_MODULE"},
+                                  ItemName{SUB_BOARDS, "SUB_BOARDS"},
+                                  ItemName{FBMODULE, "FBMODULE"},
+                                  ItemName{UPDATE_INFO, "UPDATE_INFO"},
+                                  ItemName{UPDATE_ELEMENT, "UPDATE_ELEMENT"},
+                                  ItemName{FILESYSTEM_ELEMENT, "FILESYSTEM_ELEMENT"},
+                                  ItemName{FIRMWARE, "FIRMWARE"}};
+    const auto* const found = std::find_if(names.begin(), names.end(),
+                                           [&](const ItemName& known) { return known.id.getCategory() == identifier; });
+    return found != names.end() ? found->name : std::string_view();
+}
+
+std::vector<ParameterPath> makeParameterPaths() {
+    using enum KvEParameterKind;
+    const std::array names{ParameterName{BOARD_TYPE, "BOARD_TYPE", text},
+                           ParameterName{VARIANT, "VARIANT", text},
+                           ParameterName{ID, "ID", number},
+                           ParameterName{HW_TYPE, "HW_TYPE", number},
+                           ParameterName{SERIAL_NUMBER, "SERIAL_NUMBER", number},
+                           ParameterName{SLOT_COUNT, "SLOT_COUNT", number},
+                           ParameterName{NAME, "NAME", text},
+                           ParameterName{UNITNAME, "UNITNAME", text},
+                           ParameterName{PACKAGE_NAME, "PACKAGE_NAME", text},
+                           ParameterName{SLOT, "SLOT", number},
+                           ParameterName{RACKNAME, "RACKNAME", text},
+                           ParameterName{CONFIGURATION, "CONFIGURATION", number},
+                           ParameterName{LOCATION, "LOCATION", text},
+                           ParameterName{HW_COMPATIBILITY_ID, "HW_COMPATIBILITY_ID", number},
+                           ParameterName{SW_COMPATIBILITY_ID, "SW_COMPATIBILITY_ID", number},
+                           ParameterName{TYPE_ID, "TYPE_ID", number},
+                           ParameterName{CUSTOM, "CUSTOM", number},
+                           ParameterName{VALID, "VALID", number},
+                           ParameterName{ACTIVE, "ACTIVE", number},
+                           ParameterName{CHECKSUM_CRC32, "CHECKSUM_CRC32", number},
+                           ParameterName{VERSION, "VERSION", version},
+                           ParameterName{VERSION_HISTORY, "VERSION_HISTORY", text},
+                           ParameterName{MIN_HW_COMPATIBILITY_ID, "MIN_HW_COMPATIBILITY_ID", number},
+                           ParameterName{MAX_HW_COMPATIBILITY_ID, "MAX_HW_COMPATIBILITY_ID", number},
+                           ParameterName{MIN_SW_COMPATIBILITY_ID, "MIN_SW_COMPATIBILITY_ID", number},
+                           ParameterName{MAX_SW_COMPATIBILITY_ID, "MAX_SW_COMPATIBILITY_ID", number}};
+    std::vector<ParameterPath> paths;
+    for (const ParameterName& known : names) {
+        paths.push_back({known.id, known.name, known.kind});
+        paths.push_back({PRODUCT / known.id, std::string("PRODUCT/") + known.name, known.kind});
+    }
+    return paths;
+}
+
+json valueOf(const KvCString& text) {
+    return {text};
+}
+
+json valueOf(const KvCVersion& version) {
+    return {version.getAsString()};
+}
+
+template <typename Number>
+json valueOf(Number number) {
+    return {std::uint32_t(number)};
+}
+
+/// The value when it can be read as this type.
+template <typename Value>
+std::optional<json> readAs(KvCErrorListPool& errors, const KvCInventoryItem& item, const KvCInventoryAddress& path) {
+    Value value{};
+    if (!callSucceeds(errors, [&] { item.getValue(errors, path, value); })) {
+        return std::nullopt;
+    }
+    return valueOf(value);
+}
+
+using ValueReader = std::optional<json> (*)(KvCErrorListPool&, const KvCInventoryItem&, const KvCInventoryAddress&);
+
+/// The ways to read a parameter of a kind, the next one to be taken when one fails. What a version says as a text stays
+/// as it is, while no other text is taken for a version, which most texts are not.
+const std::vector<ValueReader>& readersOf(KvEParameterKind kind) {
+    static const std::vector<ValueReader> ofText{readAs<KvCString>, readAs<std::uint32_t>, readAs<std::uint8_t>};
+    static const std::vector<ValueReader> ofNumber{readAs<std::uint32_t>, readAs<std::uint8_t>, readAs<KvCString>};
+    static const std::vector<ValueReader> ofVersion{readAs<KvCString>, readAs<KvCVersion>, readAs<std::uint32_t>};
+    switch (kind) {
+    case KvEParameterKind::text:
+        return ofText;
+    case KvEParameterKind::number:
+        return ofNumber;
+    case KvEParameterKind::version:
+        return ofVersion;
+    }
+    return ofText;
+}
+
+/// False of a text that is not UTF-8.
+bool survivesWriting(const json& value) {
+    return json::parse(value.dump()).view().get_string() == value.view().get_string();
+}
+
+class InventoryReader {
+public:
+    [[nodiscard]] InventoryDescription take() && { return std::move(result_); }
+
+    void readRoot(const KvCInventoryItem& root) {
+        const Component id = root.getID().getComponents().front();
+        if (isDescribable(root, id)) {
+            result_.root = describe(root, id, 1);
+        }
+    }
+
+private:
+    /// True when a description may hold such an item; says when not.
+    [[nodiscard]] bool isDescribable(const KvCInventoryItem& item, const Component& id) {
+        if (itemName(id.identifier).empty()) {
+            leaveOut(item, "is of an unknown kind");
+            return false;
+        }
+        if (id.instance == 0) {
+            leaveOut(item, "has the instance number 0");
+            return false;
+        }
+        return true;
+    }
+
+    /// `position`: the instance number that the item has when none is written.
+    [[nodiscard]] json describe(const KvCInventoryItem& item, const Component& id, std::uint32_t position) {
+        ++result_.itemCount;
+        json description = json::makeObject();
+        description.set("id", itemName(id.identifier));
+        if (id.instance != position) {
+            description.set("instance", id.instance);
+        }
+        if (json parameters = describeParameters(item); parameters.view().size() != 0) {
+            description.set("parameters", std::move(parameters));
+        }
+        if (json items = describeItemsBelow(item); items.view().size() != 0) {
+            description.set("items", std::move(items));
+        }
+        return description;
+    }
+
+    [[nodiscard]] json describeParameters(const KvCInventoryItem& item) {
+        static const std::vector<ParameterPath> paths = makeParameterPaths();
+        json parameters = json::makeObject();
+        for (const ParameterPath& parameter : paths) {
+            if (item.getParameter(parameter.path) == nullptr) {
+                continue;
+            }
+            if (std::optional<json> value = read(item, parameter)) {
+                parameters.set(parameter.name, std::move(*value));
+                ++result_.parameterCount;
+            }
+        }
+        return parameters;
+    }
+
+    /// Nothing, and a warning, when the value cannot be read by any way.
+    [[nodiscard]] std::optional<json> read(const KvCInventoryItem& item, const ParameterPath& parameter) {
+        std::optional<json> value;
+        for (const ValueReader reader : readersOf(parameter.kind)) {
+            value = reader(*errors_, item, parameter.path);
+            if (value) {
+                break;
+            }
+        }
+        errors_->reset();
+        if (!value) {
+            warn(parameter.name + " of " + addressOf(item) + " cannot be read; it is left out");
+        } else if (!survivesWriting(*value)) {
+            warn(parameter.name + " of " + addressOf(item) + " is not UTF-8; what is not is written as U+FFFD");
+        }
+        return value;
+    }
+
+    // The depth is that of the target's inventory.
+    [[nodiscard]] json describeItemsBelow(const KvCInventoryItem& item) {
+        json items = json::makeArray();
+        std::map<std::uint32_t, std::uint32_t> positions;
+        std::set<std::pair<std::uint32_t, std::uint32_t>> known;
+        for (const KvCInventoryItem* sub = item.getFirstSubItem(); sub != nullptr; sub = sub->getNext()) {
+            const Component id = sub->getID().getComponents().front();
+            if (!isDescribable(*sub, id)) {
+                continue;
+            }
+            if (!known.emplace(id.identifier, id.instance).second) {
+                leaveOut(*sub, "is there twice");
+                continue;
+            }
+            items.append(describe(*sub, id, ++positions[id.identifier]));
+        }
+        return items;
+    }
+
+    void leaveOut(const KvCInventoryItem& item, const char* reason) {
+        warn(addressOf(item) + " " + reason + "; it is left out with everything below it");
+    }
+
+    [[nodiscard]] static std::string addressOf(const KvCInventoryItem& item) {
+        return std::string(item.getAddress().toString().view());
+    }
+
+    void warn(std::string sentence) { result_.warnings.push_back(std::move(sentence)); }
+
+    InventoryDescription result_;
+    /// Of the reads.
+    OwnedErrorList errors_ = OwnedErrorList::create();
+};
+
+} // namespace
+
+InventoryDescription describeInventory(const KvCInventoryItem& root) {
+    InventoryReader reader;
+    reader.readRoot(root);
+    return std::move(reader).take();
+}
