@@ -15,7 +15,7 @@ import tool_runs
 from tool_runs import PROJECT, ScratchTest, run
 
 SCHEMAS = PROJECT / "docs" / "schemas"
-NAMES = ("content", "elements", "plan", "events")
+NAMES = ("content", "elements", "plan", "events", "matrix")
 TYPES = {"std::uint32_t": "integer", "std::wstring": "string", "std::string": "string", "bool": "boolean"}
 
 # Archives and racks that differ in what their records hold: many boards of an entry, no entries, UTF-8, unknown
@@ -146,6 +146,30 @@ class DocumentsTest(ScratchTest):
         for name in CASES:
             with self.subTest(name):
                 self.check(*self.lay_out_case(name))
+
+    def matrix(self, archive, *racks):
+        """The document of a matrix, some of whose targets may fail."""
+        done = run("matrix", "--json", "-a", archive, *(word for rack in racks for word in ("--emulate", rack)))
+        self.assertTrue(done.output, done.errors.decode())
+        return json.loads(done.output)
+
+    def test_matrices_keep_to_the_schema(self):
+        archive, rack = self.lay_out_examples()
+        racks = [rack, *(self.lay_out_case(name)[1] for name in CASES), self.scratch / "no rack"]
+        document = self.matrix(archive, *racks)
+        validator_of("matrix").validate(document)
+        self.assertEqual([target["folder"] for target in document["targets"]], [str(folder) for folder in racks])
+        self.assertIn("error", document["targets"][-1])
+        states = {element["state"] for target in document["targets"] for element in target.get("elements", [])}
+        self.assertEqual(states, {"would-update", "up-to-date", "no-entry", "disabled"})
+        self.assertEqual({target.get("supported") for target in document["targets"]}, {True, False, None})
+
+    def test_a_spoilt_matrix_does_not_keep_to_its_schema(self):
+        archive, rack = self.lay_out_case("records-as-json")
+        document = self.matrix(archive, rack, self.scratch / "no rack")
+        validator_of("matrix").validate(document)
+        for spoilt in spoilt_versions(document):
+            self.assertFalse(validator_of("matrix").is_valid(spoilt), spoilt)
 
     def notifications(self, folder, exit_code):
         archive, rack = folder

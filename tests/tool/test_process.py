@@ -3,6 +3,8 @@
 
 import json
 import os
+import resource
+import signal
 import subprocess
 
 import tool_runs
@@ -77,6 +79,23 @@ class ProcessTest(ScratchTest):
         output, errors = process.communicate()
         self.assertEqual((process.returncode, output), (64, b""))
         self.assertTrue(errors.startswith(b"kvreflash: argument 3 is not valid UTF-8\n"), errors)
+
+    def test_a_capture_that_cannot_be_written_whole_leaves_nothing(self):
+        rack = self.lay_out_examples()[1]
+        (self.scratch / "empty").mkdir()
+        for name, left in (("new", False), ("empty", True)):
+            folder = self.scratch / name
+            done = run("capture", "-t", "127.0.0.1", folder, "--emulate", rack, preexec_fn=forbid_long_files)
+            self.assertEqual((done.code, done.output), (1, b""))
+            self.assertEqual(done.errors.decode(), f"kvreflash: '{folder}' cannot take the file target.json\n")
+            self.assertEqual(folder.exists(), left)
+            self.assertEqual(list(folder.glob("*")), [])
+
+
+def forbid_long_files():
+    """What writes more into a file is told so, as on a full disk."""
+    signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+    resource.setrlimit(resource.RLIMIT_FSIZE, (5000, 5000))
 
 
 def run_shell(command, redirections):

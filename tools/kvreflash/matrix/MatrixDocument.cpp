@@ -1,0 +1,94 @@
+#include "MatrixDocument.h"
+
+#include "KvNJson.h"
+
+#include <string_view>
+#include <utility>
+
+namespace {
+
+using KvNJson::json;
+
+constexpr int indentation = 4;
+
+json archiveRecord(const KvTArchiveInfo& info) {
+    json record = json::makeObject();
+    record.set("archiveName", info.archiveName);
+    record.set("archiveVersion", info.archiveVersion.getAsString());
+    record.set("productName", info.productName);
+    record.set("formatVersion", info.formatVersion.getAsString());
+    record.set("archiveVariant", info.archiveVariant);
+    return record;
+}
+
+/// Empty for the zero version.
+json versionValue(const KvCVersion& version) {
+    return version.getAsULong64() == 0 ? KvCString() : version.getAsString();
+}
+
+const char* codeOf(KvEElementOutlook outlook) {
+    switch (outlook) {
+    case KvEElementOutlook::wouldUpdate:
+        return "would-update";
+    case KvEElementOutlook::upToDate:
+        return "up-to-date";
+    case KvEElementOutlook::noEntry:
+        return "no-entry";
+    case KvEElementOutlook::disabled:
+        return "disabled";
+    }
+    return "";
+}
+
+json elementRecords(const std::vector<MatrixElement>& elements) {
+    json records = json::makeArray();
+    for (const MatrixElement& element : elements) {
+        json record = json::makeObject();
+        record.set("index", element.index);
+        record.set("displayName", element.displayName);
+        record.set("installedVersion", versionValue(element.installedVersion));
+        record.set("availableVersion", versionValue(element.availableVersion));
+        record.set("state", codeOf(element.outlook));
+        records.append(std::move(record));
+    }
+    return records;
+}
+
+json targetRecord(const MatrixTarget& target) {
+    json record = json::makeObject();
+    record.set("folder", std::string_view(target.folder));
+    record.set("address", std::string_view(target.address));
+    if (target.error) {
+        record.set("error", std::string_view(*target.error));
+        return record;
+    }
+    record.set("supported", target.supported);
+    record.set("elements", elementRecords(target.elements));
+    return record;
+}
+
+json entryRecords(const std::vector<MatrixEntry>& entries) {
+    json records = json::makeArray();
+    for (const MatrixEntry& entry : entries) {
+        json record = json::makeObject();
+        record.set("index", entry.index);
+        record.set("name", entry.name);
+        records.append(std::move(record));
+    }
+    return records;
+}
+
+} // namespace
+
+std::string matrixDocument(const KvTArchiveInfo& archive, const std::vector<MatrixTarget>& targets,
+                           const std::vector<MatrixEntry>& unmatchedEntries) {
+    json targetRecords = json::makeArray();
+    for (const MatrixTarget& target : targets) {
+        targetRecords.append(targetRecord(target));
+    }
+    json document = json::makeObject();
+    document.set("archive", archiveRecord(archive));
+    document.set("targets", std::move(targetRecords));
+    document.set("unmatchedEntries", entryRecords(unmatchedEntries));
+    return document.dump(indentation) + "\n";
+}

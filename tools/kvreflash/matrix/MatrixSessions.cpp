@@ -1,0 +1,130 @@
+#include "MatrixSessions.h"
+
+#include "KvCPreparation.h"
+#include "KvEmulation.h"
+#include "KvNJson.h"
+#include "MessageCapture.h"
+#include "PlannedTarget.h"
+#include "TextConversion.h"
+#include "ToolOutput.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+constexpr const char* descriptionFile = "target.json";
+
+/// As the emulation takes the folders that it serves.
+std::filesystem::path pathOf(std::string_view utf8) {
+    return {std::u8string(utf8.begin(), utf8.end())};
+}
+
+/// Empty when the target has none.
+std::string firstAddressOf(const std::string& folder) {
+    std::ifstream file(pathOf(folder) / descriptionFile, std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const KvNJson::json description = KvNJson::json::parse(text);
+    const KvNJson::jsonView addresses = description.view().find("addresses");
+    return addresses.size() != 0 ? std::string(addresses.at(0).get_string()) : std::string();
+}
+
+/// What is up to date is disabled too, unless it is updated all the same.
+KvEElementOutlook outlookOf(const KvTUpdateElement& element) {
+    if (element.disabled) {
+        return element.upToDate ? KvEElementOutlook::upToDate : KvEElementOutlook::disabled;
+    }
+    return element.hasArchiveFile() ? KvEElementOutlook::wouldUpdate : KvEElementOutlook::noEntry;
+}
+
+MatrixElement recordOf(const KvTUpdateElement& element, const std::vector<KvTArchiveFile>& files) {
+    return {.index = element.index,
+            .displayName = element.displayName,
+            .installedVersion = element.version,
+            .availableVersion = element.hasArchiveFile() ? files[element.archiveFileIndex].version : KvCVersion(),
+            .outlook = outlookOf(element)};
+}
+
+void takePlan(const KvCPreparation& planned, MatrixTarget& target) {
+    target.supported = planned.isTargetSupported();
+    const std::vector<KvTArchiveFile>& files = planned.archive().files();
+    for (const KvTUpdateElement& element : planned.inventory().elements()) {
+        target.elements.push_back(recordOf(element, files));
+    }
+    for (const KvTArchiveFile& file : files) {
+        target.matchCounts.push_back(file.matchCount);
+    }
+}
+
+/// What a session has said beyond what every session says of the archive.
+std::string ownMessages(std::string_view messages, const MatrixArchive& archive) {
+    messages.remove_prefix(messages.starts_with(archive.messages) ? archive.messages.size() : 0);
+    return std::string(messages);
+}
+
+std::string withoutEmptyEnd(std::string text) {
+    text.erase(text.find_last_not_of('\n') + 1);
+    return text;
+}
+
+/// Makes the target in the folder the only one. False when it cannot be served.
+bool serveAlone(MatrixTarget& target) {
+    KvEmulation::reset();
+    KvEmulation::KvTServeResult result = KvEmulation::serve(target.folder);
+    for (const std::string& warning : result.warnings) {
+        say("warning: " + warning);
+    }
+    if (!result.served) {
+        target.error = std::move(result.error);
+    }
+    return result.served;
+}
+
+} // namespace
+
+std::optional<MatrixArchive> readMatrixArchive(const KvNReflasher::KvTOptions& options) {
+    const MessageCapture messages;
+    KvNReflasher::KvTOptions archiveOptions = options;
+    archiveOptions.mode = KvNReflasher::showArchiveContent;
+    const KvTCallbacks callbacks{.message = MessageCapture::callback()};
+    const KvCConsoleWriter writer(callbacks);
+    KvCPreparation preparation(writer, archiveOptions);
+    if (preparation.prepare() != prepareReady) {
+        writeText(stderr, messages.text());
+        return std::nullopt;
+    }
+    MatrixArchive archive{.info = preparation.archive().info(), .entries = {}, .messages = messages.text()};
+    for (const KvTArchiveFile& file : preparation.archive().files()) {
+        archive.entries.push_back({.index = file.descriptionIndex, .name = file.name});
+    }
+    return archive;
+}
+
+MatrixTarget planMatrixTarget(const KvNReflasher::KvTOptions& options, const MatrixArchive& archive,
+                              const std::string& folder) {
+    MatrixTarget target;
+    target.folder = folder;
+    if (!serveAlone(target)) {
+        return target;
+    }
+    target.address = firstAddressOf(folder);
+    if (target.address.empty()) {
+        target.error = "The target has no address.";
+        return target;
+    }
+    KvNReflasher::KvTOptions planOptions = options;
+    planOptions.target = utf8ToWide(target.address.c_str());
+    PlannedTarget planned(planOptions);
+    const bool isPlanned = planned.prepare();
+    std::string messages = ownMessages(planned.messages(), archive);
+    if (!isPlanned) {
+        target.error = withoutEmptyEnd(std::move(messages));
+        return target;
+    }
+    target.messages = std::move(messages);
+    takePlan(planned.preparation(), target);
+    return target;
+}

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "MatrixRecords.h"
+
+#include <vector>
+
+/// Writes the plan for one target to standard output.
+void writeMatrixTarget(const MatrixTarget& target);
+
+/// Writes to standard output how many elements of each target would fare how, and the entries that fit none of them.
+void writeMatrixSummary(const std::vector<MatrixTarget>& targets, const std::vector<MatrixEntry>& unmatchedEntries);
