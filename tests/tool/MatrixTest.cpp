@@ -188,42 +188,55 @@ TEST_F(Matrix, ATargetWithoutElementsIsPlannedFor) {
     EXPECT_EQ(document({target.write()}).view().find("targets").at(0).find("elements").size(), 0U);
 }
 
-TEST_F(Matrix, AFailingTargetDoesNotKeepTheOthersFromTheirTurn) {
-    TargetBuilder good;
-    good.add(completeBoard("HCN", "NODE", 1).element(completeElement(1)));
-    TargetBuilder silent;
-    silent.noAddress();
-    TargetBuilder incomplete;
-    incomplete.add(board("HCN", "NODE", 1).element(completeElement(1)));
-    TargetBuilder unreadable;
-    const std::string refused = unreadable.write("{");
-    const std::vector<std::string> folders{good.write(),       refused,     good.write(), silent.write(),
-                                           incomplete.write(), good.write()};
-    const ToolRun done = run(folders);
+/// Targets that can be planned for, with one element to update each, and between them those that cannot: refused,
+/// without address, incomplete.
+class MatrixWithFailures : public Matrix {
+protected:
+    MatrixWithFailures() {
+        good_.add(completeBoard("HCN", "NODE", 1).element(completeElement(1)));
+        silent_.noAddress();
+        incomplete_.add(board("HCN", "NODE", 1).element(completeElement(1)));
+        folders_ = {good_.write(),   refused_.write("{"), good_.write(),
+                    silent_.write(), incomplete_.write(), good_.write()};
+    }
+
+    TargetBuilder good_;
+    TargetBuilder refused_;
+    TargetBuilder silent_;
+    TargetBuilder incomplete_;
+    std::vector<std::string> folders_;
+};
+
+TEST_F(MatrixWithFailures, TheOthersHaveTheirTurnAllTheSame) {
+    const ToolRun done = run(folders_);
     EXPECT_EQ(done.exitCode, 1);
     EXPECT_EQ(countOf(done.output, "would update\n"), 3U);
-    EXPECT_THAT(cellsOf(done.output, refused), ElementsAre(refused, "", "---", "---", "---", "---", "[FAILED]"));
-    EXPECT_THAT(done.errors,
-                StartsWith("kvreflash: '" + refused + "' cannot be planned for:\n" + refused + "/target.json: "));
-    EXPECT_THAT(done.errors, HasSubstr("kvreflash: '" + folders[3] +
+    EXPECT_THAT(cellsOf(done.output, folders_[1]),
+                ElementsAre(folders_[1], "", "---", "---", "---", "---", "[FAILED]"));
+    EXPECT_THAT(done.errors, StartsWith("kvreflash: '" + folders_[1] + "' cannot be planned for:\n" + folders_[1] +
+                                        "/target.json: "));
+    EXPECT_THAT(done.errors, HasSubstr("kvreflash: '" + folders_[3] +
                                        "' cannot be planned for:\n"
                                        "The target has no address.\n"));
-    EXPECT_THAT(done.errors, HasSubstr("kvreflash: '" + folders[4] +
+    EXPECT_THAT(done.errors, HasSubstr("kvreflash: '" + folders_[4] +
                                        "' cannot be planned for:\n"
                                        "\nReported errors:\n"));
     EXPECT_THAT(done.errors, HasSubstr("PRODUCT[1]/SLOT_COUNT[1] of HCN[1]"));
     EXPECT_THAT(done.errors, Not(HasSubstr("Copyright")));
+}
 
-    const ToolRun asDocument = run(folders, {"--json"});
-    EXPECT_EQ(asDocument.exitCode, 1);
-    const json written = json::parse(asDocument.output);
+TEST_F(MatrixWithFailures, TheDocumentTellsThem) {
+    const ToolRun done = run(folders_, {"--json"});
+    EXPECT_EQ(done.exitCode, 1);
+    const json written = json::parse(done.output);
     const jsonView targets = written.view().find("targets");
-    ASSERT_EQ(targets.size(), folders.size());
+    ASSERT_EQ(targets.size(), folders_.size());
     for (const std::size_t index : {0U, 2U, 5U}) {
         EXPECT_EQ(texts(targets.at(index).find("elements"), "state"), "would-update");
         EXPECT_FALSE(targets.at(index).contains("error"));
     }
     for (const std::size_t index : {1U, 3U, 4U}) {
+        EXPECT_THAT(done.errors, HasSubstr(targets.at(index).find("error").get_string()));
         EXPECT_NE(targets.at(index).find("error").get_string(), "");
         EXPECT_FALSE(targets.at(index).contains("elements"));
     }
