@@ -22,7 +22,7 @@ build_bench() {
         logged build-bench cmake --build "$build_dir" --target "$@" --parallel "$jobs"
 }
 
-install_missing "${build_packages[@]}" gcc libbenchmark-dev rapidjson-dev nlohmann-json3-dev libsimdjson-dev jq util-linux
+install_missing "${build_packages[@]}" gcc libbenchmark-dev nlohmann-json3-dev libsimdjson-dev jq util-linux
 if [[ ${1:-} == parts ]]; then
     build_bench kv_bench || exit 1
     exec taskset -c 0 "$build_dir/bin/kv_bench" "${@:2}"

@@ -1,0 +1,61 @@
+#include "EntryConditions.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::array comparedValues = {&KvTEntrySelection::boardVariant, &KvTEntrySelection::boardId,
+                                       &KvTEntrySelection::hwCompatibilityId, &KvTEntrySelection::swCompatibilityId};
+
+/// An absent variant stands for none, an absent number for 0.
+constexpr std::array<std::uint64_t, comparedValues.size()> absentValues = {ValueSets::nullValue, 0, 0, 0};
+
+} // namespace
+
+std::uint64_t ValueSets::numberOfScalar(KvNJson::jsonView value) {
+    if (value.is_string()) {
+        return textNumbers_.try_emplace(value.get_string(), textNumbers_.size() + 1).first->second;
+    }
+    return value.is_null() ? nullValue : value.get_unsigned();
+}
+
+std::uint32_t ValueSets::numberOf(KvNJson::jsonView value, std::uint64_t absent) {
+    Values values;
+    if (!value.is_valid()) {
+        values.push_back(absent);
+    } else if (!value.is_array()) {
+        values.push_back(numberOfScalar(value));
+    }
+    for (std::size_t index = 0; value.is_array() && index < value.size(); ++index) {
+        values.push_back(numberOfScalar(value.at(index)));
+    }
+    std::sort(values.begin(), values.end());
+    values.erase(std::unique(values.begin(), values.end()), values.end());
+    const auto [found, isNew] = numbers_.try_emplace(std::move(values), static_cast<std::uint32_t>(sets_.size()));
+    if (isNew) {
+        sets_.push_back(&found->first);
+    }
+    return found->second;
+}
+
+bool ValueSets::isWithin(std::uint32_t part, std::uint32_t whole) const {
+    const Values& inner = *sets_[part];
+    const Values& outer = *sets_[whole];
+    return part == whole || std::includes(outer.begin(), outer.end(), inner.begin(), inner.end());
+}
+
+KvTConditions EntryConditions::of(const KvTEntrySelection& selection) {
+    KvTConditions conditions{};
+    for (std::size_t index = 0; index < comparedValues.size(); ++index) {
+        const KvTSelectedValue& selected = selection.*comparedValues[index];
+        if (!selected.inherited) {
+            conditions[index] = sets_.numberOf(selected.value, absentValues[index]);
+            continue;
+        }
+        if (inherited_[index] == 0) {
+            inherited_[index] = sets_.numberOf(selected.value, absentValues[index]) + 1;
+        }
+        conditions[index] = inherited_[index] - 1;
+    }
+    return conditions;
+}

@@ -1,0 +1,106 @@
+#include "FileWarnings.h"
+
+#include "ArchivePaths.h"
+#include "EntryProperties.h"
+#include "Files.h"
+#include "UpdateFileReaders.h"
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace {
+
+/// What is to be known of an update file.
+struct FileState {
+    bool exists = false;
+    KvEReadStatus status = KvEReadStatus::cannotOpen;
+    KvTUpdateFileHeader header;
+};
+
+/// Looks at the update files of the entries; into each file once.
+class FileRules {
+public:
+    FileRules(const KvTCheckedArchive& checked, FindingList& findings) : checked_(checked), findings_(findings) {}
+
+    void check(const KvTArchiveFile& file) {
+        const OutlineValue entry = checked_.outlineOf(file);
+        const FileState& state = stateOf(file.name);
+        const KvNJson::jsonView checksum = file.description.view().find(propertyKey(KvEProperty::checksumCrc32));
+        const bool isTold = checksum.is_valid() && static_cast<std::uint32_t>(checksum.get_unsigned()) != unknownValue;
+        if (!state.exists || state.status == KvEReadStatus::cannotOpen) {
+            // Where the reader needs the file, this is an error already.
+            if (isTold) {
+                warnOfAbsence(entry.find("name"), state);
+            }
+            return;
+        }
+        if (state.status != KvEReadStatus::success) {
+            return;
+        }
+        if (isTold) {
+            compareChecksum(entry.find("checksumCrc32"), file.checksumCrc32, state.header);
+        }
+        compareVersion(entry, file, state.header);
+    }
+
+private:
+    const FileState& stateOf(const KvCString& name) {
+        const auto [found, isNew] = states_.try_emplace(name.view());
+        if (isNew) {
+            FileState& state = found->second;
+            const std::wstring path = updateFilePath(checked_.options, name);
+            state.exists = pathExists(path);
+            state.status = state.exists ? readUpdateFile(path, state.header) : KvEReadStatus::cannotOpen;
+        }
+        return found->second;
+    }
+
+    void warnOfAbsence(OutlineValue name, const FileState& state) {
+        if (state.exists) {
+            findings_.warn("update-file-unreadable", name,
+                           "The update file " + inQuotes(name.text()) + " cannot be read.",
+                           "Make it a file that may be read.");
+        } else {
+            findings_.warn("update-file-missing", name,
+                           "The update file " + inQuotes(name.text()) + " is not in the archive folder.",
+                           "Put the file into the archive folder, or remove the entry.");
+        }
+    }
+
+    void compareChecksum(OutlineValue value, std::uint32_t told, const KvTUpdateFileHeader& header) {
+        if (header.checksum != unknownValue && header.checksum != told) {
+            findings_.warn("checksum-mismatch", value,
+                           "The description tells the checksum " + std::to_string(told) + ", the update file " +
+                               std::to_string(header.checksum) + ".",
+                           "Write the file's checksum, leave \"checksumCrc32\" out, or put the right file in place.");
+        }
+    }
+
+    void compareVersion(OutlineValue entry, const KvTArchiveFile& file, const KvTUpdateFileHeader& header) {
+        const OutlineValue value = entry.find("version");
+        if (value.kind() == KvEJsonKind::null || header.version == unknownVersion() || header.version == file.version) {
+            return;
+        }
+        const std::string told(file.version.getAsString().view());
+        const std::string found(header.version.getAsString().view());
+        findings_.warn("version-mismatch", value.isValid() ? value : entry,
+                       (value.isValid() ? "The description tells the version " + told
+                                        : "Without \"version\" the file has that of the archive, " + told) +
+                           ", the update file tells " + found + ".",
+                       "Write \"version\": " + inQuotes(found) + ", or put the right file in place.");
+    }
+
+    const KvTCheckedArchive& checked_;
+    FindingList& findings_;
+    std::unordered_map<std::string_view, FileState> states_;
+};
+
+} // namespace
+
+void warnOfFiles(const KvTCheckedArchive& checked, FindingList& findings) {
+    FileRules rules(checked, findings);
+    for (const KvTArchiveFile& file : checked.archive.files()) {
+        rules.check(file);
+    }
+}

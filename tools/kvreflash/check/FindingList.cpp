@@ -1,0 +1,89 @@
+#include "FindingList.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+
+/// Goes through a text once and tells lines and columns on the way.
+class TextPosition {
+public:
+    explicit TextPosition(std::string_view text)
+        : text_(text), offset_(text.starts_with(byteOrderMark) ? byteOrderMark.size() : 0) {}
+
+    /// Goes on to `offset`, which lies not before the one that was asked for last.
+    void advance(std::size_t offset) {
+        for (const std::size_t end = std::min(offset, text_.size()); offset_ < end; ++offset_) {
+            step(static_cast<unsigned char>(text_[offset_]));
+        }
+    }
+
+    [[nodiscard]] std::size_t line() const { return line_; }
+    [[nodiscard]] std::size_t column() const { return column_; }
+
+private:
+    void step(unsigned char byte) {
+        constexpr unsigned char continuationMask = 0xC0;
+        constexpr unsigned char continuation = 0x80;
+        if (byte == '\n') {
+            ++line_;
+            column_ = 1;
+        } else if ((byte & continuationMask) != continuation) {
+            ++column_;
+        }
+    }
+
+    std::string_view text_;
+    std::size_t offset_;
+    std::size_t line_ = 1;
+    std::size_t column_ = 1;
+};
+
+} // namespace
+
+void FindingList::add(KvESeverity severity, std::string_view code, OutlineValue value, std::string message,
+                      std::string hint) {
+    addAt(severity, code, value.offset(), std::move(message), std::move(hint));
+    findings_.back().path = value.path();
+}
+
+void FindingList::addAt(KvESeverity severity, std::string_view code, std::size_t offset, std::string message,
+                        std::string hint) {
+    KvTFinding& finding = findings_.emplace_back();
+    finding.severity = severity;
+    finding.code = code;
+    finding.offset = offset;
+    finding.message = std::move(message);
+    finding.hint = std::move(hint);
+}
+
+void FindingList::warn(std::string_view code, OutlineValue value, std::string message, std::string hint) {
+    add(KvESeverity::warning, code, value, std::move(message), std::move(hint));
+}
+
+void FindingList::warnAtKey(std::string_view code, OutlineValue member, std::string message, std::string hint) {
+    warn(code, member, std::move(message), std::move(hint));
+    findings_.back().offset = member.keyOffset();
+}
+
+std::vector<KvTFinding> FindingList::takeInOrder(std::string_view text) {
+    std::vector<KvTFinding> ordered = std::exchange(findings_, {});
+    std::stable_sort(ordered.begin(), ordered.end(),
+                     [](const KvTFinding& a, const KvTFinding& b) { return a.offset < b.offset; });
+    TextPosition position(text);
+    for (KvTFinding& finding : ordered) {
+        position.advance(finding.offset);
+        finding.line = position.line();
+        finding.column = position.column();
+    }
+    return ordered;
+}
+
+std::string inQuotes(std::string_view text) {
+    std::string result(1, '"');
+    result += text;
+    result += '"';
+    return result;
+}

@@ -1,0 +1,93 @@
+#include "KeyWarnings.h"
+
+#include "NearestWord.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <string_view>
+#include <unordered_set>
+
+namespace {
+
+using Keys = std::span<const std::string_view>;
+
+constexpr std::string_view commentKey = "comment";
+constexpr std::array<std::string_view, 3> rootKeys = {"info", "files", "$schema"};
+constexpr std::array<std::string_view, 5> infoKeys = {"formatVersion", "archiveVersion", "productName",
+                                                      "archiveVariant", "archiveName"};
+constexpr std::array<std::string_view, 14> entryKeys = {
+    "name",       "sequence",          "featureLevel",      "boards",  "boardType",     "boardVariant", "boardId", "id",
+    "targetPath", "hwCompatibilityId", "swCompatibilityId", "version", "checksumCrc32", "mode"};
+/// Keys that an element of "boards" must not have are an error of the reader's.
+constexpr std::array<std::string_view, 10> boardKeys = {
+    "boardType",         "boardVariant", "boardId",       "id",  "targetPath", "hwCompatibilityId",
+    "swCompatibilityId", "version",      "checksumCrc32", "mode"};
+
+bool contains(Keys keys, std::string_view key) {
+    return std::find(keys.begin(), keys.end(), key) != keys.end();
+}
+
+void warnOfUnknownKey(OutlineValue member, Keys known, FindingList& findings) {
+    if (known.data() == boardKeys.data() && contains(entryKeys, member.key())) {
+        findings.warnAtKey("misplaced-key", member,
+                           "The key " + inQuotes(member.key()) + " has no effect in an element of \"boards\".",
+                           "Give it to the entry, or remove it.");
+        return;
+    }
+    const std::string_view nearest = nearestWord(member.key(), known);
+    findings.warnAtKey("unknown-key", member, "The key " + inQuotes(member.key()) + " is not known and has no effect.",
+                       nearest.empty() ? std::string("Remove it; remarks go into \"comment\".")
+                                       : "Did you mean " + inQuotes(nearest) + "?");
+}
+
+void warnOfUnknownKeys(OutlineValue object, Keys known, FindingList& findings) {
+    if (object.kind() != KvEJsonKind::object) {
+        return;
+    }
+    for (std::size_t index = 0; index < object.size(); ++index) {
+        const OutlineValue member = object.at(index);
+        if (member.key() != commentKey && !contains(known, member.key())) {
+            warnOfUnknownKey(member, known, findings);
+        }
+    }
+}
+
+void warnOfUnknownEntryKeys(OutlineValue entry, FindingList& findings) {
+    warnOfUnknownKeys(entry, entryKeys, findings);
+    const OutlineValue boards = entry.find("boards");
+    for (std::size_t board = 0; boards.kind() == KvEJsonKind::array && board < boards.size(); ++board) {
+        warnOfUnknownKeys(boards.at(board), boardKeys, findings);
+    }
+}
+
+void warnOfRepeatedKeys(OutlineValue object, FindingList& findings) {
+    std::unordered_set<std::string_view> seen;
+    for (std::size_t index = 0; index < object.size(); ++index) {
+        const OutlineValue member = object.at(index);
+        if (!seen.insert(member.key()).second) {
+            findings.warnAtKey("duplicate-key", member,
+                               "The key " + inQuotes(member.key()) + " is given once more; only its last value counts.",
+                               "Remove the others.");
+        }
+    }
+}
+
+} // namespace
+
+void warnOfKeys(const KvTCheckedArchive& checked, FindingList& findings) {
+    const OutlineValue root = checked.outline.root();
+    warnOfUnknownKeys(root, rootKeys, findings);
+    warnOfUnknownKeys(root.find("info"), infoKeys, findings);
+    for (const KvTOutlinedEntry& entry : checked.entries) {
+        // Entries for newer tools have keys that this one does not know.
+        if (!entry.isSkipped) {
+            warnOfUnknownEntryKeys(entry.value, findings);
+        }
+    }
+    for (std::size_t index = 0; index < checked.outline.size(); ++index) {
+        if (const OutlineValue value = checked.outline.value(index); value.kind() == KvEJsonKind::object) {
+            warnOfRepeatedKeys(value, findings);
+        }
+    }
+}

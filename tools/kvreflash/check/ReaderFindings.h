@@ -1,0 +1,44 @@
+#pragma once
+
+#include "ArchiveFindings.h"
+#include "FindingList.h"
+#include "JsonOutline.h"
+#include "MessageCapture.h"
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+/// Collects what the archive's reader has to say, and lets it go on.
+class ReaderFindings : public KvCArchiveFindings {
+public:
+    /// `messages` receives what `writer` writes.
+    ReaderFindings(const KvCConsoleWriter& writer, const MessageCapture& messages)
+        : KvCArchiveFindings(writer), messages_(messages) {}
+
+    /// Adds the findings so far to `list`, each with the reader's own words. `outline` and `text` are those of the
+    /// description that was read.
+    void addTo(FindingList& list, const JsonOutline& outline, std::string_view text) const;
+
+    /// True for an element of "files" that the reader passes over.
+    [[nodiscard]] bool isSkipped(std::uint32_t entry) const;
+
+protected:
+    bool takeError(const KvTArchiveFinding& finding) override;
+    void takeWarning(const KvTArchiveFinding& finding) override;
+
+private:
+    struct Taken {
+        KvTArchiveFinding finding;
+        KvESeverity severity;
+        /// Where its message begins in all messages.
+        std::size_t messageBegin;
+    };
+
+    [[nodiscard]] std::string_view messageOf(std::size_t index) const;
+
+    const MessageCapture& messages_;
+    std::vector<Taken> taken_;
+    /// In ascending order.
+    std::vector<std::uint32_t> skippedEntries_;
+};

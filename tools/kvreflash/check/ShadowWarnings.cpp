@@ -1,0 +1,161 @@
+#include "ShadowWarnings.h"
+
+#include "EntryConditions.h"
+#include "EntryMatching.h"
+
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace {
+
+/// How many earlier entries of one board type and address an entry is held against, to keep the work linear.
+constexpr std::size_t mostCandidates = 128;
+
+/// An element of "boards", or the entry itself, for one board type.
+struct Choice {
+    /// Board type and address.
+    std::string place;
+    KvTConditions conditions{};
+};
+
+/// The same for an earlier entry.
+struct Candidate {
+    std::uint32_t entry = 0;
+    KvTConditions conditions{};
+};
+
+/// Calls `visit` with each text of a value: itself or its items.
+template <typename Visit>
+void forEachText(KvNJson::jsonView value, Visit&& visit) {
+    if (value.is_string()) {
+        visit(value.get_string());
+    }
+    for (std::size_t index = 0; value.is_array() && index < value.size(); ++index) {
+        visit(value.at(index).get_string());
+    }
+}
+
+/// Tells places of different board types or addresses apart.
+std::string placeOf(std::string_view boardType, const KvTEntrySelection& selection) {
+    std::string place = std::to_string(boardType.size()).append(":").append(boardType);
+    return selection.hasTargetPath ? place.append("/").append(selection.targetPath.value_or(""))
+                                   : place.append("#").append(std::to_string(selection.id.value_or(0)));
+}
+
+/// Goes through the entries in their order and holds each against those before it.
+class ShadowRules {
+public:
+    ShadowRules(const KvTCheckedArchive& checked, FindingList& findings) : checked_(checked), findings_(findings) {}
+
+    void check(const KvTArchiveFile& file) {
+        const std::vector<Choice> choices = choicesOf(file);
+        std::vector<std::optional<std::uint32_t>> covering;
+        for (const Choice& choice : choices) {
+            covering.push_back(coveringEntry(choice));
+        }
+        const bool isShadowed = !choices.empty() && std::all_of(covering.begin(), covering.end(),
+                                                                [](const auto& entry) { return entry.has_value(); });
+        if (isShadowed) {
+            warnOfShadow(file, *covering.front());
+        }
+        for (std::size_t index = 0; index < choices.size(); ++index) {
+            std::vector<Candidate>& candidates = candidates_[choices[index].place];
+            if (!covering[index] && candidates.size() < mostCandidates) {
+                candidates.push_back({file.descriptionIndex, choices[index].conditions});
+            }
+        }
+    }
+
+private:
+    /// What the entry offers to each of its board types, of which only the first selection counts. Left out is what
+    /// matches nothing.
+    std::vector<Choice> choicesOf(const KvTArchiveFile& file) {
+        std::vector<Choice> choices;
+        std::unordered_set<std::string_view> seen;
+        conditions_.beginEntry();
+        const std::vector<KvTEntrySelection> selections = selectionsOf(file);
+        for (std::size_t index = 0; index < selections.size(); ++index) {
+            const KvTEntrySelection& selection = selections[index];
+            const KvTConditions conditions = conditions_.of(selection);
+            const bool matches = std::none_of(conditions.begin(), conditions.end(),
+                                              [this](std::uint32_t set) { return conditions_.sets().isEmpty(set); });
+            bool hasTypes = false;
+            bool isChosen = false;
+            forEachText(selection.boardType, [&](std::string_view type) {
+                hasTypes = true;
+                const bool isFirst = seen.insert(type).second;
+                isChosen = isChosen || isFirst;
+                if (isFirst && matches) {
+                    choices.push_back({placeOf(type, selection), conditions});
+                }
+            });
+            if (hasTypes && !isChosen) {
+                warnOfUnreachable(file, index);
+            }
+        }
+        return choices;
+    }
+
+    /// An earlier entry that takes whatever `choice` could.
+    std::optional<std::uint32_t> coveringEntry(const Choice& choice) const {
+        const auto found = candidates_.find(choice.place);
+        if (found == candidates_.end()) {
+            return std::nullopt;
+        }
+        for (const Candidate& candidate : found->second) {
+            if (covers(candidate.conditions, choice.conditions)) {
+                return candidate.entry;
+            }
+        }
+        return std::nullopt;
+    }
+
+    bool covers(const KvTConditions& whole, const KvTConditions& part) const {
+        for (std::size_t index = 0; index < part.size(); ++index) {
+            if (!conditions_.sets().isWithin(part[index], whole[index])) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    void warnOfUnreachable(const KvTArchiveFile& file, std::size_t board) {
+        findings_.warn("unreachable-board", checked_.outlineOf(file).find("boards").at(board),
+                       "This element of \"boards\" is never chosen: an earlier one has its board types, and of each "
+                       "board type only the first element counts.",
+                       "Join it with the earlier one, or give it an entry of its own.");
+    }
+
+    void warnOfShadow(const KvTArchiveFile& file, std::uint32_t earlier) {
+        const std::string other = checked_.entries[earlier].value.path();
+        if (file.hasTargetPath) {
+            findings_.warn("same-target-path", checked_.outlineOf(file),
+                           "Wherever this entry is written, " + other + " is written to the same file.",
+                           "Remove one of them, or write another \"targetPath\".");
+        } else {
+            findings_.warn("shadowed-entry", checked_.outlineOf(file),
+                           "This entry never updates anything: earlier entries, such as " + other +
+                               ", take all of its elements.",
+                           "Remove it, move it before the others, or narrow those down.");
+        }
+    }
+
+    const KvTCheckedArchive& checked_;
+    FindingList& findings_;
+    EntryConditions conditions_;
+    std::unordered_map<std::string, std::vector<Candidate>> candidates_;
+};
+
+} // namespace
+
+void warnOfShadows(const KvTCheckedArchive& checked, FindingList& findings) {
+    ShadowRules rules(checked, findings);
+    for (const KvTArchiveFile& file : checked.archive.files()) {
+        rules.check(file);
+    }
+}

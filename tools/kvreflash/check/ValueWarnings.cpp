@@ -1,0 +1,82 @@
+#include "ValueWarnings.h"
+
+#include "KvCVersion.h"
+
+#include <array>
+#include <charconv>
+#include <limits>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr std::array<std::string_view, 5> matchedKeys = {"boardType", "boardVariant", "boardId", "hwCompatibilityId",
+                                                         "swCompatibilityId"};
+constexpr std::array<std::string_view, 3> storedKeys = {"id", "checksumCrc32", "sequence"};
+constexpr std::array<std::string_view, 3> comparedKeys = {"boardId", "hwCompatibilityId", "swCompatibilityId"};
+
+void warnOfEmptyArray(OutlineValue value, const char* consequence, FindingList& findings) {
+    if (value.kind() == KvEJsonKind::array && value.size() == 0) {
+        findings.warn("empty-array", value, "The array " + inQuotes(value.key()) + " is empty: " + consequence + ".",
+                      "Give it an element, or leave it out.");
+    }
+}
+
+/// True for a number that the reader takes, but of which only 32 bits can be used.
+bool isTooLarge(OutlineValue value) {
+    const std::string_view digits = value.text();
+    std::uint64_t number = 0;
+    const auto [end, failed] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    return value.kind() == KvEJsonKind::number && failed == std::errc() && end == digits.data() + digits.size() &&
+           number > std::numeric_limits<std::uint32_t>::max();
+}
+
+void warnOfLargeNumber(OutlineValue value, const char* consequence, FindingList& findings) {
+    if (isTooLarge(value)) {
+        findings.warn("number-too-large", value,
+                      "The number " + std::string(value.text()) + " has more than 32 bits: " + consequence + ".",
+                      "Write a number up to 4294967295.");
+    }
+}
+
+void warnOfLargeNumbers(OutlineValue object, FindingList& findings) {
+    for (const std::string_view key : storedKeys) {
+        warnOfLargeNumber(object.find(key), "only its lowest 32 count", findings);
+    }
+    for (const std::string_view key : comparedKeys) {
+        const OutlineValue value = object.find(key);
+        warnOfLargeNumber(value, "it matches nothing", findings);
+        for (std::size_t index = 0; value.kind() == KvEJsonKind::array && index < value.size(); ++index) {
+            warnOfLargeNumber(value.at(index), "it matches nothing", findings);
+        }
+    }
+}
+
+void warnOfVersion(OutlineValue value, FindingList& findings) {
+    if (value.kind() != KvEJsonKind::text) {
+        return;
+    }
+    const std::string written(value.text());
+    const KvCVersion version(written.c_str());
+    const std::string printed(version.getAsString().view());
+    if (version != KvCVersion() && written.find('\0') == std::string::npos && printed != written) {
+        findings.warn("version-spelling", value, "The version " + inQuotes(written) + " prints as " + printed + ".",
+                      "Write " + inQuotes(printed) + " if that is meant.");
+    }
+}
+
+} // namespace
+
+void warnOfValues(const KvTCheckedArchive& checked, FindingList& findings) {
+    const OutlineValue root = checked.outline.root();
+    warnOfVersion(root.find("info").find("formatVersion"), findings);
+    warnOfVersion(root.find("info").find("archiveVersion"), findings);
+    warnOfEmptyArray(root.find("files"), "the archive updates nothing", findings);
+    forEachEntryObject(checked, [&findings](OutlineValue object) {
+        for (const std::string_view key : matchedKeys) {
+            warnOfEmptyArray(object.find(key), "nothing can match", findings);
+        }
+        warnOfLargeNumbers(object, findings);
+        warnOfVersion(object.find("version"), findings);
+    });
+}
