@@ -33,15 +33,20 @@ std::uint32_t ValueSets::numberOf(KvNJson::jsonView value, std::uint64_t absent)
     values.erase(std::unique(values.begin(), values.end()), values.end());
     const auto [found, isNew] = numbers_.try_emplace(std::move(values), static_cast<std::uint32_t>(sets_.size()));
     if (isNew) {
-        sets_.push_back(&found->first);
+        const Values& kept = found->first;
+        sets_.push_back(kept.empty() ? Set{&kept} : Set{&kept, kept.front(), kept.back()});
     }
     return found->second;
 }
 
 bool ValueSets::isWithin(std::uint32_t part, std::uint32_t whole) const {
-    const Values& inner = *sets_[part];
-    const Values& outer = *sets_[whole];
-    return part == whole || std::includes(outer.begin(), outer.end(), inner.begin(), inner.end());
+    if (part == whole || isEmpty(part)) {
+        return true;
+    }
+    const Set& inner = sets_[part];
+    const Set& outer = sets_[whole];
+    return inner.least >= outer.least && inner.greatest <= outer.greatest &&
+           std::includes(outer.values->begin(), outer.values->end(), inner.values->begin(), inner.values->end());
 }
 
 KvTConditions EntryConditions::of(const KvTEntrySelection& selection) {

@@ -16,7 +16,7 @@ public:
     [[nodiscard]] std::uint32_t numberOf(KvNJson::jsonView value, std::uint64_t absent);
     /// True when set `part` is empty or every value of it is in set `whole`.
     [[nodiscard]] bool isWithin(std::uint32_t part, std::uint32_t whole) const;
-    [[nodiscard]] bool isEmpty(std::uint32_t set) const { return sets_[set]->empty(); }
+    [[nodiscard]] bool isEmpty(std::uint32_t set) const { return sets_[set].values->empty(); }
 
     /// The number that stands for a value that is null.
     static constexpr std::uint64_t nullValue = 0;
@@ -24,11 +24,18 @@ public:
 private:
     using Values = std::vector<std::uint64_t>;
 
+    /// A set with its least and greatest value, which mostly tell already whether another one is within it.
+    struct Set {
+        const Values* values = nullptr;
+        std::uint64_t least = 0;
+        std::uint64_t greatest = 0;
+    };
+
     [[nodiscard]] std::uint64_t numberOfScalar(KvNJson::jsonView value);
 
     /// Sorted, without repeated values.
     std::map<Values, std::uint32_t> numbers_;
-    std::vector<const Values*> sets_;
+    std::vector<Set> sets_;
     /// From 1.
     std::unordered_map<std::string_view, std::uint64_t> textNumbers_;
 };

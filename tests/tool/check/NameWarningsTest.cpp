@@ -1,0 +1,57 @@
+#include "CheckFixture.h"
+
+#include <filesystem>
+
+namespace {
+
+class CheckNames : public CheckTest {
+protected:
+    CheckNames() {
+        folder().write("sub/b.bin", "content");
+        folder().write("A.bin", "content");
+    }
+
+    std::string codesOfName(const char* name) {
+        return codes(ArchiveBuilder().entry(goodEntry().set("name", joined("\"", name, "\""))).text());
+    }
+    std::string codesOfTargetPath(const char* path) {
+        const ObjectText entry = goodEntry().remove("id").set("targetPath", joined("\"", path, "\""));
+        return codes(ArchiveBuilder().entry(entry).text());
+    }
+};
+
+TEST_F(CheckNames, ANameThatIsAPathIsAWarning) {
+    EXPECT_EQ("", codesOfName("a.bin"));
+    EXPECT_EQ("name-with-separator", codesOfName("sub/b.bin"));
+    EXPECT_EQ("name-with-separator", codesOfName("sub\\\\b.bin"));
+}
+
+TEST_F(CheckNames, ANameThatLeadsOutOfTheArchiveFolderIsAWarning) {
+    EXPECT_EQ("outside-archive update-file-missing", codesOfName("../nowhere.bin"));
+    const KvTFinding finding = check(ArchiveBuilder().entry(goodEntry().set("name", "\"sub/../../x\"")).text()).front();
+    EXPECT_EQ("outside-archive", finding.code);
+    EXPECT_EQ("$.files[0].name", finding.path);
+}
+
+TEST_F(CheckNames, NamesThatDifferOnlyInCaseAreAWarning) {
+    const auto entryOf = [](const char* name, const char* id) { return goodEntry().set("name", name).set("id", id); };
+    const std::string text = ArchiveBuilder()
+                                 .entry(entryOf("\"a.bin\"", "1"))
+                                 .entry(entryOf("\"a.bin\"", "2"))
+                                 .entry(entryOf("\"A.bin\"", "3"))
+                                 .text();
+    const KvTFinding finding = onlyFinding(text);
+    EXPECT_EQ("name-case", finding.code);
+    EXPECT_EQ("$.files[2].name", finding.path);
+    EXPECT_EQ("The names \"A.bin\" and \"a.bin\" differ only in case.", finding.message);
+}
+
+TEST_F(CheckNames, ATargetPathThatLeavesTheTargetIsAWarning) {
+    EXPECT_EQ("", codesOfTargetPath("etc/../x.ini"));
+    EXPECT_EQ("outside-target", codesOfTargetPath("etc/../../x.ini"));
+    const std::string board = R"({"boardType": "QB", "targetPath": "..\\x"})";
+    EXPECT_EQ("$.files[0].boards[0].targetPath",
+              onlyFinding(ArchiveBuilder().entry(entryWithBoards(board)).text()).path);
+}
+
+} // namespace

@@ -1,0 +1,53 @@
+#include "CheckFixture.h"
+
+namespace {
+
+using CheckValues = CheckTest;
+
+std::string with(const char* key, const char* value) {
+    return ArchiveBuilder().entry(goodEntry().set(key, value)).text();
+}
+
+TEST_F(CheckValues, AnEmptyArrayMatchesNothing) {
+    for (const char* key : {"boardType", "boardVariant", "boardId", "hwCompatibilityId", "swCompatibilityId"}) {
+        const KvTFinding finding = onlyFinding(with(key, "[]"));
+        EXPECT_EQ("empty-array", finding.code);
+        EXPECT_EQ(std::string("$.files[0].") + key, finding.path);
+    }
+    EXPECT_EQ("empty-array",
+              codes(ArchiveBuilder().entry(entryWithBoards(goodBoard().set("boardId", "[]").text())).text()));
+}
+
+TEST_F(CheckValues, AnArchiveWithoutEntriesUpdatesNothing) {
+    EXPECT_EQ("$.files", onlyFinding(ArchiveBuilder().text()).path);
+}
+
+TEST_F(CheckValues, ANumberOfMoreThan32BitsIsNotUsedAsItIsWritten) {
+    for (const char* key : {"id", "sequence", "checksumCrc32", "boardId", "hwCompatibilityId", "swCompatibilityId"}) {
+        EXPECT_EQ("number-too-large", codes(with(key, "4294967296"))) << key;
+        EXPECT_EQ("", codes(with(key, "4294967295"))) << key;
+    }
+    EXPECT_EQ("$.files[0].boardId[1]", onlyFinding(with("boardId", "[1, 4294967296]")).path);
+}
+
+TEST_F(CheckValues, AVersionThatPrintsDifferentlyIsTold) {
+    const KvTFinding finding = onlyFinding(with("version", "\"023.2\""));
+    EXPECT_EQ("version-spelling", finding.code);
+    EXPECT_EQ("The version \"023.2\" prints as 23.2.", finding.message);
+    EXPECT_EQ("$.files[0].version", finding.path);
+    for (const char* version : {"\"5\"", "\"5.0.0\"", "\"5.0b01\"", "\"#1099511627776\""}) {
+        EXPECT_EQ("version-spelling", codes(with("version", version))) << version;
+    }
+    for (const char* version : {"\"5.0\"", "\"5.0.1\"", "\"5.0b1.2\"", "\"5.0.0.1\"", "null", "\"#12884901888\""}) {
+        EXPECT_EQ("", codes(with("version", version))) << version;
+    }
+}
+
+TEST_F(CheckValues, TheVersionsOfTheArchiveAreLookedAtToo) {
+    EXPECT_EQ("$.info.formatVersion",
+              onlyFinding(ArchiveBuilder().info("formatVersion", "\"1\"").entry(goodEntry()).text()).path);
+    EXPECT_EQ("$.info.archiveVersion",
+              onlyFinding(ArchiveBuilder().info("archiveVersion", "\"1.00\"").entry(goodEntry()).text()).path);
+}
+
+} // namespace
