@@ -1,0 +1,112 @@
+#!/usr/bin/env python3
+"""Every example of the documents, run as it stands: `$ kvreflash ...` in blocks of the language console, with the lines
+of output that follow ("..." for any), an exit code told in a comment, and without one 0. And every command and option has
+an example."""
+
+import re
+import shlex
+import unittest
+
+import tool_runs
+from tool_runs import PROJECT, ScratchTest, run
+
+BLOCK = re.compile(r"^```console\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+EXIT_CODE = re.compile(r"# exit code (\d+)$")
+OPTION = re.compile(r"^ +(?:(-\w),)?(--[\w-]+)", re.MULTILINE)
+ANY_LINES = "..."
+
+
+def blocks_of(document):
+    return BLOCK.findall((PROJECT / document).read_text(encoding="utf-8"))
+
+
+def examples_of(block):
+    """[(command line, lines of output)]"""
+    examples = []
+    for line in block.splitlines():
+        if line.startswith("$ "):
+            examples.append((line[2:], []))
+        else:
+            examples[-1][1].append(line)
+    return examples
+
+
+def shown(output):
+    """What a terminal shows in the end, without blanks at the ends of lines."""
+    text = output.decode("utf-8").replace("\r\n", "\n")
+    return [line.rpartition("\r")[2].rstrip() for line in text.split("\n")]
+
+
+def pattern_of(lines):
+    """Matches these lines, where "..." stands for any lines. No lines at all match everything."""
+    if not lines:
+        return re.compile(".*", re.DOTALL)
+    parts = ["(?:[^\n]*\n)*?" if line == ANY_LINES else re.escape(line.rstrip()) + "\n" for line in lines]
+    return re.compile("".join(parts) + "\n*")
+
+
+class ExamplesTest(ScratchTest):
+    """The documents beside the tool."""
+
+    def run_document(self, document):
+        self.lay_out_examples()
+        folder = self.scratch / "examples"
+        count = 0
+        for block in blocks_of(document):
+            for line, expected in examples_of(block):
+                self.run_example(folder, line, expected)
+                count += 1
+        return count
+
+    def run_example(self, folder, line, expected):
+        words = shlex.split(line, comments=True)
+        self.assertEqual(words[0], "kvreflash", line)
+        done = run(*words[1:], folder=folder)
+        code = EXIT_CODE.search(line)
+        with self.subTest(line):
+            self.assertEqual(done.code, int(code.group(1)) if code else 0, done.errors)
+            text = "\n".join(shown(done.output + done.errors)) + "\n"
+            self.assertTrue(pattern_of(expected).fullmatch(text), text)
+
+    def test_the_readme(self):
+        self.assertGreaterEqual(self.run_document("README.md"), 2)
+
+    def test_the_commands(self):
+        self.assertGreaterEqual(self.run_document("docs/commands.md"), 25)
+
+    def test_the_rehearsal(self):
+        self.assertGreaterEqual(self.run_document("docs/rehearsing.md"), 3)
+
+    def test_every_command_and_option_has_an_example(self):
+        lines = [shlex.split(line, comments=True)[1:] for block in blocks_of("docs/commands.md")
+                 for line, _ in examples_of(block) if line.startswith("kvreflash ")]
+        command_list = run("--help").output.decode().partition("Commands:")[2].partition("\n\n")[0]
+        commands = re.findall(r"^  ([\w-]+) {2,}", command_list, re.MULTILINE)
+        self.assertGreater(len(commands), 10)
+        for command in commands:
+            used = {word.partition("=")[0] for line in lines if line[0] == command for word in line[1:]}
+            self.assertIn(command, {line[0] for line in lines})
+            everywhere = {word.partition("=")[0] for line in lines for word in line[1:]}
+            for letter, name in OPTION.findall(run(command, "--help").output.decode()):
+                # Options that all or most commands share need no example with each of them.
+                wanted = everywhere if name in SHARED else used
+                self.assertTrue({letter, name} & wanted, f"{command} {name}")
+
+
+SHARED = {"--help", "--verbose", "--description", "--emulate", "--board-type", "--serial-number", "--element",
+          "--configuration", "--skip-custom", "--force"}
+
+
+class PatternTest(unittest.TestCase):
+    def test_dots_stand_for_any_lines(self):
+        self.assertTrue(pattern_of(["a", "...", "c"]).fullmatch("a\nc\n"))
+        self.assertTrue(pattern_of(["a", "...", "c"]).fullmatch("a\nb\nb\nc\n\n"))
+        self.assertFalse(pattern_of(["a", "...", "c"]).fullmatch("a\nb\n"))
+        self.assertFalse(pattern_of(["a"]).fullmatch("a\nb\n"))
+
+    def test_what_was_overwritten_is_not_shown(self):
+        self.assertEqual(shown(b" 10% \r100% [OK]\nx \n"), ["100% [OK]", "x", ""])
+
+
+if __name__ == "__main__":
+    tool_runs.main()
