@@ -15,7 +15,7 @@ import tool_runs
 from tool_runs import PROJECT, ScratchTest, run
 
 SCHEMAS = PROJECT / "docs" / "schemas"
-NAMES = ("content", "elements", "plan", "events", "matrix")
+NAMES = ("content", "elements", "plan", "events", "matrix", "explain", "report")
 TYPES = {"std::uint32_t": "integer", "std::wstring": "string", "std::string": "string", "bool": "boolean"}
 
 # Archives and racks that differ in what their records hold: many boards of an entry, no entries, UTF-8, unknown
@@ -171,6 +171,42 @@ class DocumentsTest(ScratchTest):
         for spoilt in spoilt_versions(document):
             self.assertFalse(validator_of("matrix").is_valid(spoilt), spoilt)
 
+    def explanation(self, archive, rack, *options):
+        done = run("explain", "--json", "-a", archive, "-t", "127.0.0.1", "--emulate", rack, *options)
+        self.assertEqual(done.code, 0, done.errors.decode())
+        return json.loads(done.output)
+
+    def test_explanations_keep_to_the_schema(self):
+        decisions = set()
+        for folders in (self.lay_out_examples(), *map(self.lay_out_case, CASES)):
+            for options in ((), ("--skip-custom",), ("--configuration",)):
+                document = self.explanation(*folders, *options)
+                validator_of("explain").validate(document)
+                decisions |= {element["decision"] for element in document["elements"]}
+        self.assertEqual(decisions, set(schema_of("explain")["$defs"]["element"]["properties"]["decision"]["enum"]))
+
+    def test_a_spoilt_explanation_does_not_keep_to_its_schema(self):
+        document = self.explanation(*self.lay_out_examples(), "-b", "QB4120")
+        for spoilt in spoilt_versions(document):
+            self.assertFalse(validator_of("explain").is_valid(spoilt), spoilt)
+
+    def report(self, command, archive, rack, *options):
+        file = self.scratch / "report.json"
+        run(command, "-a", archive, "-t", "127.0.0.1", "--emulate", rack, "--report", file, *options)
+        return json.loads(file.read_text(encoding="utf-8"))
+
+    def test_reports_keep_to_the_schema(self):
+        archive, rack = self.lay_out_examples()
+        documents = [self.report("plan", archive, rack), self.report("plan", archive, rack, "-d", "none.json"),
+                     self.report("update", archive, rack, "--disable", "3"),
+                     self.report("update", archive, rack, "--force", "--verify", "--reboot"),
+                     self.report("update", *self.lay_out_case("events"))]
+        for document in documents:
+            validator_of("report").validate(document)
+        self.assertEqual([document["exitCode"] for document in documents], [0, 1, 0, 0, 1])
+        for spoilt in spoilt_versions(documents[2]):
+            self.assertFalse(validator_of("report").is_valid(spoilt), spoilt)
+
     def notifications(self, folder, exit_code):
         archive, rack = folder
         events = self.scratch / "notifications"
@@ -221,7 +257,7 @@ def spoil(found, key, how):
     if how == "drop":
         del found[key]
     else:
-        found[key] = None if not isinstance(found.get(key), bool) else int(found[key])
+        found[key] = {"surplus": 0} if not isinstance(found.get(key), bool) else int(found[key])
 
 
 if __name__ == "__main__":

@@ -41,10 +41,8 @@ json triedRecord(const KvTTriedEntry& entry, const KvTArchiveFile& file) {
     record.set("index", file.descriptionIndex);
     record.set("name", file.name);
     record.set("failedTest", entry.failedTest == KvEMatchTest::none ? json() : json(codeOf(entry.failedTest)));
-    if (entry.failedTest != KvEMatchTest::none) {
-        record.set("archiveValue", entry.archiveValue);
-        record.set("elementValue", entry.elementValue);
-    }
+    record.set("archiveValue", entry.archiveValue);
+    record.set("elementValue", entry.elementValue);
     return record;
 }
 

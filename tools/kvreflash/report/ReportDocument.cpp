@@ -61,14 +61,14 @@ json elementRecord(const KvTReport& report, const KvTPlannedElement& element) {
 }
 
 json archiveRecord(const KvTReport& report) {
+    const bool isRead = report.archive.has_value();
+    const KvTArchiveInfo archive = report.archive.value_or(KvTArchiveInfo());
     json record = json::makeObject();
     record.set("folder", std::string_view(report.archiveFolder));
-    if (report.archive) {
-        record.set("archiveName", report.archive->archiveName);
-        record.set("archiveVersion", report.archive->archiveVersion.getAsString());
-        record.set("productName", report.archive->productName);
-        record.set("archiveVariant", report.archive->archiveVariant);
-    }
+    record.set("archiveName", archive.archiveName);
+    record.set("archiveVersion", isRead ? archive.archiveVersion.getAsString() : KvCString());
+    record.set("productName", archive.productName);
+    record.set("archiveVariant", archive.archiveVariant);
     return record;
 }
 
