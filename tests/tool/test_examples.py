@@ -77,6 +77,16 @@ class ExamplesTest(ScratchTest):
     def test_the_rehearsal(self):
         self.assertGreaterEqual(self.run_document("docs/rehearsing.md"), 3)
 
+    def test_the_exit_codes_are_told_alike_everywhere(self):
+        help_codes = re.findall(r"^  (\d+) +(\S.*)$", run("--help").output.decode().partition("Exit codes:")[2], re.MULTILINE)
+        self.assertEqual([code for code, _ in help_codes], ["0", "1", "2", "64", "130"])
+        for document in ("README.md", "docs/commands.md"):
+            text = (PROJECT / document).read_text(encoding="utf-8")
+            rows = re.findall(r"^\| (\d+) \| (.*) \|$", text, re.MULTILINE)
+            self.assertEqual([code for code, _ in rows], [code for code, _ in help_codes], document)
+            for (_, meaning), (_, told) in zip(rows, help_codes):
+                self.assertTrue(meaning.startswith(told), document)
+
     def test_every_command_and_option_has_an_example(self):
         lines = [shlex.split(line, comments=True)[1:] for block in blocks_of("docs/commands.md")
                  for line, _ in examples_of(block) if line.startswith("kvreflash ")]
