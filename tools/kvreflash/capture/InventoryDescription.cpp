@@ -24,20 +24,20 @@ enum class KvEParameterKind { text, number, version };
 
 struct ItemName {
     KvCInventoryAddress id;
-    const char* name;
+    const char* name = "";
 };
 
 struct ParameterName {
     KvCInventoryAddress id;
-    const char* name;
-    KvEParameterKind kind;
+    const char* name = "";
+    KvEParameterKind kind = KvEParameterKind::text;
 };
 
 /// A parameter that an item may have.
 struct ParameterPath {
     KvCInventoryAddress path;
     std::string name;
-    KvEParameterKind kind;
+    KvEParameterKind kind = KvEParameterKind::text;
 };
 
 // The tables are not at namespace scope, where not every compiler initialises them after the identifiers.
