@@ -113,8 +113,11 @@ TEST_F(Matrix, EachElementHasItsState) {
     EXPECT_THAT(done.output, Not(HasSubstr("Not supported")));
 
     const json written = document({folder});
-    EXPECT_EQ(texts(written.view().find("targets").at(0).find("elements"), "state"),
-              "would-update up-to-date no-entry disabled");
+    const jsonView elements = written.view().find("targets").at(0).find("elements");
+    EXPECT_EQ(texts(elements, "state"), "would-update up-to-date no-entry disabled");
+    // A version that is not known is empty.
+    EXPECT_EQ(texts(elements, "installedVersion"), "1.0 2.0 1.0 ");
+    EXPECT_EQ(texts(elements, "availableVersion"), "2.0 2.0  ");
 }
 
 TEST_F(Matrix, TheDocumentHoldsEverything) {
