@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <map>
 #include <set>
 #include <string_view>
@@ -20,7 +21,7 @@ using namespace KvNInventoryIDs;
 using Component = KvCInventoryAddress::Component;
 
 /// As what a parameter is read first. A value of another type is read by one of the other ways.
-enum class KvEParameterKind { text, number, version };
+enum class KvEParameterKind : std::uint8_t { text, number, version };
 
 struct ItemName {
     KvCInventoryAddress id;
