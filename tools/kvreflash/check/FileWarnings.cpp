@@ -3,6 +3,7 @@
 #include "ArchivePaths.h"
 #include "EntryProperties.h"
 #include "Files.h"
+#include "ForeignPaths.h"
 #include "UpdateFileReaders.h"
 
 #include <string>
@@ -24,6 +25,10 @@ public:
     FileRules(const KvTCheckedArchive& checked, FindingList& findings) : checked_(checked), findings_(findings) {}
 
     void check(const KvTArchiveFile& file) {
+        // A file elsewhere is warned of by its name, and nothing is opened for a warning.
+        if (leavesArchiveFolder(checked_.options.archiveFolder, file.name.view())) {
+            return;
+        }
         const OutlineValue entry = checked_.outlineOf(file);
         const FileState& state = stateOf(file.name);
         const KvNJson::jsonView checksum = file.description.view().find(propertyKey(KvEProperty::checksumCrc32));
