@@ -5,6 +5,7 @@ keeps to its own schema."""
 import copy
 import json
 import random
+import re
 import unittest
 
 try:
@@ -178,6 +179,17 @@ class ArchiveSchemaTest(ScratchTest):
         archive, _ = self.lay_out_examples()
         self.assertEqual(self.check(archive), set())
         self.schema.validate(json.loads((archive / "archive.json").read_text(encoding="utf-8")))
+
+    def test_the_document_on_the_check_names_every_code(self):
+        text = (PROJECT / "docs" / "archive-check.md").read_text(encoding="utf-8")
+        errors, warnings = (re.findall(r"^\| `([a-z-]+)` \|", part, re.MULTILINE) for part in text.split("## ")[1:])
+        self.assertEqual(set(errors), EXPRESSIBLE | NOT_EXPRESSIBLE | {"description-unreadable", "invalid-json"})
+        sources = "".join(path.read_text(encoding="utf-8")
+                          for path in (PROJECT / "tools" / "kvreflash" / "check").glob("*Warnings.cpp"))
+        codes = set(re.findall(r"\bwarn(?:AtKey)?\(\s*\"([a-z-]+)\"", sources)) | {"entry-skipped"}
+        self.assertEqual(set(warnings), codes)
+        self.assertGreater(len(codes), 15)
+        self.assertEqual((len(errors), len(warnings)), (len(set(errors)), len(set(warnings))))
 
     def test_every_key_has_a_title_and_a_description(self):
         definitions = self.schema.schema["$defs"]

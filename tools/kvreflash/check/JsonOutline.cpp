@@ -229,9 +229,10 @@ std::string OutlineValue::path() const {
     for (std::uint32_t index = index_; isValid() && index != 0; index = outline_->records_[index].parent) {
         way.push_back(index);
     }
+    std::reverse(way.begin(), way.end());
     std::string path = "$";
-    for (auto step = way.rbegin(); step != way.rend(); ++step) {
-        const JsonOutline::Record& record = outline_->records_[*step];
+    for (const std::uint32_t index : way) {
+        const JsonOutline::Record& record = outline_->records_[index];
         const bool isMember = outline_->records_[record.parent].kind == KvEJsonKind::object;
         path += isMember ? keyStep(record.key) : itemStep(record.position);
     }

@@ -55,6 +55,7 @@ public:
     void check(const KvTArchiveFile& file) {
         const std::vector<Choice> choices = choicesOf(file);
         std::vector<std::optional<std::uint32_t>> covering;
+        covering.reserve(choices.size());
         for (const Choice& choice : choices) {
             covering.push_back(coveringEntry(choice));
         }
