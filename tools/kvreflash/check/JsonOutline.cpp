@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstddef>
 #include <limits>
 
 namespace {
@@ -38,7 +39,7 @@ std::string keyStep(std::string_view key) {
 }
 
 /// One step of a path into an array.
-std::string itemStep(std::uint32_t position) {
+std::string itemStep(std::ptrdiff_t position) {
     std::string step(1, '[');
     step += std::to_string(position);
     step += ']';
@@ -50,28 +51,26 @@ std::string itemStep(std::uint32_t position) {
 /// Notes what RapidJSON meets. The names are those that it asks for.
 class JsonOutline::Builder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Builder> {
 public:
-    Builder(JsonOutline& outline, std::string_view text, std::size_t begin)
-        : outline_(outline), text_(text), end_(begin) {}
+    /// The text begins at `begin`.
+    Builder(JsonOutline& outline, std::size_t begin) : outline_(outline), text_(outline.text_), end_(begin) {}
 
-    bool Null() { return take(KvEJsonKind::null, std::string_view("null").size()); }
-    bool Bool(bool value) { return take(KvEJsonKind::boolean, std::string_view(value ? "true" : "false").size()); }
+    bool Null() { return takeWord(KvEJsonKind::null, "null"); }
+    bool Bool(bool value) { return takeWord(KvEJsonKind::boolean, value ? "true" : "false"); }
     bool RawNumber(const char* /*digits*/, rapidjson::SizeType length, bool /*copy*/) {
-        const std::size_t begin = nextToken();
-        Record& record = addRecord(KvEJsonKind::number, begin);
-        record.text = text_.substr(begin, length);
-        end_ = begin + length;
+        Record& record = addValue(KvEJsonKind::number);
+        record.begin = record.offset;
+        record.count = length;
+        end_ = record.offset + length;
         return true;
     }
     bool String(const char* content, rapidjson::SizeType length, bool /*copy*/) {
-        const std::size_t begin = nextToken();
-        const std::string_view text = takeText(begin, {content, length});
-        addRecord(KvEJsonKind::text, begin).text = text;
+        takeContent(addValue(KvEJsonKind::text), {content, length});
         return true;
     }
     bool Key(const char* content, rapidjson::SizeType length, bool /*copy*/) {
-        const std::size_t begin = nextToken();
-        key_ = takeText(begin, {content, length});
-        keyOffset_ = begin;
+        Record& record = addRecord(KvEJsonKind::text);
+        record.isKey = true;
+        takeContent(record, {content, length});
         return true;
     }
     bool StartObject() { return open(KvEJsonKind::object); }
@@ -91,52 +90,51 @@ private:
         return std::min(text_.find_first_not_of(betweenTokens, end_), text_.size());
     }
 
-    /// The text at `begin`, whose content is `content`. Goes on behind it.
-    std::string_view takeText(std::size_t begin, std::string_view content) {
-        const std::string_view written = text_.substr(begin + 1, content.size());
-        const std::size_t close = begin + 1 + content.size();
-        if (written == content && close < text_.size() && text_[close] == '"') {
-            end_ = close + 1;
-            return written;
-        }
-        end_ = begin + 1;
-        while (end_ < text_.size() && text_[end_] != '"') {
-            end_ += text_[end_] == '\\' ? 2 : 1;
-        }
-        ++end_;
-        return outline_.decoded_.emplace_back(content);
-    }
+    [[nodiscard]] std::uint32_t lastIndex() const { return static_cast<std::uint32_t>(outline_.records_.size() - 1); }
 
-    Record& addRecord(KvEJsonKind kind, std::size_t begin) {
-        const auto index = static_cast<std::uint32_t>(outline_.records_.size());
+    /// Begins with the next token.
+    Record& addRecord(KvEJsonKind kind) {
         Record& record = outline_.records_.emplace_back();
         record.kind = kind;
-        record.offset = static_cast<std::uint32_t>(begin);
-        record.keyOffset = record.offset;
-        if (open_.empty()) {
-            return record;
-        }
-        const Open& in = open_.back();
-        record.parent = in.index;
-        record.position = static_cast<std::uint32_t>(pending_.size() - in.firstPending);
-        pending_.push_back(index);
-        if (outline_.records_[in.index].kind == KvEJsonKind::object) {
-            record.key = key_;
-            record.keyOffset = static_cast<std::uint32_t>(keyOffset_);
+        record.offset = static_cast<std::uint32_t>(nextToken());
+        record.parent = open_.empty() ? 0 : open_.back().index;
+        return record;
+    }
+
+    Record& addValue(KvEJsonKind kind) {
+        Record& record = addRecord(kind);
+        if (!open_.empty()) {
+            pending_.push_back(lastIndex());
         }
         return record;
     }
 
-    bool take(KvEJsonKind kind, std::size_t length) {
-        const std::size_t begin = nextToken();
-        addRecord(kind, begin);
-        end_ = begin + length;
+    /// Notes the content of a token in quotation marks and goes on behind it.
+    void takeContent(Record& record, std::string_view content) {
+        record.begin = record.offset + 1;
+        record.count = static_cast<std::uint32_t>(content.size());
+        end_ = record.begin + content.size();
+        if (end_ < text_.size() && text_[end_] == '"' && text_.substr(record.begin, content.size()) == content) {
+            ++end_;
+            return;
+        }
+        record.begin = static_cast<std::uint32_t>(text_.size() + outline_.decoded_.size());
+        outline_.decoded_ += content;
+        end_ = record.offset + 1;
+        while (end_ < text_.size() && text_[end_] != '"') {
+            end_ += text_[end_] == '\\' ? 2 : 1;
+        }
+        ++end_;
+    }
+
+    bool takeWord(KvEJsonKind kind, std::string_view word) {
+        end_ = addValue(kind).offset + word.size();
         return true;
     }
 
     bool open(KvEJsonKind kind) {
-        take(kind, 1);
-        open_.push_back({static_cast<std::uint32_t>(outline_.records_.size() - 1), pending_.size()});
+        end_ = addValue(kind).offset + std::size_t{1};
+        open_.push_back({lastIndex(), pending_.size()});
         return true;
     }
 
@@ -145,8 +143,8 @@ private:
         open_.pop_back();
         Record& record = outline_.records_[closed.index];
         const auto first = pending_.begin() + static_cast<std::ptrdiff_t>(closed.firstPending);
-        record.firstChild = static_cast<std::uint32_t>(outline_.children_.size());
-        record.childCount = static_cast<std::uint32_t>(pending_.end() - first);
+        record.begin = static_cast<std::uint32_t>(outline_.children_.size());
+        record.count = static_cast<std::uint32_t>(pending_.end() - first);
         outline_.children_.insert(outline_.children_.end(), first, pending_.end());
         pending_.erase(first, pending_.end());
         end_ = nextToken() + 1;
@@ -157,20 +155,19 @@ private:
     std::string_view text_;
     /// End of the last token.
     std::size_t end_;
-    std::string_view key_;
-    std::size_t keyOffset_ = 0;
     std::vector<Open> open_;
     /// The values of all open arrays and objects so far.
     std::vector<std::uint32_t> pending_;
 };
 
-JsonOutline::JsonOutline(std::string_view text) {
-    if (text.size() > std::numeric_limits<std::uint32_t>::max()) {
+JsonOutline::JsonOutline(std::string_view text) : text_(text) {
+    // Twice the size is still an offset: decoded contents lie behind the text.
+    if (text.size() > std::numeric_limits<std::uint32_t>::max() / 2) {
         return;
     }
     const std::size_t begin = text.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
     rapidjson::MemoryStream stream(text.data() + begin, text.size() - begin);
-    Builder builder(*this, text, begin);
+    Builder builder(*this, begin);
     rapidjson::Reader reader;
     constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
     if (reader.Parse<flags>(stream, builder).IsError()) {
@@ -179,8 +176,22 @@ JsonOutline::JsonOutline(std::string_view text) {
     }
 }
 
-OutlineValue JsonOutline::value(std::size_t index) const {
-    return index < records_.size() ? OutlineValue(*this, static_cast<std::uint32_t>(index)) : OutlineValue();
+const JsonOutline::Record* JsonOutline::keyOf(std::uint32_t index) const {
+    return index > 0 && records_[index - 1].isKey ? &records_[index - 1] : nullptr;
+}
+
+std::string_view JsonOutline::contentOf(const Record& record) const {
+    return record.begin < text_.size() ? text_.substr(record.begin, record.count)
+                                       : std::string_view(decoded_).substr(record.begin - text_.size(), record.count);
+}
+
+std::string JsonOutline::stepTo(std::uint32_t index) const {
+    if (const Record* const key = keyOf(index); key != nullptr) {
+        return keyStep(contentOf(*key));
+    }
+    const Record& parent = records_[records_[index].parent];
+    const auto first = children_.begin() + static_cast<std::ptrdiff_t>(parent.begin);
+    return itemStep(std::lower_bound(first, first + static_cast<std::ptrdiff_t>(parent.count), index) - first);
 }
 
 KvEJsonKind OutlineValue::kind() const {
@@ -192,23 +203,27 @@ std::size_t OutlineValue::offset() const {
 }
 
 std::size_t OutlineValue::keyOffset() const {
-    return isValid() ? outline_->recordOf(*this).keyOffset : 0;
+    const JsonOutline::Record* const key = isValid() ? outline_->keyOf(index_) : nullptr;
+    return key != nullptr ? key->offset : offset();
 }
 
 std::string_view OutlineValue::key() const {
-    return isValid() ? outline_->recordOf(*this).key : std::string_view();
+    const JsonOutline::Record* const key = isValid() ? outline_->keyOf(index_) : nullptr;
+    return key != nullptr ? outline_->contentOf(*key) : std::string_view();
 }
 
 std::string_view OutlineValue::text() const {
-    return isValid() ? outline_->recordOf(*this).text : std::string_view();
+    const bool hasContent = kind() == KvEJsonKind::text || kind() == KvEJsonKind::number;
+    return hasContent ? outline_->contentOf(outline_->recordOf(*this)) : std::string_view();
 }
 
 std::size_t OutlineValue::size() const {
-    return isValid() ? outline_->recordOf(*this).childCount : 0;
+    const bool hasValues = kind() == KvEJsonKind::array || kind() == KvEJsonKind::object;
+    return hasValues ? outline_->recordOf(*this).count : 0;
 }
 
 OutlineValue OutlineValue::at(std::size_t index) const {
-    return index < size() ? outline_->value(outline_->children_[outline_->recordOf(*this).firstChild + index])
+    return index < size() ? OutlineValue(*outline_, outline_->children_[outline_->recordOf(*this).begin + index])
                           : OutlineValue();
 }
 
@@ -226,15 +241,13 @@ OutlineValue OutlineValue::find(std::string_view key) const {
 
 std::string OutlineValue::path() const {
     std::vector<std::uint32_t> way;
-    for (std::uint32_t index = index_; isValid() && index != 0; index = outline_->records_[index].parent) {
+    for (std::uint32_t index = index_; isValid() && index != 0; index = outline_->recordOf({*outline_, index}).parent) {
         way.push_back(index);
     }
     std::reverse(way.begin(), way.end());
     std::string path = "$";
     for (const std::uint32_t index : way) {
-        const JsonOutline::Record& record = outline_->records_[index];
-        const bool isMember = outline_->records_[record.parent].kind == KvEJsonKind::object;
-        path += isMember ? keyStep(record.key) : itemStep(record.position);
+        path += outline_->stepTo(index);
     }
     return path;
 }

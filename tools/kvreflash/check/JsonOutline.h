@@ -47,7 +47,7 @@ private:
 /// Which values a JSON text holds and where they stand in it; of a repeated key every member.
 class JsonOutline {
 public:
-    /// `text` must outlive the outline. A leading UTF-8 byte order mark is skipped. A text that is no JSON, or of 4 GiB
+    /// `text` must outlive the outline. A leading UTF-8 byte order mark is skipped. A text that is no JSON, or of 2 GiB
     /// and more, gives an outline without values.
     explicit JsonOutline(std::string_view text);
     JsonOutline(const JsonOutline&) = delete;
@@ -55,35 +55,48 @@ public:
     ~JsonOutline() = default;
 
     /// The document's value; nothing when there are no values.
-    [[nodiscard]] OutlineValue root() const { return value(0); }
-    /// Number of values in the whole document.
-    [[nodiscard]] std::size_t size() const { return records_.size(); }
-    /// Value `index` in the order of the text; nothing behind the last one.
-    [[nodiscard]] OutlineValue value(std::size_t index) const;
+    [[nodiscard]] OutlineValue root() const { return records_.empty() ? OutlineValue() : OutlineValue(*this, 0); }
+
+    /// Calls `visit` with every value of the document, in the order of the text.
+    template <typename Visit>
+    void forEachValue(Visit&& visit) const {
+        for (std::size_t index = 0; index < records_.size(); ++index) {
+            if (!records_[index].isKey) {
+                visit(OutlineValue(*this, static_cast<std::uint32_t>(index)));
+            }
+        }
+    }
 
 private:
     friend class OutlineValue;
     class Builder;
 
+    /// A value, or the key that stands before the value of a member. There may be as many as half of the text's bytes.
     struct Record {
-        std::string_view key;
-        std::string_view text;
         std::uint32_t offset = 0;
-        std::uint32_t keyOffset = 0;
-        /// Index of the array or object that the value is in, and which one of its values it is.
+        /// The values of an array or object in children_; or the content of a key, text or number in the document or,
+        /// behind the document's end, in decoded_.
+        std::uint32_t begin = 0;
+        std::uint32_t count = 0;
+        /// Index of the array or object that it is in.
         std::uint32_t parent = 0;
-        std::uint32_t position = 0;
-        /// The values inside are listed one behind the other in children_.
-        std::uint32_t firstChild = 0;
-        std::uint32_t childCount = 0;
         KvEJsonKind kind = KvEJsonKind::nothing;
+        bool isKey = false;
     };
 
     [[nodiscard]] const Record& recordOf(const OutlineValue& value) const { return records_[value.index_]; }
+    /// The key of value `index`; null when it is no member.
+    [[nodiscard]] const Record* keyOf(std::uint32_t index) const;
+    /// The content of a key, text or number.
+    [[nodiscard]] std::string_view contentOf(const Record& record) const;
+    /// The step of a path that leads to value `index`.
+    [[nodiscard]] std::string stepTo(std::uint32_t index) const;
 
-    /// In the order of the text: the document's value is the first one.
-    std::vector<Record> records_;
+    std::string_view text_;
+    /// In the order of the text. It grows without being copied.
+    std::deque<Record> records_;
+    /// The values of each array or object, one behind the other in ascending order.
     std::vector<std::uint32_t> children_;
-    /// Texts that are written with escapes; the others are looked at in the document.
-    std::deque<std::string> decoded_;
+    /// Contents that are written with escapes, without them.
+    std::string decoded_;
 };

@@ -85,9 +85,9 @@ void warnOfKeys(const KvTCheckedArchive& checked, FindingList& findings) {
             warnOfUnknownEntryKeys(entry.value, findings);
         }
     }
-    for (std::size_t index = 0; index < checked.outline.size(); ++index) {
-        if (const OutlineValue value = checked.outline.value(index); value.kind() == KvEJsonKind::object) {
+    checked.outline.forEachValue([&findings](OutlineValue value) {
+        if (value.kind() == KvEJsonKind::object && value.size() > 1) {
             warnOfRepeatedKeys(value, findings);
         }
-    }
+    });
 }
