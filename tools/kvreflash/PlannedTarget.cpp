@@ -2,7 +2,10 @@
 
 #include "ErrorReport.h"
 
-PlannedTarget::PlannedTarget(const KvNReflasher::KvTOptions& options, KvNReflasher::KvEMode mode) : options_(options) {
+#include <utility>
+
+PlannedTarget::PlannedTarget(KvNReflasher::KvTOptions options, KvNReflasher::KvEMode mode)
+    : options_(std::move(options)) {
     options_.mode = mode;
     callbacks_.message = MessageCapture::callback();
 }

@@ -14,8 +14,7 @@
 class PlannedTarget {
 public:
     /// The mode of the options does not count, unless another one is asked for.
-    explicit PlannedTarget(const KvNReflasher::KvTOptions& options,
-                           KvNReflasher::KvEMode mode = KvNReflasher::showUpdatePlan);
+    explicit PlannedTarget(KvNReflasher::KvTOptions options, KvNReflasher::KvEMode mode = KvNReflasher::showUpdatePlan);
     PlannedTarget(const PlannedTarget&) = delete;
     PlannedTarget& operator=(const PlannedTarget&) = delete;
     ~PlannedTarget();

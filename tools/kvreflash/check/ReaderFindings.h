@@ -30,9 +30,9 @@ protected:
 private:
     struct Taken {
         KvTArchiveFinding finding;
-        KvESeverity severity;
+        KvESeverity severity = KvESeverity::error;
         /// Where its message begins in all messages.
-        std::size_t messageBegin;
+        std::size_t messageBegin = 0;
     };
 
     [[nodiscard]] std::string_view messageOf(std::size_t index) const;

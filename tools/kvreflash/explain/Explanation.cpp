@@ -86,15 +86,19 @@ Explainer::Explainer(KvCPreparation& preparation, const KvNReflasher::KvTOptions
     : preparation_(preparation), options_(options) {
     std::uint32_t file = 0;
     for (const KvTArchiveFile& entry : preparation.archive().files()) {
-        for (const KvTEntrySelection& selection : selectionsOf(entry)) {
-            forEachBoardType(selection.boardType, [&](std::string_view boardType) {
-                std::vector<std::uint32_t>& entries = entriesOfBoardType_[boardType];
-                if (entries.empty() || entries.back() != file) {
-                    entries.push_back(file);
-                }
-            });
-        }
-        ++file;
+        listEntry(entry, file++);
+    }
+}
+
+/// Lists the entry once under each of its board types.
+void Explainer::listEntry(const KvTArchiveFile& entry, std::uint32_t file) {
+    for (const KvTEntrySelection& selection : selectionsOf(entry)) {
+        forEachBoardType(selection.boardType, [&](std::string_view boardType) {
+            std::vector<std::uint32_t>& entries = entriesOfBoardType_[boardType];
+            if (entries.empty() || entries.back() != file) {
+                entries.push_back(file);
+            }
+        });
     }
 }
 

@@ -56,6 +56,7 @@ public:
     [[nodiscard]] KvTExplanation explain(const KvTUpdateElement& element) const;
 
 private:
+    void listEntry(const KvTArchiveFile& entry, std::uint32_t file);
     [[nodiscard]] KvTTriedEntry tryEntry(const KvTUpdateElement& element, std::uint32_t file) const;
     [[nodiscard]] std::vector<KvEDisabledBy> disabledBy(const KvTUpdateElement& element) const;
 

@@ -18,9 +18,13 @@ constexpr std::size_t mostBoxes = 40;
 
 using Phases = std::map<std::uint32_t, std::vector<const KvTPlannedElement*>>;
 
-std::string attribute(const char* name, int value) {
+std::string attribute(const char* name, const std::string& value) {
     std::string text = " ";
-    return text.append(name).append("=\"").append(std::to_string(value)).append("\"");
+    return text.append(name).append("=\"").append(markupText(value)).append("\"");
+}
+
+std::string attribute(const char* name, int value) {
+    return attribute(name, std::to_string(value));
 }
 
 /// Cut between two characters.
@@ -36,14 +40,15 @@ std::string shortened(const std::string& name) {
 }
 
 std::string textAt(int x, int y, const char* style, const std::string& content) {
-    return "<text" + attribute("x", x) + attribute("y", y) + " class=\"" + style + "\">" + markupText(content) +
-           "</text>\n";
+    return "<text" + attribute("x", x) + attribute("y", y) + attribute("class", std::string(style)) + ">" +
+           markupText(content) + "</text>\n";
 }
 
 std::string box(const KvTReport& report, const KvTPlannedElement& element, int x, int y) {
+    const std::string outcome = wordFor(report.outcomeOf(element));
     return "<rect" + attribute("x", x) + attribute("y", y) + attribute("width", columnWidth) +
-           attribute("height", boxHeight) + " rx=\"4\" class=\"" + wordFor(report.outcomeOf(element)) + "\"><title>" +
-           markupText(element.displayName + ": " + wordFor(report.outcomeOf(element))) + "</title></rect>\n" +
+           attribute("height", boxHeight) + attribute("rx", 4) + attribute("class", outcome) + "><title>" +
+           markupText(element.displayName + ": " + outcome) + "</title></rect>\n" +
            textAt(x + 6, y + 14, "name", shortened(element.displayName));
 }
 
@@ -63,7 +68,8 @@ std::string column(const KvTReport& report, std::uint32_t phase, const std::vect
 
 /// From one phase to the next.
 std::string arrow(int x) {
-    return "<path class=\"arrow\" d=\"M" + std::to_string(x + 6) + " 15 h16 m-5 -4 l5 4 l-5 4\"/>\n";
+    return "<path" + attribute("class", "arrow") +
+           attribute("d", "M" + std::to_string(x + 6) + " 15 h16 m-5 -4 l5 4 l-5 4") + "/>\n";
 }
 
 } // namespace
@@ -114,6 +120,7 @@ std::string phasePicture(const KvTReport& report) {
     const int height = headHeight + static_cast<int>(rows) * rowHeight;
     // A margin of one for the lines around the boxes.
     const std::string size = std::to_string(width + 2) + " " + std::to_string(height);
-    return "<svg xmlns=\"http://www.w3.org/2000/svg\" role=\"img\" aria-label=\"The phases of the update\"" +
-           attribute("width", width) + " viewBox=\"-1 0 " + size + "\">\n" + columns + "</svg>\n";
+    return "<svg" + attribute("xmlns", "http://www.w3.org/2000/svg") + attribute("role", "img") +
+           attribute("aria-label", "The phases of the update") + attribute("width", width) +
+           attribute("viewBox", "-1 0 " + size) + ">\n" + columns + "</svg>\n";
 }
