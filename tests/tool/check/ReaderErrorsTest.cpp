@@ -1,5 +1,6 @@
 #include "CheckFixture.h"
 #include "RandomDescriptions.h"
+#include "UpdateFiles.h"
 
 #include <gmock/gmock.h>
 
@@ -59,7 +60,7 @@ TEST_F(CheckProperty, ThereAreErrorsExactlyWhenTheReaderRefuses) {
             random.scramble(text);
         }
         // Half of the entries need a checksum from their file.
-        folder().write("a.bin", random.oneIn(2) ? std::string("kvFPGABS") + std::string(200, '\0') : "content");
+        folder().write("a.bin", random.oneIn(2) ? bitstream(5) : "content");
         ASSERT_TRUE(fitsReader(text));
     }
     EXPECT_GT(read_, 50U);
@@ -211,8 +212,7 @@ TEST_F(Check, AnEntryForNewerToolsIsAWarningAndNothingElseOfItIsLookedAt) {
 }
 
 TEST_F(Check, TheReadersNewsOfOpenedFilesIsNoFinding) {
-    folder().write("a.bin", std::string("kvFPGABS") + std::string(3, '\0') + "\x5C" + std::string(3, '\0') + "\x01" +
-                                std::string(100, '\0'));
+    folder().write("a.bin", bitstream(5));
     EXPECT_EQ("", codes(entryText(goodEntry().remove("checksumCrc32"))));
 }
 

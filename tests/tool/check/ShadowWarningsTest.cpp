@@ -28,7 +28,7 @@ TEST_F(CheckShadows, AnEntryWhoseElementsAnEarlierOneTakesIsAWarning) {
 }
 
 TEST_F(CheckShadows, OnlyMoreValuesOfTheEarlierEntryShadow) {
-    const ObjectText wide = goodEntry().set("boardId", "[1, 2]").set("boardVariant", "[null, \"A\"]");
+    const ObjectText wide = goodEntry().set("boardId", "[1, 2]").set("boardVariant", R"([null, "A"])");
     const ObjectText narrow = goodEntry().set("boardId", "2").set("boardVariant", "\"A\"");
     EXPECT_EQ("shadowed-entry", codesOfBoth(wide, narrow));
     EXPECT_EQ("", codesOfBoth(narrow, wide));
@@ -47,7 +47,7 @@ TEST_F(CheckShadows, AnAbsentVariantIsNoneAndAnAbsentNumberZero) {
 }
 
 TEST_F(CheckShadows, DifferentEarlierEntriesMayShadowTheBoardTypesOfOne) {
-    const ObjectText both = goodEntry().set("boardType", "[\"QB\", \"QC\"]");
+    const ObjectText both = goodEntry().set("boardType", R"(["QB", "QC"])");
     EXPECT_EQ("", codesOfBoth(goodEntry(), both));
     EXPECT_EQ(
         "shadowed-entry",
