@@ -68,8 +68,9 @@ std::string column(const KvTReport& report, std::uint32_t phase, const std::vect
 
 /// From one phase to the next.
 std::string arrow(int x) {
-    return "<path" + attribute("class", "arrow") +
-           attribute("d", "M" + std::to_string(x + 6) + " 15 h16 m-5 -4 l5 4 l-5 4") + "/>\n";
+    std::string path = "M";
+    path.append(std::to_string(x + 6)).append(" 15 h16 m-5 -4 l5 4 l-5 4");
+    return "<path" + attribute("class", "arrow") + attribute("d", path) + "/>\n";
 }
 
 } // namespace
