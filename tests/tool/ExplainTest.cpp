@@ -157,6 +157,15 @@ TEST_F(Explain, WithoutAPlanTheSessionsMessagesAreErrors) {
     EXPECT_THAT(result.errors, HasSubstr("ERROR: Failed to read firmware archive.\n"));
 }
 
+TEST_F(Explain, ErrorsOfTheScanAreToldAndFail) {
+    addNodeElement(1, "One");
+    boards.push_back(board("IOMODULE", "IO", 8).element(updateElement(1, "Incomplete")));
+    const ToolRun result = run("explain");
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_THAT(result.output, HasSubstr("\nReported errors:\n"));
+    EXPECT_THAT(result.output, HasSubstr("0  NODE, SN 7, One\n"));
+}
+
 TEST_F(Explain, AFileOfTheTargetTellsItsPath) {
     node.element(completeElement(1, "One"));
     archive.add(entry("a.cfg").target("NODE", "cfg/a.cfg"));

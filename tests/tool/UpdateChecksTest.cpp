@@ -76,6 +76,22 @@ TEST_F(Preflight, AVersionThatTheDescriptionDoesNotGiveAndAPlainFileAreNotCompar
     EXPECT_EQ("", run("update", {"--preflight"}).errors);
 }
 
+TEST_F(Preflight, ErrorsOfTheScanDoNotKeepItFromLooking) {
+    boards.push_back(board("IOMODULE", "IO", 8).element(updateElement(1, "Incomplete")));
+    archive.removeFile("node1.bin");
+    const ToolRun result = run("update", {"--preflight"});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ("kvreflash: preflight: node1.bin: not found\n", result.errors);
+    expectInstalled(false);
+}
+
+TEST_F(Preflight, FindingsAreReported) {
+    archive.removeFile("node1.bin");
+    const ScratchFolder reports;
+    EXPECT_EQ(1, run("update", {"--preflight", "--report", reports.text() + "/report.json"}).exitCode);
+    EXPECT_THAT(reports.read("report.json"), HasSubstr("preflight: node1.bin: not found"));
+}
+
 TEST_F(Preflight, WithoutAPlanTheSessionTellsWhy) {
     const ToolRun result = run("update", {"--preflight", "-d", "none.json"});
     EXPECT_EQ(1, result.exitCode);
@@ -154,7 +170,7 @@ TEST_F(VerifyAfterReboot, ATargetThatStaysAwayIsNotWaitedForLonger) {
     target.rebootLookups(8);
     const ToolRun result = run("update", {"--verify", "--reboot", "--wait", "3"});
     EXPECT_EQ(1, result.exitCode);
-    EXPECT_THAT(result.output, EndsWith("(at most 3 s) ...\n\nVerification: the target does not answer.\n"));
+    EXPECT_THAT(result.output, EndsWith("(at most 3 s) ...\n\nVerification: the target cannot be scanned.\n"));
 }
 
 TEST_F(VerifyAfterReboot, WhatIsAsBeforeEvenThenDiffers) {

@@ -15,15 +15,16 @@ PlannedTarget::~PlannedTarget() {
     KvCErrorManager::getInstance()->getMasterErrorList().reset();
 }
 
-bool PlannedTarget::prepare() {
-    if (preparation_->prepare() != prepareReady) {
-        return false;
-    }
+bool PlannedTarget::plan() {
+    return preparation_->prepare() == prepareReady;
+}
+
+bool PlannedTarget::reportErrors() {
     KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
     if (errors.getErrorCount() == 0) {
-        return true;
+        return false;
     }
     writer_.print(L"\nReported errors:\n");
     printErrorReport(writer_, options_, errors, reportIndentation);
-    return false;
+    return true;
 }

@@ -19,11 +19,15 @@ public:
     PlannedTarget& operator=(const PlannedTarget&) = delete;
     ~PlannedTarget();
 
-    /// Reads the archive, scans the target and plans, as far as the mode asks for it. False when that failed or errors
-    /// were collected; messages() says why.
-    [[nodiscard]] bool prepare();
+    /// Reads the archive, scans the target and plans, as far as the mode asks for it. False when that failed;
+    /// messages() says why.
+    [[nodiscard]] bool plan();
+    /// Adds the errors that were collected so far to the messages; false when there are none.
+    [[nodiscard]] bool reportErrors();
+    /// Plans. False when that failed or errors were collected, so that the plan may be incomplete.
+    [[nodiscard]] bool prepare() { return plan() && !reportErrors(); }
 
-    /// What the preparation had to say, as bytes, the errors that were collected at its end.
+    /// What the preparation had to say, as bytes.
     [[nodiscard]] const std::string& messages() const { return messages_.text(); }
     [[nodiscard]] KvCPreparation& preparation() { return *preparation_; }
 

@@ -24,6 +24,7 @@ bool lookBefore(const KvTCommandLine& line, KvTReport& report) {
     }
     for (const std::string& finding : before->preflightFindings) {
         say("preflight: " + finding);
+        report.messages.append("preflight: ").append(finding).append("\n");
     }
     report.archive = std::move(before->archive);
     report.address = std::move(before->address);
@@ -46,7 +47,7 @@ ExitCode lookAfterUpdate(const KvTCommandLine& line, KvTReport& report) {
         return report.result;
     }
     if (!report.after) {
-        writeText(stdout, "\nVerification: the target does not answer.\n");
+        writeText(stdout, "\nVerification: the target cannot be scanned.\n");
         return exitFailed;
     }
     writeText(stdout, verificationText(report.verified));

@@ -19,6 +19,10 @@ bool isMeant(const KvTUpdateElement& element, const std::string& text) {
 
 void printExplanations(const std::vector<KvTExplanation>& explanations, const std::vector<KvTArchiveFile>& files,
                        const KvTCommandLine& line) {
+    if (line.json) {
+        writeText(stdout, explanationDocument(explanations, files, hiddenElements(line.options)));
+        return;
+    }
     const std::size_t limit = line.element.empty() ? fewEntries : std::numeric_limits<std::size_t>::max();
     for (const KvTExplanation& explanation : explanations) {
         writeText(stdout, explanationText(explanation, files, limit));
@@ -32,7 +36,8 @@ void printExplanations(const std::vector<KvTExplanation>& explanations, const st
 
 ExitCode explainPlan(const KvTCommandLine& line) {
     PlannedTarget target(line.options);
-    const bool isPlanned = target.prepare();
+    const bool isPlanned = target.plan();
+    const bool hasErrors = target.reportErrors();
     writeText(line.json || !isPlanned ? stderr : stdout, target.messages());
     if (!isPlanned) {
         return exitFailed;
@@ -48,11 +53,6 @@ ExitCode explainPlan(const KvTCommandLine& line) {
         say("the target has no element '" + line.element + "', or a filter hides it");
         return exitFailed;
     }
-    const std::vector<KvTArchiveFile>& files = target.preparation().archive().files();
-    if (line.json) {
-        writeText(stdout, explanationDocument(explanations, files, hiddenElements(line.options)));
-    } else {
-        printExplanations(explanations, files, line);
-    }
-    return exitSuccess;
+    printExplanations(explanations, target.preparation().archive().files(), line);
+    return hasErrors ? exitFailed : exitSuccess;
 }

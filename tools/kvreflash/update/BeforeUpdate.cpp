@@ -5,7 +5,8 @@
 
 std::optional<KvTBeforeUpdate> lookBeforeUpdate(const KvTCommandLine& line) {
     PlannedTarget target(line.options);
-    if (!target.prepare()) {
+    // Errors of the scan do not keep a session from running either.
+    if (!target.plan()) {
         return std::nullopt;
     }
     KvCPreparation& preparation = target.preparation();
