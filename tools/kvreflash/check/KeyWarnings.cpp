@@ -1,5 +1,6 @@
 #include "KeyWarnings.h"
 
+#include "EntryProperties.h"
 #include "NearestWord.h"
 
 #include <algorithm>
@@ -7,6 +8,7 @@
 #include <span>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 namespace {
 
@@ -16,48 +18,63 @@ constexpr std::string_view commentKey = "comment";
 constexpr std::array<std::string_view, 3> rootKeys = {"info", "files", "$schema"};
 constexpr std::array<std::string_view, 5> infoKeys = {"formatVersion", "archiveVersion", "productName",
                                                       "archiveVariant", "archiveName"};
-constexpr std::array<std::string_view, 14> entryKeys = {
-    "name",       "sequence",          "featureLevel",      "boards",  "boardType",     "boardVariant", "boardId", "id",
-    "targetPath", "hwCompatibilityId", "swCompatibilityId", "version", "checksumCrc32", "mode"};
-/// Keys that an element of "boards" must not have are an error of the reader's.
-constexpr std::array<std::string_view, 10> boardKeys = {
-    "boardType",         "boardVariant", "boardId",       "id",  "targetPath", "hwCompatibilityId",
-    "swCompatibilityId", "version",      "checksumCrc32", "mode"};
+/// Properties that only the entry itself has. Those that the reader refuses in an element of "boards" are not among
+/// them.
+constexpr std::array entryOnly = {KvEProperty::name, KvEProperty::sequence, KvEProperty::featureLevel,
+                                  KvEProperty::boards};
+
+/// The keys of entries, or of elements of "boards".
+struct EntryKeys {
+    std::vector<std::string_view> ofEntry;
+    std::vector<std::string_view> ofBoard;
+
+    EntryKeys() {
+        for (std::size_t index = 0; index < propertyCount; ++index) {
+            const auto property = static_cast<KvEProperty>(index);
+            ofEntry.emplace_back(propertyKey(property));
+            if (std::find(entryOnly.begin(), entryOnly.end(), property) == entryOnly.end()) {
+                ofBoard.emplace_back(propertyKey(property));
+            }
+        }
+    }
+};
 
 bool contains(Keys keys, std::string_view key) {
     return std::find(keys.begin(), keys.end(), key) != keys.end();
 }
 
 void warnOfUnknownKey(OutlineValue member, Keys known, FindingList& findings) {
-    if (known.data() == boardKeys.data() && contains(entryKeys, member.key())) {
-        findings.warnAtKey("misplaced-key", member,
-                           "The key " + inQuotes(member.key()) + " has no effect in an element of \"boards\".",
-                           "Give it to the entry, or remove it.");
-        return;
-    }
     const std::string_view nearest = nearestWord(member.key(), known);
     findings.warnAtKey("unknown-key", member, "The key " + inQuotes(member.key()) + " is not known and has no effect.",
                        nearest.empty() ? std::string("Remove it; remarks go into \"comment\".")
                                        : "Did you mean " + inQuotes(nearest) + "?");
 }
 
-void warnOfUnknownKeys(OutlineValue object, Keys known, FindingList& findings) {
+/// `elsewhere` are keys that have an effect in the entry around the object.
+void warnOfUnknownKeys(OutlineValue object, Keys known, Keys elsewhere, FindingList& findings) {
     if (object.kind() != KvEJsonKind::object) {
         return;
     }
     for (std::size_t index = 0; index < object.size(); ++index) {
         const OutlineValue member = object.at(index);
-        if (member.key() != commentKey && !contains(known, member.key())) {
+        if (member.key() == commentKey || contains(known, member.key())) {
+            continue;
+        }
+        if (contains(elsewhere, member.key())) {
+            findings.warnAtKey("misplaced-key", member,
+                               "The key " + inQuotes(member.key()) + " has no effect in an element of \"boards\".",
+                               "Give it to the entry, or remove it.");
+        } else {
             warnOfUnknownKey(member, known, findings);
         }
     }
 }
 
-void warnOfUnknownEntryKeys(OutlineValue entry, FindingList& findings) {
-    warnOfUnknownKeys(entry, entryKeys, findings);
+void warnOfUnknownEntryKeys(OutlineValue entry, const EntryKeys& keys, FindingList& findings) {
+    warnOfUnknownKeys(entry, keys.ofEntry, {}, findings);
     const OutlineValue boards = entry.find("boards");
     for (std::size_t board = 0; boards.kind() == KvEJsonKind::array && board < boards.size(); ++board) {
-        warnOfUnknownKeys(boards.at(board), boardKeys, findings);
+        warnOfUnknownKeys(boards.at(board), keys.ofBoard, keys.ofEntry, findings);
     }
 }
 
@@ -77,12 +94,13 @@ void warnOfRepeatedKeys(OutlineValue object, FindingList& findings) {
 
 void warnOfKeys(const KvTCheckedArchive& checked, FindingList& findings) {
     const OutlineValue root = checked.outline.root();
-    warnOfUnknownKeys(root, rootKeys, findings);
-    warnOfUnknownKeys(root.find("info"), infoKeys, findings);
+    warnOfUnknownKeys(root, rootKeys, {}, findings);
+    warnOfUnknownKeys(root.find("info"), infoKeys, {}, findings);
+    const EntryKeys keys;
     for (const KvTOutlinedEntry& entry : checked.entries) {
         // Entries for newer tools have keys that this one does not know.
         if (!entry.isSkipped) {
-            warnOfUnknownEntryKeys(entry.value, findings);
+            warnOfUnknownEntryKeys(entry.value, keys, findings);
         }
     }
     checked.outline.forEachValue([&findings](OutlineValue value) {
