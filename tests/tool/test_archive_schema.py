@@ -159,6 +159,16 @@ class ArchiveSchemaTest(ScratchTest):
             self.assertGreater(right, self.rounds() // 10)
             self.assertLessEqual(EXPRESSIBLE, met)
 
+    def test_faults_that_chance_seldom_makes(self):
+        entry = {"name": "a.bin", "sequence": 1, "boardType": "QB", "id": 1, "checksumCrc32": 5}
+        boards = {key: value for key, value in entry.items() if key != "boardType"}
+        for wrong in ({**boards, "boards": []}, {**boards, "boards": {}}, {**boards, "boards": None},
+                      {**entry, "boards": [{"boardType": "QB"}]}, boards,
+                      {**boards, "boards": [{"boardType": "QB"}, {"boardType": "QB", "targetPath": "x"}]},
+                      {**boards, "boards": [{"boardType": ["QB", None]}]}, {**entry, "boardVariant": [None, 1]},
+                      {**entry, "featureLevel": "1"}, {**entry, "featureLevel": None}):
+            self.assertTrue(self.compare({"info": INFO, "files": [wrong]}), wrong)
+
     @staticmethod
     def rounds():
         return MUTATIONS_OF_LAUNCHED_PROGRAMS if tool_runs.arguments.launcher else MUTATIONS
