@@ -9,7 +9,7 @@ set -uo pipefail
 # shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
-stages=(tests clang format house scripts tidy cppcheck valgrind sweeps limits fuzz coverage)
+stages=(tests clang format house scripts tidy cppcheck valgrind external sweeps limits fuzz coverage)
 
 sources() {
     find include src platform tools tests fuzz bench -name '*.h' -o -name '*.cpp' | sort
@@ -79,6 +79,17 @@ stage_valgrind() {
     build_preset release kvreflash &&
         logged valgrind python3 -B tests/sessions/run_sessions.py --tool build/release/bin/kvreflash -j "$jobs" \
             --timeout 300 --launcher "valgrind --quiet --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite"
+}
+
+# The device access libraries are somebody else's: the product has to be built and tested against an installed platform
+# as against the one that is built along with it.
+stage_external() {
+    local prefix=$project_dir/build/external-platform
+    build_preset release && logged install-platform cmake --install build/release --prefix "$prefix" &&
+        logged configure-external cmake -S . -B build/external -G Ninja -DCMAKE_BUILD_TYPE=Release \
+            -DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DKV_PLATFORM=external "-DCMAKE_PREFIX_PATH=$prefix" &&
+        logged build-external cmake --build build/external --parallel "$jobs" &&
+        logged test-external ctest --test-dir build/external --parallel "$jobs" --output-on-failure
 }
 
 # Every single call of an update disturbed under the sanitizers too, where the tests disturb some, and every allocation.

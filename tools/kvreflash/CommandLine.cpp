@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "EmulatedTargets.h"
 #include "TextConversion.h"
 #include "ToolOutput.h"
 
@@ -185,8 +186,10 @@ void addOptions(CLI::App& app, unsigned groups, KvTCommandLine& line, Texts& tex
             ->type_name("FILE");
     }
     app.add_flag("-v,--verbose", line.options.verbose, "Print details");
-    addRepeatable(app, "--emulate", line.emulatedTargets, "DIR",
-                  "Serve the emulated target in this folder; repeatable (default: none)");
+    if (canEmulate()) {
+        addRepeatable(app, "--emulate", line.emulatedTargets, "DIR",
+                      "Serve the emulated target in this folder; repeatable (default: none)");
+    }
     if ((groups & folderArgument) != 0) {
         app.add_option("DIR", line.captureFolder, "The folder to be made; an existing one must be empty")
             ->required()
@@ -381,7 +384,9 @@ std::variant<KvTCommandLine, ExitCode> readCommandLine(const std::vector<std::st
     app.allow_windows_style_options(false);
     app.footer(helpFooter);
     for (const Command& command : commands) {
-        addCommand(app, command, line, texts);
+        if (command.task != KvETask::matrix || canEmulate()) {
+            addCommand(app, command, line, texts);
+        }
     }
     app.formatter(std::make_shared<CLI::Formatter>());
     app.get_formatter()->label("OPTIONS", "--help");

@@ -3,6 +3,13 @@
 #include <string>
 #include <vector>
 
+/// Whether the platform can emulate targets. Without that, nothing can be served.
+[[nodiscard]] bool canEmulate();
+
 /// Serves the emulated targets in these folders (UTF-8); says what is odd or wrong with them. False when one of them
 /// cannot be served.
 [[nodiscard]] bool serveEmulatedTargets(const std::vector<std::string>& folders);
+
+/// Makes the emulated target in this folder the only one; says what is odd with it. When it cannot be served, the
+/// result says why, else it is empty.
+[[nodiscard]] std::string serveAlone(const std::string& folder);

@@ -1,7 +1,7 @@
 #include "MatrixSessions.h"
 
+#include "EmulatedTargets.h"
 #include "KvCPreparation.h"
-#include "KvEmulation.h"
 #include "KvNJson.h"
 #include "MessageCapture.h"
 #include "PlannedTarget.h"
@@ -70,19 +70,6 @@ std::string withoutEmptyEnd(std::string text) {
     return text;
 }
 
-/// Makes the target in the folder the only one. False when it cannot be served.
-bool serveAlone(MatrixTarget& target) {
-    KvEmulation::reset();
-    KvEmulation::KvTServeResult result = KvEmulation::serve(target.folder);
-    for (const std::string& warning : result.warnings) {
-        say("warning: " + warning);
-    }
-    if (!result.served) {
-        target.error = std::move(result.error);
-    }
-    return result.served;
-}
-
 } // namespace
 
 std::optional<MatrixArchive> readMatrixArchive(const KvNReflasher::KvTOptions& options) {
@@ -107,7 +94,8 @@ MatrixTarget planMatrixTarget(const KvNReflasher::KvTOptions& options, const Mat
                               const std::string& folder) {
     MatrixTarget target;
     target.folder = folder;
-    if (!serveAlone(target)) {
+    if (std::string error = serveAlone(folder); !error.empty()) {
+        target.error = std::move(error);
         return target;
     }
     target.address = firstAddressOf(folder);

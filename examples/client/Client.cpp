@@ -1,0 +1,137 @@
+// A client of KvReflashLib, as small as one that shows everything of it: it prints what an update would do, leaves out
+// what its user does not want, updates the target and reboots it.
+//
+// usage: client ARCHIVE_FOLDER HOST [--disable N]... [--reboot] [--emulate FOLDER]
+
+#include "EmulatedTarget.h"
+
+#include <KvIReflasher.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace KvNReflasher;
+
+// Notifications arrive on the thread that runs the session, while it waits for the target.
+
+void onPhase(std::uint32_t phase) {
+    constexpr std::uint32_t noMorePhases = 0xFFFFFFFF;
+    if (phase != noMorePhases) {
+        std::printf("Phase %u\n", phase);
+    }
+}
+
+void onProgress(std::uint32_t percentage) {
+    std::printf("  %u %%\n", percentage);
+}
+
+void onElementError(std::uint32_t index) {
+    std::printf("  element %u has failed\n", index);
+}
+
+/// What the user asks for.
+struct Request {
+    std::filesystem::path archiveFolder;
+    std::string host;
+    std::vector<std::uint32_t> disabled;
+    bool reboot = false;
+};
+
+/// The options of a session; every field has to be filled.
+KvTOptions updateOptions(const Request& request) {
+    return {.archiveFolder = request.archiveFolder.wstring(),
+            .descriptionFileName = L"archive.json",
+            .target = std::wstring(request.host.begin(), request.host.end()),
+            .boardTypeFilter = "",
+            .serialNumberFilter = "",
+            .elementNameFilter = "",
+            .forceUpdate = false,
+            .noProgress = true, // the progress notification tells it
+            .verbose = false,
+            .configurationElements = false,
+            .disableCustomElements = false,
+            .reserved = false,
+            .mode = performUpdate};
+}
+
+/// Prints what the archive is and what an update would do with the target's elements.
+void printPlan(KvIReflasher& session) {
+    std::wstring name;
+    std::wstring version;
+    std::wstring product;
+    std::wstring format;
+    std::wstring variant;
+    session.getArchiveInfo(name, version, product, format, variant);
+    std::printf("%ls %ls\n", name.c_str(), version.c_str());
+
+    // Both arrays belong to the caller, who releases them with delete[].
+    KvTArchiveFileInfo* fileRecords = nullptr;
+    std::uint32_t fileCount = 0;
+    session.getArchiveFiles(fileRecords, fileCount);
+    const std::unique_ptr<KvTArchiveFileInfo[]> files(fileRecords);
+    KvTUpdateElementInfo* elementRecords = nullptr;
+    std::uint32_t elementCount = 0;
+    session.getUpdateElements(elementRecords, elementCount);
+    const std::unique_ptr<KvTUpdateElementInfo[]> elements(elementRecords);
+    for (std::uint32_t index = 0; index < elementCount; ++index) {
+        const KvTUpdateElementInfo& element = elements[index];
+        if (element.hasArchiveFile != 0 && !element.disabled) {
+            std::printf("%u: %ls, phase %u, from %s\n", element.index, element.displayName.c_str(), element.phase,
+                        files[element.archiveFileIndex].name.c_str());
+        }
+    }
+}
+
+int update(const Request& request) {
+    const std::unique_ptr<KvIReflasher> session(KvIReflasher::createInstance(updateOptions(request)));
+    session->setPhaseCallback(onPhase);
+    session->setProgressCallback(onProgress);
+    session->setElementErrorCallback(onElementError);
+    // 0: ready; 1: failed, the reason was printed; 2: the archive does not support the target.
+    if (const std::uint32_t status = session->prepare(); status != 0) {
+        return static_cast<int>(status);
+    }
+    for (const std::uint32_t index : request.disabled) {
+        session->disableUpdateElement(index);
+    }
+    printPlan(*session);
+    if (!session->run()) {
+        return EXIT_FAILURE;
+    }
+    std::uint32_t rebootSupport = 0;
+    if (request.reboot && session->getRebootSupportStatus(rebootSupport) && !session->reboot()) {
+        return EXIT_FAILURE;
+    }
+    return EXIT_SUCCESS;
+}
+
+} // namespace
+
+int main(int argumentCount, char** arguments) {
+    const std::vector<std::string> words(arguments + 1, arguments + argumentCount);
+    if (words.size() < 2) {
+        std::fprintf(stderr, "usage: client ARCHIVE_FOLDER HOST [--disable N]... [--reboot] [--emulate FOLDER]\n");
+        return EXIT_FAILURE;
+    }
+    Request request{.archiveFolder = words[0], .host = words[1], .disabled = {}, .reboot = false};
+    for (std::size_t index = 2; index < words.size(); ++index) {
+        const bool hasValue = index + 1 < words.size();
+        if (words[index] == "--reboot") {
+            request.reboot = true;
+        } else if (words[index] == "--disable" && hasValue) {
+            request.disabled.push_back(static_cast<std::uint32_t>(std::stoul(words[++index])));
+        } else if (words[index] == "--emulate" && hasValue && serveEmulatedTarget(words[++index])) {
+            continue;
+        } else {
+            std::fprintf(stderr, "client: %s cannot be done\n", words[index].c_str());
+            return EXIT_FAILURE;
+        }
+    }
+    return update(request);
+}

@@ -1,0 +1,5 @@
+#include "EmulatedTarget.h"
+
+bool serveEmulatedTarget(const std::string& /*folder*/) {
+    return false;
+}

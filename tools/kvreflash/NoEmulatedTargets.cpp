@@ -1,0 +1,15 @@
+// In place of EmulatedTargets.cpp, with a platform that cannot emulate.
+
+#include "EmulatedTargets.h"
+
+bool canEmulate() {
+    return false;
+}
+
+bool serveEmulatedTargets(const std::vector<std::string>& folders) {
+    return folders.empty();
+}
+
+std::string serveAlone(const std::string& folder) {
+    return folder + ": the platform cannot emulate targets";
+}
