@@ -12,7 +12,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 stages=(tests clang format house scripts tidy cppcheck valgrind external sweeps limits fuzz coverage)
 
 sources() {
-    find include src platform tools tests fuzz bench -name '*.h' -o -name '*.cpp' | sort
+    find include src platform tools tests fuzz bench examples -name '*.h' -o -name '*.cpp' | sort
 }
 
 # All tests, natively, under the sanitizers and as Windows programs: nothing else counts while one of them fails.
