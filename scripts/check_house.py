@@ -42,7 +42,7 @@ PLATFORM_FILES = re.compile(r"src/system/.*|platform/emulation/System[^/]*\.cpp|
                             r"platform/include/KvPlatformExport\.h|include/KvIReflasher\.h")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
-SOURCE_FOLDERS = ("include", "src", "platform", "tools", "tests", "fuzz", "bench")
+SOURCE_FOLDERS = ("include", "src", "platform", "tools", "tests", "fuzz", "bench", "examples")
 
 # Comments, raw strings, strings and characters; a quote between digits separates them.
 UNREAD = re.compile(r'//[^\n]*|/\*.*?\*/|R"([^(\s]*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"|(?<![0-9a-fA-F])\'(?:\\.|[^\'\\\n])+\'',
