@@ -3,7 +3,7 @@
 //
 // usage: client ARCHIVE_FOLDER HOST [--disable N]... [--reboot] [--emulate FOLDER]
 
-#include "EmulatedTarget.h"
+#include "EmulatedRack.h"
 
 #include <KvIReflasher.h>
 
@@ -126,7 +126,7 @@ int main(int argumentCount, char** arguments) {
             request.reboot = true;
         } else if (words[index] == "--disable" && hasValue) {
             request.disabled.push_back(static_cast<std::uint32_t>(std::stoul(words[++index])));
-        } else if (words[index] == "--emulate" && hasValue && serveEmulatedTarget(words[++index])) {
+        } else if (words[index] == "--emulate" && hasValue && serveEmulatedRack(words[++index])) {
             continue;
         } else {
             std::fprintf(stderr, "client: %s cannot be done\n", words[index].c_str());

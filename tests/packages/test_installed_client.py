@@ -57,7 +57,7 @@ class InstalledClientTest(unittest.TestCase):
         environment = {**os.environ, "PKG_CONFIG_PATH": str(self.library_folder / "pkgconfig")}
         flags = call("pkg-config", "--cflags", "--libs", "KvReflashLib", env=environment).split()
         client = self.folder / "client"
-        sources = [Path(OPTIONS.client) / name for name in ("Client.cpp", "EmulatedTarget.cpp")]
+        sources = [Path(OPTIONS.client) / name for name in ("Client.cpp", "EmulatedRack.cpp")]
         call(OPTIONS.compiler, "-std=c++20", *sources, f"-I{self.prefix / 'include/KvPlatform'}", *flags, "-lKvPlatform",
              "-o", client)
         self.assert_updates(client, LD_LIBRARY_PATH=str(self.library_folder))

@@ -158,6 +158,18 @@ void addCheckOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
         ->type_name("FORMAT");
 }
 
+void addArguments(CLI::App& app, unsigned groups, KvTCommandLine& line) {
+    if ((groups & folderArgument) != 0) {
+        app.add_option("DIR", line.captureFolder, "The folder to be made; an existing one must be empty")
+            ->required()
+            ->type_name("");
+    }
+    if ((groups & elementArgument) != 0) {
+        app.add_option("ELEMENT", line.element, "Number (No. of the plan) or name of one element (default: all)")
+            ->type_name("");
+    }
+}
+
 void addOptions(CLI::App& app, unsigned groups, KvTCommandLine& line, Texts& texts) {
     if ((groups & archiveOptions) != 0) {
         addArchiveOptions(app, texts);
@@ -190,20 +202,12 @@ void addOptions(CLI::App& app, unsigned groups, KvTCommandLine& line, Texts& tex
         addRepeatable(app, "--emulate", line.emulatedTargets, "DIR",
                       "Serve the emulated target in this folder; repeatable (default: none)");
     }
-    if ((groups & folderArgument) != 0) {
-        app.add_option("DIR", line.captureFolder, "The folder to be made; an existing one must be empty")
-            ->required()
-            ->type_name("");
-    }
-    if ((groups & elementArgument) != 0) {
-        app.add_option("ELEMENT", line.element, "Number (No. of the plan) or name of one element (default: all)")
-            ->type_name("");
-    }
 }
 
 void addCommand(CLI::App& app, const Command& command, KvTCommandLine& line, Texts& texts) {
     CLI::App& sub = *app.add_subcommand(command.name, command.description);
     addOptions(sub, command.groups, line, texts);
+    addArguments(sub, command.groups, line);
     sub.group("Commands");
     sub.footer(helpFooter);
     sub.callback([&line, &command] {

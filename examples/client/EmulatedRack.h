@@ -3,4 +3,4 @@
 #include <string>
 
 /// Serves the emulated target in a folder from now on. False when that fails or the platform cannot emulate.
-[[nodiscard]] bool serveEmulatedTarget(const std::string& folder);
+[[nodiscard]] bool serveEmulatedRack(const std::string& folder);

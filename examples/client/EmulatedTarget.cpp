@@ -1,7 +1,0 @@
-#include "EmulatedTarget.h"
-
-#include <KvEmulation.h>
-
-bool serveEmulatedTarget(const std::string& folder) {
-    return KvEmulation::serve(folder).served;
-}

@@ -1,0 +1,5 @@
+#include "EmulatedRack.h"
+
+bool serveEmulatedRack(const std::string& /*folder*/) {
+    return false;
+}

@@ -1,5 +1,0 @@
-#include "EmulatedTarget.h"
-
-bool serveEmulatedTarget(const std::string& /*folder*/) {
-    return false;
-}
