@@ -12,6 +12,12 @@ class List(unittest.TestCase):
         self.assertEqual(optional, {"_Zb"})
 
 
+class Dll(unittest.TestCase):
+    def test_names_are_those_of_the_export_table(self):
+        text = "Import table\n\t[   0] _Zx\n\n[Ordinal/Name Pointer] Table\n\t[   0] _Za\n\t[  12] _Zb\n\nOther\n\t[ 1] _Zc\n"
+        self.assertEqual(script.names_of_dll(text), {"_Za", "_Zb"})
+
+
 class Faults(unittest.TestCase):
     def test_what_the_list_names_is_right(self):
         self.assertEqual(script.faults({"_Za", "_Zb"}, {"_Za"}, {"_Zb"}), [])
