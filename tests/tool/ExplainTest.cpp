@@ -16,7 +16,7 @@ using testing::Not;
 class Explain : public ToolRack {
 protected:
     /// The explanation of all elements, or of one.
-    [[nodiscard]] std::string text(std::vector<std::string> options = {}) {
+    [[nodiscard]] std::string text(const std::vector<std::string>& options = {}) {
         const ToolRun result = run("explain", options);
         EXPECT_EQ(0, result.exitCode);
         EXPECT_EQ("", result.errors);
