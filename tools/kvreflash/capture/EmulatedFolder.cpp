@@ -1,5 +1,6 @@
 #include "EmulatedFolder.h"
 
+#include "TargetFolder.h"
 #include "ToolOutput.h"
 
 #include <filesystem>
@@ -11,14 +12,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* descriptionFile = "target.json";
 /// The description's name until it is complete.
 constexpr const char* unfinishedFile = "target.json.new";
-
-/// As the emulation takes the folders that it serves: "\\" is a character like others where the system says so.
-fs::path pathOf(std::string_view utf8) {
-    return {std::u8string(utf8.begin(), utf8.end())};
-}
 
 bool refuse(const std::string& folder, const std::string& reason) {
     say("'" + folder + "' " + reason);
@@ -38,7 +33,7 @@ bool writeDescription(const fs::path& folder, std::string_view text) {
     const fs::path unfinished = folder / unfinishedFile;
     std::error_code fault;
     if (writeFile(unfinished, text)) {
-        fs::rename(unfinished, folder / descriptionFile, fault);
+        fs::rename(unfinished, folder / targetDescriptionFile, fault);
         if (!fault) {
             return true;
         }
@@ -50,7 +45,7 @@ bool writeDescription(const fs::path& folder, std::string_view text) {
 } // namespace
 
 bool canHoldNewTarget(const std::string& folder) {
-    const fs::path path = pathOf(folder);
+    const fs::path path = targetFolderPath(folder);
     std::error_code fault;
     const fs::file_status status = fs::status(path, fault);
     if (status.type() == fs::file_type::not_found) {
@@ -70,7 +65,7 @@ bool canHoldNewTarget(const std::string& folder) {
 }
 
 bool writeNewTarget(const std::string& folder, const std::string& description) {
-    const fs::path path = pathOf(folder);
+    const fs::path path = targetFolderPath(folder);
     std::error_code fault;
     const bool isNew = fs::create_directory(path, fault);
     if (fault) {
@@ -82,5 +77,5 @@ bool writeNewTarget(const std::string& folder, const std::string& description) {
     if (isNew) {
         fs::remove(path, fault);
     }
-    return refuse(folder, std::string("cannot take the file ") + descriptionFile);
+    return refuse(folder, std::string("cannot take the file ") + targetDescriptionFile);
 }

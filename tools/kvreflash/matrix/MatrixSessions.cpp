@@ -5,10 +5,10 @@
 #include "KvNJson.h"
 #include "MessageCapture.h"
 #include "PlannedTarget.h"
+#include "TargetFolder.h"
 #include "TextConversion.h"
 #include "ToolOutput.h"
 
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string_view>
@@ -16,16 +16,9 @@
 
 namespace {
 
-constexpr const char* descriptionFile = "target.json";
-
-/// As the emulation takes the folders that it serves.
-std::filesystem::path pathOf(std::string_view utf8) {
-    return {std::u8string(utf8.begin(), utf8.end())};
-}
-
 /// Empty when the target has none.
 std::string firstAddressOf(const std::string& folder) {
-    std::ifstream file(pathOf(folder) / descriptionFile, std::ios::binary);
+    std::ifstream file(targetFolderPath(folder) / targetDescriptionFile, std::ios::binary);
     const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     const KvNJson::json description = KvNJson::json::parse(text);
     const KvNJson::jsonView addresses = description.view().find("addresses");
