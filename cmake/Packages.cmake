@@ -1,6 +1,7 @@
 # What is installed, and the packages made of it.
 include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake)
+set(document_folder ${CMAKE_INSTALL_DATAROOTDIR}/doc/kvreflash)
 
 # kv_install_package(NAME): a library with its CMake package; its targets are in the namespace of its name.
 function(kv_install_package name)
@@ -29,21 +30,35 @@ if(NOT WIN32)
 endif()
 
 install(TARGETS kvreflash)
-install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/client/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/client)
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${KV_NOTICES} DESTINATION ${document_folder})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${document_folder}/docs)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/client ${PROJECT_SOURCE_DIR}/examples/rack
+  ${PROJECT_BINARY_DIR}/examples/archive DESTINATION ${document_folder}/examples PATTERN state EXCLUDE)
 if(WIN32)
   install(FILES ${KV_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
+else()
+  install(FILES ${PROJECT_SOURCE_DIR}/notices/copyright DESTINATION ${document_folder})
 endif()
 
 set(CPACK_PACKAGE_NAME kvreflash)
 set(CPACK_PACKAGE_VENDOR Korvel)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY ${PROJECT_DESCRIPTION})
+set(CPACK_PACKAGE_DESCRIPTION "kvreflash reads a firmware archive, scans a target, finds out which of its
+boards need an update, and installs it phase by phase. The library
+KvReflashLib does the same for other programs. Emulated targets come along,
+on which an archive can be rehearsed.")
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_STRIP_FILES ON)
 if(WIN32)
   set(CPACK_GENERATOR ZIP)
 else()
-  set(CPACK_GENERATOR TGZ)
+  set(CPACK_GENERATOR TGZ DEB)
+  set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+  set(CPACK_DEBIAN_PACKAGE_MAINTAINER Korvel)
+  set(CPACK_DEBIAN_PACKAGE_SECTION devel)
+  # What the package depends on is read off its programs; the libraries that it brings along are no such thing.
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+  set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 endif()
 include(CPack)

@@ -10,7 +10,7 @@ export CCACHE_SLOPPINESS=pch_defines,time_macros
 # shellcheck disable=SC2034  # the lists are for those who source this file
 # Debian packages that building and testing need.
 build_packages=(cmake ninja-build g++ python3 python3-jsonschema ccache libboost1.81-dev libcli11-dev libgtest-dev
-    libgmock-dev rapidjson-dev pkg-config)
+    libgmock-dev rapidjson-dev pkg-config dpkg-dev)
 # shellcheck disable=SC2034
 # What building and testing for Windows needs besides.
 windows_packages=(g++-mingw-w64-x86-64-posix googletest wine wine64)

@@ -47,7 +47,7 @@ class InstalledClientTest(unittest.TestCase):
 
     def test_it_is_built_by_cmake(self):
         build = self.folder / "build"
-        call(OPTIONS.cmake, "-S", self.prefix / "share/doc/KvReflash/examples/client", "-B", build,
+        call(OPTIONS.cmake, "-S", self.prefix / "share/doc/kvreflash/examples/client", "-B", build,
              f"-DCMAKE_PREFIX_PATH={self.prefix}", f"-DCMAKE_CXX_COMPILER={OPTIONS.compiler}")
         call(OPTIONS.cmake, "--build", build)
         self.assert_updates(build / "client")
