@@ -10,19 +10,27 @@ namespace KvNReflasher {
 struct KvTUpdateElementInfo {
     /// Position in the element list, from 0: the "No." of the plan and what disableUpdateElement() takes.
     std::uint32_t index = 0;
+    /// Type of the board that carries the element, as the target tells it; may be empty.
     std::wstring boardType;
-    /// The upper 8 bits may hold a sub-number.
+    /// Serial number of the board; the upper 8 bits may hold a sub-number.
     std::uint32_t serialNumber = 0;
+    /// Name or type of the board, and its variant in parentheses.
     std::wstring boardName;
     /// The unit's name, followed by its rack and instance names where it has them.
     std::wstring unitPath;
+    /// Slot that the board is in, as the target tells it.
     std::uint32_t slot = 0;
-    /// 0: the board has no slot.
+    /// How many slots the board takes; 0: it has no slot.
     std::uint32_t slotCount = 0;
+    /// The element's name in tables and results.
     std::wstring displayName;
+    /// What kind of element it is, such as "Firmware" or "FPGA".
     std::wstring typeName;
+    /// A file in the target's file system rather than something that is flashed.
     bool isFileSystemElement = false;
+    /// What is installed is complete and can be used.
     bool valid = false;
+    /// What is installed is what the board runs.
     bool active = false;
     /// Empty when unknown.
     std::wstring installedVersion;
@@ -44,8 +52,9 @@ struct KvTUpdateElementInfo {
 
 /// One file entry of the archive, as KvIReflasher::getArchiveFiles() returns it.
 struct KvTArchiveFileInfo {
-    /// UTF-8.
+    /// File name, as the description has it; UTF-8.
     std::string name;
+    /// Version as the tables show it.
     std::string version;
 };
 

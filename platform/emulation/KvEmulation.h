@@ -22,6 +22,8 @@ struct KvTServeResult {
 
 /// Everything that clients created and did not release, and the sleeps that they asked for.
 struct KvTLedger {
+    /// What is held, by kind.
+    /// @{
     std::uint32_t errorLists = 0;
     std::uint32_t filters = 0;
     std::uint32_t deviceHandles = 0;
@@ -30,14 +32,16 @@ struct KvTLedger {
     std::uint32_t inventoryTrees = 0;
     std::uint32_t locks = 0;
     std::uint32_t remoteFiles = 0;
+    /// @}
     /// Unbalanced getErrorCountLock() calls of all lists.
     std::uint32_t countLocks = 0;
     /// Releases of something that does not exist (any more).
     std::uint32_t badReleases = 0;
     /// Calls that one or more faults hit since the last reset().
     std::uint32_t faultsMet = 0;
-    /// Unscaled sum and number of all KvNRtosAbstraction::usleep() calls since the last reset().
+    /// Unscaled sum of all KvNRtosAbstraction::usleep() calls since the last reset().
     std::uint64_t sleptMicroseconds = 0;
+    /// The number of those calls.
     std::uint32_t sleeps = 0;
 
     /// True when nothing is held and nothing was released twice.

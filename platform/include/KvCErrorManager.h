@@ -9,16 +9,21 @@
 
 /// One collected error.
 struct KvTErrorEntry {
+    /// What went wrong, a number of the reporting module.
     std::uint32_t code = 0;
+    /// The same as a sentence; UTF-8.
     std::string text;
     /// 0: the error arose on the host; otherwise the serial number of the target node that reported it.
     std::uint32_t originNode = 0;
     /// Ticks of KvCErrorManager::getTimeStampTickDuration() since the error manager's time base; 0: none.
     std::uint64_t timeStamp = 0;
+    /// Module that reports the error.
     std::uint32_t mainModule = 0;
+    /// Part of that module.
     std::uint32_t subModule = 0;
     /// Name of the reporting function; may be empty.
     std::string function;
+    /// Line of its source; 0: unknown.
     std::uint32_t line = 0;
 };
 
@@ -40,21 +45,26 @@ public:
     /// Removes all entries.
     void reset();
 
+    /// The number of errors that were added since the list was made or reset.
     [[nodiscard]] std::uint32_t getErrorCount() const;
     /// Locks the list and returns its error count.
     [[nodiscard]] std::uint32_t getErrorCountLock();
     /// Returns the error count and unlocks the list; pairs with getErrorCountLock() on the same thread.
     [[nodiscard]] std::uint32_t getErrorCountUnlock();
 
+    /// The number of errors that can be looked at.
     [[nodiscard]] std::uint32_t getNumberOfUsedEntries() const;
+    /// The values of an entry; see KvTErrorEntry.
+    /// @{
     [[nodiscard]] std::uint32_t getOriginNode(std::uint32_t index) const;
     [[nodiscard]] std::uint32_t getErrorCode(std::uint32_t index) const;
     [[nodiscard]] std::uint64_t getTimeStamp(std::uint32_t index) const;
     [[nodiscard]] std::uint32_t getMainModuleNumber(std::uint32_t index) const;
     [[nodiscard]] std::uint32_t getSubModuleNumber(std::uint32_t index) const;
+    [[nodiscard]] std::uint32_t getLineNumber(std::uint32_t index) const;
+    /// @}
     /// Null when the entry names no function; valid until the list changes.
     [[nodiscard]] const char* getFunctionName(std::uint32_t index) const;
-    [[nodiscard]] std::uint32_t getLineNumber(std::uint32_t index) const;
     /// Never null; valid until the list changes.
     [[nodiscard]] const char* getErrorText(std::uint32_t index) const;
 

@@ -11,14 +11,19 @@
 /// operator/ (`PRODUCT / BOARD_TYPE`, `NETWORK / ION[3]`).
 class KV_PLATFORM_API KvCInventoryAddress {
 public:
+    /// One step of a path.
     struct Component {
+        /// One of KvNInventoryIDs; 0 names nothing.
         std::uint32_t identifier = 0;
+        /// Position among the siblings of the same identifier, from 1.
         std::uint32_t instance = 1;
+        /// Equal when both numbers are.
         friend bool operator==(const Component&, const Component&) noexcept = default;
     };
 
     /// The empty address; it names nothing.
     KvCInventoryAddress() = default;
+    /// An address of one component.
     explicit KvCInventoryAddress(std::uint32_t identifier, std::uint32_t instance = 1)
         : components_{{identifier, instance}} {}
 
@@ -47,7 +52,9 @@ public:
     [[nodiscard]] KvCInventoryAddress getLastElement() const {
         return components_.empty() ? KvCInventoryAddress() : KvCInventoryAddress(components_.back());
     }
+    /// True of the address that names nothing.
     [[nodiscard]] bool isEmpty() const noexcept { return components_.empty(); }
+    /// The components from the top; valid as long as the address is not changed.
     [[nodiscard]] const std::vector<Component>& getComponents() const noexcept { return components_; }
 
     /// The components as `NAME[instance]`, joined by "/".

@@ -19,6 +19,7 @@ class KV_PLATFORM_API KvCInventoryItem {
 public:
     struct Impl;
 
+    /// For whoever makes trees: an item of what `impl` holds.
     explicit KvCInventoryItem(std::unique_ptr<Impl> impl);
     KvCInventoryItem(const KvCInventoryItem&) = delete;
     KvCInventoryItem(KvCInventoryItem&&) = delete;
@@ -45,10 +46,12 @@ public:
 
     /// Read the parameter at `path` into `value`. A missing parameter, or one that is not of the type or range asked
     /// for, adds an error to `errors` and leaves `value` as it was.
+    /// @{
     void getValue(KvCErrorListPool& errors, const KvCInventoryAddress& path, std::uint32_t& value) const;
     void getValue(KvCErrorListPool& errors, const KvCInventoryAddress& path, std::uint8_t& value) const;
     void getValue(KvCErrorListPool& errors, const KvCInventoryAddress& path, KvCString& value) const;
     void getValue(KvCErrorListPool& errors, const KvCInventoryAddress& path, KvCVersion& value) const;
+    /// @}
 
 private:
     std::unique_ptr<Impl> impl_;

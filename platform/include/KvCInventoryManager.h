@@ -15,7 +15,9 @@ namespace KvNInventoryManager {
 
 /// Names a file that a target holds for an update; made by KvCInventoryManager::transferFile().
 struct KvSRemoteFileHandle {
+    /// The node that holds it.
     KvCString node;
+    /// Where it is there.
     KvCString path;
 };
 

@@ -24,8 +24,11 @@ public:
     [[nodiscard]] std::string_view view() const noexcept { return bytes_; }
     /// Number of bytes (not of characters).
     [[nodiscard]] std::size_t length() const noexcept { return bytes_.size(); }
+    /// True of the text without bytes.
     [[nodiscard]] bool isEmpty() const noexcept { return bytes_.empty(); }
 
+    /// Appends the bytes of `other`, which is not null.
+    /// @{
     KvCString& operator+=(const KvCString& other) {
         bytes_ += other.bytes_;
         return *this;
@@ -38,11 +41,14 @@ public:
         bytes_ += other;
         return *this;
     }
+    /// @}
 
     /// Byte by byte, case-sensitive.
+    /// @{
     friend bool operator==(const KvCString& a, const KvCString& b) noexcept { return a.bytes_ == b.bytes_; }
     friend bool operator==(const KvCString& a, std::string_view b) noexcept { return a.bytes_ == b; }
     friend bool operator==(const KvCString& a, const char* b) noexcept { return a.bytes_ == b; }
+    /// @}
 
 private:
     std::string bytes_;

@@ -19,6 +19,7 @@ class KV_PLATFORM_API KvCVersion {
 public:
     /// All components 0.
     constexpr KvCVersion() noexcept = default;
+    /// A version of these components.
     constexpr KvCVersion(std::uint8_t major, std::uint8_t minor, std::uint8_t maintenance,
                          std::uint8_t servicePackBuild, std::uint16_t servicePackNumber,
                          std::uint16_t patchLevel) noexcept
@@ -48,7 +49,9 @@ public:
     /// The inverse of getAsULong64().
     void setByULong64(std::uint64_t number) noexcept;
 
+    /// Equal when all components are.
     friend constexpr bool operator==(const KvCVersion&, const KvCVersion&) noexcept = default;
+    /// The order told above.
     friend KV_PLATFORM_API std::strong_ordering operator<=>(const KvCVersion& a, const KvCVersion& b) noexcept;
 
 private:

@@ -7,7 +7,8 @@
 /// The identifiers of the inventory tree as addresses of one component at instance 1.
 namespace KvNInventoryIDs {
 
-// Items.
+/// Items.
+/// @{
 inline const KvCInventoryAddress ROOT{1};
 inline const KvCInventoryAddress HCN{2};
 inline const KvCInventoryAddress CN{3};
@@ -24,8 +25,10 @@ inline const KvCInventoryAddress UPDATE_INFO{13};
 inline const KvCInventoryAddress UPDATE_ELEMENT{14};
 inline const KvCInventoryAddress FILESYSTEM_ELEMENT{15};
 inline const KvCInventoryAddress FIRMWARE{16};
+/// @}
 
-// Parameter groups and parameters.
+/// Parameter groups and parameters.
+/// @{
 inline const KvCInventoryAddress PRODUCT{101};
 inline const KvCInventoryAddress BOARD_TYPE{102};
 inline const KvCInventoryAddress VARIANT{103};
@@ -53,5 +56,6 @@ inline const KvCInventoryAddress MIN_HW_COMPATIBILITY_ID{124};
 inline const KvCInventoryAddress MAX_HW_COMPATIBILITY_ID{125};
 inline const KvCInventoryAddress MIN_SW_COMPATIBILITY_ID{126};
 inline const KvCInventoryAddress MAX_SW_COMPATIBILITY_ID{127};
+/// @}
 
 } // namespace KvNInventoryIDs

@@ -25,19 +25,25 @@ public:
     /// Looks at nothing; is_valid() is false, and every test of a type is false.
     jsonView() noexcept = default;
 
+    /// True when this looks at a value, a null included.
     [[nodiscard]] bool is_valid() const noexcept { return node_ != nullptr; }
+    /// Tests of the value's type.
+    /// @{
     [[nodiscard]] bool is_null() const noexcept;
     [[nodiscard]] bool is_boolean() const noexcept;
     [[nodiscard]] bool is_string() const noexcept;
     [[nodiscard]] bool is_array() const noexcept;
     [[nodiscard]] bool is_object() const noexcept;
+    [[nodiscard]] bool is_number() const noexcept;
+    /// @}
     /// Written without sign, fraction and exponent, and at most 2^64-1 (`-0` counts too).
     [[nodiscard]] bool is_number_unsigned() const noexcept;
-    [[nodiscard]] bool is_number() const noexcept;
 
+    /// The value of true or false.
     [[nodiscard]] bool get_boolean() const noexcept;
     /// The text's bytes (UTF-8); valid as long as this view.
     [[nodiscard]] std::string_view get_string() const noexcept;
+    /// The value of an unsigned number.
     [[nodiscard]] std::uint64_t get_unsigned() const noexcept;
     /// The value of any number, rounded to a double.
     [[nodiscard]] double get_double() const noexcept;
@@ -50,6 +56,7 @@ public:
     [[nodiscard]] std::string_view key(std::size_t index) const noexcept;
     /// The value of member `key`; looks at nothing when this is no object or has no such member.
     [[nodiscard]] jsonView find(std::string_view key) const noexcept;
+    /// True when this is an object that has such a member.
     [[nodiscard]] bool contains(std::string_view key) const noexcept { return find(key).is_valid(); }
 
 private:
@@ -69,19 +76,29 @@ class KV_PLATFORM_API json {
 public:
     /// null
     json() noexcept;
+    /// true or false
     json(bool value) noexcept;
+    /// An unsigned number.
+    /// @{
     json(std::uint32_t value) noexcept;
     json(std::uint64_t value) noexcept;
+    /// @}
     /// A number that is not finite, which JSON does not have, is dumped as null.
     json(double value) noexcept;
     /// Null counts as the empty text.
     json(const char* text);
+    /// A copy of the text.
+    /// @{
     json(std::string_view text);
     json(const KvCString& text);
+    /// @}
+    /// Copies and moves; see above.
+    /// @{
     json(const json& other);
     json(json&& other) noexcept;
     json& operator=(const json& other);
     json& operator=(json&& other) noexcept;
+    /// @}
     ~json();
 
     /// Reads `stream` from its position to its end. Anything but one JSON text of nesting at most 256 gives a value
@@ -95,6 +112,7 @@ public:
     /// True of the result of a parse that failed (which looks like null otherwise).
     [[nodiscard]] bool is_invalid() const noexcept { return invalid_; }
 
+    /// A look at this value.
     [[nodiscard]] jsonView view() const noexcept;
 
     /// Moves item `index` out of this array, or the value of member `index` out of this object, leaving null in its
@@ -105,8 +123,9 @@ public:
     void set(std::string_view key, json value);
     /// Adds an item to the end of this array (anything else becomes an empty array first).
     void append(json value);
-    /// An empty object and an empty array.
+    /// An empty object.
     [[nodiscard]] static json makeObject();
+    /// An empty array.
     [[nodiscard]] static json makeArray();
 
     /// The value as text. With `indent` >= 0 every member and item on its own line, `indent` times `indentChar` deeper
