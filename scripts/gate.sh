@@ -9,7 +9,7 @@ set -uo pipefail
 # shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
-stages=(tests clang format house scripts tidy cppcheck valgrind external sweeps limits fuzz coverage)
+stages=(tests clang format house scripts tidy cppcheck valgrind packages documentation sweeps limits fuzz coverage)
 
 sources() {
     find include src platform tools tests fuzz bench examples -name '*.h' -o -name '*.cpp' | sort
@@ -82,14 +82,34 @@ stage_valgrind() {
 }
 
 # The device access libraries are somebody else's: the product has to be built and tested against an installed platform
-# as against the one that is built along with it.
-stage_external() {
-    local prefix=$project_dir/build/external-platform
-    build_preset release && logged install-platform cmake --install build/release --prefix "$prefix" &&
-        logged configure-external cmake -S . -B build/external -G Ninja -DCMAKE_BUILD_TYPE=Release \
-            -DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DKV_PLATFORM=external "-DCMAKE_PREFIX_PATH=$prefix" &&
-        logged build-external cmake --build build/external --parallel "$jobs" &&
-        logged test-external ctest --test-dir build/external --parallel "$jobs" --output-on-failure
+# as against the one that is built along with it, and to be built against one that cannot emulate, as theirs.
+stage_packages() {
+    local installed=$project_dir/build/installed-platform real=$project_dir/build/real-platform
+    build_preset release && logged install-platform cmake --install build/release --prefix "$installed" &&
+        build_external "$installed" build/external &&
+        logged test-external ctest --test-dir build/external --parallel "$jobs" --output-on-failure &&
+        logged real-platform make_real_platform "$installed" "$real" && build_external "$real" build/real &&
+        python3 -B tests/packages/test_real_platform.py --tool build/real/bin/kvreflash --platform "$real"
+}
+
+# build_external PREFIX BUILD: the product against the platform that is installed there
+build_external() {
+    logged "configure-$(basename "$2")" cmake -S . -B "$2" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DKV_PLATFORM=external "-DCMAKE_PREFIX_PATH=$1" &&
+        logged "build-$(basename "$2")" cmake --build "$2" --parallel "$jobs"
+}
+
+# make_real_platform FROM TO: an installed platform as one of real targets would be, without what emulates
+make_real_platform() {
+    rm -rf "$2" && cp -r "$1" "$2" && rm "$2/include/KvPlatform/KvEmulation.h" &&
+        sed -i '/KvPlatform_EMULATION/d' "$2"/lib*/cmake/KvPlatform/KvPlatformConfig.cmake
+}
+
+# A document that tells a wrong command is worse than none, and the interface has no part that is not described.
+stage_documentation() {
+    mkdir -p build
+    install_missing "${windows_packages[@]}" && logged doxygen doxygen docs/api/Doxyfile &&
+        python3 -B scripts/documents.py
 }
 
 # Every single call of an update disturbed under the sanitizers too, where the tests disturb some, and every allocation.

@@ -16,7 +16,7 @@ build_packages=(cmake ninja-build g++ python3 python3-jsonschema ccache libboost
 windows_packages=(g++-mingw-w64-x86-64-posix googletest wine wine64)
 # shellcheck disable=SC2034
 # What the long gate needs besides.
-gate_packages=(clang clang-format clang-tidy cppcheck valgrind shellcheck)
+gate_packages=(clang clang-format clang-tidy cppcheck valgrind shellcheck doxygen)
 
 say() { printf '%s\n' "$*"; }
 die() { printf '%s\n' "$*" >&2; exit 1; }

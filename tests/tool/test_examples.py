@@ -5,19 +5,23 @@ an example."""
 
 import re
 import shlex
+import sys
 import unittest
 
 import tool_runs
 from tool_runs import PROJECT, ScratchTest, run
 
-BLOCK = re.compile(r"^```console\n(.*?)^```$", re.MULTILINE | re.DOTALL)
+sys.path.insert(0, str(PROJECT / "scripts"))
+import documents  # noqa: E402
+
 EXIT_CODE = re.compile(r"# exit code (\d+)$")
 OPTION = re.compile(r"^ +(?:(-\w),)?(--[\w-]+)", re.MULTILINE)
 ANY_LINES = "..."
+COMMANDS = PROJECT / "docs/commands.md"
 
 
 def blocks_of(document):
-    return BLOCK.findall((PROJECT / document).read_text(encoding="utf-8"))
+    return [block.text for block in documents.blocks_of(document) if block.language == "console"]
 
 
 def examples_of(block):
@@ -48,15 +52,22 @@ def pattern_of(lines):
 class ExamplesTest(ScratchTest):
     """The documents beside the tool."""
 
+    def test_every_example_works(self):
+        counts = {}
+        for document in documents.documents():
+            if blocks_of(document):
+                counts[document.relative_to(PROJECT).as_posix()] = self.run_document(document)
+        self.assertGreaterEqual(counts["README.md"], 2)
+        self.assertGreaterEqual(counts["docs/commands.md"], 25)
+        self.assertGreaterEqual(counts["docs/rehearsing.md"], 3)
+
     def run_document(self, document):
-        self.lay_out_examples()
-        folder = self.scratch / "examples"
-        count = 0
-        for block in blocks_of(document):
-            for line, expected in examples_of(block):
-                self.run_example(folder, line, expected)
-                count += 1
-        return count
+        """Each document has the examples for itself."""
+        archive, _ = self.lay_out_examples(document.stem)
+        examples = [example for block in blocks_of(document) for example in examples_of(block)]
+        for line, expected in examples:
+            self.run_example(archive.parent, line, expected)
+        return len(examples)
 
     def run_example(self, folder, line, expected):
         words = shlex.split(line, comments=True)
@@ -68,27 +79,16 @@ class ExamplesTest(ScratchTest):
             text = "\n".join(shown(done.output + done.errors)) + "\n"
             self.assertTrue(pattern_of(expected).fullmatch(text), text)
 
-    def test_the_readme(self):
-        self.assertGreaterEqual(self.run_document("README.md"), 2)
-
-    def test_the_commands(self):
-        self.assertGreaterEqual(self.run_document("docs/commands.md"), 25)
-
-    def test_the_rehearsal(self):
-        self.assertGreaterEqual(self.run_document("docs/rehearsing.md"), 3)
-
-    def test_the_exit_codes_are_told_alike_everywhere(self):
+    def test_the_exit_codes_are_those_of_the_help(self):
         help_codes = re.findall(r"^  (\d+) +(\S.*)$", run("--help").output.decode().partition("Exit codes:")[2], re.MULTILINE)
         self.assertEqual([code for code, _ in help_codes], ["0", "1", "2", "64", "130"])
-        for document in ("README.md", "docs/commands.md"):
-            text = (PROJECT / document).read_text(encoding="utf-8")
-            rows = re.findall(r"^\| (\d+) \| (.*) \|$", text, re.MULTILINE)
-            self.assertEqual([code for code, _ in rows], [code for code, _ in help_codes], document)
-            for (_, meaning), (_, told) in zip(rows, help_codes):
-                self.assertTrue(meaning.startswith(told), document)
+        rows = re.findall(r"^\| (\d+) \| (.*) \|$", COMMANDS.read_text(encoding="utf-8"), re.MULTILINE)
+        self.assertEqual([code for code, _ in rows], [code for code, _ in help_codes])
+        for (_, meaning), (_, told) in zip(rows, help_codes):
+            self.assertTrue(meaning.startswith(told), meaning)
 
     def test_every_command_and_option_has_an_example(self):
-        lines = [shlex.split(line, comments=True)[1:] for block in blocks_of("docs/commands.md")
+        lines = [shlex.split(line, comments=True)[1:] for block in blocks_of(COMMANDS)
                  for line, _ in examples_of(block) if line.startswith("kvreflash ")]
         command_list = run("--help").output.decode().partition("Commands:")[2].partition("\n\n")[0]
         commands = re.findall(r"^  ([\w-]+) {2,}", command_list, re.MULTILINE)

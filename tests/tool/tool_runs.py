@@ -71,9 +71,9 @@ class ScratchTest(unittest.TestCase):
         cases.lay_out(cases.Case(cases.CASES / name), folder)
         return folder / "archive", folder / "rack"
 
-    def lay_out_examples(self):
-        """Copies the example archive and rack."""
-        folder = self.scratch / "examples"
+    def lay_out_examples(self, name="examples"):
+        """Copies the example archive and rack into a folder of that name."""
+        folder = self.scratch / name
         shutil.copytree(arguments.archive, folder / "archive")
         shutil.copytree(arguments.rack, folder / "rack", ignore=shutil.ignore_patterns("state"))
         return folder / "archive", folder / "rack"

@@ -1,0 +1,103 @@
+#!/usr/bin/env python3
+"""Runs the commands of the documents: every block of the language sh, as a script of its own, in the project's folder.
+The examples of the tool, the blocks of the language console, are tests (tests/tool/test_examples.py).
+
+usage: documents.py [DOCUMENT...]     default: all documents
+
+Exit code 1 when a command fails.
+"""
+
+import os
+import re
+import subprocess
+import sys
+import tempfile
+import time
+from dataclasses import dataclass
+from pathlib import Path
+
+PROJECT = Path(__file__).resolve().parent.parent
+FOLDERS = ("docs", "tests", "bench", "fuzz", "examples")
+
+# Commands that are not run from here, and why.
+NOT_RUN = {
+    "scripts/test.sh": "a stage of the gate",
+    "scripts/gate.sh": "runs this script",
+    "scripts/gate.sh format house tidy": "stages of the gate",
+    "scripts/coverage.sh": "a stage of the gate",
+    "scripts/fuzz.sh 20": "a stage of the gate",
+    "scripts/fuzz.sh 900 10000000": "takes hours",
+    "scripts/mutate.sh": "takes hours",
+    "scripts/mutate.sh --room planning --count 50": "takes half an hour",
+    "scripts/mutate.sh --report": "needs a run of scripts/mutate.sh",
+    "ctest --test-dir build/release": "a stage of the gate",
+    "scripts/bench.sh": "needs the machine for itself",
+    "scripts/bench.sh parts": "needs the machine for itself",
+    "scripts/bench.sh --charts docs/performance": "changes the project",
+    "KV_LIMIT_ENTRIES=1000000 KV_LIMIT_MEGABYTES=1024 python3 -B tests/tool/test_limits.py "
+    "--tool build/release/bin/kvreflash --archive build/release/examples/archive --rack examples/rack":
+        "a stage of the gate",
+    "apt-get install ./build/packages/kvreflash_1.0.0_amd64.deb": "changes the machine; tests install it elsewhere",
+    "cp -r /usr/share/doc/kvreflash/examples /tmp/kvreflash-examples": "needs the installed package",
+    "cd /tmp/kvreflash-examples && kvreflash update -a archive -t 127.0.0.1 --emulate rack": "needs the installed package",
+}
+
+
+@dataclass
+class Block:
+    """A fenced block of a document."""
+    document: Path
+    line: int
+    language: str
+    text: str
+
+    def __str__(self):
+        return f"{self.document.relative_to(PROJECT)}:{self.line}"
+
+
+def documents():
+    """All documents of the project."""
+    return [PROJECT / "README.md", *(path for folder in FOLDERS for path in sorted((PROJECT / folder).rglob("*.md")))]
+
+
+def blocks_of(document):
+    """The fenced blocks of a document, in their order."""
+    text = document.read_text(encoding="utf-8")
+    return [Block(document, text.count("\n", 0, match.start()) + 1, match.group(1), match.group(2))
+            for match in re.finditer(r"^```(.*)\n((?:.*\n)*?)```$", text, re.MULTILINE)]
+
+
+def commands_of(block):
+    """The commands of a block of the language sh, each on one line and without its comment."""
+    lines = re.sub(r"\\\n\s*", "", block.text).splitlines()
+    return [command for command in (re.sub(r"(^|\s+)# .*", "", line) for line in lines) if command]
+
+
+def run(block):
+    """Runs the block and returns whether its commands succeed; None when it has nothing to run."""
+    commands = [command for command in commands_of(block) if command not in NOT_RUN]
+    if not commands:
+        return None
+    print(f"{block}: {'; '.join(commands)}", flush=True)
+    began = time.monotonic()
+    with tempfile.TemporaryFile() as output:
+        done = subprocess.run(["bash", "-e", "-o", "pipefail", "-c", "\n".join(commands)], cwd=PROJECT, check=False,
+                              env={**os.environ, "KV_TIME_SCALE": "0"}, stdin=subprocess.DEVNULL, stdout=output,
+                              stderr=subprocess.STDOUT)
+        print(f"  {'ok' if done.returncode == 0 else 'FAILED'}, {time.monotonic() - began:.0f} s", flush=True)
+        if done.returncode != 0:
+            output.seek(0)
+            sys.stdout.write(output.read().decode("utf-8", "replace")[-4000:])
+    return done.returncode == 0
+
+
+def main(names):
+    chosen = [Path(name).resolve() for name in names] or documents()
+    results = [run(block) for document in chosen for block in blocks_of(document) if block.language == "sh"]
+    failed = results.count(False)
+    print(f"{results.count(True)} blocks ran, {failed} failed")
+    return 1 if failed or True not in results else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
