@@ -93,6 +93,8 @@ private:
     void object(const json::object& members);
     void string(std::string_view content);
     void number(double number);
+    /// A number of these digits (FIRST.FRACTION times ten to the power of `exponent`) without an exponent.
+    void plainNumber(char first, std::string_view fraction, int exponent);
     template <class Integer>
     void integer(Integer number);
 
@@ -221,16 +223,19 @@ void Writer::number(double number) {
         text_ += scientific;
         return;
     }
-    const std::string_view fraction = mark > 1 ? scientific.substr(2, mark - 2) : std::string_view();
+    plainNumber(scientific.front(), mark > 1 ? scientific.substr(2, mark - 2) : std::string_view(), exponent);
+}
+
+void Writer::plainNumber(char first, std::string_view fraction, int exponent) {
     if (exponent < 0) {
         text_ += "0.";
         text_.append(static_cast<std::size_t>(-exponent - 1), '0');
-        text_ += scientific.front();
+        text_ += first;
         text_ += fraction;
         return;
     }
     const auto places = static_cast<std::size_t>(exponent);
-    text_ += scientific.front();
+    text_ += first;
     text_ += fraction.substr(0, places);
     if (fraction.size() <= places) {
         text_.append(places - fraction.size(), '0');

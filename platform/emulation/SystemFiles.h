@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 /// The operating system as far as the emulation needs more than the standard library: one source per system implements
 /// it. Failures come back as an error code; a function that yields something clears it when it succeeds. Nothing here
@@ -49,15 +50,24 @@ public:
     [[nodiscard]] static std::optional<FileLock> take(const std::filesystem::path& path, Wait wait,
                                                       std::error_code& fault);
 
-    FileLock(FileLock&& other) noexcept;
-    FileLock& operator=(FileLock&& other) noexcept;
+    FileLock(FileLock&& other) noexcept : handle_(std::exchange(other.handle_, none)) {}
+    FileLock& operator=(FileLock&& other) noexcept {
+        if (this != &other) {
+            release();
+            handle_ = std::exchange(other.handle_, none);
+        }
+        return *this;
+    }
     FileLock(const FileLock&) = delete;
     FileLock& operator=(const FileLock&) = delete;
-    ~FileLock();
+    ~FileLock() { release(); }
 
 private:
+    static constexpr std::intptr_t none = -1;
+
     explicit FileLock(std::intptr_t handle) noexcept : handle_(handle) {}
     void release() noexcept;
+
     std::intptr_t handle_;
 };
 

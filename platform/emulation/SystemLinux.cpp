@@ -175,24 +175,10 @@ std::optional<FileLock> FileLock::take(const std::filesystem::path& path, Wait w
     }
 }
 
-FileLock::FileLock(FileLock&& other) noexcept : handle_(std::exchange(other.handle_, -1)) {}
-
-FileLock& FileLock::operator=(FileLock&& other) noexcept {
-    if (this != &other) {
-        release();
-        handle_ = std::exchange(other.handle_, -1);
-    }
-    return *this;
-}
-
-FileLock::~FileLock() {
-    release();
-}
-
 void FileLock::release() noexcept {
-    if (handle_ >= 0) {
+    if (handle_ != none) {
         static_cast<void>(::close(static_cast<int>(handle_)));
-        handle_ = -1;
+        handle_ = none;
     }
 }
 

@@ -211,27 +211,13 @@ std::optional<FileLock> FileLock::take(const std::filesystem::path& path, Wait w
     return FileLock(reinterpret_cast<std::intptr_t>(file.release()));
 }
 
-FileLock::FileLock(FileLock&& other) noexcept : handle_(std::exchange(other.handle_, -1)) {}
-
-FileLock& FileLock::operator=(FileLock&& other) noexcept {
-    if (this != &other) {
-        release();
-        handle_ = std::exchange(other.handle_, -1);
-    }
-    return *this;
-}
-
-FileLock::~FileLock() {
-    release();
-}
-
 void FileLock::release() noexcept {
-    if (handle_ != -1) {
+    if (handle_ != none) {
         HANDLE file = reinterpret_cast<HANDLE>(handle_);
         OVERLAPPED start{};
         UnlockFileEx(file, 0, 1, 0, &start);
         CloseHandle(file);
-        handle_ = -1;
+        handle_ = none;
     }
 }
 

@@ -13,7 +13,7 @@ class KvCFormat {
 public:
     template <std::size_t size>
     consteval KvCFormat(const wchar_t (&text)[size]) : text_(text) {
-        check(text);
+        Check{text}.format();
     }
 
     [[nodiscard]] constexpr const wchar_t* text() const { return text_; }
@@ -72,58 +72,71 @@ private:
         }
     }
 
-    /// Not a constant expression when it throws, which the compiler reports.
-    static consteval void check(const wchar_t* position) {
-        const Kind kinds[] = {kindOf<Arguments>()..., Kind::other};
-        std::size_t next = 0;
-        const auto expect = [&](Kind kind) {
-            if (next >= sizeof...(Arguments) || kinds[next] != kind) {
-                throw "a format does not fit its arguments";
+    /// Holds the conversions of a format against the arguments, one after the other. Not a constant expression when
+    /// one of its operations throws, which the compiler reports.
+    struct Check {
+        const wchar_t* position;
+        std::size_t argumentsUsed = 0;
+
+        consteval void format() {
+            while (*position != L'\0') {
+                if (*position++ == L'%') {
+                    conversion();
+                }
             }
-            ++next;
-        };
-        const auto skipNumber = [&] {
-            if (*position == L'*') {
-                ++position;
-                expect(Kind::signedNumber);
-                return;
+            if (argumentsUsed != sizeof...(Arguments)) {
+                throw "a format has fewer conversions than arguments";
             }
-            while (*position >= L'0' && *position <= L'9') {
-                ++position;
-            }
-        };
-        while (*position != L'\0') {
-            if (*position++ != L'%') {
-                continue;
-            }
+        }
+
+        /// What follows a "%".
+        consteval void conversion() {
             if (*position == L'%') {
                 ++position;
-                continue;
+                return;
             }
             const wchar_t* flag = position;
             while (isFlag(*position)) {
                 ++position;
             }
             const wchar_t* const endOfFlags = position;
-            skipNumber();
+            width();
             if (*position == L'.') {
                 ++position;
-                skipNumber();
+                width();
             }
             const bool narrow = *position == L'h';
             position += narrow ? 1 : 0;
             const wchar_t type = *position++;
-            expect(kindOfConversion(type, narrow));
+            argument(kindOfConversion(type, narrow));
             for (; flag != endOfFlags; ++flag) {
                 if (!flagFits(*flag, type)) {
                     throw "a flag does not fit its conversion";
                 }
             }
         }
-        if (next != sizeof...(Arguments)) {
-            throw "a format has fewer conversions than arguments";
+
+        /// A width or a precision, which may be missing.
+        consteval void width() {
+            if (*position == L'*') {
+                ++position;
+                argument(Kind::signedNumber);
+                return;
+            }
+            while (*position >= L'0' && *position <= L'9') {
+                ++position;
+            }
         }
-    }
+
+        /// The next argument has to be of this kind.
+        consteval void argument(Kind kind) {
+            const Kind kinds[] = {kindOf<Arguments>()..., Kind::other};
+            if (argumentsUsed >= sizeof...(Arguments) || kinds[argumentsUsed] != kind) {
+                throw "a format does not fit its arguments";
+            }
+            ++argumentsUsed;
+        }
+    };
 
     static consteval bool isFlag(wchar_t character) {
         return character == L'-' || character == L'0' || character == L'#' || character == L' ';
