@@ -195,6 +195,47 @@ KvEVerified judged(const KvTPlannedElement& element, const KvTInstalled& found) 
     return verifyElements(elements, {{"A", found}}, true).at(0).result;
 }
 
+/// What a rebooted target answers, one scan after the other.
+class RebootingTarget : public testing::Test {
+protected:
+    using Answer = std::optional<KvTInstalledElements>;
+
+    /// The answer that is taken after so many seconds of waiting.
+    [[nodiscard]] Answer taken(const std::vector<Answer>& answers, std::uint32_t seconds) const {
+        std::size_t asked = 0;
+        const auto scan = [&] { return answers.at(asked++); };
+        testing::internal::CaptureStdout();
+        Answer answer = scanAfterReboot(scan, elements, seconds);
+        EXPECT_THAT(testing::internal::GetCapturedStdout(), HasSubstr("(at most " + std::to_string(seconds) + " s)"));
+        EXPECT_EQ(answers.size(), asked);
+        return answer;
+    }
+    static bool isNew(const Answer& answer) { return answer && answer->at("A").version == KvCVersion("2.0"); }
+
+    const std::vector<KvTPlannedElement> elements{planned("2.0", 2)};
+    const Answer away;
+    const Answer empty = KvTInstalledElements();
+    const Answer before = KvTInstalledElements{{"A", {KvCVersion("1.0"), 1, true, true}}};
+    const Answer after = KvTInstalledElements{{"A", {KvCVersion("2.0"), 2, true, true}}};
+
+private:
+    EnvironmentVariable timeScale_{"KV_TIME_SCALE", "0"};
+};
+
+TEST_F(RebootingTarget, IsAskedAgainWhileItStillAnswersAsBefore) {
+    EXPECT_TRUE(isNew(taken({before, before, away, after}, 9)));
+}
+
+TEST_F(RebootingTarget, IsAskedAgainWhileBoardsAreMissing) {
+    EXPECT_TRUE(isNew(taken({away, empty, after}, 9)));
+}
+
+TEST_F(RebootingTarget, IsJudgedByItsLastAnswer) {
+    EXPECT_FALSE(isNew(taken({away, before, before}, 2)));
+    EXPECT_EQ(std::nullopt, taken({before, away}, 1));
+    EXPECT_TRUE(isNew(taken({after}, 0)));
+}
+
 TEST(VerifiedElements, UnknownVersionsAndChecksumsAreNotCompared) {
     const KvTInstalled found{KvCVersion("2.0"), 2, true, true};
     EXPECT_EQ(KvEVerified::asExpected, judged(planned("2.0", 2), found));

@@ -145,7 +145,7 @@ void addUpdateOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
     app.add_flag("--verify", line.verify,
                  "Scan the target again after a successful update and judge by what it reports then");
     app.add_option("--wait", texts.waitSeconds,
-                   "With --verify and --reboot: how many seconds the target is waited for (default: 300)")
+                   "With --verify and --reboot: how many seconds the target has to show the update (default: 300)")
         ->type_name("SECONDS");
     app.add_option("--events", line.eventsFile,
                    "Write notifications to FILE as JSON lines; -: to standard error (default: nowhere)")

@@ -7,7 +7,6 @@
 #include "ToolOutput.h"
 #include "ToolVersion.h"
 
-#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -36,7 +35,7 @@ bool lookBefore(const KvTCommandLine& line, KvTReport& report) {
 ExitCode lookAfterUpdate(const KvTCommandLine& line, KvTReport& report) {
     const bool succeeded = report.result == exitSuccess;
     if (succeeded && line.verify && line.reboot) {
-        report.after = scanAfterReboot(line.options, line.waitSeconds);
+        report.after = scanAfterReboot([&] { return scanInstalled(line.options); }, report.elements, line.waitSeconds);
     } else if ((succeeded && line.verify) || (line.reportFile && !line.reboot)) {
         report.after = scanInstalled(line.options);
     }
@@ -51,9 +50,7 @@ ExitCode lookAfterUpdate(const KvTCommandLine& line, KvTReport& report) {
         return exitFailed;
     }
     writeText(stdout, verificationText(report.verified));
-    const bool isGood = std::none_of(report.verified.begin(), report.verified.end(),
-                                     [](const KvTVerifiedElement& element) { return element.isFault(); });
-    return isGood ? exitSuccess : exitFailed;
+    return hasNoFault(report.verified) ? exitSuccess : exitFailed;
 }
 
 bool finishReport(const KvTCommandLine& line, KvTReport& report) {

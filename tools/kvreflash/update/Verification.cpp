@@ -92,21 +92,6 @@ std::optional<KvTInstalledElements> scanInstalled(const KvNReflasher::KvTOptions
     return installed;
 }
 
-std::optional<KvTInstalledElements> scanAfterReboot(const KvNReflasher::KvTOptions& options,
-                                                    std::uint32_t waitSeconds) {
-    writeText(stdout, "Waiting for the target to answer after its reboot (at most " + std::to_string(waitSeconds) +
-                          " s) ...\n");
-    for (std::uint32_t second = 0;; ++second) {
-        if (auto installed = scanInstalled(options)) {
-            return installed;
-        }
-        if (second >= waitSeconds) {
-            return std::nullopt;
-        }
-        KvNRtosAbstraction::usleep(microsecondsPerSecond);
-    }
-}
-
 std::vector<KvTVerifiedElement> verifyElements(const std::vector<KvTPlannedElement>& elements,
                                                const KvTInstalledElements& found, bool wasRebooted) {
     std::vector<KvTVerifiedElement> result;
@@ -116,6 +101,25 @@ std::vector<KvTVerifiedElement> verifyElements(const std::vector<KvTPlannedEleme
         }
     }
     return result;
+}
+
+bool hasNoFault(const std::vector<KvTVerifiedElement>& elements) {
+    return std::none_of(elements.begin(), elements.end(),
+                        [](const KvTVerifiedElement& element) { return element.isFault(); });
+}
+
+std::optional<KvTInstalledElements> scanAfterReboot(const std::function<std::optional<KvTInstalledElements>()>& scan,
+                                                    const std::vector<KvTPlannedElement>& elements,
+                                                    std::uint32_t waitSeconds) {
+    writeText(stdout, "Waiting for the target to answer after its reboot (at most " + std::to_string(waitSeconds) +
+                          " s) ...\n");
+    for (std::uint32_t second = 0;; ++second) {
+        std::optional<KvTInstalledElements> installed = scan();
+        if (second >= waitSeconds || (installed && hasNoFault(verifyElements(elements, *installed, true)))) {
+            return installed;
+        }
+        KvNRtosAbstraction::usleep(microsecondsPerSecond);
+    }
 }
 
 std::string verificationText(const std::vector<KvTVerifiedElement>& elements) {

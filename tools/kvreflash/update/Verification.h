@@ -4,6 +4,7 @@
 #include "PlannedUpdate.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -37,15 +38,20 @@ struct KvTVerifiedElement {
 using KvTInstalledElements = std::map<std::string, KvTInstalled>;
 [[nodiscard]] std::optional<KvTInstalledElements> scanInstalled(const KvNReflasher::KvTOptions& options);
 
-/// The same of a target that was rebooted: asks once a second until it answers, for at most `waitSeconds`; says what it
-/// waits for.
-[[nodiscard]] std::optional<KvTInstalledElements> scanAfterReboot(const KvNReflasher::KvTOptions& options,
-                                                                  std::uint32_t waitSeconds);
-
 /// Judges the updated elements. `elements` must outlive the result. What is the same as before the update may still
 /// change at a reboot, unless the target `wasRebooted`. Unknown versions and checksums are not compared.
 [[nodiscard]] std::vector<KvTVerifiedElement> verifyElements(const std::vector<KvTPlannedElement>& elements,
                                                              const KvTInstalledElements& found, bool wasRebooted);
+
+/// None of the elements speaks against the update.
+[[nodiscard]] bool hasNoFault(const std::vector<KvTVerifiedElement>& elements);
+
+/// What a target that was rebooted has installed, as `scan` tells it. The target may still answer for a moment, and its
+/// boards come up one after the other: it is asked once a second until nothing speaks against the update of `elements`,
+/// for at most `waitSeconds`; then its last answer counts. Says what it waits for.
+[[nodiscard]] std::optional<KvTInstalledElements>
+scanAfterReboot(const std::function<std::optional<KvTInstalledElements>()>& scan,
+                const std::vector<KvTPlannedElement>& elements, std::uint32_t waitSeconds);
 
 /// The table of the elements that are not as expected, and a sentence that sums all up.
 [[nodiscard]] std::string verificationText(const std::vector<KvTVerifiedElement>& elements);
