@@ -5,16 +5,13 @@ usage: check_exported_symbols.py [--nm NM | --objdump OBJDUMP] LIBRARY LIST
 
 With --objdump the library is a DLL, whose table of names that tool prints.
 
-The list has one symbol per line; "#" begins a comment, "?" marks a symbol that need not be there. What a library
-instantiates of the C++ standard library does not count: it is the same in every library.
+The list has one symbol per line; "#" begins a comment, "?" marks a symbol that need not be there.
 """
 
 import argparse
 import re
 import subprocess
 import sys
-
-STANDARD_LIBRARY = re.compile(r"_Z(?:GV|T[ISVT])?Z?N?K?(?:S[tabsiod]|9__gnu_cxx)")
 
 
 def read_list(text):
@@ -43,9 +40,8 @@ def names_of_dll(text):
 
 
 def faults(symbols, required, optional):
-    own = {symbol for symbol in symbols if not STANDARD_LIBRARY.match(symbol)}
-    return ([f"missing: {symbol}" for symbol in sorted(required - own)] +
-            [f"not meant to be exported: {symbol}" for symbol in sorted(own - required - optional)])
+    return ([f"missing: {symbol}" for symbol in sorted(required - symbols)] +
+            [f"not meant to be exported: {symbol}" for symbol in sorted(symbols - required - optional)])
 
 
 def main():

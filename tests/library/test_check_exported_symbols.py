@@ -29,14 +29,8 @@ class Faults(unittest.TestCase):
         self.assertEqual(script.faults(set(), {"_Za"}, set()), ["missing: _Za"])
 
     def test_any_other_symbol_is_told(self):
-        for symbol in ("_ZN12KvCReflasher3runEv", "helper", "_ZTI12KvCReflasher"):
+        for symbol in ("_ZN12KvCReflasher3runEv", "helper", "_ZTISt18bad_variant_access"):
             self.assertEqual(script.faults({symbol}, set(), set()), [f"not meant to be exported: {symbol}"])
-
-    def test_instances_of_the_standard_library_do_not_count(self):
-        standard = {"_ZNSt6vectorIiSaIiEE9push_backEOi", "_ZNKSt4hashIiEclEi", "_ZTISt18bad_variant_access",
-                    "_ZTVSt18bad_variant_access", "_ZZNSt8__detail18__to_chars_10_implIjEEvPcjT_E8__digits",
-                    "_ZSt4swapIiEvRT_S1_", "_ZNSs4swapERSs", "_ZN9__gnu_cxx13new_allocatorIcED2Ev"}
-        self.assertEqual(script.faults(standard, set(), set()), [])
 
 
 if __name__ == "__main__":
