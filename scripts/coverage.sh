@@ -17,8 +17,7 @@ configure() {
 # Processes whose files must not grow cannot write their counters and spoil them for all others.
 run_tests() {
     find "$build" -name '*.gcda' -delete
-    KV_SWEEP_STRIDE=8 ctest --test-dir "$build" --timeout 600 -j "$jobs" --output-on-failure \
-        -E '^tool.process$'
+    KV_SWEEP_STRIDE=8 ctest --test-dir "$build" --timeout 600 -j "$jobs" --output-on-failure -E '^tool.process$'
 }
 
 measure() {
