@@ -18,18 +18,23 @@
 
 namespace KvNReflasher {
 
+// Notification functions run on the thread of the session, within prepare(), run() or reboot(). They must not throw,
+// and of the session they may only call the queries.
+
 /// Notification with one number.
 using KvTNumberCallback = void (*)(std::uint32_t value);
-/// Receives a message, line ends included.
+/// Receives a message, line ends included; `text` lasts as long as the call.
 using KvTMessageCallback = void (*)(const std::wstring& text);
 
 } // namespace KvNReflasher
 
 /// One firmware update session with one target. An object is used from one thread, blocks until each operation is
-/// done, and calls its notification functions on the caller's thread.
+/// done, and calls its notification functions on the caller's thread. Sessions on threads of their own may run at the
+/// same time, but share the process's list of errors: an error of one makes run() of the others return false.
 ///
-/// Order of calls: createInstance(); the callbacks; prepare(); when that returned 0 the queries, disableUpdateElement()
-/// and run(); after a prepare that scanned the target (modes 4 to 7) getRebootSupportStatus() and reboot(); delete.
+/// Order of calls: createInstance(); the callbacks; prepare(), once; when that returned 0 the queries,
+/// disableUpdateElement() and run(), once; after a prepare that scanned the target (modes 4 to 7)
+/// getRebootSupportStatus() and reboot(); delete.
 ///
 /// Texts go to standard output or to the message callback; a text may hold several lines. Off Windows standard output
 /// is written as bytes: a program that has used it for wide characters sees no messages there.
@@ -52,7 +57,8 @@ public:
     virtual void setPhaseCallback(KvNReflasher::KvTNumberCallback callback) = 0;
     /// Called with the index of an element each time that the update has failed for it.
     virtual void setElementErrorCallback(KvNReflasher::KvTNumberCallback callback) = 0;
-    /// Called with the percentage (0 to 100) of the running phase.
+    /// Called with the percentage of the running phase: 0 to 100, above that only when the target says that more is
+    /// done than there is to do.
     virtual void setProgressCallback(KvNReflasher::KvTNumberCallback callback) = 0;
     /// Receives every message instead of standard output.
     virtual void setMessageCallback(KvNReflasher::KvTMessageCallback callback) = 0;

@@ -18,7 +18,8 @@ enum KvEMode : std::uint32_t {
     performUpdate = 7           ///< prepare as showUpdatePlan and checks that the target is supported; run updates
 };
 
-/// Options of one session. The caller fills every field; the library keeps a copy.
+/// Options of one session; the library keeps a copy. The fields have no defaults: begin with `KvTOptions options{}`.
+/// Wide texts are UTF-16 on Windows and UTF-32 elsewhere, the others are UTF-8.
 struct KvTOptions {
     /// Folder of the firmware archive.
     std::wstring archiveFolder;

@@ -1,5 +1,5 @@
-// A client of KvReflashLib, as small as one that shows everything of it: it prints what an update would do, leaves out
-// what its user does not want, updates the target and reboots it.
+// A client of KvReflashLib, as small as one that shows what most clients need: it prints what an update would do,
+// leaves out what its user does not want, updates the target and reboots it.
 //
 // usage: client ARCHIVE_FOLDER HOST [--disable N]... [--reboot] [--emulate FOLDER]
 
@@ -7,18 +7,31 @@
 
 #include <KvIReflasher.h>
 
+#include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace {
 
 using namespace KvNReflasher;
 
-// Notifications arrive on the thread that runs the session, while it waits for the target.
+/// Wide texts of the library are UTF-16 on Windows and UTF-32 elsewhere, as paths take them.
+std::string utf8Of(const std::wstring& text) {
+    const std::u8string bytes = std::filesystem::path(text).u8string();
+    return {bytes.begin(), bytes.end()};
+}
+
+// Notifications arrive on the thread that runs the session, while it waits for the target. They must not throw.
+
+void onMessage(const std::wstring& text) {
+    std::fputs(utf8Of(text).c_str(), stdout);
+}
 
 void onPhase(std::uint32_t phase) {
     constexpr std::uint32_t noMorePhases = 0xFFFFFFFF;
@@ -68,7 +81,7 @@ void printPlan(KvIReflasher& session) {
     std::wstring format;
     std::wstring variant;
     session.getArchiveInfo(name, version, product, format, variant);
-    std::printf("%ls %ls\n", name.c_str(), version.c_str());
+    std::printf("%s %s\n", utf8Of(name).c_str(), utf8Of(version).c_str());
 
     // Both arrays belong to the caller, who releases them with delete[].
     KvTArchiveFileInfo* fileRecords = nullptr;
@@ -82,14 +95,15 @@ void printPlan(KvIReflasher& session) {
     for (std::uint32_t index = 0; index < elementCount; ++index) {
         const KvTUpdateElementInfo& element = elements[index];
         if (element.hasArchiveFile != 0 && !element.disabled) {
-            std::printf("%u: %ls, phase %u, from %s\n", element.index, element.displayName.c_str(), element.phase,
-                        files[element.archiveFileIndex].name.c_str());
+            std::printf("%u: %s, phase %u, from %s\n", element.index, utf8Of(element.displayName).c_str(),
+                        element.phase, files[element.archiveFileIndex].name.c_str());
         }
     }
 }
 
 int update(const Request& request) {
     const std::unique_ptr<KvIReflasher> session(KvIReflasher::createInstance(updateOptions(request)));
+    session->setMessageCallback(onMessage); // without it messages go to standard output
     session->setPhaseCallback(onPhase);
     session->setProgressCallback(onProgress);
     session->setElementErrorCallback(onElementError);
@@ -111,6 +125,12 @@ int update(const Request& request) {
     return EXIT_SUCCESS;
 }
 
+bool readNumber(const std::string& text, std::vector<std::uint32_t>& numbers) {
+    const char* const end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, numbers.emplace_back());
+    return read.ec == std::errc() && read.ptr == end;
+}
+
 } // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -124,8 +144,8 @@ int main(int argumentCount, char** arguments) {
         const bool hasValue = index + 1 < words.size();
         if (words[index] == "--reboot") {
             request.reboot = true;
-        } else if (words[index] == "--disable" && hasValue) {
-            request.disabled.push_back(static_cast<std::uint32_t>(std::stoul(words[++index])));
+        } else if (words[index] == "--disable" && hasValue && readNumber(words[++index], request.disabled)) {
+            continue;
         } else if (words[index] == "--emulate" && hasValue && serveEmulatedRack(words[++index])) {
             continue;
         } else {
