@@ -49,7 +49,7 @@ public:
     [[nodiscard]] std::uint32_t getErrorCount() const;
     /// Locks the list and returns its error count.
     [[nodiscard]] std::uint32_t getErrorCountLock();
-    /// Returns the error count and unlocks the list; pairs with getErrorCountLock() on the same thread.
+    /// Returns the error count and unlocks the list; pairs with getErrorCountLock() on the same thread. Throws nothing.
     [[nodiscard]] std::uint32_t getErrorCountUnlock();
 
     /// The number of errors that can be looked at.
@@ -103,14 +103,15 @@ public:
     /// Never null; lives as long as the process.
     static KvCErrorManager* getInstance();
 
-    /// The process's master list: owned by the manager, never deleted.
+    /// The process's master list: owned by the manager, never deleted. Only calls that are given it add to it.
     [[nodiscard]] KvCErrorListPool& getMasterErrorList();
 
-    /// Creates an empty list, to be released with deleteErrorList(). The sizes are reservations, not limits.
+    /// Creates an empty list, to be released with deleteErrorList(). The sizes are reservations, not limits; owner and
+    /// kind are numbers of the maker's logging.
     /// Throws std::bad_alloc when memory is exhausted; never null.
     [[nodiscard]] KvCErrorList* createErrorList(std::uint32_t ownerId, std::uint32_t listKind, std::uint32_t entryCount,
                                                 std::uint32_t parametersPerEntry, std::uint32_t textSize);
-    /// Releases a list of createErrorList(); null is ignored.
+    /// Releases a list of createErrorList(); null is ignored. Throws nothing.
     void deleteErrorList(KvCErrorList* list);
     /// Hands the entries of `list` to the system's error logging; `list` stays as it is and with its owner.
     void sendErrorList(KvCErrorList* list, std::uint32_t destination);

@@ -25,6 +25,7 @@ public:
     KvCInventoryItem(KvCInventoryItem&&) = delete;
     KvCInventoryItem& operator=(const KvCInventoryItem&) = delete;
     KvCInventoryItem& operator=(KvCInventoryItem&&) = delete;
+    /// Releases everything below, too. Throws nothing.
     ~KvCInventoryItem();
 
     /// Identifier and instance number of this item, as an address of one component.

@@ -54,7 +54,8 @@ public:
     void deleteInventoryTree(KvCInventoryItem* tree);
 
     /// Takes the update lock of the system at `address`, without waiting: a target that another owner holds is an
-    /// error. On success `lockHandle` receives the lock, to be given back with unlock().
+    /// error. `flags` are bits of the service. On success `lockHandle` receives the lock, to be given back with
+    /// unlock().
     std::uint32_t lock(KvCErrorListPool& errors, KvCInventoryRootHandle* root, const KvCInventoryAddress& address,
                        std::uint32_t flags, void*& lockHandle);
     /// Gives the lock back. After a failure the handle remains valid.
@@ -83,7 +84,7 @@ public:
     std::uint32_t updateStatus2(KvCErrorListPool& errors, KvCInventoryRootHandle* root,
                                 const KvCInventoryAddress& address, std::uint32_t& id, std::uint32_t& state,
                                 std::uint32_t& done, std::uint32_t& total);
-    /// Adds the errors that the target reports for a finished update to `targetErrors`.
+    /// Adds the errors that the target reports for a finished update to `targetErrors`, and none to `errors` for them.
     std::uint32_t updateErrors2(KvCErrorListPool& errors, KvCInventoryRootHandle* root,
                                 const KvCInventoryAddress& address, void* lockHandle, std::uint32_t elementId,
                                 KvCErrorListPool& targetErrors);

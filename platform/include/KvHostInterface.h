@@ -30,29 +30,35 @@ struct KvHIMSDeviceInfo {
 /// not wait for another thread that does.
 using KvHIMProgress = void (*)(std::int64_t done, std::int64_t total, void* context);
 
-/// Creates a device filter of `kind`.
+/// Creates a device filter of `kind`, a number of the service.
 KV_PLATFORM_API std::int32_t KvHIM_createFilter(KvCErrorListPool& errors, KvHIMFilterHandle& filter,
                                                 std::uint32_t kind);
-/// Sets parameter `parameter` of the filter to the `size` bytes at `value`.
+/// Sets parameter `parameter` of the filter to the `size` bytes at `value`. Parameter 6 is the device's IPv4 address,
+/// bytes in network order.
 KV_PLATFORM_API std::int32_t KvHIM_setFilterParameter(KvCErrorListPool& errors, KvHIMFilterHandle filter,
                                                       std::uint32_t parameter, const void* value, std::uint32_t size);
+/// Makes the parameters count; called once, after they were set and before the devices are listed.
 KV_PLATFORM_API std::int32_t KvHIM_applyFilter(KvCErrorListPool& errors, KvHIMFilterHandle filter);
 /// Lists the devices that pass the filter. `count` receives their number; when `capacity` records are too few, none
 /// is written and the status is 21.
 KV_PLATFORM_API std::int32_t KvHIM_getDeviceList(KvCErrorListPool& errors, KvHIMFilterHandle filter,
                                                  KvHIMSDeviceInfo* devices, std::int32_t capacity, std::int32_t& count);
+/// Releases a filter; it is gone whatever the status.
 KV_PLATFORM_API std::int32_t KvHIM_deleteFilter(KvCErrorListPool& errors, KvHIMFilterHandle filter);
 
+/// Opens a device that KvHIM_getDeviceList() has listed; the filter may be gone.
 KV_PLATFORM_API std::int32_t KvHIM_createDeviceHandle(KvCErrorListPool& errors, const KvHIMSDeviceInfo& info,
                                                       KvHIMDeviceHandle& device);
+/// Releases a device handle; it is gone whatever the status.
 KV_PLATFORM_API std::int32_t KvHIM_deleteDeviceHandle(KvCErrorListPool& errors, KvHIMDeviceHandle device);
-/// Resets the device at once, whatever it is doing.
+/// Resets the device at once, whatever it is doing. `resetKind` is a number of the service.
 KV_PLATFORM_API std::int32_t KvHIM_FORCE_resetDevice(KvCErrorListPool& errors, KvHIMDeviceHandle device,
                                                      std::uint32_t resetKind);
 
 /// Creates a file transfer client on the device.
 KV_PLATFORM_API std::int32_t KvHIM_createFTClientHandle(KvCErrorListPool& errors, KvHIMDeviceHandle device,
                                                         KvHIMFTClientHandle& client);
+/// Releases a file transfer client; it is gone whatever the status.
 KV_PLATFORM_API std::int32_t KvHIM_deleteFTClientHandle(KvCErrorListPool& errors, KvHIMFTClientHandle client);
 /// Creates folder `name` in the target's folder `parent`; a folder that exists already is a failure. `reserved` is
 /// null.
