@@ -1,10 +1,11 @@
 # What is installed, and the packages made of it.
 include(CMakePackageConfigHelpers)
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake)
-set(document_folder ${CMAKE_INSTALL_DATAROOTDIR}/doc/kvreflash)
+set(document_folder share/doc/kvreflash)
 
-# kv_install_package(NAME): a library with its CMake package; its targets are in the namespace of its name.
-function(kv_install_package name)
+# kv_install_package(NAME DESCRIPTION): a library with its CMake package, whose targets are in the namespace of its name,
+# and what pkg-config knows of it.
+function(kv_install_package name description)
   install(TARGETS ${name} EXPORT ${name}Targets)
   install(EXPORT ${name}Targets NAMESPACE ${name}:: DESTINATION ${package_folder}/${name})
   configure_package_config_file(cmake/${name}Config.cmake.in ${CMAKE_BINARY_DIR}/${name}Config.cmake
@@ -12,28 +13,31 @@ function(kv_install_package name)
   write_basic_package_version_file(${CMAKE_BINARY_DIR}/${name}ConfigVersion.cmake COMPATIBILITY SameMajorVersion)
   install(FILES ${CMAKE_BINARY_DIR}/${name}Config.cmake ${CMAKE_BINARY_DIR}/${name}ConfigVersion.cmake
     DESTINATION ${package_folder}/${name})
+  if(NOT WIN32)
+    # The package finds itself wherever it is unpacked.
+    file(RELATIVE_PATH KV_PREFIX_FROM_PC /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+    configure_file(cmake/Library.pc.in ${CMAKE_BINARY_DIR}/${name}.pc @ONLY)
+    install(FILES ${CMAKE_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  endif()
 endfunction()
 
-kv_install_package(KvReflashLib)
+kv_install_package(KvReflashLib "${PROJECT_DESCRIPTION}")
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KvReflashLib)
 if(KV_PLATFORM STREQUAL "emulated")
-  kv_install_package(KvPlatform)
+  kv_install_package(KvPlatform "Emulated device access service")
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KvPlatform)
   install(FILES ${PROJECT_SOURCE_DIR}/platform/emulation/KvEmulation.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KvPlatform)
 endif()
-if(NOT WIN32)
-  # The package finds itself wherever it is unpacked.
-  file(RELATIVE_PATH KV_PREFIX_FROM_PC /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-  configure_file(cmake/KvReflashLib.pc.in ${CMAKE_BINARY_DIR}/KvReflashLib.pc @ONLY)
-  install(FILES ${CMAKE_BINARY_DIR}/KvReflashLib.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-endif()
 
 install(TARGETS kvreflash)
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${KV_NOTICES} DESTINATION ${document_folder})
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${document_folder}/docs)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${document_folder}/docs PATTERN api EXCLUDE)
+install(SCRIPT cmake/PackagedLinks.cmake)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/client ${PROJECT_SOURCE_DIR}/examples/rack
   ${PROJECT_BINARY_DIR}/examples/archive DESTINATION ${document_folder}/examples PATTERN state EXCLUDE)
+install(FILES ${PROJECT_SOURCE_DIR}/examples/make_archive.py DESTINATION ${document_folder}/examples)
+install(FILES ${PROJECT_SOURCE_DIR}/examples/archive/recipes.json DESTINATION ${document_folder}/examples/archive)
 if(WIN32)
   install(FILES ${KV_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
 else()

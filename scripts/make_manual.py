@@ -10,8 +10,10 @@ import sys
 from dataclasses import dataclass
 from pathlib import Path
 
-# Values that the shell completes as folders.
+# Values that the shell completes as folders, as files, and as one of the words that the help lists.
 FOLDER_VALUES = ("DIR",)
+FILE_VALUES = ("FILE",)
+WORD_VALUES = ("FORMAT", "HOW")
 
 
 @dataclass
@@ -21,12 +23,21 @@ class Option:
     value: str
     meaning: str
 
+    def is_positional(self):
+        return not self.names[0].startswith("-")
+
+    def words(self):
+        """The values that the help lists: "How it is done: one, two (as a remark) or three (default: one)"."""
+        listed = re.sub(r" \(.*?\)", "", self.meaning.partition(": ")[2])
+        return re.split(r", | or ", listed)
+
 
 @dataclass
 class Command:
     """A command and what it takes."""
     name: str
     meaning: str
+    usage: str
     options: list
 
 
@@ -44,12 +55,17 @@ def option_of(names, meaning):
 
 def command_of(name, meaning, help_text):
     entries = entries_of(help_text, "Positionals") + entries_of(help_text, "Options")
-    return Command(name, meaning, [option_of(*entry) for entry in entries])
+    usage = re.search(r"^Usage: (.*)$", help_text, re.MULTILINE).group(1)
+    return Command(name, meaning, usage, [option_of(*entry) for entry in entries])
 
 
 def footer_of(help_text):
     """What stands behind the lists of the main help."""
     return help_text.partition("\nCommands:\n")[2].partition("\n\n")[2].strip()
+
+
+DOCUMENTS = ("The documents, an example archive and an example rack are in share/doc/kvreflash below the folder that the "
+             "package was installed in: docs/commands.md has examples of each command and option.")
 
 
 # --- the manual page --------------------------------------------------------------------------------------------------
@@ -86,50 +102,63 @@ def man_page(summary, commands, footer, version):
     text += ".SH SYNOPSIS\n.B kvreflash\n.I COMMAND\n[\\fIOPTIONS\\fR]\n"
     text += f".SH DESCRIPTION\n{description}.SH COMMANDS\n"
     for command in commands:
-        text += f".SS {roff(command.name)}\n{roff(command.meaning)}\n"
+        text += f".SS {roff(command.name)}\n{roff(command.meaning)}\n.PP\n.B {roff(command.usage)}\n"
         text += "".join(option_roff(option) for option in command.options if "--help" not in option.names)
-    return text + lists
+    return text + lists + f".SH SEE ALSO\n{roff(DOCUMENTS)}\n"
 
 
 # --- the completion ---------------------------------------------------------------------------------------------------
 
 def completion(commands):
+    options = [option for command in commands for option in command.options if not option.is_positional()]
+
+    def cases(generator, chosen):
+        names = sorted({name for option in chosen for name in option.names})
+        return f"""    {'|'.join(names)})
+        mapfile -t COMPREPLY < <(compgen {generator} -- "$word")
+        return
+        ;;
+"""
+
+    values = cases("-d", (option for option in options if option.value in FOLDER_VALUES))
+    values += cases("-f", (option for option in options if option.value in FILE_VALUES))
+    for option in options:
+        if option.value in WORD_VALUES:
+            values += cases(f"-W '{' '.join(option.words())}'", [option])
+    values += cases("-W ''", (option for option in options
+                              if option.value and option.value not in FOLDER_VALUES + FILE_VALUES + WORD_VALUES))
     names = " ".join(command.name for command in commands)
-    folders = sorted({name for command in commands for option in command.options
-                      for name in option.names if option.value in FOLDER_VALUES and name.startswith("-")})
-    valued = sorted({name for command in commands for option in command.options
-                     for name in option.names if option.value and name.startswith("-")} - set(folders))
-    cases = "\n".join(
-        f"    {command.name}) words='{' '.join(name for option in command.options for name in option.names if name.startswith('--'))}' ;;"
-        for command in commands)
     return f"""# Completion of kvreflash for bash.
 _kvreflash() {{
-    local word=${{COMP_WORDS[COMP_CWORD]}} previous=${{COMP_WORDS[COMP_CWORD - 1]}} words
+    local word=${{COMP_WORDS[COMP_CWORD]}} previous=${{COMP_WORDS[COMP_CWORD - 1]}} words folders=
     if ((COMP_CWORD == 1)); then
         mapfile -t COMPREPLY < <(compgen -W '{names} --help' -- "$word")
         return
     fi
+    # The shell takes --option=VALUE apart.
+    if [[ $word == = ]]; then
+        word=
+    elif [[ $previous == = ]]; then
+        previous=${{COMP_WORDS[COMP_CWORD - 2]}}
+    fi
     case $previous in
-    {'|'.join(folders)})
-        mapfile -t COMPREPLY < <(compgen -d -- "$word")
-        return
-        ;;
-    {'|'.join(valued)})
-        mapfile -t COMPREPLY < <(compgen -f -- "$word")
-        return
-        ;;
-    esac
+{values}    esac
     case ${{COMP_WORDS[1]}} in
-{cases}
-    esac
+{''.join(command_case(command) for command in commands)}    esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$words" -- "$word")
-    else
-        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+    elif [[ $folders ]]; then
+        mapfile -t COMPREPLY < <(compgen -d -- "$word")
     fi
 }}
 complete -o filenames -F _kvreflash kvreflash
 """
+
+
+def command_case(command):
+    words = " ".join(name for option in command.options for name in option.names if name.startswith("--"))
+    takes_folder = any(option.is_positional() and option.names[0] in FOLDER_VALUES for option in command.options)
+    return f"    {command.name}) words='{words}'{' folders=yes' if takes_folder else ''} ;;\n"
 
 
 def main(tool, version, man, bash):

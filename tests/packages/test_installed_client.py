@@ -55,11 +55,10 @@ class InstalledClientTest(unittest.TestCase):
     @unittest.skipUnless(shutil.which("pkg-config"), "there is no pkg-config")
     def test_it_is_built_by_pkg_config(self):
         environment = {**os.environ, "PKG_CONFIG_PATH": str(self.library_folder / "pkgconfig")}
-        flags = call("pkg-config", "--cflags", "--libs", "KvReflashLib", env=environment).split()
+        flags = call("pkg-config", "--cflags", "--libs", "KvReflashLib", "KvPlatform", env=environment).split()
         client = self.folder / "client"
         sources = [Path(OPTIONS.client) / name for name in ("Client.cpp", "EmulatedRack.cpp")]
-        call(OPTIONS.compiler, "-std=c++20", *sources, f"-I{self.prefix / 'include/KvPlatform'}", *flags, "-lKvPlatform",
-             "-o", client)
+        call(OPTIONS.compiler, "-std=c++20", *sources, *flags, "-o", client)
         self.assert_updates(client, LD_LIBRARY_PATH=str(self.library_folder))
 
     def test_another_major_version_is_not_found(self):

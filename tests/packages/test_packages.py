@@ -57,6 +57,7 @@ class Package:
 
     def test_the_examples_that_come_along_make_an_update(self):
         shutil.copytree(self.documents / "examples", self.folder / "examples")
+        self.assertEqual(self.run_tool("check", "-a", "examples/archive"), (0, "No findings.\n", ""))
         code, output, errors = self.run_tool("update", "-a", "examples/archive", "-t", "127.0.0.1", "--emulate",
                                              "examples/rack")
         self.assertEqual((code, errors), (0, ""))
@@ -80,6 +81,13 @@ class Package:
     def test_the_documents_are_there(self):
         for document in ("README.md", "docs/commands.md", "docs/schemas/archive.schema.json"):
             self.assertTrue((self.documents / document).is_file(), document)
+
+    def test_links_of_the_documents_lead_to_something(self):
+        links = [(document, link) for document in self.documents.rglob("*.md")
+                 for link in re.findall(r"\]\(([^)\s#]+)", document.read_text(encoding="utf-8"))]
+        self.assertGreater(len(links), 40)
+        for document, link in links:
+            self.assertTrue((document.parent / link).exists(), f"{document.name}: {link}")
 
     @unittest.skipIf(WINDOWS, "there is no place for them")
     def test_manual_page_and_completion_are_there(self):

@@ -68,6 +68,17 @@ class ManualTest(unittest.TestCase):
         self.assertEqual(self.complete("check", "-a", "examples/a"), ["examples/archive"])
         self.assertEqual(self.complete("update", "--archive", "README"), [])
         self.assertEqual(self.complete("update", "--report", "README"), ["README.md"])
+        self.assertEqual(self.complete("capture", "examples/a"), ["examples/archive"])
+
+    def test_values_behind_an_equals_sign_are_completed(self):
+        self.assertEqual(self.complete("check", "--archive", "=", "examples/a"), ["examples/archive"])
+        self.assertIn("examples", self.complete("check", "--archive", "="))
+
+    def test_words_are_completed_and_nothing_else_is(self):
+        self.assertEqual(self.complete("check", "--format", ""), ["text", "json"])
+        self.assertEqual(self.complete("update", "--progress", ""), ["line", "plain", "none"])
+        self.assertEqual(self.complete("update", "--disable", ""), [])
+        self.assertEqual(self.complete("update", ""), [])
 
 
 if __name__ == "__main__":
