@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 /// Narrow character string; the bytes are UTF-8 by convention and are never checked here. A value type; distinct
 /// objects may be used from distinct threads.

@@ -2,8 +2,6 @@
 
 #include "KvCInventoryAddress.h"
 
-#include <cstdint>
-
 /// The identifiers of the inventory tree as addresses of one component at instance 1.
 namespace KvNInventoryIDs {
 

@@ -66,7 +66,7 @@ bool KvCFirmwareArchive::readArchive(KvCErrorListPool& errors) {
 
 bool KvCFirmwareArchive::readDescriptionFile(KvCErrorListPool& /*errors*/) {
     KvCArchiveFindings findings(writer_);
-    return parseDescription(options_.archiveFolder + L"\\" + options_.descriptionFileName, findings);
+    return parseDescription(descriptionFilePath(options_), findings);
 }
 
 bool KvCFirmwareArchive::parseDescription(const std::wstring& path, KvCArchiveFindings& findings) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ArchiveFindings.h"
-#include "EntryRules.h"
 #include "KvCErrorManager.h"
 #include "KvTArchiveFile.h"
 #include "KvTOptions.h"

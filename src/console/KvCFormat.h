@@ -2,7 +2,6 @@
 
 #include <concepts>
 #include <cstddef>
-#include <type_traits>
 
 /// A wide format text that was held against the types of its arguments at compile time. "%s" takes a wide text,
 /// "%hs" a narrow one, "%u" and "%x" an unsigned number, "%i" and "%d" a signed one, "%f" a double, a "*" an int.

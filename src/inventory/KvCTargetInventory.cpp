@@ -104,7 +104,7 @@ void KvCTargetInventory::buildFileSystemTemplate() {
     element->hwCompatibilityId = first.hwCompatibilityId;
     element->swCompatibilityId = first.swCompatibilityId;
     element->isFileSystemElement = true;
-    element->location = "*";
+    element->location = anyLocation;
     element->configured = false;
     element->name = "Updatable file";
     makeElementNames(element->boardName, element->boardType, element->serialNumber, element->name, element->typeName,

@@ -13,6 +13,9 @@
 /// Archive file index of an element that no archive entry matches.
 inline constexpr std::uint32_t noArchiveFile = 0xFFFFFFFF;
 
+/// Location of an element that takes any target path.
+inline constexpr const char* anyLocation = "*";
+
 /// Where an element stands in the running update.
 enum KvEUpdateState : std::uint32_t {
     notToBeUpdated = 0, ///< also when its update file is missing
@@ -59,7 +62,7 @@ struct KvTUpdateElement {
     bool isFileSystemElement = false;
     KvCInventoryAddress elementAddress;
     std::uint32_t elementId = 0;
-    /// Path of a file-system element; "*" takes any.
+    /// Path of a file-system element, or anyLocation.
     KvCString location;
     std::uint32_t hwCompatibilityId = 0;
     std::uint32_t swCompatibilityId = 0;

@@ -8,8 +8,6 @@ namespace {
 
 using KvNJson::jsonView;
 
-constexpr std::string_view anyLocation = "*";
-
 bool matchesScalar(jsonView archiveValue, const KvTElementValue& elementValue) {
     if (std::holds_alternative<std::monostate>(elementValue)) {
         return archiveValue.is_null();

@@ -61,7 +61,7 @@ struct KvTEntrySelection {
 [[nodiscard]] const KvTEntrySelection* decidingSelection(const KvTUpdateElement& element,
                                                          const std::vector<KvTEntrySelection>& selections);
 
-/// The first test that the selection fails for `element`. An element whose location is "*" takes any target path.
+/// The first test that the selection fails for `element`. An element at anyLocation takes any target path.
 [[nodiscard]] KvEMatchTest firstFailingTest(const KvTUpdateElement& element, const KvTEntrySelection& selection);
 
 /// True when `file` is meant for `element`: its deciding selection passes all tests. `targetPath` receives the path of

@@ -9,7 +9,7 @@ using KvNJson::jsonView;
 
 /// Texts that are known from the start.
 constexpr std::uint32_t noText = 0;
-constexpr std::uint32_t anyLocation = 1;
+constexpr std::uint32_t anyLocationText = 1;
 
 /// The values compared with an element's; the first one is a text.
 constexpr std::array comparedValues = {&KvTEntrySelection::boardVariant, &KvTEntrySelection::boardId,
@@ -43,7 +43,7 @@ std::size_t UnmatchedElements::PlaceHash::operator()(const Place& place) const {
 }
 
 UnmatchedElements::UnmatchedElements(std::list<KvTUpdateElement>& elements)
-    : textNumbers_{{"", noText}, {"*", anyLocation}} {
+    : textNumbers_{{"", noText}, {anyLocation, anyLocationText}} {
     places_.reserve(elements.size());
     for (KvTUpdateElement& element : elements) {
         const Place place = {.boardType = numberOf(element.boardType.view()),
@@ -96,7 +96,7 @@ void UnmatchedElements::takeBoardType(std::uint32_t boardType, const KvTEntrySel
             takeFrom({boardType, *selection.id, false}, selection, taken);
         }
     } else if (selection.targetPath) {
-        takeFrom({boardType, anyLocation, true}, selection, taken);
+        takeFrom({boardType, anyLocationText, true}, selection, taken);
         if (const std::optional<std::uint32_t> path = knownNumberOf(*selection.targetPath)) {
             takeFrom({boardType, *path, true}, selection, taken);
         }

@@ -3,6 +3,8 @@
 #include "KvCReflasher.h"
 #include "TextConversions.h"
 
+#include <memory>
+
 namespace {
 
 using KvNReflasher::KvTArchiveFileInfo;
@@ -36,7 +38,7 @@ KvTUpdateElementInfo elementInfo(const KvTUpdateElement& element, std::uint32_t 
             .disabled = element.disabled};
 }
 
-/// Makes an array of `size` records with `fill(record, position)` and hands it over; null and 0 when there are none or
+/// Makes an array of `size` records with `fill(array)` and hands it over; null and 0 when there are none or
 /// memory is exhausted.
 template <typename Record, typename Fill>
 void handOver(std::size_t size, Record*& records, std::uint32_t& count, Fill&& fill) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <string_view>
 
 /// UTF-8 to wide text, up to the first zero byte; empty when `text` is not well-formed.
 [[nodiscard]] std::wstring utf8ToWide(const char* text);

@@ -6,6 +6,7 @@
 #include <clocale>
 #include <cwctype>
 #include <iterator>
+#include <string_view>
 #include <type_traits>
 
 namespace {

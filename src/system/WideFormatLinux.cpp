@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <cstdint>
 #include <string_view>
 #include <type_traits>
 

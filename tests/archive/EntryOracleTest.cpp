@@ -1,6 +1,7 @@
 #include "EntryOracle.h"
 
 #include "ArchiveFixture.h"
+#include "EntryRules.h"
 #include "RandomDescriptions.h"
 
 #include <algorithm>

@@ -85,6 +85,11 @@ class HouseTest(unittest.TestCase):
         errors, _ = self.findings(platform__emulation__E_h="", src__session__S_cpp='#include "E.h"\n')
         self.assertIn("src/session does not see platform/emulation", errors[0])
 
+    def test_the_tool_sees_one_header_of_the_emulation(self):
+        errors, _ = self.findings(platform__emulation__KvEmulation_h="", platform__emulation__E_h="",
+                                  tools__T_cpp='#include "KvEmulation.h"\n#include "E.h"\n')
+        self.assertEqual(errors, ["tools/T.cpp: tools does not see platform/emulation, but includes platform/emulation/E.h"])
+
     def test_ring_of_includes_fails(self):
         errors, _ = self.findings(src__a__A_h='#include "B.h"\n', src__a__B_h='#include "C.h"\n', src__a__C_h='#include "B.h"\n')
         self.assertEqual(errors, ["a ring of includes: src/a/B.h -> src/a/C.h -> src/a/B.h"])
