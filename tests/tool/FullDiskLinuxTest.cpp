@@ -1,6 +1,8 @@
 #include "ArchiveFolder.h"
 #include "CompleteItems.h"
 #include "RedirectedStream.h"
+#include "Report.h"
+#include "ScratchFolder.h"
 #include "Session.h"
 #include "TargetBuilder.h"
 #include "ToolRun.h"
@@ -8,6 +10,9 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <csignal>
+#include <sys/resource.h>
 
 namespace {
 
@@ -27,6 +32,28 @@ ToolRun runOnFullDisk(const std::vector<std::string>& arguments) {
     KvEmulation::reset();
     return run;
 }
+
+/// While it lives, no file of this process can grow beyond a few bytes.
+class SmallDisk {
+public:
+    SmallDisk() : formerHandler_(std::signal(SIGXFSZ, SIG_IGN)) {
+        constexpr rlim_t bytes = 100;
+        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &former_), 0);
+        const rlimit small{bytes, former_.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+    ~SmallDisk() {
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &former_), 0);
+        (void)std::signal(SIGXFSZ, formerHandler_);
+    }
+
+private:
+    using Handler = void (*)(int);
+    Handler formerHandler_;
+    rlimit former_{};
+};
 
 class FullDisk : public testing::Test {
 protected:
@@ -91,6 +118,33 @@ TEST_F(FullDisk, AnEventsFileWithoutEventsLosesNothing) {
     const ToolRun run = runCaptured({"update", "-a", "missing", "--events", fullDisk});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.errors, "");
+}
+
+TEST(ReportOnAFullDisk, AnEarlierReportIsStillThere) {
+    const ScratchFolder folder;
+    for (const char* name : {"report.json", "report.html"}) {
+        folder.write(name, "earlier");
+        const std::string path = folder.text() + "/" + name;
+        bool isWritten = true;
+        {
+            const SmallDisk disk;
+            isWritten = writeReport(KvTReport(), path);
+        }
+        EXPECT_FALSE(isWritten);
+        EXPECT_EQ("earlier", folder.read(name));
+        EXPECT_TRUE(writeReport(KvTReport(), path));
+        EXPECT_NE("earlier", folder.read(name));
+    }
+    EXPECT_EQ(folder.list().size(), 2U);
+}
+
+TEST(ReportThroughALink, WritesTheFileThatTheLinkNames) {
+    const ScratchFolder folder;
+    folder.write("report.html", "earlier");
+    std::filesystem::create_symlink("report.html", folder.path() / "latest.html");
+    EXPECT_TRUE(writeReport(KvTReport(), folder.text() + "/latest.html"));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder.path() / "latest.html"));
+    EXPECT_NE("earlier", folder.read("report.html"));
 }
 
 } // namespace

@@ -2,43 +2,17 @@
 
 #include "TargetFolder.h"
 #include "ToolOutput.h"
+#include "WholeFile.h"
 
 #include <filesystem>
-#include <fstream>
-#include <string_view>
 #include <system_error>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-/// The description's name until it is complete.
-constexpr const char* unfinishedFile = "target.json.new";
-
 bool refuse(const std::string& folder, const std::string& reason) {
     say("'" + folder + "' " + reason);
-    return false;
-}
-
-/// Creates the file; false when any byte of it may not have been written.
-bool writeFile(const fs::path& path, std::string_view text) {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file.write(text.data(), static_cast<std::streamsize>(text.size()));
-    file.close();
-    return file.good();
-}
-
-/// The description appears under its name once it is complete.
-bool writeDescription(const fs::path& folder, std::string_view text) {
-    const fs::path unfinished = folder / unfinishedFile;
-    std::error_code fault;
-    if (writeFile(unfinished, text)) {
-        fs::rename(unfinished, folder / targetDescriptionFile, fault);
-        if (!fault) {
-            return true;
-        }
-    }
-    fs::remove(unfinished, fault);
     return false;
 }
 
@@ -71,7 +45,7 @@ bool writeNewTarget(const std::string& folder, const std::string& description) {
     if (fault) {
         return refuse(folder, "cannot be created: " + fault.message());
     }
-    if (writeDescription(path, description)) {
+    if (writeWholeFile(path / targetDescriptionFile, description)) {
         return true;
     }
     if (isNew) {

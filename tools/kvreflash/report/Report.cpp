@@ -1,11 +1,24 @@
 #include "Report.h"
 
-#include "Files.h"
-#include "TextConversion.h"
+#include "WholeFile.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <filesystem>
+
+namespace {
+
+/// Off Windows a "\\" separates like a "/".
+std::filesystem::path pathOf(const std::string& utf8) {
+    std::u8string text(utf8.begin(), utf8.end());
+    if constexpr (std::filesystem::path::preferred_separator == '/') {
+        std::replace(text.begin(), text.end(), u8'\\', u8'/');
+    }
+    return {text};
+}
+
+} // namespace
 
 KvEOutcome KvTReport::outcomeOf(const KvTPlannedElement& element) const {
     if (!element.isUpdated()) {
@@ -61,10 +74,5 @@ std::string timeText(std::chrono::system_clock::time_point time) {
 }
 
 bool writeReport(const KvTReport& report, const std::string& path) {
-    const std::string text = path.ends_with(".json") ? reportDocument(report) : reportPage(report);
-    FileStream file = openForWriting(utf8ToWide(path.c_str()));
-    if (file == nullptr || std::fwrite(text.data(), 1, text.size(), file.get()) != text.size()) {
-        return false;
-    }
-    return std::fclose(file.release()) == 0;
+    return writeWholeFile(pathOf(path), path.ends_with(".json") ? reportDocument(report) : reportPage(report));
 }

@@ -68,5 +68,6 @@ struct KvTReport {
 /// The report as one HTML file that needs no other.
 [[nodiscard]] std::string reportPage(const KvTReport& report);
 
-/// Writes the report to a file, whose ending, .html or .json, decides the form. False when it cannot be written.
+/// Writes the report to a file, whose ending, .html or .json, decides the form. False when it cannot be
+/// written; what becomes of an earlier report then, writeWholeFile() tells.
 [[nodiscard]] bool writeReport(const KvTReport& report, const std::string& path);
