@@ -22,14 +22,12 @@ std::string textOfFile(const std::wstring& path) {
     const FileStream file = openForReading(path);
     std::string text;
     std::array<char, pieceSize> piece{};
-    while (file != nullptr) {
-        const std::size_t size = std::fread(piece.data(), 1, piece.size(), file.get());
+    std::size_t size = piece.size();
+    while (file != nullptr && size == piece.size()) {
+        size = std::fread(piece.data(), 1, piece.size(), file.get());
         text.append(piece.data(), size);
-        if (size < piece.size()) {
-            break;
-        }
     }
-    return text;
+    return file != nullptr && std::ferror(file.get()) == 0 ? text : std::string();
 }
 
 std::vector<KvTOutlinedEntry> entriesOf(const JsonOutline& outline, const ReaderFindings& read) {
