@@ -4,6 +4,7 @@
 #include "EntryProperties.h"
 #include "Files.h"
 #include "ForeignPaths.h"
+#include "HeaderComparison.h"
 #include "UpdateFileReaders.h"
 
 #include <string>
@@ -44,7 +45,7 @@ public:
             return;
         }
         if (isTold) {
-            compareChecksum(entry.find("checksumCrc32"), file.checksumCrc32, state.header);
+            compareChecksum(entry.find("checksumCrc32"), file, state.header);
         }
         compareVersion(entry, file, state.header);
     }
@@ -73,18 +74,18 @@ private:
         }
     }
 
-    void compareChecksum(OutlineValue value, std::uint32_t told, const KvTUpdateFileHeader& header) {
-        if (header.checksum != unknownValue && header.checksum != told) {
+    void compareChecksum(OutlineValue value, const KvTArchiveFile& file, const KvTUpdateFileHeader& header) {
+        if (tellsOtherChecksum(header, file)) {
             findings_.warn("checksum-mismatch", value,
-                           "The description tells the checksum " + std::to_string(told) + ", the update file " +
-                               std::to_string(header.checksum) + ".",
+                           "The description tells the checksum " + std::to_string(file.checksumCrc32) +
+                               ", the update file " + std::to_string(header.checksum) + ".",
                            "Write the file's checksum, leave \"checksumCrc32\" out, or put the right file in place.");
         }
     }
 
     void compareVersion(OutlineValue entry, const KvTArchiveFile& file, const KvTUpdateFileHeader& header) {
         const OutlineValue value = entry.find("version");
-        if (value.kind() == KvEJsonKind::null || header.version == unknownVersion() || header.version == file.version) {
+        if (value.kind() == KvEJsonKind::null || !tellsOtherVersion(header, file)) {
             return;
         }
         const std::string told(file.version.getAsString().view());

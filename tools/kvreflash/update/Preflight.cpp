@@ -3,38 +3,46 @@
 #include "ArchivePaths.h"
 #include "EntryProperties.h"
 #include "Files.h"
+#include "HeaderComparison.h"
 #include "UpdateFileReaders.h"
 
 #include <set>
 
 namespace {
 
-bool canBeRead(const std::wstring& path) {
-    const FileStream file = openForReading(path);
-    char byte = 0;
-    return file != nullptr && (std::fread(&byte, 1, 1, file.get()) == 1 || std::ferror(file.get()) == 0);
-}
-
 std::string textOf(const KvCVersion& version) {
     return std::string(version.getAsString().view());
 }
 
-/// What the header of the file tells otherwise than the description.
-void compareHeader(const std::wstring& path, const KvTArchiveFile& file, std::vector<std::string>& findings) {
-    KvTUpdateFileHeader header;
-    if (readUpdateFile(path, header) != KvEReadStatus::success) {
-        return; // a plain file tells nothing of itself
-    }
+/// What the header tells otherwise than the description.
+void compareHeader(const KvTUpdateFileHeader& header, const KvTArchiveFile& file, std::vector<std::string>& findings) {
     const std::string name(file.name.view());
-    if (header.checksum != unknownValue && file.checksumCrc32 != unknownValue &&
-        header.checksum != file.checksumCrc32) {
+    if (tellsOtherChecksum(header, file)) {
         findings.push_back(name + ": its checksum is " + std::to_string(header.checksum) + ", the description says " +
                            std::to_string(file.checksumCrc32));
     }
     const KvNJson::jsonView version = EntryProperties(file.description.view())[KvEProperty::version];
-    if (version.is_string() && header.version != unknownVersion() && header.version != file.version) {
+    if (version.is_string() && tellsOtherVersion(header, file)) {
         findings.push_back(name + ": its version is " + textOf(header.version) + ", the description says " +
                            textOf(file.version));
+    }
+}
+
+void checkUpdateFile(const std::wstring& path, const KvTArchiveFile& file, std::vector<std::string>& findings) {
+    if (!pathExists(path)) {
+        findings.push_back(std::string(file.name.view()) + ": not found");
+        return;
+    }
+    KvTUpdateFileHeader header;
+    switch (readUpdateFile(path, header)) {
+    case KvEReadStatus::success:
+        compareHeader(header, file, findings);
+        break;
+    case KvEReadStatus::notThisKind:
+        break; // a plain file tells nothing of itself
+    case KvEReadStatus::cannotOpen:
+        findings.push_back(std::string(file.name.view()) + ": cannot be read");
+        break;
     }
 }
 
@@ -51,14 +59,7 @@ std::vector<std::string> preflightFindings(const KvCFirmwareArchive& archive, co
     std::vector<std::string> findings;
     for (const std::uint32_t index : indices) {
         const KvTArchiveFile& file = archive.files()[index];
-        const std::wstring path = updateFilePath(options, file.name);
-        if (!pathExists(path)) {
-            findings.push_back(std::string(file.name.view()) + ": not found");
-        } else if (!canBeRead(path)) {
-            findings.push_back(std::string(file.name.view()) + ": cannot be read");
-        } else {
-            compareHeader(path, file, findings);
-        }
+        checkUpdateFile(updateFilePath(options, file.name), file, findings);
     }
     return findings;
 }
