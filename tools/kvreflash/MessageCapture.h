@@ -1,11 +1,12 @@
 #pragma once
 
+#include "KvCConsoleWriter.h"
 #include "KvTCallbacks.h"
 
 #include <string>
 
-/// Collects a session's messages while it lives. Notification functions are given no context: only the newest capture
-/// receives messages.
+/// Collects what is written while it lives. Notification functions are given no context: whatever capture's writer is
+/// used, the newest capture receives what it writes.
 class MessageCapture {
 public:
     MessageCapture();
@@ -13,9 +14,9 @@ public:
     MessageCapture& operator=(const MessageCapture&) = delete;
     ~MessageCapture();
 
-    /// The function that receives messages.
-    [[nodiscard]] static KvNReflasher::KvTMessageCallback callback() { return take; }
-    /// What was said so far, as bytes.
+    /// Writes what is to be collected.
+    [[nodiscard]] const KvCConsoleWriter& writer() const { return writer_; }
+    /// What was written so far, as bytes.
     [[nodiscard]] const std::string& text() const { return text_; }
 
 private:
@@ -23,5 +24,7 @@ private:
 
     static MessageCapture* current;
     MessageCapture* previous_;
+    KvTCallbacks callbacks_{.message = take};
+    KvCConsoleWriter writer_{callbacks_};
     std::string text_;
 };

@@ -7,7 +7,6 @@
 PlannedTarget::PlannedTarget(KvNReflasher::KvTOptions options, KvNReflasher::KvEMode mode)
     : options_(std::move(options)) {
     options_.mode = mode;
-    callbacks_.message = MessageCapture::callback();
 }
 
 PlannedTarget::~PlannedTarget() {
@@ -24,7 +23,7 @@ bool PlannedTarget::reportErrors() {
     if (errors.getErrorCount() == 0) {
         return false;
     }
-    writer_.print(L"\nReported errors:\n");
-    printErrorReport(writer_, options_, errors, reportIndentation);
+    messages_.writer().print(L"\nReported errors:\n");
+    printErrorReport(messages_.writer(), options_, errors, reportIndentation);
     return true;
 }

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "KvCConsoleWriter.h"
 #include "KvCPreparation.h"
-#include "KvTCallbacks.h"
 #include "KvTOptions.h"
 #include "MessageCapture.h"
 
@@ -34,7 +32,5 @@ public:
 private:
     MessageCapture messages_;
     KvNReflasher::KvTOptions options_;
-    KvTCallbacks callbacks_;
-    KvCConsoleWriter writer_{callbacks_};
-    std::unique_ptr<KvCPreparation> preparation_ = std::make_unique<KvCPreparation>(writer_, options_);
+    std::unique_ptr<KvCPreparation> preparation_ = std::make_unique<KvCPreparation>(messages_.writer(), options_);
 };

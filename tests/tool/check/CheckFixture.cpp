@@ -30,9 +30,7 @@ std::string CheckTest::codes(std::string_view description) {
 
 std::string CheckTest::readersFirstError() const {
     const MessageCapture messages;
-    const KvTCallbacks callbacks{.message = MessageCapture::callback()};
-    const KvCConsoleWriter writer(callbacks);
-    KvCFirmwareArchive archive(writer, options_);
+    KvCFirmwareArchive archive(messages.writer(), options_);
     const bool isRead = archive.readArchive(KvCErrorManager::getInstance()->getMasterErrorList());
     const std::string& text = messages.text();
     const std::size_t error = text.find("ERROR: ");

@@ -1,6 +1,5 @@
 #include "CheckFixture.h"
 #include "EntryMatching.h"
-#include "KvCConsoleWriter.h"
 #include "KvCFirmwareArchive.h"
 #include "MessageCapture.h"
 
@@ -185,9 +184,7 @@ TEST_F(CheckShadows, WhatIsToldIsSoAndMostIsFound) {
         const std::string text = description.text();
         const std::vector<KvTFinding> findings = check(text);
         const MessageCapture messages;
-        const KvTCallbacks callbacks{.message = MessageCapture::callback()};
-        const KvCConsoleWriter writer(callbacks);
-        KvCFirmwareArchive archive(writer, options());
+        KvCFirmwareArchive archive(messages.writer(), options());
         ASSERT_TRUE(archive.readDescriptionFile(KvCErrorManager::getInstance()->getMasterErrorList()));
         const std::set<std::string> shadowed = shadowedEntries(archive);
         for (const KvTFinding& finding : findings) {

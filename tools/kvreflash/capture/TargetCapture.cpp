@@ -5,7 +5,6 @@
 #include "ErrorReport.h"
 #include "ExhaustedMemory.h"
 #include "InventoryDescription.h"
-#include "KvCConsoleWriter.h"
 #include "KvCInventoryManager.h"
 #include "KvCPreparation.h"
 #include "MessageCapture.h"
@@ -31,9 +30,7 @@ using ScannedTree = std::unique_ptr<KvCInventoryItem, TreeRelease>;
 /// A connection to the target whose inventory is to be read. Its messages are kept.
 class InventorySource {
 public:
-    explicit InventorySource(const KvNReflasher::KvTOptions& options) : options_(options) {
-        callbacks_.message = MessageCapture::callback();
-    }
+    explicit InventorySource(const KvNReflasher::KvTOptions& options) : options_(options) {}
 
     /// Finds the target as every session does. False when that failed; messages() says why.
     [[nodiscard]] bool connect() { return preparation_.connect(*errors_); }
@@ -48,8 +45,8 @@ public:
         if (isScanned && owned != nullptr) {
             return owned;
         }
-        writer_.print(L"ERROR: Cannot read target device information.\n");
-        printErrorReport(writer_, options_, *errors_, reportIndentation);
+        messages_.writer().print(L"ERROR: Cannot read target device information.\n");
+        printErrorReport(messages_.writer(), options_, *errors_, reportIndentation);
         return nullptr;
     }
 
@@ -59,10 +56,8 @@ public:
 private:
     MessageCapture messages_;
     const KvNReflasher::KvTOptions& options_;
-    KvTCallbacks callbacks_;
-    KvCConsoleWriter writer_{callbacks_};
     OwnedErrorList errors_ = OwnedErrorList::create();
-    KvCPreparation preparation_{writer_, options_};
+    KvCPreparation preparation_{messages_.writer(), options_};
 };
 
 std::string targetDescription(const KvCString& address, json inventory) {

@@ -4,7 +4,6 @@
 #include "FileWarnings.h"
 #include "Files.h"
 #include "KeyWarnings.h"
-#include "KvCConsoleWriter.h"
 #include "MessageCapture.h"
 #include "NameWarnings.h"
 #include "ReaderFindings.h"
@@ -47,10 +46,8 @@ std::vector<KvTFinding> findingsOfArchive(const KvNReflasher::KvTOptions& option
     silent.mode = KvNReflasher::dumpArchiveDescription;
     const std::wstring path = options.archiveFolder + L"\\" + options.descriptionFileName;
     const MessageCapture messages;
-    const KvTCallbacks callbacks{.message = MessageCapture::callback()};
-    const KvCConsoleWriter writer(callbacks);
-    KvCFirmwareArchive archive(writer, silent);
-    ReaderFindings read(writer, messages);
+    KvCFirmwareArchive archive(messages.writer(), silent);
+    ReaderFindings read(messages);
     (void)archive.parseDescription(path, read);
     (void)archive.completeFromUpdateFiles(read);
 

@@ -12,9 +12,9 @@
 /// Collects what the archive's reader has to say, and lets it go on.
 class ReaderFindings : public KvCArchiveFindings {
 public:
-    /// `messages` receives what `writer` writes.
-    ReaderFindings(const KvCConsoleWriter& writer, const MessageCapture& messages)
-        : KvCArchiveFindings(writer), messages_(messages) {}
+    /// `messages` collects what the reader says, and nothing else.
+    explicit ReaderFindings(const MessageCapture& messages)
+        : KvCArchiveFindings(messages.writer()), messages_(messages) {}
 
     /// Adds the findings so far to `list`, each with the reader's own words. `outline` and `text` are those of the
     /// description that was read.

@@ -69,9 +69,7 @@ std::optional<MatrixArchive> readMatrixArchive(const KvNReflasher::KvTOptions& o
     const MessageCapture messages;
     KvNReflasher::KvTOptions archiveOptions = options;
     archiveOptions.mode = KvNReflasher::showArchiveContent;
-    const KvTCallbacks callbacks{.message = MessageCapture::callback()};
-    const KvCConsoleWriter writer(callbacks);
-    KvCPreparation preparation(writer, archiveOptions);
+    KvCPreparation preparation(messages.writer(), archiveOptions);
     if (preparation.prepare() != prepareReady) {
         writeText(stderr, messages.text());
         return std::nullopt;

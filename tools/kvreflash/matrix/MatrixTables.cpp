@@ -1,8 +1,6 @@
 #include "MatrixTables.h"
 
-#include "KvCConsoleWriter.h"
-#include "MessageText.h"
-#include "TableLayout.h"
+#include "TableText.h"
 #include "ToolOutput.h"
 
 #include <algorithm>
@@ -11,15 +9,6 @@
 #include <string>
 
 namespace {
-
-void onMessage(const std::wstring& message) {
-    writeText(stdout, messageBytes(message));
-}
-
-void writeTable(const KvTTable& table) {
-    const KvTCallbacks callbacks{.message = onMessage};
-    printTable(KvCConsoleWriter(callbacks), table);
-}
 
 const char* textOf(KvEElementOutlook outlook) {
     switch (outlook) {
@@ -71,14 +60,14 @@ void writeMatrixTarget(const MatrixTarget& target) {
         table.push_back({KvCString(element.index), element.displayName, versionCell(element.installedVersion),
                          versionCell(element.availableVersion), textOf(element.outlook)});
     }
-    writeTable(table);
+    writeText(stdout, tableText(table));
 }
 
 void writeMatrixSummary(const std::vector<MatrixTarget>& targets, const std::vector<MatrixEntry>& unmatchedEntries) {
     KvTTable table = {{"Target", "Address", "Would update", "Up to date", "No entry", "Disabled"}};
     std::transform(targets.begin(), targets.end(), std::back_inserter(table), summaryRow);
     writeText(stdout, "\n");
-    writeTable(table);
+    writeText(stdout, tableText(table));
     if (unmatchedEntries.empty()) {
         return;
     }

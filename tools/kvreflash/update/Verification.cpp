@@ -1,9 +1,8 @@
 #include "Verification.h"
 
 #include "KvNRtosAbstraction.h"
-#include "MessageCapture.h"
 #include "PlannedTarget.h"
-#include "TableLayout.h"
+#include "TableText.h"
 #include "ToolOutput.h"
 
 #include <algorithm>
@@ -129,15 +128,8 @@ std::string verificationText(const std::vector<KvTVerifiedElement>& elements) {
             table.push_back(row(one));
         }
     }
-    const MessageCapture text;
-    if (table.size() > 1) {
-        KvTCallbacks callbacks;
-        callbacks.message = MessageCapture::callback();
-        const KvCConsoleWriter writer(callbacks);
-        writer.print(L"\n");
-        printTable(writer, table);
-    }
-    return text.text() + summary(elements);
+    const std::string differences = table.size() > 1 ? std::string("\n").append(tableText(table)) : std::string();
+    return differences + summary(elements);
 }
 
 const char* wordsFor(KvEVerified result) {
