@@ -1,6 +1,6 @@
 #include "QueryDocument.h"
 
-#include "KvNJson.h"
+#include "DocumentText.h"
 #include "TextConversions.h"
 
 #include <memory>
@@ -10,8 +10,6 @@ namespace {
 
 using namespace KvNReflasher;
 using KvNJson::json;
-
-constexpr int indentation = 4;
 
 json textValue(const std::wstring& text) {
     return toUtf8(text);
@@ -96,5 +94,5 @@ std::string queryDocument(KvIReflasher& session, std::uint32_t mode) {
     if (mode != showArchiveContent) {
         document.set("elements", elementRecords(session));
     }
-    return document.dump(indentation) + "\n";
+    return documentText(document);
 }

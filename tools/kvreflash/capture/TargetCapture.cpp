@@ -1,6 +1,7 @@
 #include "TargetCapture.h"
 
 #include "CallJudgement.h"
+#include "DocumentText.h"
 #include "EmulatedFolder.h"
 #include "ErrorReport.h"
 #include "ExhaustedMemory.h"
@@ -17,8 +18,6 @@
 namespace {
 
 using KvNJson::json;
-
-constexpr int indentation = 4;
 
 struct TreeRelease {
     void operator()(KvCInventoryItem* tree) const {
@@ -66,7 +65,7 @@ std::string targetDescription(const KvCString& address, json inventory) {
     json target = json::makeObject();
     target.set("addresses", std::move(addresses));
     target.set("inventory", std::move(inventory));
-    return target.dump(indentation) + "\n";
+    return documentText(target);
 }
 
 std::string counted(std::size_t count, const char* noun) {

@@ -1,6 +1,6 @@
 #include "FindingDocuments.h"
 
-#include "KvNJson.h"
+#include "DocumentText.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -8,8 +8,6 @@
 namespace {
 
 using KvNJson::json;
-
-constexpr int indentation = 4;
 
 const char* severityText(KvESeverity severity) {
     return severity == KvESeverity::error ? "error" : "warning";
@@ -84,5 +82,5 @@ std::string findingDocument(const std::vector<KvTFinding>& findings, const std::
     document.set("findings", std::move(records));
     document.set("errors", static_cast<std::uint64_t>(countOf(findings, KvESeverity::error)));
     document.set("warnings", static_cast<std::uint64_t>(countOf(findings, KvESeverity::warning)));
-    return document.dump(indentation) + "\n";
+    return documentText(document);
 }

@@ -1,5 +1,6 @@
 #include "ExplanationDocument.h"
 
+#include "DocumentText.h"
 #include "ExplanationCodes.h"
 
 #include <utility>
@@ -7,8 +8,6 @@
 namespace {
 
 using KvNJson::json;
-
-constexpr int indentation = 4;
 
 /// The version's text and how it is read; null for the zero version.
 json versionRecord(const KvCVersion& version) {
@@ -98,5 +97,5 @@ std::string explanationDocument(const std::vector<KvTExplanation>& explanations,
     json document = json::makeObject();
     document.set("elements", std::move(elements));
     document.set("hiddenElements", std::move(hiddenRecords));
-    return document.dump(indentation) + "\n";
+    return documentText(document);
 }

@@ -1,6 +1,6 @@
 #include "MatrixDocument.h"
 
-#include "KvNJson.h"
+#include "DocumentText.h"
 
 #include <string_view>
 #include <utility>
@@ -8,8 +8,6 @@
 namespace {
 
 using KvNJson::json;
-
-constexpr int indentation = 4;
 
 json archiveRecord(const KvTArchiveInfo& info) {
     json record = json::makeObject();
@@ -90,5 +88,5 @@ std::string matrixDocument(const KvTArchiveInfo& archive, const std::vector<Matr
     document.set("archive", archiveRecord(archive));
     document.set("targets", std::move(targetRecords));
     document.set("unmatchedEntries", entryRecords(unmatchedEntries));
-    return document.dump(indentation) + "\n";
+    return documentText(document);
 }

@@ -1,14 +1,12 @@
 #include "Report.h"
 
-#include "KvNJson.h"
+#include "DocumentText.h"
 
 #include <utility>
 
 namespace {
 
 using KvNJson::json;
-
-constexpr int indentation = 4;
 
 json versionValue(const KvCVersion& version) {
     return version.getAsULong64() != 0 ? json(version.getAsString()) : json();
@@ -92,5 +90,5 @@ std::string reportDocument(const KvTReport& report) {
     document.set("exitCode", static_cast<std::uint32_t>(report.result));
     document.set("elements", std::move(elements));
     document.set("messages", std::string_view(report.messages));
-    return document.dump(indentation, ' ', false, KvNJson::error_handler_t::replace) + "\n";
+    return documentText(document);
 }
