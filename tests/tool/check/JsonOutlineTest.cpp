@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -55,6 +57,19 @@ TEST(JsonOutline, OfARepeatedKeyEveryMemberIsThereAndTheLastOneIsFound) {
     EXPECT_EQ(3U, outline.root().size());
     EXPECT_EQ("1", outline.root().at(0).text());
     EXPECT_EQ("3", outline.root().find("a").text());
+}
+
+TEST(JsonOutline, OnlyNumbersWithoutSignFractionAndExponentAreUnsigned) {
+    const std::string text = R"([0, 18446744073709551615, -0, 18446744073709551616, -1, 1.0, 1e2, "1", null])";
+    const JsonOutline outline(text);
+    const OutlineValue items = outline.root();
+    EXPECT_EQ(0U, items.at(0).unsignedNumber());
+    EXPECT_EQ(std::numeric_limits<std::uint64_t>::max(), items.at(1).unsignedNumber());
+    EXPECT_EQ(0U, items.at(2).unsignedNumber());
+    for (std::size_t index = 3; index < items.size(); ++index) {
+        EXPECT_EQ(std::nullopt, items.at(index).unsignedNumber()) << items.at(index).text();
+    }
+    EXPECT_EQ(std::nullopt, OutlineValue().unsignedNumber());
 }
 
 TEST(JsonOutline, APathTellsTheWayToAValue) {

@@ -1,6 +1,7 @@
 #include "TargetCapture.h"
 
 #include "CallJudgement.h"
+#include "CountedNoun.h"
 #include "DocumentText.h"
 #include "EmulatedFolder.h"
 #include "ErrorReport.h"
@@ -66,10 +67,6 @@ std::string targetDescription(const KvCString& address, json inventory) {
     target.set("addresses", std::move(addresses));
     target.set("inventory", std::move(inventory));
     return documentText(target);
-}
-
-std::string counted(std::size_t count, const char* noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 /// The target's description; nothing when it cannot be had. `summary` receives what there is to say of it.

@@ -1,5 +1,6 @@
 #include "FindingDocuments.h"
 
+#include "CountedNoun.h"
 #include "DocumentText.h"
 
 #include <algorithm>
@@ -11,10 +12,6 @@ using KvNJson::json;
 
 const char* severityText(KvESeverity severity) {
     return severity == KvESeverity::error ? "error" : "warning";
-}
-
-std::string counted(std::size_t count, const char* noun) {
-    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 /// `text` on one line: what would break it is shown as JSON writes it.

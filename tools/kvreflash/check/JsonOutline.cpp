@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cstddef>
 #include <limits>
+#include <system_error>
 
 namespace {
 
@@ -215,6 +217,16 @@ std::string_view OutlineValue::key() const {
 std::string_view OutlineValue::text() const {
     const bool hasContent = kind() == KvEJsonKind::text || kind() == KvEJsonKind::number;
     return hasContent ? outline_->contentOf(outline_->recordOf(*this)) : std::string_view();
+}
+
+std::optional<std::uint64_t> OutlineValue::unsignedNumber() const {
+    if (kind() != KvEJsonKind::number) {
+        return std::nullopt;
+    }
+    const std::string_view digits = text() == "-0" ? "0" : text();
+    std::uint64_t number = 0;
+    const auto [end, failed] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    return failed == std::errc() && end == digits.data() + digits.size() ? std::optional(number) : std::nullopt;
 }
 
 std::size_t OutlineValue::size() const {

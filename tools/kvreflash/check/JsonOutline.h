@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +29,8 @@ public:
     [[nodiscard]] std::string_view key() const;
     /// Content of a text, without escapes, or a number as it is written.
     [[nodiscard]] std::string_view text() const;
+    /// The number, when it is written without sign, fraction and exponent and at most 2^64-1; `-0` counts, too.
+    [[nodiscard]] std::optional<std::uint64_t> unsignedNumber() const;
     /// Number of items or members; members of one key count each.
     [[nodiscard]] std::size_t size() const;
     [[nodiscard]] OutlineValue at(std::size_t index) const;

@@ -1,6 +1,7 @@
 #include "NameWarnings.h"
 
 #include "ForeignPaths.h"
+#include "LowerCase.h"
 
 #include <algorithm>
 #include <string>
@@ -11,11 +12,9 @@ namespace {
 
 constexpr std::string_view separators = "/\\";
 
-std::string lowerCase(std::string_view text) {
+std::string lowerCaseOf(std::string_view text) {
     std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char character) {
-        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-    });
+    std::transform(lower.begin(), lower.end(), lower.begin(), lowerCase);
     return lower;
 }
 
@@ -34,7 +33,7 @@ public:
             findings_.warn("name-with-separator", name, "The name " + inQuotes(text) + " is a path.",
                            "Put the file into the archive folder itself and write its plain name.");
         }
-        const std::string_view first = firstByLowerCase_.try_emplace(lowerCase(text), text).first->second;
+        const std::string_view first = firstByLowerCase_.try_emplace(lowerCaseOf(text), text).first->second;
         if (first != text) {
             findings_.warn("name-case", name,
                            "The names " + inQuotes(text) + " and " + inQuotes(first) + " differ only in case.",

@@ -1,15 +1,13 @@
 #include "NearestWord.h"
 
+#include "LowerCase.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
 #include <vector>
 
 namespace {
-
-char lowerCase(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-}
 
 /// How many bytes have to be changed, added or removed.
 std::size_t editDistance(std::string_view from, std::string_view to) {

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdint>
 
 namespace {
@@ -154,21 +153,13 @@ OutlineValue memberOf(OutlineValue object, std::string_view keys) {
     return object;
 }
 
-bool isUnsigned(OutlineValue value) {
-    const std::string_view digits = value.text();
-    std::uint64_t read = 0;
-    const auto [end, failed] = std::from_chars(digits.data(), digits.data() + digits.size(), read);
-    return value.kind() == KvEJsonKind::number &&
-           ((failed == std::errc() && end == digits.data() + digits.size()) || digits == "-0");
-}
-
 /// Which mandatory property of `entry` is missing or wrong.
 void adviseOnMandatory(OutlineValue entry, KvTRuleAdvice& advice) {
     const OutlineValue boards = entry.find("boards");
     if (const OutlineValue name = entry.find("name"); name.kind() != KvEJsonKind::text) {
         advice.place = existing(name, entry);
         advice.hint = R"(Give "name" as a text: the name of the update file.)";
-    } else if (const OutlineValue sequence = entry.find("sequence"); !isUnsigned(sequence)) {
+    } else if (const OutlineValue sequence = entry.find("sequence"); !sequence.unsignedNumber()) {
         advice.place = existing(sequence, entry);
         advice.hint = R"(Give "sequence" as a number without sign and fraction: lower ones are updated first.)";
     } else if (!boards.isValid()) {

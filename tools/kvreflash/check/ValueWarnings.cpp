@@ -3,7 +3,7 @@
 #include "KvCVersion.h"
 
 #include <array>
-#include <charconv>
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -24,11 +24,7 @@ void warnOfEmptyArray(OutlineValue value, const char* consequence, FindingList& 
 
 /// True for a number that the reader takes, but of which only 32 bits can be used.
 bool isTooLarge(OutlineValue value) {
-    const std::string_view digits = value.text();
-    std::uint64_t number = 0;
-    const auto [end, failed] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    return value.kind() == KvEJsonKind::number && failed == std::errc() && end == digits.data() + digits.size() &&
-           number > std::numeric_limits<std::uint32_t>::max();
+    return value.unsignedNumber().value_or(0) > std::numeric_limits<std::uint32_t>::max();
 }
 
 void warnOfLargeNumber(OutlineValue value, const char* consequence, FindingList& findings) {
