@@ -2,6 +2,7 @@
 
 #include "DocumentText.h"
 #include "ExplanationCodes.h"
+#include "KnownValues.h"
 
 #include <utility>
 
@@ -9,9 +10,9 @@ namespace {
 
 using KvNJson::json;
 
-/// The version's text and how it is read; null for the zero version.
+/// The version's text and how it is read; null when it is not known.
 json versionRecord(const KvCVersion& version) {
-    if (version.getAsULong64() == 0) {
+    if (!isKnown(version)) {
         return {};
     }
     json record = json::makeObject();

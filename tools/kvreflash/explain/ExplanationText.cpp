@@ -1,7 +1,7 @@
 #include "ExplanationText.h"
 
-#include "ElementTables.h"
 #include "ExplanationCodes.h"
+#include "KnownValues.h"
 #include "TableLayout.h"
 
 #include <string_view>
@@ -115,7 +115,7 @@ std::string readVersionText(const KvCVersion& version) {
 } // namespace
 
 std::string versionText(const KvCVersion& version) {
-    if (version.getAsULong64() == 0) {
+    if (!isKnown(version)) {
         return unknownCell;
     }
     const std::string printed = textOf(version.getAsString());

@@ -1,6 +1,7 @@
 #include "MatrixDocument.h"
 
 #include "DocumentText.h"
+#include "KnownValues.h"
 
 #include <string_view>
 #include <utility>
@@ -19,9 +20,8 @@ json archiveRecord(const KvTArchiveInfo& info) {
     return record;
 }
 
-/// Empty for the zero version.
-json versionValue(const KvCVersion& version) {
-    return version.getAsULong64() == 0 ? KvCString() : version.getAsString();
+json versionOrEmptyText(const KvCVersion& version) {
+    return isKnown(version) ? version.getAsString() : KvCString();
 }
 
 const char* codeOf(KvEElementOutlook outlook) {
@@ -44,8 +44,8 @@ json elementRecords(const std::vector<MatrixElement>& elements) {
         json record = json::makeObject();
         record.set("index", element.index);
         record.set("displayName", element.displayName);
-        record.set("installedVersion", versionValue(element.installedVersion));
-        record.set("availableVersion", versionValue(element.availableVersion));
+        record.set("installedVersion", versionOrEmptyText(element.installedVersion));
+        record.set("availableVersion", versionOrEmptyText(element.availableVersion));
         record.set("state", codeOf(element.outlook));
         records.append(std::move(record));
     }

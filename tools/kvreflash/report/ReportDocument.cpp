@@ -1,6 +1,7 @@
 #include "Report.h"
 
 #include "DocumentText.h"
+#include "KnownValues.h"
 
 #include <utility>
 
@@ -8,18 +9,18 @@ namespace {
 
 using KvNJson::json;
 
-json versionValue(const KvCVersion& version) {
-    return version.getAsULong64() != 0 ? json(version.getAsString()) : json();
+json versionOrNull(const KvCVersion& version) {
+    return isKnown(version) ? json(version.getAsString()) : json();
 }
 
-json checksumValue(const std::optional<std::uint32_t>& checksum) {
+json checksumOrNull(const std::optional<std::uint32_t>& checksum) {
     return checksum ? json(*checksum) : json();
 }
 
 json installedRecord(const KvTInstalled& installed) {
     json record = json::makeObject();
-    record.set("version", versionValue(installed.version));
-    record.set("checksumCrc32", checksumValue(installed.checksum));
+    record.set("version", versionOrNull(installed.version));
+    record.set("checksumCrc32", checksumOrNull(installed.checksum));
     record.set("valid", installed.valid);
     record.set("active", installed.active);
     return record;
@@ -28,8 +29,8 @@ json installedRecord(const KvTInstalled& installed) {
 json entryRecord(const KvTPlannedElement& element) {
     json record = json::makeObject();
     record.set("file", std::string_view(element.fileName));
-    record.set("version", versionValue(element.availableVersion));
-    record.set("checksumCrc32", checksumValue(element.availableChecksum));
+    record.set("version", versionOrNull(element.availableVersion));
+    record.set("checksumCrc32", checksumOrNull(element.availableChecksum));
     return record;
 }
 

@@ -1,3 +1,4 @@
+#include "KnownValues.h"
 #include "PhasePicture.h"
 #include "Report.h"
 #include "TableLayout.h"
@@ -40,10 +41,6 @@ std::string versionOf(const KvCVersion& version) {
     return std::string(versionCell(version).view());
 }
 
-std::string checksumOf(const std::optional<std::uint32_t>& checksum) {
-    return checksum ? std::to_string(*checksum) : unknownCell;
-}
-
 std::string facts(const KvTReport& report) {
     std::string text =
         "<table>\n" + factRow("Target", report.target + (report.address.empty() || report.address == report.target
@@ -69,7 +66,7 @@ std::string afterCells(const KvTReport& report, const KvTPlannedElement& element
     if (found == report.after->end()) {
         return cell("not reported") + cell("");
     }
-    return cell(versionOf(found->second.version)) + cell(checksumOf(found->second.checksum));
+    return cell(versionOf(found->second.version)) + cell(checksumCell(found->second.checksum));
 }
 
 std::string outcomeText(const KvTReport& report, const KvTPlannedElement& element) {
@@ -86,10 +83,10 @@ std::string outcomeText(const KvTReport& report, const KvTPlannedElement& elemen
 std::string elementRow(const KvTReport& report, const KvTPlannedElement& element) {
     const bool hasEntry = element.file != noArchiveFile;
     std::string text = "<tr>" + cell(std::to_string(element.index)) + cell(element.displayName) +
-                       cell(versionOf(element.installed.version)) + cell(checksumOf(element.installed.checksum)) +
+                       cell(versionOf(element.installed.version)) + cell(checksumCell(element.installed.checksum)) +
                        cell(hasEntry ? element.fileName : "") +
                        cell(hasEntry ? versionOf(element.availableVersion) : "") +
-                       cell(hasEntry ? checksumOf(element.availableChecksum) : "") + afterCells(report, element) +
+                       cell(hasEntry ? checksumCell(element.availableChecksum) : "") + afterCells(report, element) +
                        cell(outcomeText(report, element), "td", wordFor(report.outcomeOf(element)));
     if (!report.verified.empty()) {
         const KvTVerifiedElement* one = report.verificationOf(element);

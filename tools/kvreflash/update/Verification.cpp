@@ -1,5 +1,6 @@
 #include "Verification.h"
 
+#include "KnownValues.h"
 #include "KvNRtosAbstraction.h"
 #include "PlannedTarget.h"
 #include "TableText.h"
@@ -11,10 +12,6 @@
 namespace {
 
 constexpr std::uint32_t microsecondsPerSecond = 1000000;
-
-bool isKnown(const KvCVersion& version) {
-    return version.getAsULong64() != 0;
-}
 
 /// The target reports nothing that speaks against the entry. Like the planner, it takes a checksum of 0 for none.
 bool agrees(const KvTPlannedElement& element, const KvTInstalled& found) {
@@ -46,18 +43,14 @@ KvTVerifiedElement verified(const KvTPlannedElement& element, const KvTInstalled
     return result;
 }
 
-KvCString checksumCell(const std::optional<std::uint32_t>& checksum) {
-    return checksum ? KvCString(*checksum) : KvCString(unknownCell);
-}
-
 std::vector<KvCString> row(const KvTVerifiedElement& one) {
     const bool isFound = one.result == KvEVerified::differs || one.result == KvEVerified::activatesAtReboot;
     return {KvCString(one.element->index),
             KvCString(std::string_view(one.element->displayName)),
             versionCell(one.element->availableVersion),
             isFound ? versionCell(one.found.version) : KvCString(unknownCell),
-            checksumCell(one.element->availableChecksum),
-            isFound ? checksumCell(one.found.checksum) : KvCString(unknownCell),
+            KvCString(checksumCell(one.element->availableChecksum)),
+            KvCString(isFound ? checksumCell(one.found.checksum) : unknownCell),
             wordsFor(one.result)};
 }
 
