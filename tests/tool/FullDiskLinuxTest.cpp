@@ -3,8 +3,8 @@
 #include "RedirectedStream.h"
 #include "Report.h"
 #include "ScratchFolder.h"
-#include "Session.h"
 #include "TargetBuilder.h"
+#include "Tool.h"
 #include "ToolRun.h"
 #include "UpdateFiles.h"
 

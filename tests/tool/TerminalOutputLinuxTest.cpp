@@ -1,6 +1,6 @@
 #include "ArchiveFolder.h"
 #include "RedirectedStream.h"
-#include "Session.h"
+#include "Tool.h"
 #include "ToolRun.h"
 
 #include <gmock/gmock.h>

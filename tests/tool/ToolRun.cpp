@@ -2,7 +2,7 @@
 
 #include "KvEmulation.h"
 #include "RedirectedStream.h"
-#include "Session.h"
+#include "Tool.h"
 
 #include <gtest/gtest.h>
 

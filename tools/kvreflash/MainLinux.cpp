@@ -1,5 +1,5 @@
 #include "RunningUpdate.h"
-#include "Session.h"
+#include "Tool.h"
 #include "ToolOutput.h"
 
 #include <csignal>

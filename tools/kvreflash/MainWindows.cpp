@@ -1,5 +1,5 @@
 #include "RunningUpdate.h"
-#include "Session.h"
+#include "Tool.h"
 
 #include "TextConversion.h"
 #include "ToolOutput.h"

@@ -1,4 +1,4 @@
-#include "Session.h"
+#include "Tool.h"
 
 #include "ArchiveCheck.h"
 #include "EmulatedTargets.h"
