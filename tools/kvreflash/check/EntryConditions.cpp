@@ -57,10 +57,10 @@ KvTConditions EntryConditions::of(const KvTEntrySelection& selection) {
             conditions[index] = sets_.numberOf(selected.value, absentValues[index]);
             continue;
         }
-        if (inherited_[index] == 0) {
-            inherited_[index] = sets_.numberOf(selected.value, absentValues[index]) + 1;
+        if (!inherited_[index]) {
+            inherited_[index] = sets_.numberOf(selected.value, absentValues[index]);
         }
-        conditions[index] = inherited_[index] - 1;
+        conditions[index] = *inherited_[index];
     }
     return conditions;
 }

@@ -5,7 +5,9 @@
 #include <array>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string_view>
+#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -54,6 +56,6 @@ public:
 
 private:
     ValueSets sets_;
-    /// Numbers of the entry's own sets plus one; 0: not worked out yet.
-    KvTConditions inherited_{};
+    /// Numbers of the entry's own sets; nothing as long as they are not worked out.
+    std::array<std::optional<std::uint32_t>, std::tuple_size_v<KvTConditions>> inherited_;
 };

@@ -78,7 +78,8 @@ RunningUpdate::Answer RunningUpdate::interrupt(std::chrono::steady_clock::time_p
     }
     lastInterrupt_ = now;
     return {"\nkvreflash: the target is being updated; interrupting may leave it incomplete. The update goes on. "
-            "Interrupt again within 3 s to end at once.\n",
+            "Interrupt again within " +
+                std::to_string(interruptWindow.count()) + " s to end at once.\n",
             false};
 }
 

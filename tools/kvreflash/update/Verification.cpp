@@ -55,7 +55,7 @@ std::vector<KvCString> row(const KvTVerifiedElement& one) {
 }
 
 std::string summary(const std::vector<KvTVerifiedElement>& elements) {
-    std::array<std::size_t, 5> counts{};
+    std::array<std::size_t, verifiedCount> counts{};
     for (const KvTVerifiedElement& one : elements) {
         ++counts.at(static_cast<std::size_t>(one.result));
     }
@@ -128,5 +128,6 @@ std::string verificationText(const std::vector<KvTVerifiedElement>& elements) {
 const char* wordsFor(KvEVerified result) {
     constexpr std::array words = {"as expected", "differs", "activates at reboot", "missing",
                                   "not reported by the target"};
+    static_assert(words.size() == verifiedCount);
     return words.at(static_cast<std::size_t>(result));
 }

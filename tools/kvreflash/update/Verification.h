@@ -3,6 +3,7 @@
 #include "KvTOptions.h"
 #include "PlannedUpdate.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -23,6 +24,7 @@ enum class KvEVerified : std::uint8_t {
     /// It is a file that the inventory does not tell.
     notReported
 };
+inline constexpr std::size_t verifiedCount = 5;
 
 /// An updated element beside what the target reports of it afterwards.
 struct KvTVerifiedElement {
