@@ -151,7 +151,7 @@ bool survivesWriting(const json& value) {
 
 class InventoryReader {
 public:
-    [[nodiscard]] InventoryDescription take() && { return std::move(result_); }
+    [[nodiscard]] KvTInventoryDescription take() && { return std::move(result_); }
 
     void readRoot(const KvCInventoryItem& root) {
         const Component id = root.getID().getComponents().front();
@@ -253,14 +253,14 @@ private:
 
     void warn(std::string sentence) { result_.warnings.push_back(std::move(sentence)); }
 
-    InventoryDescription result_;
+    KvTInventoryDescription result_;
     /// Of the reads.
     OwnedErrorList errors_ = OwnedErrorList::create();
 };
 
 } // namespace
 
-InventoryDescription describeInventory(const KvCInventoryItem& root) {
+KvTInventoryDescription describeInventory(const KvCInventoryItem& root) {
     InventoryReader reader;
     reader.readRoot(root);
     return std::move(reader).take();

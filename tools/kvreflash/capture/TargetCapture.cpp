@@ -75,7 +75,7 @@ std::optional<std::string> readTarget(InventorySource& source, std::string& summ
     if (tree == nullptr) {
         return std::nullopt;
     }
-    InventoryDescription inventory = describeInventory(*tree);
+    KvTInventoryDescription inventory = describeInventory(*tree);
     for (const std::string& warning : inventory.warnings) {
         say("warning: " + warning);
     }

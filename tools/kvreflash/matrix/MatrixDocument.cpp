@@ -38,9 +38,9 @@ const char* codeOf(KvEElementOutlook outlook) {
     return "";
 }
 
-json elementRecords(const std::vector<MatrixElement>& elements) {
+json elementRecords(const std::vector<KvTMatrixElement>& elements) {
     json records = json::makeArray();
-    for (const MatrixElement& element : elements) {
+    for (const KvTMatrixElement& element : elements) {
         json record = json::makeObject();
         record.set("index", element.index);
         record.set("displayName", element.displayName);
@@ -52,7 +52,7 @@ json elementRecords(const std::vector<MatrixElement>& elements) {
     return records;
 }
 
-json targetRecord(const MatrixTarget& target) {
+json targetRecord(const KvTMatrixTarget& target) {
     json record = json::makeObject();
     record.set("folder", std::string_view(target.folder));
     record.set("address", std::string_view(target.address));
@@ -65,9 +65,9 @@ json targetRecord(const MatrixTarget& target) {
     return record;
 }
 
-json entryRecords(const std::vector<MatrixEntry>& entries) {
+json entryRecords(const std::vector<KvTMatrixEntry>& entries) {
     json records = json::makeArray();
-    for (const MatrixEntry& entry : entries) {
+    for (const KvTMatrixEntry& entry : entries) {
         json record = json::makeObject();
         record.set("index", entry.index);
         record.set("name", entry.name);
@@ -78,10 +78,10 @@ json entryRecords(const std::vector<MatrixEntry>& entries) {
 
 } // namespace
 
-std::string matrixDocument(const KvTArchiveInfo& archive, const std::vector<MatrixTarget>& targets,
-                           const std::vector<MatrixEntry>& unmatchedEntries) {
+std::string matrixDocument(const KvTArchiveInfo& archive, const std::vector<KvTMatrixTarget>& targets,
+                           const std::vector<KvTMatrixEntry>& unmatchedEntries) {
     json targetRecords = json::makeArray();
-    for (const MatrixTarget& target : targets) {
+    for (const KvTMatrixTarget& target : targets) {
         targetRecords.append(targetRecord(target));
     }
     json document = json::makeObject();

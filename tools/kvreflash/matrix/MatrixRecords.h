@@ -21,7 +21,7 @@ enum class KvEElementOutlook : std::uint8_t {
 };
 inline constexpr std::size_t elementOutlookCount = 4;
 
-struct MatrixElement {
+struct KvTMatrixElement {
     /// Position in the target's element list, from 0.
     std::uint32_t index = 0;
     KvCString displayName;
@@ -32,7 +32,7 @@ struct MatrixElement {
 };
 
 /// A target and the plan of an update of it.
-struct MatrixTarget {
+struct KvTMatrixTarget {
     std::string folder;
     /// The first one of the folder; empty when there is none.
     std::string address;
@@ -40,7 +40,7 @@ struct MatrixTarget {
     std::optional<std::string> error;
     /// An update would not refuse the target.
     bool supported = false;
-    std::vector<MatrixElement> elements;
+    std::vector<KvTMatrixElement> elements;
     /// What the planning had to say beyond what the archive has.
     std::string messages;
     /// Of each of the archive's entries: how many elements it fits.
@@ -48,16 +48,16 @@ struct MatrixTarget {
 };
 
 /// An entry of the archive.
-struct MatrixEntry {
+struct KvTMatrixEntry {
     /// In the description's list "files".
     std::uint32_t index = 0;
     KvCString name;
 };
 
 /// What all plans have in common.
-struct MatrixArchive {
+struct KvTMatrixArchive {
     KvTArchiveInfo info;
-    std::vector<MatrixEntry> entries;
+    std::vector<KvTMatrixEntry> entries;
     /// What reading the archive had to say, the banner included: the beginning of what every session says.
     std::string messages;
 };

@@ -33,7 +33,7 @@ KvEElementOutlook outlookOf(const KvTUpdateElement& element) {
     return element.hasArchiveFile() ? KvEElementOutlook::wouldUpdate : KvEElementOutlook::noEntry;
 }
 
-MatrixElement recordOf(const KvTUpdateElement& element, const std::vector<KvTArchiveFile>& files) {
+KvTMatrixElement recordOf(const KvTUpdateElement& element, const std::vector<KvTArchiveFile>& files) {
     return {.index = element.index,
             .displayName = element.displayName,
             .installedVersion = element.version,
@@ -41,7 +41,7 @@ MatrixElement recordOf(const KvTUpdateElement& element, const std::vector<KvTArc
             .outlook = outlookOf(element)};
 }
 
-void takePlan(const KvCPreparation& planned, MatrixTarget& target) {
+void takePlan(const KvCPreparation& planned, KvTMatrixTarget& target) {
     target.supported = planned.isTargetSupported();
     const std::vector<KvTArchiveFile>& files = planned.archive().files();
     for (const KvTUpdateElement& element : planned.inventory().elements()) {
@@ -53,7 +53,7 @@ void takePlan(const KvCPreparation& planned, MatrixTarget& target) {
 }
 
 /// What a session has said beyond what every session says of the archive.
-std::string ownMessages(std::string_view messages, const MatrixArchive& archive) {
+std::string ownMessages(std::string_view messages, const KvTMatrixArchive& archive) {
     messages.remove_prefix(messages.starts_with(archive.messages) ? archive.messages.size() : 0);
     return std::string(messages);
 }
@@ -65,7 +65,7 @@ std::string withoutEmptyEnd(std::string text) {
 
 } // namespace
 
-std::optional<MatrixArchive> readMatrixArchive(const KvNReflasher::KvTOptions& options) {
+std::optional<KvTMatrixArchive> readMatrixArchive(const KvNReflasher::KvTOptions& options) {
     const MessageCapture messages;
     KvNReflasher::KvTOptions archiveOptions = options;
     archiveOptions.mode = KvNReflasher::showArchiveContent;
@@ -74,16 +74,16 @@ std::optional<MatrixArchive> readMatrixArchive(const KvNReflasher::KvTOptions& o
         writeText(stderr, messages.text());
         return std::nullopt;
     }
-    MatrixArchive archive{.info = preparation.archive().info(), .entries = {}, .messages = messages.text()};
+    KvTMatrixArchive archive{.info = preparation.archive().info(), .entries = {}, .messages = messages.text()};
     for (const KvTArchiveFile& file : preparation.archive().files()) {
         archive.entries.push_back({.index = file.descriptionIndex, .name = file.name});
     }
     return archive;
 }
 
-MatrixTarget planMatrixTarget(const KvNReflasher::KvTOptions& options, const MatrixArchive& archive,
-                              const std::string& folder) {
-    MatrixTarget target;
+KvTMatrixTarget planMatrixTarget(const KvNReflasher::KvTOptions& options, const KvTMatrixArchive& archive,
+                                 const std::string& folder) {
+    KvTMatrixTarget target;
     target.folder = folder;
     if (std::string error = serveAlone(folder); !error.empty()) {
         target.error = std::move(error);

@@ -24,7 +24,7 @@ const char* textOf(KvEElementOutlook outlook) {
     return "";
 }
 
-std::vector<KvCString> summaryRow(const MatrixTarget& target) {
+std::vector<KvCString> summaryRow(const KvTMatrixTarget& target) {
     std::vector<KvCString> row{KvCString(target.folder), KvCString(target.address)};
     if (target.error) {
         row.insert(row.end(), elementOutlookCount, KvCString(unknownCell));
@@ -32,7 +32,7 @@ std::vector<KvCString> summaryRow(const MatrixTarget& target) {
         return row;
     }
     std::array<std::uint32_t, elementOutlookCount> counts{};
-    for (const MatrixElement& element : target.elements) {
+    for (const KvTMatrixElement& element : target.elements) {
         ++counts[static_cast<std::size_t>(element.outlook)];
     }
     for (const std::uint32_t count : counts) {
@@ -46,7 +46,7 @@ std::vector<KvCString> summaryRow(const MatrixTarget& target) {
 
 } // namespace
 
-void writeMatrixTarget(const MatrixTarget& target) {
+void writeMatrixTarget(const KvTMatrixTarget& target) {
     writeText(stdout, "\n" + target.folder + " (" + target.address + ")\n\n" + target.messages);
     if (!target.supported) {
         writeText(stdout, "Not supported by this archive: an update would refuse this target.\n");
@@ -56,14 +56,15 @@ void writeMatrixTarget(const MatrixTarget& target) {
         return;
     }
     KvTTable table = {{"No.", "Update element", "Installed", "Available", "State"}};
-    for (const MatrixElement& element : target.elements) {
+    for (const KvTMatrixElement& element : target.elements) {
         table.push_back({KvCString(element.index), element.displayName, versionCell(element.installedVersion),
                          versionCell(element.availableVersion), textOf(element.outlook)});
     }
     writeText(stdout, tableText(table));
 }
 
-void writeMatrixSummary(const std::vector<MatrixTarget>& targets, const std::vector<MatrixEntry>& unmatchedEntries) {
+void writeMatrixSummary(const std::vector<KvTMatrixTarget>& targets,
+                        const std::vector<KvTMatrixEntry>& unmatchedEntries) {
     KvTTable table = {{"Target", "Address", "Would update", "Up to date", "No entry", "Disabled"}};
     std::transform(targets.begin(), targets.end(), std::back_inserter(table), summaryRow);
     writeText(stdout, "\n");
@@ -72,7 +73,7 @@ void writeMatrixSummary(const std::vector<MatrixTarget>& targets, const std::vec
         return;
     }
     std::string text = "\nFile entries that fit nothing on any of these targets:\n";
-    for (const MatrixEntry& entry : unmatchedEntries) {
+    for (const KvTMatrixEntry& entry : unmatchedEntries) {
         text += "        " + std::to_string(entry.index) + ": " + std::string(entry.name.view()) + "\n";
     }
     writeText(stdout, text);

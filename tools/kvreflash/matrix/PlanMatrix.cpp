@@ -9,13 +9,13 @@
 
 namespace {
 
-void tellFailure(const MatrixTarget& target) {
+void tellFailure(const KvTMatrixTarget& target) {
     say("'" + target.folder + "' cannot be planned for:");
     writeText(stderr, *target.error + "\n");
 }
 
 /// Writes what is known of a target before the next one's turn.
-void tellTarget(const MatrixTarget& target, bool json) {
+void tellTarget(const KvTMatrixTarget& target, bool json) {
     if (target.error) {
         tellFailure(target);
     } else if (!json) {
@@ -26,19 +26,20 @@ void tellTarget(const MatrixTarget& target, bool json) {
     }
 }
 
-bool isPlanned(const MatrixTarget& target) {
+bool isPlanned(const KvTMatrixTarget& target) {
     return !target.error;
 }
 
 /// The entries that fit nothing on any target; none when nothing was planned. Every session has read the same archive,
 /// unless somebody changes it meanwhile.
-std::vector<MatrixEntry> unmatchedEntriesOf(const MatrixArchive& archive, const std::vector<MatrixTarget>& targets) {
-    std::vector<MatrixEntry> unmatched;
+std::vector<KvTMatrixEntry> unmatchedEntriesOf(const KvTMatrixArchive& archive,
+                                               const std::vector<KvTMatrixTarget>& targets) {
+    std::vector<KvTMatrixEntry> unmatched;
     if (std::none_of(targets.begin(), targets.end(), isPlanned)) {
         return unmatched;
     }
     for (std::size_t index = 0; index < archive.entries.size(); ++index) {
-        const auto fits = [index](const MatrixTarget& target) {
+        const auto fits = [index](const KvTMatrixTarget& target) {
             return index < target.matchCounts.size() && target.matchCounts[index] != 0;
         };
         if (std::none_of(targets.begin(), targets.end(), fits)) {
@@ -51,17 +52,17 @@ std::vector<MatrixEntry> unmatchedEntriesOf(const MatrixArchive& archive, const 
 } // namespace
 
 ExitCode showMatrix(const KvTCommandLine& line) {
-    const std::optional<MatrixArchive> archive = readMatrixArchive(line.options);
+    const std::optional<KvTMatrixArchive> archive = readMatrixArchive(line.options);
     if (!archive) {
         return exitFailed;
     }
     writeText(line.json ? stderr : stdout, archive->messages);
-    std::vector<MatrixTarget> targets;
+    std::vector<KvTMatrixTarget> targets;
     for (const std::string& folder : line.emulatedTargets) {
         targets.push_back(planMatrixTarget(line.options, *archive, folder));
         tellTarget(targets.back(), line.json);
     }
-    const std::vector<MatrixEntry> unmatchedEntries = unmatchedEntriesOf(*archive, targets);
+    const std::vector<KvTMatrixEntry> unmatchedEntries = unmatchedEntriesOf(*archive, targets);
     if (line.json) {
         writeText(stdout, matrixDocument(archive->info, targets, unmatchedEntries));
     } else {
