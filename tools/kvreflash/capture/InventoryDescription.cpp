@@ -41,7 +41,9 @@ struct ParameterPath {
     KvEParameterKind kind = KvEParameterKind::text;
 };
 
-// The tables are not at namespace scope, where not every compiler initialises them after the identifiers.
+// The names of identifiers in descriptions of emulated targets, which the emulation knows too: the tool may be linked
+// with a platform that cannot emulate, and whose texts of addresses are its own. The tables are not at namespace scope,
+// where not every compiler initialises them after the identifiers.
 
 /// The name of an item's identifier; empty when a description has none for it.
 std::string_view itemName(std::uint32_t identifier) {
