@@ -3,7 +3,6 @@
 #include "FindingList.h"
 #include "KvTOptions.h"
 
-#include <string>
 #include <vector>
 
 /// Everything that is to be said about the archive that `options` name, in the order of its description. Errors are

@@ -5,7 +5,7 @@
 #include "KvCFirmwareArchive.h"
 #include "KvTOptions.h"
 
-#include <cstdint>
+#include <cstddef>
 #include <vector>
 
 /// An element of "files" as the description writes it.

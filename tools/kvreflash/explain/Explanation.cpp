@@ -1,7 +1,5 @@
 #include "Explanation.h"
 
-#include <algorithm>
-#include <array>
 #include <string_view>
 
 namespace {

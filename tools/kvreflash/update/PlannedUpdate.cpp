@@ -1,5 +1,7 @@
 #include "PlannedUpdate.h"
 
+#include "KvTArchiveFile.h"
+
 #include <algorithm>
 
 namespace {

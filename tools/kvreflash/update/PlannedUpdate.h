@@ -2,7 +2,6 @@
 
 #include "KvCPreparation.h"
 #include "KvCVersion.h"
-#include "KvTArchiveFile.h"
 #include "KvTUpdateElement.h"
 
 #include <cstdint>
