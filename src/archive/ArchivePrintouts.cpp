@@ -15,13 +15,12 @@ using KvNJson::jsonView;
 
 /// The texts of a board type value, joined by commas.
 std::string boardTypes(jsonView value) {
-    if (!value.is_array()) {
-        return std::string(value.get_string());
-    }
     std::string text;
-    for (std::size_t index = 0; index < value.size(); ++index) {
-        text.append(index == 0 ? "" : ",").append(value.at(index).get_string());
-    }
+    const char* separator = "";
+    forEachScalar(value, [&](jsonView boardType) {
+        text.append(separator).append(boardType.get_string());
+        separator = ",";
+    });
     return text;
 }
 

@@ -30,6 +30,18 @@ inline constexpr std::size_t propertyCount = 14;
 /// The key of a property as the description writes it.
 [[nodiscard]] const char* propertyKey(KvEProperty property);
 
+/// Calls `visit` with each item of an array, or with a value that is none.
+template <typename Visit>
+void forEachScalar(KvNJson::jsonView value, Visit&& visit) {
+    if (!value.is_array()) {
+        visit(value);
+        return;
+    }
+    for (std::size_t index = 0; index < value.size(); ++index) {
+        visit(value.at(index));
+    }
+}
+
 /// The version that a string value of the description tells; the zero version when it tells none.
 [[nodiscard]] KvCVersion versionOf(KvNJson::jsonView text);
 

@@ -75,3 +75,13 @@ void printErrorReport(const KvCConsoleWriter& writer, const KvNReflasher::KvTOpt
         printWrapped(writer, list.getErrorText(index), indentation + textIndentation);
     }
 }
+
+bool printReportedErrors(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options,
+                         const KvCErrorListPool& list) {
+    if (list.getErrorCount() == 0) {
+        return false;
+    }
+    writer.print(L"\nReported errors:\n");
+    printErrorReport(writer, options, list, reportIndentation);
+    return true;
+}

@@ -14,3 +14,7 @@ inline constexpr std::uint32_t reportIndentation = 7;
 /// to 80 columns. With the verbose option the header tells time, module and function as far as they are known.
 void printErrorReport(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options,
                       const KvCErrorListPool& list, std::uint32_t indentation);
+
+/// Prints the errors that a session leaves in `list`, under a heading of their own. False when there are none.
+bool printReportedErrors(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options,
+                         const KvCErrorListPool& list);

@@ -5,30 +5,12 @@
 #include "ExhaustedMemory.h"
 #include "KvCConsoleWriter.h"
 #include "KvNInventoryIDs.h"
+#include "ScannedTree.h"
 #include "TableLayout.h"
 
 #include <utility>
 
 namespace {
-
-/// Releases the scanned tree.
-class ScannedTree {
-public:
-    explicit ScannedTree(KvCInventoryManager& manager) : manager_(manager) {}
-    ScannedTree(const ScannedTree&) = delete;
-    ScannedTree& operator=(const ScannedTree&) = delete;
-    ~ScannedTree() {
-        if (root_ != nullptr) {
-            attempt([this] { manager_.deleteInventoryTree(root_); });
-        }
-    }
-    [[nodiscard]] KvCInventoryItem*& out() { return root_; }
-    [[nodiscard]] const KvCInventoryItem* root() const { return root_; }
-
-private:
-    KvCInventoryManager& manager_;
-    KvCInventoryItem* root_ = nullptr;
-};
 
 std::vector<KvCString> headingRow() {
     return {"Update element", "Version"};
@@ -62,7 +44,7 @@ bool KvCTargetInventory::scanInventory(KvCErrorListPool& errors, const KvCString
     if (manager.createRootHandleByIpAddressList(errors, address.c_str(), rootHandle_) != 0) {
         return false;
     }
-    ScannedTree tree(manager);
+    ScannedTree tree;
     if (manager.scan(errors, rootHandle_, tree.out()) != 0 || tree.root() == nullptr) {
         return false;
     }

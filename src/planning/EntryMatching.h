@@ -5,6 +5,7 @@
 #include "KvTArchiveFile.h"
 #include "KvTUpdateElement.h"
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -52,6 +53,11 @@ struct KvTEntrySelection {
     std::optional<std::uint32_t> id;
     std::optional<std::string_view> targetPath;
 };
+
+/// The values of a selection that are compared with an element's, its board variant first.
+inline constexpr std::array comparedValues = {&KvTEntrySelection::boardVariant, &KvTEntrySelection::boardId,
+                                              &KvTEntrySelection::hwCompatibilityId,
+                                              &KvTEntrySelection::swCompatibilityId};
 
 /// The selections of an entry: one for each element of its "boards" in order, or the entry itself.
 [[nodiscard]] std::vector<KvTEntrySelection> selectionsOf(const KvTArchiveFile& file);

@@ -1,5 +1,7 @@
 #include "UnmatchedElements.h"
 
+#include "EntryProperties.h"
+
 #include <algorithm>
 #include <limits>
 
@@ -11,22 +13,8 @@ using KvNJson::jsonView;
 constexpr std::uint32_t noText = 0;
 constexpr std::uint32_t anyLocationText = 1;
 
-/// The values compared with an element's; the first one is a text.
-constexpr std::array comparedValues = {&KvTEntrySelection::boardVariant, &KvTEntrySelection::boardId,
-                                       &KvTEntrySelection::hwCompatibilityId, &KvTEntrySelection::swCompatibilityId};
+/// The place of the variant, a text, among the compared values.
 constexpr std::size_t variantIndex = 0;
-
-/// Calls `visit` with the value itself, or with each item of an array.
-template <typename Visit>
-void forEachScalar(jsonView value, Visit&& visit) {
-    if (!value.is_array()) {
-        visit(value);
-        return;
-    }
-    for (std::size_t index = 0; index < value.size(); ++index) {
-        visit(value.at(index));
-    }
-}
 
 template <typename Items>
 void forgetAll(Items& items) {

@@ -26,12 +26,7 @@ bool KvCReflasher::run() {
 bool KvCReflasher::runSession() {
     KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
     const bool result = runMode(errors);
-    if (errors.getErrorCount() == 0) {
-        return result;
-    }
-    writer_.print(L"\nReported errors:\n");
-    printErrorReport(writer_, options_, errors, reportIndentation);
-    return false;
+    return !printReportedErrors(writer_, options_, errors) && result;
 }
 
 bool KvCReflasher::runMode(KvCErrorListPool& errors) {

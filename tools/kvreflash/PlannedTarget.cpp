@@ -19,11 +19,5 @@ bool PlannedTarget::plan() {
 }
 
 bool PlannedTarget::reportErrors() {
-    KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
-    if (errors.getErrorCount() == 0) {
-        return false;
-    }
-    messages_.writer().print(L"\nReported errors:\n");
-    printErrorReport(messages_.writer(), options_, errors, reportIndentation);
-    return true;
+    return printReportedErrors(messages_.writer(), options_, KvCErrorManager::getInstance()->getMasterErrorList());
 }

@@ -5,27 +5,19 @@
 #include "DocumentText.h"
 #include "EmulatedFolder.h"
 #include "ErrorReport.h"
-#include "ExhaustedMemory.h"
 #include "InventoryDescription.h"
 #include "KvCInventoryManager.h"
 #include "KvCPreparation.h"
 #include "MessageCapture.h"
 #include "OwnedErrorList.h"
+#include "ScannedTree.h"
 #include "ToolOutput.h"
 
-#include <memory>
 #include <optional>
 
 namespace {
 
 using KvNJson::json;
-
-struct TreeRelease {
-    void operator()(KvCInventoryItem* tree) const {
-        attempt([tree] { KvCInventoryManager::getInstance()->deleteInventoryTree(tree); });
-    }
-};
-using ScannedTree = std::unique_ptr<KvCInventoryItem, TreeRelease>;
 
 /// A connection to the target whose inventory is to be read. Its messages are kept.
 class InventorySource {
@@ -35,19 +27,17 @@ public:
     /// Finds the target as every session does. False when that failed; messages() says why.
     [[nodiscard]] bool connect() { return preparation_.connect(*errors_); }
 
-    /// Reads the inventory; null when that failed; messages() says why.
-    [[nodiscard]] ScannedTree scan() {
-        KvCInventoryItem* tree = nullptr;
+    /// Reads the inventory. False when that failed; messages() says why.
+    [[nodiscard]] bool scan(ScannedTree& tree) {
         const bool isScanned = callSucceeds(*errors_, [&] {
-            KvCInventoryManager::getInstance()->scan(*errors_, preparation_.inventory().rootHandle(), tree);
+            KvCInventoryManager::getInstance()->scan(*errors_, preparation_.inventory().rootHandle(), tree.out());
         });
-        ScannedTree owned(tree);
-        if (isScanned && owned != nullptr) {
-            return owned;
+        if (isScanned && tree.root() != nullptr) {
+            return true;
         }
         messages_.writer().print(L"ERROR: Cannot read target device information.\n");
         printErrorReport(messages_.writer(), options_, *errors_, reportIndentation);
-        return nullptr;
+        return false;
     }
 
     [[nodiscard]] const KvCString& address() const { return preparation_.targetAccess().ipAddress(); }
@@ -71,11 +61,11 @@ std::string targetDescription(const KvCString& address, json inventory) {
 
 /// The target's description; nothing when it cannot be had. `summary` receives what there is to say of it.
 std::optional<std::string> readTarget(InventorySource& source, std::string& summary) {
-    const ScannedTree tree = source.connect() ? source.scan() : nullptr;
-    if (tree == nullptr) {
+    ScannedTree tree;
+    if (!source.connect() || !source.scan(tree)) {
         return std::nullopt;
     }
-    KvTInventoryDescription inventory = describeInventory(*tree);
+    KvTInventoryDescription inventory = describeInventory(*tree.root());
     for (const std::string& warning : inventory.warnings) {
         say("warning: " + warning);
     }

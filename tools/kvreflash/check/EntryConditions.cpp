@@ -1,11 +1,10 @@
 #include "EntryConditions.h"
 
+#include "EntryProperties.h"
+
 #include <algorithm>
 
 namespace {
-
-constexpr std::array comparedValues = {&KvTEntrySelection::boardVariant, &KvTEntrySelection::boardId,
-                                       &KvTEntrySelection::hwCompatibilityId, &KvTEntrySelection::swCompatibilityId};
 
 /// An absent variant stands for none, an absent number for 0.
 constexpr std::array<std::uint64_t, comparedValues.size()> absentValues = {ValueSets::nullValue, 0, 0, 0};
@@ -21,13 +20,10 @@ std::uint64_t ValueSets::numberOfScalar(KvNJson::jsonView value) {
 
 std::uint32_t ValueSets::numberOf(KvNJson::jsonView value, std::uint64_t absent) {
     Values values;
-    if (!value.is_valid()) {
+    if (value.is_valid()) {
+        forEachScalar(value, [&](KvNJson::jsonView scalar) { values.push_back(numberOfScalar(scalar)); });
+    } else {
         values.push_back(absent);
-    } else if (!value.is_array()) {
-        values.push_back(numberOfScalar(value));
-    }
-    for (std::size_t index = 0; value.is_array() && index < value.size(); ++index) {
-        values.push_back(numberOfScalar(value.at(index)));
     }
     std::sort(values.begin(), values.end());
     values.erase(std::unique(values.begin(), values.end()), values.end());

@@ -2,6 +2,7 @@
 
 #include "EntryConditions.h"
 #include "EntryMatching.h"
+#include "EntryProperties.h"
 
 #include <algorithm>
 #include <optional>
@@ -28,17 +29,6 @@ struct Candidate {
     std::uint32_t entry = 0;
     KvTConditions conditions{};
 };
-
-/// Calls `visit` with each text of a value: itself or its items.
-template <typename Visit>
-void forEachText(KvNJson::jsonView value, Visit&& visit) {
-    if (value.is_string()) {
-        visit(value.get_string());
-    }
-    for (std::size_t index = 0; value.is_array() && index < value.size(); ++index) {
-        visit(value.at(index).get_string());
-    }
-}
 
 /// Tells places of different board types or addresses apart.
 std::string placeOf(std::string_view boardType, const KvTEntrySelection& selection) {
@@ -87,7 +77,8 @@ private:
                                               [this](std::uint32_t set) { return conditions_.sets().isEmpty(set); });
             bool hasTypes = false;
             bool isChosen = false;
-            forEachText(selection.boardType, [&](std::string_view type) {
+            forEachScalar(selection.boardType, [&](KvNJson::jsonView scalar) {
+                const std::string_view type = scalar.get_string();
                 hasTypes = true;
                 const bool isFirst = seen.insert(type).second;
                 isChosen = isChosen || isFirst;

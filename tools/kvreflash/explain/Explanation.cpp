@@ -1,6 +1,6 @@
 #include "Explanation.h"
 
-#include <string_view>
+#include "EntryProperties.h"
 
 namespace {
 
@@ -66,18 +66,6 @@ void fillValues(KvTTriedEntry& entry, const KvTUpdateElement& element, const KvT
     }
 }
 
-/// Calls `visit` with each board type of a selection.
-template <typename Visit>
-void forEachBoardType(jsonView boardType, Visit&& visit) {
-    if (!boardType.is_array()) {
-        visit(boardType.get_string());
-        return;
-    }
-    for (std::size_t index = 0; index < boardType.size(); ++index) {
-        visit(boardType.at(index).get_string());
-    }
-}
-
 } // namespace
 
 Explainer::Explainer(KvCPreparation& preparation, const KvNReflasher::KvTOptions& options)
@@ -91,8 +79,8 @@ Explainer::Explainer(KvCPreparation& preparation, const KvNReflasher::KvTOptions
 /// Lists the entry once under each of its board types.
 void Explainer::listEntry(const KvTArchiveFile& entry, std::uint32_t file) {
     for (const KvTEntrySelection& selection : selectionsOf(entry)) {
-        forEachBoardType(selection.boardType, [&](std::string_view boardType) {
-            std::vector<std::uint32_t>& entries = entriesOfBoardType_[boardType];
+        forEachScalar(selection.boardType, [&](jsonView boardType) {
+            std::vector<std::uint32_t>& entries = entriesOfBoardType_[boardType.get_string()];
             if (entries.empty() || entries.back() != file) {
                 entries.push_back(file);
             }
