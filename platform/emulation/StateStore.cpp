@@ -65,7 +65,29 @@ std::string nameOf(const std::string& address) {
 
 std::optional<std::string> readSmallFile(const fs::path& path, std::error_code& fault) {
     const SystemFiles::File file = SystemFiles::openForReading(path, fault);
-    return file != nullptr ? readBytes(*file, largestStateFile) : std::nullopt;
+    if (file == nullptr) {
+        return std::nullopt;
+    }
+    auto text = readBytes(*file, largestStateFile);
+    if (std::ferror(file.get()) != 0) {
+        fault = std::make_error_code(std::errc::io_error);
+    }
+    return text;
+}
+
+bool isAbsent(const std::error_code& fault) {
+    return fault == std::errc::no_such_file_or_directory;
+}
+
+/// The record in a state file that is about to be replaced; the default when the file is absent or not understood.
+template <class Record>
+OrFailure<Record> readForChange(const fs::path& path, std::optional<Record> (*parse)(std::string_view)) {
+    std::error_code fault;
+    const auto text = readSmallFile(path, fault);
+    if (fault && !isAbsent(fault)) {
+        return fileFailure("read", SystemFiles::textOf(path), fault);
+    }
+    return (text ? parse(*text) : std::nullopt).value_or(Record());
 }
 
 /// Writes a file aside and puts it into place, so that nobody ever sees half of it.
@@ -113,10 +135,6 @@ std::vector<fs::path> listFolder(const fs::path& folder, std::error_code& fault)
     return paths;
 }
 
-bool isAbsent(const std::error_code& fault) {
-    return fault == std::errc::no_such_file_or_directory;
-}
-
 std::string ignoredFile(const fs::path& path, const std::string& reason) {
     return SystemFiles::textOf(path) + ": " + reason;
 }
@@ -131,7 +149,7 @@ StateStore::StateStore(const fs::path& folder) : state_(folder / "state") {}
 
 StateStore::Contents StateStore::read() const {
     Contents contents;
-    contents.resets = readCounters(&contents.ignored).resets;
+    readResets(contents);
     std::error_code fault;
     for (const fs::path& path : listFolder(state_ / elementFolder, fault)) {
         readElement(path, contents);
@@ -156,15 +174,19 @@ void StateStore::readElement(const fs::path& path, Contents& contents) const {
     }
 }
 
-ResetCounters StateStore::readCounters(std::vector<std::string>* ignored) const {
+void StateStore::readResets(Contents& contents) const {
     const fs::path path = state_ / countersFile;
     std::error_code fault;
     const auto text = readSmallFile(path, fault);
-    const auto counters = text ? parseResetCounters(*text) : std::nullopt;
-    if (!counters && !isAbsent(fault) && ignored != nullptr) {
-        ignored->push_back(ignoredFile(path, fault));
+    if (const auto counters = text ? parseResetCounters(*text) : std::nullopt) {
+        contents.resets = counters->resets;
+    } else if (!isAbsent(fault)) {
+        contents.ignored.push_back(ignoredFile(path, fault));
     }
-    return counters.value_or(ResetCounters());
+}
+
+OrFailure<ResetCounters> StateStore::readCounters() const {
+    return readForChange(state_ / countersFile, parseResetCounters);
 }
 
 Outcome StateStore::install(const std::string& address, const InstalledValues& values, bool atNextReset) {
@@ -176,14 +198,20 @@ Outcome StateStore::install(const std::string& address, const InstalledValues& v
         return failure;
     }
     const fs::path path = elementPath(address);
-    std::error_code fault;
-    const auto text = readSmallFile(path, fault);
-    ElementState state = (text ? parseElementState(*text) : std::nullopt).value_or(ElementState());
+    auto earlier = readForChange(path, parseElementState);
+    if (!earlier.hasValue()) {
+        return earlier.failure();
+    }
+    const auto counters = readCounters();
+    if (!counters.hasValue()) {
+        return counters.failure();
+    }
+    ElementState& state = earlier.value();
     if (state.address != address) {
         state = ElementState();
         state.address = address;
     }
-    const std::uint64_t resets = readCounters(nullptr).resets;
+    const std::uint64_t resets = counters.value().resets;
     if (atNextReset) {
         state.installAtReset(values, resets);
     } else {
@@ -197,23 +225,27 @@ Outcome StateStore::countReset(std::uint32_t hiddenLookups) {
     if (!guard.hasValue()) {
         return guard.failure();
     }
-    ResetCounters counters = readCounters(nullptr);
-    ++counters.resets;
-    counters.hiddenLookups = hiddenLookups;
-    return writeCounters(counters);
+    auto counters = readCounters();
+    if (!counters.hasValue()) {
+        return counters.failure();
+    }
+    ++counters.value().resets;
+    counters.value().hiddenLookups = hiddenLookups;
+    return writeCounters(counters.value());
 }
 
 bool StateStore::takeHiddenLookup() {
-    if (readCounters(nullptr).hiddenLookups == 0) {
+    const auto seen = readCounters();
+    if (!seen.hasValue() || seen.value().hiddenLookups == 0) {
         return false;
     }
     const auto guard = takeGuard();
-    ResetCounters counters = readCounters(nullptr);
-    if (!guard.hasValue() || counters.hiddenLookups == 0) {
+    auto counters = readCounters();
+    if (!guard.hasValue() || !counters.hasValue() || counters.value().hiddenLookups == 0) {
         return false;
     }
-    --counters.hiddenLookups;
-    return !writeCounters(counters);
+    --counters.value().hiddenLookups;
+    return !writeCounters(counters.value());
 }
 
 OrFailure<SystemFiles::FileLock> StateStore::lockForUpdate() {

@@ -13,7 +13,8 @@
 
 /// The folder `state` of an emulated target: everything that the emulation writes. It is created by the first write,
 /// and deleting it resets the target. Several processes may use it at the same time: a file is replaced in one step,
-/// and whoever changes one holds the folder's guard meanwhile. A file that cannot be understood counts as absent.
+/// and whoever changes one holds the folder's guard meanwhile. A file that cannot be understood counts as absent;
+/// nothing is written over one that cannot be read, since what it holds would be lost.
 class StateStore {
 public:
     /// The state of the target in `folder`; touches nothing.
@@ -32,8 +33,8 @@ public:
     [[nodiscard]] Outcome install(const std::string& address, const InstalledValues& values, bool atNextReset);
     /// Counts a reset, after which `hiddenLookups` device list sessions shall not find the target.
     [[nodiscard]] Outcome countReset(std::uint32_t hiddenLookups);
-    /// Counts a device list session. True when it shall not find the target. Where the count cannot be written, it
-    /// finds the target.
+    /// Counts a device list session. True when it shall not find the target. Where the count cannot be read or written,
+    /// it finds the target.
     [[nodiscard]] bool takeHiddenLookup();
 
     /// Takes the update lock without waiting and clears what its last owner has left.
@@ -56,9 +57,10 @@ private:
     [[nodiscard]] Outcome createFolderBelow(const char* name) const;
     /// Waits for whoever else changes a file just now.
     [[nodiscard]] OrFailure<SystemFiles::FileLock> takeGuard() const;
-    [[nodiscard]] ResetCounters readCounters(std::vector<std::string>* ignored) const;
+    [[nodiscard]] OrFailure<ResetCounters> readCounters() const;
     [[nodiscard]] Outcome writeCounters(const ResetCounters& counters) const;
     [[nodiscard]] std::filesystem::path elementPath(const std::string& address) const;
+    void readResets(Contents& contents) const;
     void readElement(const std::filesystem::path& path, Contents& contents) const;
 
     std::filesystem::path state_;

@@ -16,6 +16,7 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
+using testing::StartsWith;
 
 TEST_F(TargetState, AStateThatIsALinkIsNotWrittenThrough) {
     serveElement(updateElement(1));
@@ -41,6 +42,25 @@ TEST_F(TargetState, ALinkInPlaceOfAStateFileIsNotWrittenThrough) {
     updateOnce(1, firmwareImage(KvCVersion("2.0"), 22));
     EXPECT_EQ(outside.read("secret"), "secret");
     EXPECT_EQ(scanElement(element).version, "2.0");
+}
+
+TEST_F(TargetState, AStateFileThatCannotBeReadStaysInPlace) {
+    serveElement(updateElement(1).polls(1));
+    openRoot();
+    lock();
+    startUpdate(1, transfer(firmwareImage(KvCVersion("2.0"), 22)));
+    const fs::path file = target.folder().path() / elementFile;
+    fs::create_directories(file.parent_path());
+    // The first can be opened, but its first byte cannot be read; the second cannot even be opened.
+    for (const fs::path& unreadable : {fs::path("/proc/self/mem"), file}) {
+        fs::create_symlink(unreadable, file);
+        Status status;
+        EXPECT_NE(tryQuery(1, status), 0U) << unreadable;
+        EXPECT_THAT(takeErrorTexts(), ElementsAre(StartsWith("Cannot read \""))) << unreadable;
+        EXPECT_TRUE(fs::is_symlink(file)) << unreadable;
+        fs::remove(file);
+    }
+    EXPECT_EQ(query(1), (Status{2, 1, 1}));
 }
 
 TEST_F(TargetState, ALinkInPlaceOfTheLockIsRefused) {

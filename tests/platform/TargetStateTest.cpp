@@ -17,6 +17,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
+using testing::StartsWith;
 using namespace KvNInventoryIDs;
 
 TEST_F(TargetState, ReadingWritesNothing) {
@@ -225,6 +226,38 @@ TEST_F(TargetState, ADamagedFileOfAnElementCountsAsAbsentAndIsReplaced) {
     }
 }
 
+// A file that cannot be read now may be readable again, and is not to be replaced by one that begins anew.
+TEST_F(TargetState, AFileOfAnElementThatCannotBeReadFailsAnInstallation) {
+    serveElement(updateElement(1).polls(1));
+    openRoot();
+    lock();
+    startUpdate(1, transfer(firmwareImage(KvCVersion("2.0"), 22)));
+    fs::create_directories(target.folder().path() / elementFile);
+    Status status;
+    EXPECT_NE(tryQuery(1, status), 0U);
+    EXPECT_THAT(takeErrorTexts(), ElementsAre(StartsWith("Cannot read \"")));
+    fs::remove(target.folder().path() / elementFile);
+    EXPECT_EQ(query(1), (Status{2, 1, 1}));
+}
+
+TEST_F(TargetState, CountersThatCannotBeReadFailAResetAndAnInstallation) {
+    serveElement(updateElement(1).polls(1));
+    openRoot();
+    lock();
+    startUpdate(1, transfer(firmwareImage(KvCVersion("2.0"), 22)));
+    const fs::path counters = target.folder().path() / "state" / "resets.json";
+    fs::create_directories(counters);
+    Status status;
+    EXPECT_NE(tryQuery(1, status), 0U);
+    EXPECT_NE(KvHIM_FORCE_resetDevice(errors(), openDevice(), 0), 0);
+    EXPECT_THAT(takeErrorTexts(), ElementsAre(StartsWith("Cannot read \""), StartsWith("Cannot read \"")));
+    closeDevice();
+    EXPECT_EQ(countDevices(), 1);
+    fs::remove(counters);
+    EXPECT_EQ(query(1), (Status{2, 1, 1}));
+    resetDevice();
+}
+
 TEST_F(TargetState, AHugeFileAmongTheStateIsNotRead) {
     serveElement(updateElement(1));
     target.folder().write(elementFile, std::string(2000000, ' '));
@@ -238,7 +271,7 @@ TEST_F(TargetState, AStateThatIsAFileIsAClearError) {
     target.folder().write("state", "hello");
     openRoot();
     EXPECT_NE(tryLock(), 0U);
-    EXPECT_THAT(takeErrorTexts(), ElementsAre(testing::StartsWith("Cannot create the folder \"")));
+    EXPECT_THAT(takeErrorTexts(), ElementsAre(StartsWith("Cannot create the folder \"")));
     EXPECT_EQ(scanElement(element).version, "1.0");
 }
 
