@@ -90,25 +90,35 @@ OrFailure<Record> readForChange(const fs::path& path, std::optional<Record> (*pa
     return (text ? parse(*text) : std::nullopt).value_or(Record());
 }
 
+Outcome writeNewFile(const fs::path& path, std::string_view bytes) {
+    std::error_code fault;
+    SystemFiles::File file = SystemFiles::createNew(path, fault);
+    if (file == nullptr) {
+        return fileFailure("write", SystemFiles::textOf(path), fault);
+    }
+    const bool isWritten = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
+    if (std::fclose(file.release()) != 0 || !isWritten) {
+        return fileFailure("write", SystemFiles::textOf(path), "the disk does not take it");
+    }
+    return std::nullopt;
+}
+
 /// Writes a file aside and puts it into place, so that nobody ever sees half of it.
 Outcome replaceFile(const fs::path& path, std::string_view bytes) {
     fs::path aside = path;
     aside += asideExtension;
-    std::error_code fault;
-    fs::remove(aside, fault);
-    SystemFiles::File file = SystemFiles::createNew(aside, fault);
-    if (file == nullptr) {
-        return fileFailure("write", SystemFiles::textOf(aside), fault);
+    std::error_code ignored;
+    fs::remove(aside, ignored);
+    Outcome failure = writeNewFile(aside, bytes);
+    if (!failure) {
+        if (const std::error_code fault = SystemFiles::moveIntoPlace(aside, path)) {
+            failure = fileFailure("write", SystemFiles::textOf(path), fault);
+        }
     }
-    const bool isWritten = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
-    if (std::fclose(file.release()) != 0 || !isWritten) {
-        return fileFailure("write", SystemFiles::textOf(aside), "the disk does not take it");
+    if (failure) {
+        fs::remove(aside, ignored);
     }
-    fault = SystemFiles::moveIntoPlace(aside, path);
-    if (fault) {
-        return fileFailure("write", SystemFiles::textOf(path), fault);
-    }
-    return std::nullopt;
+    return failure;
 }
 
 /// Creates the folder when it is missing; a link in its place is refused, for it may lead anywhere.
