@@ -116,7 +116,7 @@ Outcome UpdateSession::deleteRemoteFile(const RemoteFileHandle& handle) {
     return std::nullopt;
 }
 
-void UpdateSession::countRemoteFileAsDeleted(const RemoteFileHandle& handle) noexcept {
+void UpdateSession::countRemoteFileAsDeleted(const RemoteFileHandle& handle) {
     const auto found = files_.find(std::string(handle.path.view()));
     if (found != files_.end()) {
         found->second.count.release();

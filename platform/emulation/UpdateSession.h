@@ -27,7 +27,6 @@ public:
     UpdateSession& operator=(UpdateSession&&) = delete;
     ~UpdateSession();
 
-    [[nodiscard]] EmulatedTarget& target() noexcept { return *target_; }
     [[nodiscard]] const std::shared_ptr<EmulatedTarget>& sharedTarget() const noexcept { return target_; }
 
     /// The ledger counts lock and files as given back from now on, whether or not they really are.
@@ -36,7 +35,7 @@ public:
     [[nodiscard]] OrFailure<RemoteFileHandle>
     transferFile(const KvCInventoryAddress& node, const std::filesystem::path& local, const TransferProgress& progress);
     [[nodiscard]] Outcome deleteRemoteFile(const RemoteFileHandle& handle);
-    void countRemoteFileAsDeleted(const RemoteFileHandle& handle) noexcept;
+    void countRemoteFileAsDeleted(const RemoteFileHandle& handle);
 
     /// The answer to a status query.
     struct Status {
