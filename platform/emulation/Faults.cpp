@@ -80,10 +80,7 @@ std::vector<KvTErrorEntry> errorsOf(const Fault& fault, const OperationTraits& o
     if (fault.errors) {
         return *fault.errors;
     }
-    KvTErrorEntry entry;
-    entry.code = EmulationErrors::fault;
-    entry.text = "Fault at " + std::string(operation.name) + ".";
-    return {entry};
+    return {emulationError(EmulationErrors::fault, "Fault at " + std::string(operation.name) + ".")};
 }
 
 void add(const Fault& fault, const OperationTraits& operation, std::optional<FaultEffect>& effect) {

@@ -18,9 +18,9 @@ struct UpdateBehaviour {
     static constexpr std::uint32_t running = 1;
     static constexpr std::uint32_t succeeded = 2;
 
-    /// Number of the status query that is answered with the final state.
+    /// Number of the status query that is answered with the final state; finalQuery() is what holds.
     std::uint32_t polls = 3;
-    /// The answers before the final one; when present, `polls` is their number + 1.
+    /// The answers before the final one, which then is the next whatever `polls` says.
     std::optional<std::vector<Progress>> progress;
     /// The final state.
     std::uint32_t state = succeeded;
@@ -29,5 +29,8 @@ struct UpdateBehaviour {
     /// When that which was installed shows.
     Activation activation = Activation::immediate;
 
+    [[nodiscard]] std::uint32_t finalQuery() const noexcept {
+        return progress ? static_cast<std::uint32_t>(progress->size()) + 1 : polls;
+    }
     [[nodiscard]] bool installs() const noexcept { return state == succeeded && errors.empty(); }
 };

@@ -25,8 +25,7 @@ std::string nameOf(const ItemDescription& element) {
 
 /// What the status query number `query` of an update is answered with, from 1.
 UpdateSession::Status answerTo(std::uint32_t query, const UpdateBehaviour& update) {
-    const std::uint32_t polls =
-        update.progress ? static_cast<std::uint32_t>(update.progress->size()) + 1 : update.polls;
+    const std::uint32_t polls = update.finalQuery();
     if (query >= polls) {
         return {update.state, polls, polls};
     }
@@ -38,8 +37,7 @@ UpdateSession::Status answerTo(std::uint32_t query, const UpdateBehaviour& updat
 }
 
 bool isFinal(std::uint32_t query, const UpdateBehaviour& update) {
-    const std::size_t polls = update.progress ? update.progress->size() + 1 : update.polls;
-    return query >= polls && update.state != UpdateBehaviour::running;
+    return query >= update.finalQuery() && update.state != UpdateBehaviour::running;
 }
 
 /// What an update from the file at `path` installs.
