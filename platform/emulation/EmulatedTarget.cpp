@@ -9,6 +9,7 @@
 #include <functional>
 #include <limits>
 #include <system_error>
+#include <utility>
 
 namespace {
 
@@ -26,10 +27,6 @@ const ItemDescription* boardOf(const ItemDescription& element) {
 
 std::string textOf(const KvCInventoryAddress& address) {
     return std::string(address.toString().view());
-}
-
-Failure noSuchItem(const KvCInventoryAddress& address) {
-    return {EmulationErrors::notFound, "The target has no item " + textOf(address) + "."};
 }
 
 std::string displayPath(const std::string& folder) {
@@ -108,6 +105,10 @@ const ItemDescription* EmulatedTarget::findItem(const KvCInventoryAddress& addre
         item = item->items()[*index].get();
     }
     return item;
+}
+
+Failure EmulatedTarget::noSuchItem(const KvCInventoryAddress& address) {
+    return {EmulationErrors::notFound, "The target has no item " + textOf(address) + "."};
 }
 
 OrFailure<const ItemDescription*> EmulatedTarget::findElement(const KvCInventoryAddress& board,

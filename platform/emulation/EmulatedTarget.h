@@ -10,9 +10,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 class UpdateSession;
@@ -41,6 +39,8 @@ public:
 
     /// Null when there is no such item.
     [[nodiscard]] const ItemDescription* findItem(const KvCInventoryAddress& address) const noexcept;
+    /// What an operation then fails with.
+    [[nodiscard]] static Failure noSuchItem(const KvCInventoryAddress& address);
     /// The element with the identifier `id` of the board at `board`.
     [[nodiscard]] OrFailure<const ItemDescription*> findElement(const KvCInventoryAddress& board,
                                                                 std::uint32_t id) const;

@@ -1,16 +1,14 @@
 #include "KvCInventoryManager.h"
 
 #include "Call.h"
-#include "ErrorListGuard.h"
 #include "InventoryTree.h"
-#include "KvNRtosAbstraction.h"
+#include "IpV4Text.h"
 #include "Ledger.h"
 #include "UpdateSession.h"
 #include "WideText.h"
 
-#include <algorithm>
 #include <memory>
-#include <optional>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,10 +23,6 @@ Failure wrongRootHandle() {
 
 Failure wrongLockHandle() {
     return {EmulationErrors::wrongHandle, "The lock handle is not valid (any more) for this target."};
-}
-
-Failure noSuchItem(const KvCInventoryAddress& address) {
-    return {EmulationErrors::notFound, "The target has no item " + std::string(address.toString().view()) + "."};
 }
 
 /// A call on a target that a root handle stands for.
@@ -53,7 +47,7 @@ public:
         if (target_ == nullptr) {
             return wrongRootHandle();
         }
-        return target_->findItem(address) != nullptr ? Outcome() : noSuchItem(address);
+        return target_->findItem(address) != nullptr ? Outcome() : EmulatedTarget::noSuchItem(address);
     }
     /// The same for a call under a lock.
     [[nodiscard]] Outcome refuseUnlessLocked(const std::shared_ptr<UpdateSession>& session,
@@ -70,13 +64,6 @@ private:
 
 std::uint32_t statusOf(std::int64_t result) {
     return static_cast<std::uint32_t>(result);
-}
-
-/// The IPv4 address that `text` is.
-std::optional<std::uint32_t> parseIpAddress(const char* text) {
-    const ErrorListGuard errors;
-    const std::uint32_t address = KvNRtosAbstraction::stringToIpV4(errors.list(), text);
-    return errors.list().getErrorCount() == 0 ? std::optional(address) : std::nullopt;
 }
 
 TransferProgress progressFor(KvNInventoryManager::KvTransferProgress progress, void* context) {
@@ -104,7 +91,7 @@ std::uint32_t KvCInventoryManager::createRootHandleByIpAddressList(KvCErrorListP
     const std::string text(addressList != nullptr ? addressList : "");
     Call call(Operation::createRootHandleByIpAddressList, errors);
     call.addField("name", std::string_view(text));
-    const auto address = parseIpAddress(text.c_str());
+    const auto address = parseIpV4(text);
     const std::shared_ptr<EmulatedTarget> target = address ? call.service().targetAt(*address) : nullptr;
     call.bindTo(target);
     return statusOf(call.run([&]() -> std::int64_t {

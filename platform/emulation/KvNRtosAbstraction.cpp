@@ -1,64 +1,20 @@
 #include "KvNRtosAbstraction.h"
 
 #include "EmulationErrors.h"
+#include "IpV4Text.h"
 #include "Ledger.h"
 #include "TimeScale.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
 #include <utility>
-
-namespace {
-
-/// The bytes of an IPv4 address in order, which are also the bytes of its number in memory.
-using AddressBytes = std::array<std::uint8_t, 4>;
-
-/// A decimal number of 0 to 255 that fills `text`.
-std::optional<std::uint8_t> parseByte(std::string_view text) {
-    if (text.empty()) {
-        return std::nullopt;
-    }
-    std::uint32_t number = 0;
-    for (const char character : text) {
-        if (character < '0' || character > '9') {
-            return std::nullopt;
-        }
-        number = number * 10 + static_cast<std::uint32_t>(character - '0');
-        if (number > 255) {
-            return std::nullopt;
-        }
-    }
-    return static_cast<std::uint8_t>(number);
-}
-
-std::optional<AddressBytes> parseAddress(std::string_view text) {
-    AddressBytes bytes{};
-    for (std::size_t index = 0; index < bytes.size(); ++index) {
-        const bool isLast = index + 1 == bytes.size();
-        const std::size_t end = isLast ? text.size() : text.find('.');
-        if (end == std::string_view::npos) {
-            return std::nullopt;
-        }
-        const auto byte = parseByte(text.substr(0, end));
-        if (!byte) {
-            return std::nullopt;
-        }
-        bytes[index] = *byte;
-        text.remove_prefix(isLast ? end : end + 1);
-    }
-    return bytes;
-}
-
-} // namespace
 
 void KvNRtosAbstraction::usleep(std::uint32_t microseconds) {
     Ledger& ledger = Ledger::instance();
@@ -72,7 +28,7 @@ void KvNRtosAbstraction::usleep(std::uint32_t microseconds) {
 
 void KvNRtosAbstraction::ipToString(std::uint32_t address, char* buffer, std::size_t length) {
     std::string text;
-    for (const std::uint8_t byte : std::bit_cast<AddressBytes>(address)) {
+    for (const std::uint8_t byte : std::bit_cast<IpV4Bytes>(address)) {
         if (!text.empty()) {
             text += '.';
         }
@@ -85,8 +41,8 @@ void KvNRtosAbstraction::ipToString(std::uint32_t address, char* buffer, std::si
 
 std::uint32_t KvNRtosAbstraction::stringToIpV4(KvCErrorListPool& errors, const char* text) {
     const std::string_view given(text != nullptr ? text : "");
-    if (const auto bytes = parseAddress(given)) {
-        return std::bit_cast<std::uint32_t>(*bytes);
+    if (const auto address = parseIpV4(given)) {
+        return *address;
     }
     std::string message(1, '"');
     message += given;

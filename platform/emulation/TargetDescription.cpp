@@ -1,10 +1,9 @@
 #include "TargetDescription.h"
 
-#include "ErrorListGuard.h"
+#include "IpV4Text.h"
 #include "ItemReader.h"
 #include "JsonDocument.h"
 #include "KvNInventoryIDs.h"
-#include "KvNRtosAbstraction.h"
 
 #include <limits>
 #include <utility>
@@ -16,13 +15,12 @@ bool readAddress(const JsonPlace& place, std::vector<std::uint32_t>& addresses) 
     if (!JsonValues::readText(place, text)) {
         return false;
     }
-    const ErrorListGuard errors;
-    const std::uint32_t address = KvNRtosAbstraction::stringToIpV4(errors.list(), text.c_str());
-    if (errors.list().getErrorCount() != 0 || text.find('\0') != std::string::npos) {
+    const auto address = parseIpV4(text);
+    if (!address) {
         return place.refuse(JsonValues::quoted(text) +
                             " is not an IPv4 address: four decimal numbers of 0 to 255 with dots between are expected");
     }
-    addresses.push_back(address);
+    addresses.push_back(*address);
     return true;
 }
 
