@@ -1,5 +1,6 @@
 #include "KvNJson.h"
 
+#include "FileBytes.h"
 #include "JsonReader.h"
 #include "JsonWriter.h"
 
@@ -11,15 +12,12 @@
 #include <algorithm>
 #include <new>
 #include <utility>
-#include <vector>
 
 namespace {
 
 using Node = boost::json::value;
 
-/// A file is read in pieces of this size, a text in memory in pieces of the other, which a count of digits in the
-/// parser cannot overflow.
-constexpr std::size_t filePiece = std::size_t(64) << 10U;
+/// A text in memory is read in pieces of this size, which a count of digits in the parser cannot overflow.
 constexpr std::size_t textPiece = std::size_t(1) << 30U;
 
 Node& nodeIn(unsigned char* node) noexcept {
@@ -49,16 +47,7 @@ boost::json::string_view boostText(std::string_view text) noexcept {
 
 /// True of one JSON text from the stream's position to its end.
 bool readStream(JsonReader& reader, std::FILE* stream) {
-    std::vector<char> buffer(filePiece);
-    for (;;) {
-        const std::size_t size = std::fread(buffer.data(), 1, buffer.size(), stream);
-        if (size > 0 && !reader.read({buffer.data(), size})) {
-            return false;
-        }
-        if (size < buffer.size()) {
-            return std::ferror(stream) == 0 && reader.finish();
-        }
-    }
+    return forEachPiece(*stream, [&reader](std::string_view piece) { return reader.read(piece); }) && reader.finish();
 }
 
 bool readText(JsonReader& reader, std::string_view text) {
