@@ -75,16 +75,12 @@ std::optional<std::string> readSmallFile(const fs::path& path, std::error_code& 
     return text;
 }
 
-bool isAbsent(const std::error_code& fault) {
-    return fault == std::errc::no_such_file_or_directory;
-}
-
 /// The record in a state file that is about to be replaced; the default when the file is absent or not understood.
 template <class Record>
 OrFailure<Record> readForChange(const fs::path& path, std::optional<Record> (*parse)(std::string_view)) {
     std::error_code fault;
     const auto text = readSmallFile(path, fault);
-    if (fault && !isAbsent(fault)) {
+    if (fault && !SystemFiles::isAbsent(fault)) {
         return fileFailure("read", SystemFiles::textOf(path), fault);
     }
     return (text ? parse(*text) : std::nullopt).value_or(Record());
@@ -164,7 +160,7 @@ StateStore::Contents StateStore::read() const {
     for (const fs::path& path : listFolder(state_ / elementFolder, fault)) {
         readElement(path, contents);
     }
-    if (fault && !isAbsent(fault)) {
+    if (fault && !SystemFiles::isAbsent(fault)) {
         contents.ignored.push_back(ignoredFile(state_ / elementFolder, fault));
     }
     return contents;
@@ -179,7 +175,7 @@ void StateStore::readElement(const fs::path& path, Contents& contents) const {
     auto state = text ? parseElementState(*text) : std::nullopt;
     if (state && elementPath(state->address) == path) {
         contents.elements.push_back(std::move(*state));
-    } else if (!isAbsent(fault)) {
+    } else if (!SystemFiles::isAbsent(fault)) {
         contents.ignored.push_back(ignoredFile(path, fault));
     }
 }
@@ -190,7 +186,7 @@ void StateStore::readResets(Contents& contents) const {
     const auto text = readSmallFile(path, fault);
     if (const auto counters = text ? parseResetCounters(*text) : std::nullopt) {
         contents.resets = counters->resets;
-    } else if (!isAbsent(fault)) {
+    } else if (!SystemFiles::isAbsent(fault)) {
         contents.ignored.push_back(ignoredFile(path, fault));
     }
 }

@@ -20,6 +20,11 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
+/// True of the fault of something that is not there.
+[[nodiscard]] inline bool isAbsent(const std::error_code& fault) {
+    return fault == std::errc::no_such_file_or_directory;
+}
+
 /// The path whose text is `utf8`.
 [[nodiscard]] std::filesystem::path pathOf(std::string_view utf8);
 /// The path of a local file that a client names: "\" separates components on every system.

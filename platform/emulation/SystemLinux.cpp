@@ -78,10 +78,6 @@ std::error_code faultOfRegularFile(int folder, const char* name) {
     return faultOfKind(status.st_mode);
 }
 
-bool isAbsent(const std::error_code& fault) {
-    return fault == std::errc::no_such_file_or_directory;
-}
-
 /// False when the file at `path` is not the open one (any more).
 bool isFileAt(int descriptor, const char* path) {
     struct stat open {};

@@ -82,10 +82,6 @@ std::error_code faultOfRegularFile(const std::wstring& path) {
     return attributes == INVALID_FILE_ATTRIBUTES ? lastError() : faultOfAttributes(attributes);
 }
 
-bool isAbsent(const std::error_code& fault) {
-    return fault == std::errc::no_such_file_or_directory;
-}
-
 std::wstring wideOf(std::string_view utf8) {
     const auto length = static_cast<int>(utf8.size());
     const int size = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, nullptr, 0);
