@@ -1,9 +1,13 @@
 #include "WideText.h"
 
+#include <boost/locale/utf.hpp>
+
 #include <cstddef>
-#include <cstdint>
+#include <iterator>
 
 namespace {
+
+using Utf8 = boost::locale::utf::utf_traits<char>;
 
 constexpr char32_t replacement = 0xFFFD;
 
@@ -13,28 +17,6 @@ bool isHighSurrogate(char32_t unit) {
 
 bool isLowSurrogate(char32_t unit) {
     return unit >= 0xDC00 && unit < 0xE000;
-}
-
-char continuation(char32_t character, unsigned shift) {
-    return static_cast<char>(0x80U | ((character >> shift) & 0x3FU));
-}
-
-void append(std::string& text, char32_t character) {
-    if (character < 0x80) {
-        text += static_cast<char>(character);
-    } else if (character < 0x800) {
-        text += static_cast<char>(0xC0U | (character >> 6U));
-        text += continuation(character, 0);
-    } else if (character < 0x10000) {
-        text += static_cast<char>(0xE0U | (character >> 12U));
-        text += continuation(character, 6);
-        text += continuation(character, 0);
-    } else {
-        text += static_cast<char>(0xF0U | (character >> 18U));
-        text += continuation(character, 12);
-        text += continuation(character, 6);
-        text += continuation(character, 0);
-    }
 }
 
 /// The character that begins at `index`, which moves to its last unit.
@@ -57,7 +39,7 @@ std::string utf8OfWide(std::wstring_view text) {
     std::string result;
     result.reserve(text.size());
     for (std::size_t index = 0; index < text.size(); ++index) {
-        append(result, characterAt(text, index));
+        Utf8::encode(characterAt(text, index), std::back_inserter(result));
     }
     return result;
 }
