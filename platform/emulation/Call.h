@@ -11,6 +11,7 @@
 #include <mutex>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// One call of an imported operation: has the service to itself from its construction to the end of run(), lets the

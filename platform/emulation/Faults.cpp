@@ -4,6 +4,8 @@
 #include "ErrorEntryReader.h"
 #include "ItemReader.h"
 
+#include <cstddef>
+#include <iterator>
 #include <limits>
 #include <string>
 #include <utility>

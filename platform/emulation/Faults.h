@@ -6,7 +6,6 @@
 #include "Operation.h"
 
 #include <array>
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>

@@ -6,7 +6,6 @@
 #include "KvNInventoryIDs.h"
 
 #include <limits>
-#include <utility>
 
 namespace {
 

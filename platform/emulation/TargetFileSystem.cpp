@@ -6,7 +6,6 @@
 
 #include <system_error>
 #include <utility>
-#include <vector>
 
 namespace {
 
