@@ -119,14 +119,7 @@ std::string textOf(const ElementState& state) {
 
 std::optional<ElementState> parseElementState(std::string_view text) {
     std::string reason;
-    const KvNJson::json document = parseDocument(text, reason);
-    if (document.is_invalid()) {
-        return std::nullopt;
-    }
-    JsonRefusal refusal;
     ElementState state;
-    if (!readMembers(JsonPlace(document.view(), refusal), stateRules, state) || state.address.empty()) {
-        return std::nullopt;
-    }
-    return state;
+    const bool isState = readDocument(std::string(text), stateRules, state, reason) && !state.address.empty();
+    return isState ? std::optional(std::move(state)) : std::nullopt;
 }

@@ -31,14 +31,6 @@ std::string textOf(const ResetCounters& counters) {
 
 std::optional<ResetCounters> parseResetCounters(std::string_view text) {
     std::string reason;
-    const KvNJson::json document = parseDocument(text, reason);
-    if (document.is_invalid()) {
-        return std::nullopt;
-    }
-    JsonRefusal refusal;
     ResetCounters counters;
-    if (!readMembers(JsonPlace(document.view(), refusal), counterRules, counters)) {
-        return std::nullopt;
-    }
-    return counters;
+    return readDocument(std::string(text), counterRules, counters, reason) ? std::optional(counters) : std::nullopt;
 }

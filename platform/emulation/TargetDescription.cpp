@@ -6,6 +6,7 @@
 #include "KvNInventoryIDs.h"
 
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -61,16 +62,8 @@ constexpr std::array<JsonMemberRule<TargetDescription>, 5> targetRules{{
 } // namespace
 
 std::unique_ptr<TargetDescription> readTargetDescription(std::string text, std::string& reason) {
-    const KvNJson::json document = parseDocument(text, reason);
-    // A large rack's text need not stay in memory beside what is made of it.
-    std::string().swap(text);
-    if (document.is_invalid()) {
-        return nullptr;
-    }
-    JsonRefusal refusal;
     auto target = std::make_unique<TargetDescription>();
-    if (!readMembers(JsonPlace(document.view(), refusal), targetRules, *target)) {
-        reason = refusal.path + ": " + refusal.reason;
+    if (!readDocument(std::move(text), targetRules, *target, reason)) {
         return nullptr;
     }
     if (target->inventory == nullptr) {
