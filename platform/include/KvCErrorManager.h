@@ -2,7 +2,6 @@
 
 #include "KvPlatformExport.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
