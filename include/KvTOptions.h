@@ -33,7 +33,7 @@ struct KvTOptions {
     /// The same for the serial numbers of boards: the whole number in decimal, the sub-number in its upper 8 bits
     /// included. What tables show as "12345(2)" is 2 * 16777216 + 12345.
     std::string serialNumberFilter;
-    /// The same for the names of update elements.
+    /// The same for the names that the inventory has of update elements, such as "UserFirmware".
     std::string elementNameFilter;
     /// Updates up-to-date elements too, but never those whose archive entry has the mode "upgrade". The list of
     /// up-to-date elements is not printed then.

@@ -39,7 +39,7 @@ TEST_F(Explain, TellsTheChosenEntryTheDecisionAndThePhase) {
     addNodeElement(1, "One");
     EXPECT_THAT(text(), EndsWith("0  NODE, SN 7, One\n"
                                  "    board        NODE, variant none, ID 0\n"
-                                 "    element      ID 1, hardware compatibility 0, software compatibility 0\n"
+                                 "    element      ID 1, name One, hardware compatibility 0, software compatibility 0\n"
                                  "    installed    1.0 (1.0.0), checksum 1\n"
                                  "    entries      0 node1.bin: chosen\n"
                                  "    available    2.0 (2.0.0), checksum 2\n"
@@ -91,6 +91,16 @@ TEST_F(Explain, ManyFailedEntriesAreToldForAnElementThatIsAskedForAlone) {
     EXPECT_THAT(text(), HasSubstr("9 e10.bin: id fails: the archive says 110, the element has 1\n"
                                   "                 ... and 3 more that fail\n"));
     EXPECT_THAT(text({"0"}), HasSubstr("12 e13.bin: id fails: the archive says 113, the element has 1\n"));
+}
+
+TEST_F(Explain, TheNameThatTheElementFilterTakesIsToldOfItemsOfTheInventory) {
+    node.element(completeElement(1, "UserFirmware"));
+    archive.add(entry("a.cfg").target("NODE", "cfg/a.cfg"));
+    EXPECT_THAT(text({"0"}), HasSubstr("ID 1, name UserFirmware, "));
+    EXPECT_THAT(text({"1"}), Not(HasSubstr(", name ")));
+    const KvNJson::json explained = document({"-e", "UserFirmware"});
+    EXPECT_EQ("UserFirmware", element(explained, 0).find("name").get_string());
+    EXPECT_TRUE(element(explained, 1).find("name").is_null());
 }
 
 TEST_F(Explain, AnElementIsAskedForByItsNumberOrByOneOfItsNames) {

@@ -125,8 +125,10 @@ void addFilterOptions(CLI::App& app, KvTOptions& options) {
                    "Look only at boards of these serial numbers, in decimal, sub-number included: 12345(2) is "
                    "2 * 16777216 + 12345 (default: all)")
         ->type_name("LIST");
-    app.add_option("-e,--element", options.elementNameFilter,
-                   "Look only at update elements of these names (default: all)")
+    app.add_option(
+           "-e,--element", options.elementNameFilter,
+           "Look only at update elements with these names of the inventory, such as UserFirmware; explain shows "
+           "them (default: all)")
         ->type_name("LIST");
     app.add_flag("--configuration", options.configurationElements,
                  "Look at configuration elements instead of the others");

@@ -64,6 +64,7 @@ json elementRecord(const KvTExplanation& explanation, const std::vector<KvTArchi
     json record = json::makeObject();
     record.set("index", element.index);
     record.set("displayName", element.displayName);
+    record.set("name", element.elementAddress.toString().isEmpty() ? json() : json(element.name));
     record.set("installedVersion", versionRecord(element.version));
     record.set("installedChecksumCrc32", element.hasChecksum ? json(element.checksumCrc32) : json());
     record.set("triedEntries", std::move(tried));

@@ -62,6 +62,9 @@ void addTried(std::string& text, const KvTExplanation& explanation, const std::v
 std::string identity(const KvTUpdateElement& element) {
     std::string text =
         element.isFileSystemElement ? "target path " + textOf(element.location) : "ID " + numberText(element.elementId);
+    if (!element.elementAddress.toString().isEmpty()) {
+        text += ", name " + textOf(element.name);
+    }
     return text + ", hardware compatibility " + numberText(element.hwCompatibilityId) + ", software compatibility " +
            numberText(element.swCompatibilityId) + (element.custom != 0 ? ", custom" : "");
 }
