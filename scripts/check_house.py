@@ -34,8 +34,8 @@ LAYERS = {
                                    "src/guards", "src/system"},
     "src/session": INTERFACES | {"src/preparation", "src/execution", "src/planning", "src/target", "src/archive",
                                  "src/inventory", "src/console", "src/guards", "src/system"},
-    "tools": INTERFACES | {"src/preparation", "src/planning", "src/archive", "src/inventory", "src/console", "src/guards",
-                           "src/system", "platform/emulation/KvEmulation.h"},
+    "tools": INTERFACES | {"src/preparation", "src/planning", "src/target", "src/archive", "src/inventory", "src/console",
+                           "src/guards", "src/system", "platform/emulation/KvEmulation.h"},
 }
 
 PLATFORM_CONDITIONAL = re.compile(r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b.*"

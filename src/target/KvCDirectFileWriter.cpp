@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr std::string_view targetRoot = "/mnt/cn/cfdrive";
 constexpr std::string_view temporarySuffix = ".tmp";
 
 template <typename... Arguments>

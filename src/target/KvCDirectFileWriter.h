@@ -7,7 +7,11 @@
 #include "KvTOptions.h"
 
 #include <string>
+#include <string_view>
 #include <vector>
+
+/// The root folder of the target's file system, as target paths see it.
+inline constexpr std::string_view targetRoot = "/mnt/cn/cfdrive";
 
 /// Copies update files into the target's file system, below its root folder /mnt/cn/cfdrive. Each is written under a
 /// temporary name and renamed, so that the target never sees half a file under its final name.

@@ -50,9 +50,33 @@ TEST_F(CheckNames, NamesThatDifferOnlyInCaseAreAWarning) {
 TEST_F(CheckNames, ATargetPathThatLeavesTheTargetIsAWarning) {
     EXPECT_EQ("", codesOfTargetPath("etc/../x.ini"));
     EXPECT_EQ("outside-target", codesOfTargetPath("etc/../../x.ini"));
+    EXPECT_EQ("outside-target", codesOfTargetPath("..\\\\x.ini"));
     const std::string board = R"({"boardType": "QB", "targetPath": "..\\x"})";
     EXPECT_EQ("$.files[0].boards[0].targetPath",
               onlyFinding(ArchiveBuilder().entry(entryWithBoards(board)).text()).path);
+}
+
+TEST_F(CheckNames, ATargetPathThatNamesTheRootFolderAgainIsAWarning) {
+    for (const char* path : {"/mnt/cn/cfdrive/etc/x.ini", "mnt/cn/cfdrive/x.ini", "/mnt/cn/cfdrive"}) {
+        EXPECT_EQ("target-path-with-root", codesOfTargetPath(path)) << path;
+    }
+    for (const char* path : {"/mnt/cn/cfdrive2/x.ini", "/mnt/x.ini", "etc/mnt/cn/cfdrive/x.ini", "/etc/x.ini"}) {
+        EXPECT_EQ("", codesOfTargetPath(path)) << path;
+    }
+    const ObjectText entry = goodEntry().remove("id").set("targetPath", "\"/mnt/cn/cfdrive/x\"");
+    const KvTFinding finding = onlyFinding(ArchiveBuilder().entry(entry).text());
+    EXPECT_EQ("The target path \"/mnt/cn/cfdrive/x\" is taken below /mnt/cn/cfdrive.", finding.message);
+    EXPECT_EQ("Leave \"/mnt/cn/cfdrive\" out.", finding.hint);
+}
+
+TEST_F(CheckNames, ATargetPathWithABackslashIsAWarning) {
+    EXPECT_EQ("target-path-separator", codesOfTargetPath("etc\\\\x.ini"));
+}
+
+TEST_F(CheckNames, ATargetPathWithoutFileNameIsAWarning) {
+    for (const char* path : {"", "/", "etc/"}) {
+        EXPECT_EQ("target-path-without-name", codesOfTargetPath(path)) << path;
+    }
 }
 
 } // namespace

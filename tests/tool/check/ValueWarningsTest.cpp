@@ -50,4 +50,23 @@ TEST_F(CheckValues, TheVersionsOfTheArchiveAreLookedAtToo) {
               onlyFinding(ArchiveBuilder().info("archiveVersion", "\"1.00\"").entry(goodEntry()).text()).path);
 }
 
+TEST_F(CheckValues, AnEmptyBoardVariantMatchesNoBoard) {
+    EXPECT_EQ("empty-variant", codes(with("boardVariant", "\"\"")));
+    EXPECT_EQ("$.files[0].boardVariant[1]", onlyFinding(with("boardVariant", "[\"A\", \"\"]")).path);
+    EXPECT_EQ("empty-variant",
+              codes(ArchiveBuilder().entry(entryWithBoards(goodBoard().set("boardVariant", "\"\"").text())).text()));
+    EXPECT_EQ("", codes(with("boardVariant", "[\"A\", null]")));
+}
+
+TEST_F(CheckValues, AnUpgradeWithoutVersionIsNeverGreater) {
+    const auto entryOf = [](const char* mode, const char* version) {
+        return ArchiveBuilder().entry(goodEntry().set("mode", mode).set("version", version)).text();
+    };
+    const KvTFinding finding = onlyFinding(entryOf("\"upgrade\"", "null"));
+    EXPECT_EQ("upgrade-without-version", finding.code);
+    EXPECT_EQ("$.files[0].version", finding.path);
+    EXPECT_EQ("", codes(entryOf("\"upgrade\"", "\"1.0\"")));
+    EXPECT_EQ("", codes(entryOf("\"standard\"", "null")));
+}
+
 } // namespace

@@ -1,6 +1,7 @@
 #include "NameWarnings.h"
 
 #include "ForeignPaths.h"
+#include "KvCDirectFileWriter.h"
 #include "LowerCase.h"
 
 #include <algorithm>
@@ -57,11 +58,34 @@ private:
     std::unordered_map<std::string, std::string_view> firstByLowerCase_;
 };
 
-void warnOfTargetPath(OutlineValue path, FindingList& findings) {
-    if (path.kind() == KvEJsonKind::text && leavesTargetRoot(path.text())) {
-        findings.warn("outside-target", path,
-                      "The target path " + inQuotes(path.text()) + " leads out of the target's file system.",
+/// True for a path that names the target's root folder once more.
+bool repeatsTargetRoot(std::string_view path) {
+    path.remove_prefix(std::min(path.find_first_not_of('/'), path.size()));
+    std::string_view root = targetRoot;
+    root.remove_prefix(1);
+    return path.starts_with(root) && (path.size() == root.size() || path[root.size()] == '/');
+}
+
+void warnOfTargetPath(OutlineValue value, FindingList& findings) {
+    if (value.kind() != KvEJsonKind::text) {
+        return;
+    }
+    const std::string_view path = value.text();
+    const std::string quoted = inQuotes(path);
+    if (leavesTargetRoot(path)) {
+        findings.warn("outside-target", value, "The target path " + quoted + " leads out of the target's file system.",
                       R"(Write a path without ".." that leads upwards.)");
+    } else if (path.find('\\') != std::string_view::npos) {
+        findings.warn("target-path-separator", value,
+                      "The target path " + quoted + R"( has a "\", which does not separate folders on the target.)",
+                      R"(Separate folders by "/".)");
+    } else if (repeatsTargetRoot(path)) {
+        findings.warn("target-path-with-root", value,
+                      "The target path " + quoted + " is taken below " + std::string(targetRoot) + ".",
+                      "Leave " + inQuotes(targetRoot) + " out.");
+    } else if (path.empty() || path.ends_with('/')) {
+        findings.warn("target-path-without-name", value, "The target path " + quoted + " has no file name.",
+                      "Write the name of the file behind its folder.");
     }
 }
 

@@ -61,6 +61,25 @@ void warnOfVersion(OutlineValue value, FindingList& findings) {
     }
 }
 
+void warnOfEmptyVariant(OutlineValue value, FindingList& findings) {
+    if (value.kind() == KvEJsonKind::text && value.text().empty()) {
+        findings.warn("empty-variant", value, R"(The board variant "" matches no board.)",
+                      "Write null for boards without variant.");
+    }
+    for (std::size_t index = 0; value.kind() == KvEJsonKind::array && index < value.size(); ++index) {
+        warnOfEmptyVariant(value.at(index), findings);
+    }
+}
+
+void warnOfUpgradeToNothing(OutlineValue entry, FindingList& findings) {
+    const OutlineValue version = entry.find("version");
+    if (entry.find("mode").text() == "upgrade" && version.kind() == KvEJsonKind::null) {
+        findings.warn("upgrade-without-version", version,
+                      R"(An entry of the mode "upgrade" that has no version is never greater than what is installed.)",
+                      R"(Write the version, or the mode "standard".)");
+    }
+}
+
 } // namespace
 
 void warnOfValues(const KvTCheckedArchive& checked, FindingList& findings) {
@@ -73,6 +92,8 @@ void warnOfValues(const KvTCheckedArchive& checked, FindingList& findings) {
             warnOfEmptyArray(object.find(key), "nothing can match", findings);
         }
         warnOfLargeNumbers(object, findings);
+        warnOfEmptyVariant(object.find("boardVariant"), findings);
+        warnOfUpgradeToNothing(object, findings);
         warnOfVersion(object.find("version"), findings);
     });
 }
