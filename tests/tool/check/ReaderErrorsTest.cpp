@@ -188,6 +188,36 @@ TEST_F(Check, InvalidJsonIsFoundWhereItBegins) {
     EXPECT_EQ(readersFirstError(), finding.message);
 }
 
+TEST_F(Check, FrequentFaultsOfJsonAreToldWithTheirRemedy) {
+    const auto hint = [this](std::string_view text) {
+        for (const KvTFinding& finding : check(text)) {
+            if (finding.code == "invalid-json") {
+                return finding.hint;
+            }
+        }
+        return std::string();
+    };
+    const std::string comment = R"(JSON has no comments; every object may have a key "comment".)";
+    for (const char* text : {"// x\n{}", "{ // x\n}", "[1, /* x */ 2]", "{\"info\": {} // x\n}"}) {
+        EXPECT_EQ(comment, hint(text)) << text;
+    }
+    for (const char* text : {"[1,,2]", "[1,\n ,2]", "{\"info\": {},,\n}"}) {
+        EXPECT_EQ("Remove one of the commas.", hint(text)) << text;
+    }
+    for (const char* text : {"[1, 2,]", "{\"info\": {},\n}"}) {
+        EXPECT_EQ("Remove the comma before it.", hint(text)) << text;
+    }
+    const std::string_view utf16("\xFF\xFE{\0}\0", 6);
+    const std::string_view utf16WithoutMark("{\0}\0", 4);
+    for (const std::string_view text : {utf16, utf16WithoutMark, std::string_view("\xFE\xFF\0{\0}", 6),
+                                        std::string_view("{\"info\": \"caf\xE9\"}"), std::string_view("[\"\xC3\"]")}) {
+        EXPECT_EQ("Save the file as UTF-8.", hint(text)) << text;
+    }
+    for (const char* text : {"[/]", "[1 , oops]", "[,1]", "{\xC3\xA9}", "[oops, \"\xE9\"]"}) {
+        EXPECT_EQ("This is not JSON syntax.", hint(text)) << text;
+    }
+}
+
 TEST_F(Check, ADescriptionThatCannotBeOpenedIsAnError) {
     const std::vector<KvTFinding> findings = findingsOfArchive(options());
     EXPECT_EQ("description-unreadable", codesOf(findings));

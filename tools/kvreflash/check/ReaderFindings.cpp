@@ -2,9 +2,11 @@
 
 #include "KvNJson.h"
 #include "RuleAdvice.h"
+#include "TextConversion.h"
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -28,11 +30,47 @@ std::string sentenceOf(std::string_view message) {
     return sentence;
 }
 
+constexpr std::string_view blanks = " \t\r\n";
+
+/// True when the first character that is none of UTF-8 is the one at `offset`, or one that ends there.
+bool isNotUtf8At(std::string_view text, std::size_t offset) {
+    constexpr unsigned char continuationMask = 0xC0;
+    constexpr unsigned char continuation = 0x80;
+    std::size_t end = std::min(offset + 1, text.size());
+    while (end < text.size() && (static_cast<unsigned char>(text[end]) & continuationMask) == continuation) {
+        ++end;
+    }
+    const bool isUtf16 = text.substr(0, 2).find('\0') != std::string_view::npos;
+    return isUtf16 || (end != 0 && utf8ToWide(std::string(text.substr(0, end)).c_str()).empty());
+}
+
+/// What to do about the fault at `offset`, where people often make it; empty elsewhere.
+std::string hintOnFault(std::string_view text, std::size_t offset) {
+    if (isNotUtf8At(text, offset)) {
+        return "Save the file as UTF-8.";
+    }
+    const std::string_view rest = text.substr(std::min(offset, text.size()));
+    if (rest.starts_with("//") || rest.starts_with("/*")) {
+        return R"(JSON has no comments; every object may have a key "comment".)";
+    }
+    const std::size_t before = text.substr(0, text.size() - rest.size()).find_last_not_of(blanks);
+    if (before == std::string_view::npos || text[before] != ',') {
+        return {};
+    }
+    if (rest.starts_with(',')) {
+        return "Remove one of the commas.";
+    }
+    return rest.starts_with('}') || rest.starts_with(']') ? "Remove the comma before it." : "";
+}
+
 /// Why a description is no JSON, where that shows.
 void addInvalidJson(FindingList& list, std::string message, std::string_view text) {
     std::string reason = "This is not JSON.";
     std::size_t offset = 0;
     (void)KvNJson::json::parse(text, &reason, &offset);
+    if (std::string hint = hintOnFault(text, offset); !hint.empty()) {
+        reason = std::move(hint);
+    }
     list.addAt(KvESeverity::error, codeOf(KvEArchiveRule::descriptionIsJson), offset, std::move(message),
                std::move(reason));
 }
