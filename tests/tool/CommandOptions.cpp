@@ -42,7 +42,7 @@ const std::vector<CommandOption>& commandOptions() {
         {"--reboot", "", "", false, updateCommand},
         {"--preflight", "", "", false, updateCommand},
         {"--verify", "", "", false, updateCommand},
-        {"--wait", "", "60", false, updateCommand},
+        {"--wait", "", "60", false, updateCommand, {"--verify", "--reboot"}},
         {"--events", "", "events.jsonl", false, updateCommand},
         {"--report", "", "report.html", false, {"plan", "update"}},
         {"--strict", "", "", false, checkCommand},

@@ -15,6 +15,8 @@ struct CommandOption {
     std::string value;
     bool repeatable = false;
     std::vector<std::string_view> commands;
+    /// Options without which it is refused.
+    std::vector<std::string> needs{};
 
     [[nodiscard]] bool belongsTo(std::string_view command) const;
 };

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <map>
 
@@ -98,9 +99,11 @@ TEST(Options, EachOptionSetsItsFieldAlone) {
         if (!option.value.empty()) {
             arguments.push_back(option.value);
         }
+        arguments.insert(arguments.end(), option.needs.begin(), option.needs.end());
         const KvTCommandLine line = lineOf(arguments);
         for (const Row& row : rows) {
-            EXPECT_EQ(row.isSet(line), row.option == option.name) << row.option << " by " << option.name;
+            const bool isNeeded = std::find(option.needs.begin(), option.needs.end(), row.option) != option.needs.end();
+            EXPECT_EQ(row.isSet(line), row.option == option.name || isNeeded) << row.option << " by " << option.name;
         }
     }
     EXPECT_EQ(lineOf({"update", "-a", "folder"}).options.archiveFolder, L"folder");

@@ -84,7 +84,8 @@ TEST(UsageErrors, AnOptionIsTakenByEveryCommandThatItBelongsTo) {
     const std::vector<Use> uses = allUses(true);
     EXPECT_EQ(uses.size(), 258U);
     for (const Use& use : uses) {
-        const Arguments line = joined(commandLineWithout(*use.option, use.command), use.given);
+        const Arguments needed = joined(commandLineWithout(*use.option, use.command), use.option->needs);
+        const Arguments line = joined(needed, use.given);
         EXPECT_TRUE(readCaptured(line).line.has_value()) << testing::PrintToString(line);
     }
 }
@@ -177,6 +178,12 @@ TEST(UsageErrors, AWordThatAnOptionDoesNotKnowIsRefused) {
     expectRefused({"check", "-a", "folder", "--format", "xml"}, "--format: 'xml' is none of text, json");
     expectRefused({"plan", "-a", "folder", "--report", "report.txt"},
                   "--report: 'report.txt' ends neither with .html nor with .json");
+}
+
+TEST(UsageErrors, WaitingForNothingIsRefused) {
+    for (const Arguments& more : {Arguments{}, {"--verify"}, {"--reboot"}}) {
+        expectRefused(joined({"update", "-a", "folder", "--wait", "60"}, more), "--wait needs --verify and --reboot");
+    }
 }
 
 TEST(UsageErrors, ASurplusArgumentIsRefused) {

@@ -280,6 +280,9 @@ void convertTexts(const Texts& texts, KvTCommandLine& line) {
     convertReport(line.reportFile);
     if (!texts.waitSeconds.empty()) {
         line.waitSeconds = numberOf("--wait", texts.waitSeconds);
+        if (!line.verify || !line.reboot) {
+            refuse("--wait needs --verify and --reboot");
+        }
     }
     if (!texts.format.empty()) {
         constexpr std::array<std::pair<const char*, bool>, 2> formats{{{"text", false}, {"json", true}}};
