@@ -6,6 +6,11 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
+#include <filesystem>
+#include <iterator>
+#include <system_error>
+
 namespace {
 
 using testing::AllOf;
@@ -111,9 +116,35 @@ TEST_F(Reports, WhatProgressHasOverwrittenIsLeftOut) {
 TEST_F(Reports, AFileThatCannotBeWrittenFails) {
     addNodeElement(1, "One");
     const std::string path = archive.folder().text() + "/missing/report.html";
-    const ToolRun result = run("plan", {"--report", path});
+    for (const char* command : {"plan", "update"}) {
+        const ToolRun result = run(command, {"--report", path});
+        EXPECT_EQ(1, result.exitCode);
+        EXPECT_EQ("", result.output) << "nothing has happened yet";
+        EXPECT_EQ("kvreflash: cannot write '" + path + "': " + std::generic_category().message(ENOENT) + "\n",
+                  result.errors);
+    }
+    EXPECT_THAT(run("plan").output, HasSubstr("| 1 != 2    | N"));
+}
+
+TEST_F(Reports, AFolderInPlaceOfTheFileFails) {
+    addNodeElement(1, "One");
+    const ScratchFolder folder;
+    const std::filesystem::path path = folder.path() / "report.html";
+    std::filesystem::create_directory(path);
+    const ToolRun result = run("plan", {"--report", folder.text() + "/report.html"});
     EXPECT_EQ(1, result.exitCode);
-    EXPECT_EQ("kvreflash: cannot write '" + path + "'\n", result.errors);
+    EXPECT_EQ("", result.output);
+    EXPECT_THAT(result.errors, HasSubstr("/report.html': " + std::generic_category().message(EISDIR) + "\n"));
+}
+
+TEST_F(Reports, NothingButTheReportIsLeftInItsFolder) {
+    addNodeElement(1, "One");
+    const ScratchFolder folder;
+    folder.write("report.html.new", "of somebody else");
+    EXPECT_EQ(0, run("plan", {"--report", folder.text() + "/report.html"}).exitCode);
+    EXPECT_EQ(0, run("plan", {"--report", folder.text() + "/other.html"}).exitCode);
+    EXPECT_EQ("of somebody else", folder.read("report.html.new"));
+    EXPECT_EQ(3, std::distance(std::filesystem::directory_iterator(folder.path()), {}));
 }
 
 TEST(PhasePicture, IsEmptyWithoutUpdates) {

@@ -9,6 +9,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <system_error>
+
 namespace {
 
 using testing::HasSubstr;
@@ -148,8 +151,11 @@ TEST_F(Session, AnEventsFileThatCannotBeCreatedEndsWithOneBeforePrepare) {
         const ToolRun done = run("update", {"--events", path});
         EXPECT_EQ(done.exitCode, 1);
         EXPECT_EQ(done.output, "");
-        EXPECT_EQ(done.errors, "kvreflash: cannot create '" + path + "'\n");
+        EXPECT_THAT(done.errors, StartsWith("kvreflash: cannot create '" + path + "': "));
     }
+    const std::string reason = std::generic_category().message(ENOENT);
+    const std::string path = folder.text() + "/missing/events";
+    EXPECT_EQ(run("update", {"--events", path}).errors, "kvreflash: cannot create '" + path + "': " + reason + "\n");
 }
 
 TEST_F(Session, EventsGoIntoTheFileOrToStandardError) {

@@ -129,7 +129,7 @@ KvTSessionOutcome runLibrarySession(const KvTCommandLine& line) {
     Outputs outputs;
     const CurrentOutputs current(outputs);
     if (line.eventsFile && !outputs.events.open(*line.eventsFile)) {
-        say("cannot create '" + *line.eventsFile + "'");
+        sayFileFailure("cannot create", *line.eventsFile);
         return outcome;
     }
     const std::unique_ptr<KvIReflasher> session(KvIReflasher::createInstance(line.options));

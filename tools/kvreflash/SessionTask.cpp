@@ -1,16 +1,28 @@
 #include "SessionTask.h"
 
 #include "BeforeUpdate.h"
+#include "Files.h"
 #include "LibrarySession.h"
 #include "Report.h"
 #include "TextConversion.h"
 #include "ToolOutput.h"
 #include "ToolVersion.h"
 
+#include <algorithm>
 #include <chrono>
+#include <filesystem>
+#include <string>
+#include <system_error>
 #include <utility>
 
 namespace {
+
+/// As files are opened: "\\" separates on every system.
+std::filesystem::path pathOf(const std::string& utf8) {
+    std::u8string text(utf8.begin(), utf8.end());
+    std::replace(text.begin(), text.end(), u8'\\', u8'/');
+    return {text};
+}
 
 /// Plans as the session will, as far as that is asked for. False after findings that keep the session from running.
 bool lookBefore(const KvTCommandLine& line, KvTReport& report) {
@@ -62,6 +74,23 @@ bool finishReport(const KvTCommandLine& line, KvTReport& report) {
     return false;
 }
 
+/// Finds out with a file beside the report's own, so that an older report stays until the new one is written.
+bool canWriteReport(const std::string& path) {
+    const std::string aside = path + ".new";
+    std::error_code ignored;
+    if (std::filesystem::is_directory(pathOf(path), ignored)) {
+        return false;
+    }
+    if (std::filesystem::exists(pathOf(aside), ignored)) {
+        return true; // not ours to remove
+    }
+    if (openForWriting(utf8ToWide(aside.c_str())) == nullptr) {
+        return false;
+    }
+    std::filesystem::remove(pathOf(aside), ignored);
+    return true;
+}
+
 KvTReport begunReport(const KvTCommandLine& line) {
     KvTReport report;
     report.isUpdate = line.options.mode == KvNReflasher::performUpdate;
@@ -75,6 +104,10 @@ KvTReport begunReport(const KvTCommandLine& line) {
 } // namespace
 
 ExitCode runSession(const KvTCommandLine& line) {
+    if (line.reportFile && !canWriteReport(*line.reportFile)) {
+        sayFileFailure("cannot write", *line.reportFile);
+        return exitFailed;
+    }
     KvTReport report = begunReport(line);
     if (lookBefore(line, report)) {
         KvTSessionOutcome outcome = runLibrarySession(line);

@@ -3,6 +3,10 @@
 #include "MessageText.h"
 #include "Terminal.h"
 
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
 void writeText(std::FILE* stream, const std::string& text) {
     const std::string shown = isTerminal(stream) ? visibleOnTerminal(text) : text;
     std::fwrite(shown.data(), 1, shown.size(), stream);
@@ -11,4 +15,12 @@ void writeText(std::FILE* stream, const std::string& text) {
 
 void say(const std::string& text) {
     writeText(stderr, "kvreflash: " + text + "\n");
+}
+
+void sayFileFailure(const char* what, const std::string& path) {
+    const int told = errno;
+    // Not every system says so.
+    std::error_code ignored;
+    const bool isFolder = std::filesystem::is_directory(std::u8string(path.begin(), path.end()), ignored);
+    say(what + (" '" + path) + "': " + std::generic_category().message(isFolder ? EISDIR : told));
 }
