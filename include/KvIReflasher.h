@@ -79,7 +79,8 @@ public:
     /// `elements` receives a new array of `count` records in the order of the element list, to be released with
     /// delete[]; null when there are none or memory is exhausted.
     virtual void getUpdateElements(KvNReflasher::KvTUpdateElementInfo*& elements, std::uint32_t& count) = 0;
-    /// Leaves the element out of the update; an index past the end changes nothing.
+    /// Leaves the element out of the update; an index past the end changes nothing. Indices depend on the filters of
+    /// the session.
     virtual void disableUpdateElement(std::uint32_t index) = 0;
     /// `files` receives a new array of `count` records in the order of the description, to be released with delete[];
     /// null when there are none or memory is exhausted.

@@ -216,6 +216,35 @@ TEST_F(Session, DisabledElementsAreLeftOutOfTheUpdate) {
     EXPECT_EQ(all.output.find("Updating:"), std::string::npos);
     const ToolRun none = run("update", {"--disable", "1", "--disable", "4294967295"});
     EXPECT_THAT(none.output, HasSubstr("Updating:"));
+    EXPECT_EQ(all.errors, "");
+}
+
+TEST_F(Session, DisablingAnElementThatIsNotThereIsToldAndChangesNothing) {
+    const ToolRun done = run("update", {"--disable", "1", "--disable", "0", "--disable", "4294967295"});
+    EXPECT_EQ(done.exitCode, 0);
+    EXPECT_EQ(done.errors, "kvreflash: --disable: the target has no element 1\n"
+                           "kvreflash: --disable: the target has no element 4294967295\n");
+}
+
+TEST_F(Session, FiltersThatLetNothingThroughAreTold) {
+    const std::string sentence = "kvreflash: no element of the target passes the filters\n";
+    for (const char* command : {"elements", "plan", "update"}) {
+        for (const Arguments& filter :
+             {Arguments{"-b", "QB9999"}, {"-s", "1"}, {"-e", "Firmware"}, {"--configuration"}}) {
+            const ToolRun done = run(command, filter);
+            EXPECT_EQ(done.exitCode, 0) << command << filter.front();
+            EXPECT_EQ(done.errors, sentence) << command << filter.front();
+        }
+        EXPECT_EQ(run(command, {"-b", "QB4120", "-s", "2815", "-e", "UserFirmware"}).errors, "") << command;
+    }
+    EXPECT_EQ(run("connect", {"-b", "QB9999"}).errors, "");
+    EXPECT_EQ(run("plan", {"--json", "-b", "QB9999"}).errors, run("plan", {"-b", "QB9999"}).output + sentence);
+}
+
+TEST_F(Session, ATargetWithoutElementsIsNoMatterOfFilters) {
+    TargetBuilder bare;
+    bare.add(completeBoard("HCN", "QB4120", 2815));
+    EXPECT_EQ(runCaptured({"elements", "-t", "127.0.0.1", "--emulate", bare.write()}).errors, "");
 }
 
 /// The target of a session that rebooted is not found for a while.

@@ -141,7 +141,8 @@ void addUpdateOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
         ->type_name("HOW");
     app.add_flag("--no-progress", line.options.noProgress, "The same as --progress none");
     addRepeatable(app, "--disable", texts.disabled, "N",
-                  "Leave the element of this number out of the update: No. of the plan; repeatable (default: none)");
+                  "Leave the element of this number out of the update: No. of a plan made with the same filters; "
+                  "repeatable (default: none)");
     app.add_flag("--reboot", line.reboot, "Reboot the target after a successful update");
     app.add_flag("--preflight", line.preflight, "Check every update file of the plan before the target is touched");
     app.add_flag("--verify", line.verify,

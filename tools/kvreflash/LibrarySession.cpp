@@ -14,7 +14,9 @@
 #include <cstdio>
 #include <memory>
 #include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -104,15 +106,51 @@ bool run(KvIReflasher& session, const KvTCommandLine& line, Outputs& outputs) {
     return success;
 }
 
+std::uint32_t elementCountOf(KvIReflasher& session) {
+    KvNReflasher::KvTUpdateElementInfo* elements = nullptr;
+    std::uint32_t count = 0;
+    session.getUpdateElements(elements, count);
+    delete[] elements;
+    return count;
+}
+
+/// An element that is not there cannot be left out: whoever names one has made a mistake, or another plan.
+void disableElements(KvIReflasher& session, const std::vector<std::uint32_t>& elements) {
+    if (elements.empty()) {
+        return;
+    }
+    const std::uint32_t count = elementCountOf(session);
+    for (const std::uint32_t element : elements) {
+        session.disableUpdateElement(element);
+        if (element >= count) {
+            say("--disable: the target has no element " + std::to_string(element));
+        }
+    }
+}
+
+bool hasFilter(const KvNReflasher::KvTOptions& options) {
+    return options.configurationElements || !options.boardTypeFilter.empty() || !options.serialNumberFilter.empty() ||
+           !options.elementNameFilter.empty();
+}
+
+/// A mistyped filter leaves a session without work, which then succeeds.
+void sayWhenAllIsFiltered(KvIReflasher& session, const KvNReflasher::KvTOptions& options) {
+    const bool hasElements = options.mode == KvNReflasher::showTargetElements ||
+                             options.mode == KvNReflasher::showUpdatePlan ||
+                             options.mode == KvNReflasher::performUpdate;
+    if (hasElements && hasFilter(options) && elementCountOf(session) == 0) {
+        say("no element of the target passes the filters");
+    }
+}
+
 /// Prepares, runs and, when asked for, reboots.
 ExitCode performSession(KvIReflasher& session, const KvTCommandLine& line, Outputs& outputs) {
     if (const std::uint32_t prepared = session.prepare(); prepared != prepareReady) {
         return prepared == prepareTargetNotSupported ? exitTargetNotSupported : exitFailed;
     }
-    for (const std::uint32_t element : line.disabledElements) {
-        session.disableUpdateElement(element);
-    }
+    disableElements(session, line.disabledElements);
     bool success = run(session, line, outputs);
+    sayWhenAllIsFiltered(session, line.options);
     if (line.json) {
         writeText(stdout, queryDocument(session, line.options.mode));
     }
