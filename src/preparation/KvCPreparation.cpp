@@ -4,8 +4,6 @@
 #include "KvCConsoleWriter.h"
 #include "ToolVersion.h"
 
-#include <algorithm>
-
 namespace {
 
 using namespace KvNReflasher;
@@ -80,15 +78,18 @@ bool KvCPreparation::connect(KvCErrorListPool& errors) {
     return true;
 }
 
-bool KvCPreparation::isTargetSupported() const {
+std::vector<const KvTUpdateElement*> KvCPreparation::unsupportedElements() const {
     const KvCInventoryAddress* hcn = inventory_.hcnAddress();
     const KvCInventoryAddress* cn = inventory_.cnAddress();
-    const auto& elements = inventory_.elements();
-    return std::none_of(elements.begin(), elements.end(), [hcn, cn](const KvTUpdateElement& element) {
+    std::vector<const KvTUpdateElement*> unsupported;
+    for (const KvTUpdateElement& element : inventory_.elements()) {
         const bool onNode =
             (hcn != nullptr && element.boardAddress == *hcn) || (cn != nullptr && element.boardAddress == *cn);
-        return onNode && !element.isFileSystemElement && !element.hasArchiveFile();
-    });
+        if (onNode && !element.isFileSystemElement && !element.hasArchiveFile()) {
+            unsupported.push_back(&element);
+        }
+    }
+    return unsupported;
 }
 
 void KvCPreparation::disableAllElements() {

@@ -14,6 +14,7 @@
 
 namespace {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -70,8 +71,20 @@ TEST_F(Session, AFailedPrepareEndsWithOne) {
         const ToolRun done = runCaptured({command});
         EXPECT_EQ(done.exitCode, 1) << command;
         EXPECT_THAT(done.output, HasSubstr("ERROR: No IP address or hostname specified!\n"));
-        EXPECT_EQ(done.errors, "");
+        EXPECT_EQ(done.errors, "kvreflash: give the target with -t HOST\n");
     }
+}
+
+TEST_F(Session, WhoGivesNoTargetIsToldHowWhenNothingElseIsMissing) {
+    for (const char* command : {"plan", "update"}) {
+        const ToolRun done = runCaptured({command, "-a", archive_.folder().text()});
+        EXPECT_EQ(done.exitCode, 1) << command;
+        EXPECT_THAT(done.output, EndsWith("ERROR: No IP address or hostname specified!\n"));
+        EXPECT_EQ(done.errors, "kvreflash: give the target with -t HOST\n");
+    }
+    const ToolRun json = runCaptured({"elements", "--json"});
+    EXPECT_THAT(json.errors, EndsWith("ERROR: No IP address or hostname specified!\n"
+                                      "kvreflash: give the target with -t HOST\n"));
 }
 
 TEST_F(Session, AFailedRunEndsWithOne) {
@@ -98,10 +111,27 @@ TEST_F(Session, ATargetThatTheArchiveDoesNotSupportEndsWithTwo) {
     const Arguments line{"-a", other.folder().text(), "-t", "127.0.0.1", "--emulate", target_.write()};
     Arguments update{"update"};
     update.insert(update.end(), line.begin(), line.end());
-    EXPECT_EQ(runCaptured(update).exitCode, 2);
+    const ToolRun refused = runCaptured(update);
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_THAT(refused.output, EndsWith("ERROR: The target system is not supported by this firmware archive.\n"));
+    EXPECT_EQ(refused.errors, "kvreflash: there is no entry for 'QB4120, SN 2815, Firmware'\n");
     Arguments plan{"plan"};
     plan.insert(plan.end(), line.begin(), line.end());
     EXPECT_EQ(runCaptured(plan).exitCode, 0) << "a plan is shown all the same";
+}
+
+TEST_F(Session, OfManyElementsWithoutEntryTheFirstThreeAreNamed) {
+    ItemBuilder node = completeBoard("HCN", "NODE", 7);
+    for (std::uint32_t id = 2; id <= 6; ++id) {
+        node.element(completeElement(id, "E" + std::to_string(id)));
+    }
+    TargetBuilder target;
+    target.add(node);
+    const ToolRun done =
+        runCaptured({"update", "-a", archive_.folder().text(), "-t", "127.0.0.1", "--emulate", target.write()});
+    EXPECT_EQ(done.exitCode, 2);
+    EXPECT_EQ(done.errors,
+              "kvreflash: there is no entry for 'NODE, SN 7, E2', 'NODE, SN 7, E3', 'NODE, SN 7, E4' and 2 more\n");
 }
 
 TEST_F(Session, AnEmulatedTargetThatCannotBeLoadedEndsWithOneBeforeAnything) {

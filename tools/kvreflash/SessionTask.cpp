@@ -3,6 +3,7 @@
 #include "BeforeUpdate.h"
 #include "Files.h"
 #include "LibrarySession.h"
+#include "PlannedTarget.h"
 #include "Report.h"
 #include "TextConversion.h"
 #include "ToolOutput.h"
@@ -14,6 +15,7 @@
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -91,6 +93,45 @@ bool canWriteReport(const std::string& path) {
     return true;
 }
 
+/// The elements for whose sake the archive does not support the target; the session names none.
+void sayUnsupportedElements(const KvTCommandLine& line) {
+    constexpr std::size_t mostNames = 3;
+    PlannedTarget target(line.options, KvNReflasher::showUpdatePlan);
+    if (!target.plan()) {
+        return;
+    }
+    const std::vector<const KvTUpdateElement*> elements = target.preparation().unsupportedElements();
+    std::string names;
+    for (std::size_t index = 0; index < std::min(elements.size(), mostNames); ++index) {
+        names.append(index == 0 ? "'" : ", '").append(elements[index]->displayName.view()).append("'");
+    }
+    if (elements.size() > mostNames) {
+        names.append(" and ").append(std::to_string(elements.size() - mostNames)).append(" more");
+    }
+    if (!elements.empty()) {
+        say("there is no entry for " + names);
+    }
+}
+
+/// True when nothing but the target's name was missing: what is read before it can be read.
+bool lacksTargetOnly(const KvNReflasher::KvTOptions& options) {
+    if (!options.target.empty() || options.mode < KvNReflasher::showTargetElements) {
+        return false;
+    }
+    const bool readsArchive =
+        options.mode == KvNReflasher::showUpdatePlan || options.mode == KvNReflasher::performUpdate;
+    return !readsArchive || PlannedTarget(options, KvNReflasher::showArchiveContent).plan();
+}
+
+/// What to do about a session that has failed, where the tool knows more than the session.
+void sayWhatFailed(const KvTCommandLine& line, ExitCode result) {
+    if (result == exitTargetNotSupported) {
+        sayUnsupportedElements(line);
+    } else if (result == exitFailed && lacksTargetOnly(line.options)) {
+        say("give the target with -t HOST");
+    }
+}
+
 KvTReport begunReport(const KvTCommandLine& line) {
     KvTReport report;
     report.isUpdate = line.options.mode == KvNReflasher::performUpdate;
@@ -111,6 +152,7 @@ ExitCode runSession(const KvTCommandLine& line) {
     KvTReport report = begunReport(line);
     if (lookBefore(line, report)) {
         KvTSessionOutcome outcome = runLibrarySession(line);
+        sayWhatFailed(line, outcome.result);
         report.result = outcome.result;
         report.failedElements = std::move(outcome.failedElements);
         report.messages = withoutOverwritten(outcome.messages);
