@@ -4,6 +4,8 @@
 #include "KvCConsoleWriter.h"
 #include "ToolVersion.h"
 
+#include <algorithm>
+
 namespace {
 
 using namespace KvNReflasher;
@@ -78,18 +80,15 @@ bool KvCPreparation::connect(KvCErrorListPool& errors) {
     return true;
 }
 
-std::vector<const KvTUpdateElement*> KvCPreparation::unsupportedElements() const {
+bool KvCPreparation::isTargetSupported() const {
     const KvCInventoryAddress* hcn = inventory_.hcnAddress();
     const KvCInventoryAddress* cn = inventory_.cnAddress();
-    std::vector<const KvTUpdateElement*> unsupported;
-    for (const KvTUpdateElement& element : inventory_.elements()) {
+    const auto& elements = inventory_.elements();
+    return std::none_of(elements.begin(), elements.end(), [hcn, cn](const KvTUpdateElement& element) {
         const bool onNode =
             (hcn != nullptr && element.boardAddress == *hcn) || (cn != nullptr && element.boardAddress == *cn);
-        if (onNode && !element.isFileSystemElement && !element.hasArchiveFile()) {
-            unsupported.push_back(&element);
-        }
-    }
-    return unsupported;
+        return onNode && !element.isFileSystemElement && !element.hasArchiveFile();
+    });
 }
 
 void KvCPreparation::disableAllElements() {

@@ -7,7 +7,6 @@
 #include "KvTOptions.h"
 
 #include <cstdint>
-#include <vector>
 
 class KvCConsoleWriter;
 
@@ -29,9 +28,7 @@ public:
     [[nodiscard]] bool connect(KvCErrorListPool& errors);
     /// What an update asks of the plan before it begins: the processor boards need an archive entry for each of their
     /// update elements.
-    [[nodiscard]] bool isTargetSupported() const { return unsupportedElements().empty(); }
-    /// The elements of the processor boards that have no entry, in the order of the list.
-    [[nodiscard]] std::vector<const KvTUpdateElement*> unsupportedElements() const;
+    [[nodiscard]] bool isTargetSupported() const;
 
     [[nodiscard]] const KvCTargetAccess& targetAccess() const { return targetAccess_; }
     [[nodiscard]] KvCFirmwareArchive& archive() { return archive_; }

@@ -115,7 +115,7 @@ TEST_F(FullDisk, EventsThatAreLostAreNoticedInTheEnd) {
 }
 
 TEST_F(FullDisk, AnEventsFileWithoutEventsLosesNothing) {
-    const ToolRun run = runCaptured({"update", "-a", "missing", "--events", fullDisk});
+    const ToolRun run = runCaptured({"update", "-a", "missing", "-t", "127.0.0.1", "--events", fullDisk});
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.errors, "");
 }

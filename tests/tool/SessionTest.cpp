@@ -75,7 +75,7 @@ TEST_F(Session, AFailedPrepareEndsWithOne) {
     }
 }
 
-TEST_F(Session, WhoGivesNoTargetIsToldHowWhenNothingElseIsMissing) {
+TEST_F(Session, WhoGivesNoTargetIsToldHow) {
     for (const char* command : {"plan", "update"}) {
         const ToolRun done = runCaptured({command, "-a", archive_.folder().text()});
         EXPECT_EQ(done.exitCode, 1) << command;

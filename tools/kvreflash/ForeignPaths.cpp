@@ -1,5 +1,6 @@
 #include "ForeignPaths.h"
 
+#include "FilePath.h"
 #include "KvCFirmwareArchive.h"
 #include "TextConversions.h"
 
@@ -15,12 +16,6 @@ namespace {
 using KvNJson::jsonView;
 
 constexpr std::string_view separators = "/\\";
-
-fs::path pathOf(std::string_view utf8) {
-    std::u8string text(utf8.begin(), utf8.end());
-    std::replace(text.begin(), text.end(), u8'\\', u8'/');
-    return {text};
-}
 
 /// Without links, "." and ".." as far as the path exists, then without them by its text alone.
 fs::path resolved(const fs::path& path) {
@@ -79,10 +74,10 @@ bool leavesTargetRoot(std::string_view targetPath) {
 bool leavesArchiveFolder(const std::wstring& archiveFolder, std::string_view name) {
     name = upToZero(name);
     std::string text(toUtf8(archiveFolder).view());
-    const fs::path folder = pathOf(text);
+    const fs::path folder = filePath(text);
     text += '/';
     text += name;
-    const fs::path file = pathOf(text);
+    const fs::path file = filePath(text);
     std::error_code ignored;
     if (name.find_first_of(separators) == std::string_view::npos && name != ".." && !fs::is_symlink(file, ignored)) {
         return false;

@@ -9,6 +9,7 @@
 #include "QueryDocument.h"
 #include "RunningUpdate.h"
 #include "Terminal.h"
+#include "TextConversion.h"
 #include "ToolOutput.h"
 
 #include <cstdio>
@@ -106,12 +107,12 @@ bool run(KvIReflasher& session, const KvTCommandLine& line, Outputs& outputs) {
     return success;
 }
 
-std::uint32_t elementCountOf(KvIReflasher& session) {
+std::vector<KvNReflasher::KvTUpdateElementInfo> elementsOf(KvIReflasher& session) {
     KvNReflasher::KvTUpdateElementInfo* elements = nullptr;
     std::uint32_t count = 0;
     session.getUpdateElements(elements, count);
-    delete[] elements;
-    return count;
+    const std::unique_ptr<KvNReflasher::KvTUpdateElementInfo[]> owned(elements);
+    return {elements, elements + count};
 }
 
 /// An element that is not there cannot be left out: whoever names one has made a mistake, or another plan.
@@ -119,7 +120,7 @@ void disableElements(KvIReflasher& session, const std::vector<std::uint32_t>& el
     if (elements.empty()) {
         return;
     }
-    const std::uint32_t count = elementCountOf(session);
+    const std::size_t count = elementsOf(session).size();
     for (const std::uint32_t element : elements) {
         session.disableUpdateElement(element);
         if (element >= count) {
@@ -138,15 +139,58 @@ void sayWhenAllIsFiltered(KvIReflasher& session, const KvNReflasher::KvTOptions&
     const bool hasElements = options.mode == KvNReflasher::showTargetElements ||
                              options.mode == KvNReflasher::showUpdatePlan ||
                              options.mode == KvNReflasher::performUpdate;
-    if (hasElements && hasFilter(options) && elementCountOf(session) == 0) {
+    if (hasElements && hasFilter(options) && elementsOf(session).empty()) {
         say("no element of the target passes the filters");
     }
+}
+
+/// The session does not say which elements have no entry.
+void sayElementsWithoutEntry(KvIReflasher& session) {
+    constexpr std::size_t mostNames = 3;
+    std::string names;
+    std::size_t count = 0;
+    for (const KvNReflasher::KvTUpdateElementInfo& element : elementsOf(session)) {
+        if (element.hasArchiveFile == 0 && !element.isFileSystemElement && ++count <= mostNames) {
+            names.append(count == 1 ? "'" : ", '").append(wideToUtf8(element.displayName.c_str())).append("'");
+        }
+    }
+    if (count > mostNames) {
+        names.append(" and ").append(std::to_string(count - mostNames)).append(" more");
+    }
+    say("there is no entry for " + names);
+}
+
+/// True when the session has come as far as to look for the target.
+bool hasReadItsArchive(KvIReflasher& session, const KvNReflasher::KvTOptions& options) {
+    if (options.mode != KvNReflasher::showUpdatePlan && options.mode != KvNReflasher::performUpdate) {
+        return true;
+    }
+    std::wstring name;
+    std::wstring version;
+    std::wstring product;
+    std::wstring format;
+    std::wstring variant;
+    session.getArchiveInfo(name, version, product, format, variant);
+    return format != L"0.0";
+}
+
+/// What the tool knows of a session that could not be prepared; the session itself has said why.
+ExitCode afterFailedPrepare(KvIReflasher& session, const KvNReflasher::KvTOptions& options, std::uint32_t prepared) {
+    if (prepared == prepareTargetNotSupported) {
+        sayElementsWithoutEntry(session);
+        return exitTargetNotSupported;
+    }
+    const bool needsTarget = options.mode >= KvNReflasher::showTargetElements;
+    if (needsTarget && options.target.empty() && hasReadItsArchive(session, options)) {
+        say("give the target with -t HOST");
+    }
+    return exitFailed;
 }
 
 /// Prepares, runs and, when asked for, reboots.
 ExitCode performSession(KvIReflasher& session, const KvTCommandLine& line, Outputs& outputs) {
     if (const std::uint32_t prepared = session.prepare(); prepared != prepareReady) {
-        return prepared == prepareTargetNotSupported ? exitTargetNotSupported : exitFailed;
+        return afterFailedPrepare(session, line.options, prepared);
     }
     disableElements(session, line.disabledElements);
     bool success = run(session, line, outputs);

@@ -17,27 +17,57 @@ bool writeTo(std::ofstream& file, std::string_view text) {
     return file.good();
 }
 
+/// What is written to: the file under its unfinished name, or what is no plain file itself.
+struct Written {
+    explicit Written(const fs::path& path) : name(path) {
+        std::error_code fault;
+        const fs::file_type type = fs::symlink_status(path, fault).type();
+        isRenamed = type == fs::file_type::not_found || type == fs::file_type::regular;
+        if (isRenamed) {
+            name += unfinishedEnding;
+        }
+    }
+    void remove() const {
+        std::error_code ignored;
+        fs::remove(name, ignored);
+    }
+
+    fs::path name;
+    bool isRenamed = false;
+};
+
 } // namespace
 
 bool writeWholeFile(const fs::path& path, std::string_view text) {
-    std::error_code fault;
-    const fs::file_type type = fs::symlink_status(path, fault).type();
-    const bool isReplaced = type == fs::file_type::not_found || type == fs::file_type::regular;
-    fs::path written = path;
-    if (isReplaced) {
-        written += unfinishedEnding;
-    }
-    std::ofstream file(written, std::ios::binary | std::ios::trunc);
+    const Written written(path);
+    std::ofstream file(written.name, std::ios::binary | std::ios::trunc);
     if (!file.is_open()) {
         return false;
     }
     bool isWritten = writeTo(file, text);
-    if (isWritten && isReplaced) {
-        fs::rename(written, path, fault);
+    if (isWritten && written.isRenamed) {
+        std::error_code fault;
+        fs::rename(written.name, path, fault);
         isWritten = !fault;
     }
-    if (!isWritten && isReplaced) {
-        fs::remove(written, fault);
+    if (!isWritten && written.isRenamed) {
+        written.remove();
     }
     return isWritten;
+}
+
+bool canWriteWholeFile(const fs::path& path) {
+    std::error_code ignored;
+    const Written written(path);
+    if (!written.isRenamed) {
+        return !fs::is_directory(path, ignored); // a pipe is not to be opened twice
+    }
+    const bool wasThere = fs::exists(written.name, ignored);
+    if (!std::ofstream(written.name, std::ios::binary | std::ios::app).is_open()) {
+        return false;
+    }
+    if (!wasThere) {
+        written.remove();
+    }
+    return true;
 }

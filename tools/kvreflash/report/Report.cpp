@@ -1,24 +1,11 @@
 #include "Report.h"
 
+#include "FilePath.h"
 #include "WholeFile.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <filesystem>
-
-namespace {
-
-/// Off Windows a "\\" separates like a "/".
-std::filesystem::path pathOf(const std::string& utf8) {
-    std::u8string text(utf8.begin(), utf8.end());
-    if constexpr (std::filesystem::path::preferred_separator == '/') {
-        std::replace(text.begin(), text.end(), u8'\\', u8'/');
-    }
-    return {text};
-}
-
-} // namespace
 
 KvEOutcome KvTReport::outcomeOf(const KvTPlannedElement& element) const {
     if (!element.isUpdated()) {
@@ -74,5 +61,5 @@ std::string timeText(std::chrono::system_clock::time_point time) {
 }
 
 bool writeReport(const KvTReport& report, const std::string& path) {
-    return writeWholeFile(pathOf(path), path.ends_with(".json") ? reportDocument(report) : reportPage(report));
+    return writeWholeFile(filePath(path), path.ends_with(".json") ? reportDocument(report) : reportPage(report));
 }
