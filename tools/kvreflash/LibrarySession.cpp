@@ -8,8 +8,8 @@
 #include "PlainProgress.h"
 #include "QueryDocument.h"
 #include "RunningUpdate.h"
+#include "SessionRemarks.h"
 #include "Terminal.h"
-#include "TextConversion.h"
 #include "ToolOutput.h"
 
 #include <cstdio>
@@ -17,7 +17,6 @@
 #include <optional>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -107,92 +106,16 @@ bool run(KvIReflasher& session, const KvTCommandLine& line, Outputs& outputs) {
     return success;
 }
 
-std::vector<KvNReflasher::KvTUpdateElementInfo> elementsOf(KvIReflasher& session) {
-    KvNReflasher::KvTUpdateElementInfo* elements = nullptr;
-    std::uint32_t count = 0;
-    session.getUpdateElements(elements, count);
-    const std::unique_ptr<KvNReflasher::KvTUpdateElementInfo[]> owned(elements);
-    return {elements, elements + count};
-}
-
-/// An element that is not there cannot be left out: whoever names one has made a mistake, or another plan.
-void disableElements(KvIReflasher& session, const std::vector<std::uint32_t>& elements) {
-    if (elements.empty()) {
-        return;
-    }
-    const std::size_t count = elementsOf(session).size();
-    for (const std::uint32_t element : elements) {
-        session.disableUpdateElement(element);
-        if (element >= count) {
-            say("--disable: the target has no element " + std::to_string(element));
-        }
-    }
-}
-
-bool hasFilter(const KvNReflasher::KvTOptions& options) {
-    return options.configurationElements || !options.boardTypeFilter.empty() || !options.serialNumberFilter.empty() ||
-           !options.elementNameFilter.empty();
-}
-
-/// A mistyped filter leaves a session without work, which then succeeds.
-void sayWhenAllIsFiltered(KvIReflasher& session, const KvNReflasher::KvTOptions& options) {
-    const bool hasElements = options.mode == KvNReflasher::showTargetElements ||
-                             options.mode == KvNReflasher::showUpdatePlan ||
-                             options.mode == KvNReflasher::performUpdate;
-    if (hasElements && hasFilter(options) && elementsOf(session).empty()) {
-        say("no element of the target passes the filters");
-    }
-}
-
-/// The session does not say which elements have no entry.
-void sayElementsWithoutEntry(KvIReflasher& session) {
-    constexpr std::size_t mostNames = 3;
-    std::string names;
-    std::size_t count = 0;
-    for (const KvNReflasher::KvTUpdateElementInfo& element : elementsOf(session)) {
-        if (element.hasArchiveFile == 0 && !element.isFileSystemElement && ++count <= mostNames) {
-            names.append(count == 1 ? "'" : ", '").append(wideToUtf8(element.displayName.c_str())).append("'");
-        }
-    }
-    if (count > mostNames) {
-        names.append(" and ").append(std::to_string(count - mostNames)).append(" more");
-    }
-    say("there is no entry for " + names);
-}
-
-/// True when the session has come as far as to look for the target.
-bool hasReadItsArchive(KvIReflasher& session, const KvNReflasher::KvTOptions& options) {
-    if (options.mode != KvNReflasher::showUpdatePlan && options.mode != KvNReflasher::performUpdate) {
-        return true;
-    }
-    std::wstring name;
-    std::wstring version;
-    std::wstring product;
-    std::wstring format;
-    std::wstring variant;
-    session.getArchiveInfo(name, version, product, format, variant);
-    return format != L"0.0";
-}
-
-/// What the tool knows of a session that could not be prepared; the session itself has said why.
-ExitCode afterFailedPrepare(KvIReflasher& session, const KvNReflasher::KvTOptions& options, std::uint32_t prepared) {
-    if (prepared == prepareTargetNotSupported) {
-        sayElementsWithoutEntry(session);
-        return exitTargetNotSupported;
-    }
-    const bool needsTarget = options.mode >= KvNReflasher::showTargetElements;
-    if (needsTarget && options.target.empty() && hasReadItsArchive(session, options)) {
-        say("give the target with -t HOST");
-    }
-    return exitFailed;
-}
-
 /// Prepares, runs and, when asked for, reboots.
 ExitCode performSession(KvIReflasher& session, const KvTCommandLine& line, Outputs& outputs) {
     if (const std::uint32_t prepared = session.prepare(); prepared != prepareReady) {
-        return afterFailedPrepare(session, line.options, prepared);
+        sayWhatIsMissing(session, line.options, prepared);
+        return prepared == prepareTargetNotSupported ? exitTargetNotSupported : exitFailed;
     }
-    disableElements(session, line.disabledElements);
+    sayWhichElementsAreNotThere(session, line.disabledElements);
+    for (const std::uint32_t element : line.disabledElements) {
+        session.disableUpdateElement(element);
+    }
     bool success = run(session, line, outputs);
     sayWhenAllIsFiltered(session, line.options);
     if (line.json) {

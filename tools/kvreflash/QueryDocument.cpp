@@ -1,10 +1,11 @@
 #include "QueryDocument.h"
 
 #include "DocumentText.h"
+#include "SessionQueries.h"
 #include "TextConversions.h"
 
-#include <memory>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -16,31 +17,22 @@ json textValue(const std::wstring& text) {
 }
 
 json archiveRecord(KvIReflasher& session) {
-    std::wstring name;
-    std::wstring version;
-    std::wstring product;
-    std::wstring format;
-    std::wstring variant;
-    session.getArchiveInfo(name, version, product, format, variant);
+    const KvTArchiveTexts texts = archiveTextsOf(session);
     json record = json::makeObject();
-    record.set("archiveName", textValue(name));
-    record.set("archiveVersion", textValue(version));
-    record.set("productName", textValue(product));
-    record.set("formatVersion", textValue(format));
-    record.set("archiveVariant", textValue(variant));
+    record.set("archiveName", textValue(texts.name));
+    record.set("archiveVersion", textValue(texts.version));
+    record.set("productName", textValue(texts.productName));
+    record.set("formatVersion", textValue(texts.formatVersion));
+    record.set("archiveVariant", textValue(texts.variant));
     return record;
 }
 
 json fileRecords(KvIReflasher& session) {
-    KvTArchiveFileInfo* records = nullptr;
-    std::uint32_t count = 0;
-    session.getArchiveFiles(records, count);
-    const std::unique_ptr<KvTArchiveFileInfo[]> owned(records);
     json files = json::makeArray();
-    for (std::uint32_t index = 0; index < count; ++index) {
+    for (const KvTArchiveFileInfo& file : filesOf(session)) {
         json record = json::makeObject();
-        record.set("name", std::string_view(owned[index].name));
-        record.set("version", std::string_view(owned[index].version));
+        record.set("name", std::string_view(file.name));
+        record.set("version", std::string_view(file.version));
         files.append(std::move(record));
     }
     return files;
@@ -72,13 +64,9 @@ json elementRecord(const KvTUpdateElementInfo& element) {
 }
 
 json elementRecords(KvIReflasher& session) {
-    KvTUpdateElementInfo* records = nullptr;
-    std::uint32_t count = 0;
-    session.getUpdateElements(records, count);
-    const std::unique_ptr<KvTUpdateElementInfo[]> owned(records);
     json elements = json::makeArray();
-    for (std::uint32_t index = 0; index < count; ++index) {
-        elements.append(elementRecord(owned[index]));
+    for (const KvTUpdateElementInfo& element : elementsOf(session)) {
+        elements.append(elementRecord(element));
     }
     return elements;
 }
