@@ -16,7 +16,7 @@ using ByteSink = std::function<bool(std::string_view bytes)>;
 
 /// Hands the bytes from the position of `file` to its end to `sink`, piece by piece. False when they cannot be read or
 /// `sink` returned false.
-[[nodiscard]] bool forEachPiece(std::FILE& file, const ByteSink& sink);
+[[nodiscard]] bool forEachPiece(std::FILE* file, const ByteSink& sink);
 
 /// The bytes from the position of `file` to its end; nothing when they cannot be read or are more than `limit`. Memory
 /// is taken at once for as many as are `expected`.

@@ -41,7 +41,7 @@ std::optional<std::string> readObjectText(std::FILE& file) {
     constexpr std::string_view blanks = "\xEF\xBB\xBF \t\r\n";
     std::string text;
     bool hasBegun = false;
-    const bool isRead = forEachPiece(file, [&](std::string_view piece) {
+    const bool isRead = forEachPiece(&file, [&](std::string_view piece) {
         const std::size_t begin = hasBegun ? 0 : piece.find_first_not_of(blanks);
         if (!hasBegun && begin != std::string_view::npos) {
             hasBegun = true;

@@ -47,7 +47,7 @@ boost::json::string_view boostText(std::string_view text) noexcept {
 
 /// True of one JSON text from the stream's position to its end.
 bool readStream(JsonReader& reader, std::FILE* stream) {
-    return forEachPiece(*stream, [&reader](std::string_view piece) { return reader.read(piece); }) && reader.finish();
+    return forEachPiece(stream, [&reader](std::string_view piece) { return reader.read(piece); }) && reader.finish();
 }
 
 bool readText(JsonReader& reader, std::string_view text) {

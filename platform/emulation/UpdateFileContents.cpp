@@ -115,7 +115,7 @@ InstalledValues treeContents(const InventoryTreeFile& tree) {
 
 std::optional<InstalledValues> plainContents(std::FILE& file) {
     boost::crc_32_type crc;
-    const bool isRead = forEachPiece(file, [&crc](std::string_view piece) {
+    const bool isRead = forEachPiece(&file, [&crc](std::string_view piece) {
         crc.process_bytes(piece.data(), piece.size());
         return true;
     });

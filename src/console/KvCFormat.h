@@ -74,7 +74,7 @@ private:
     /// Holds the conversions of a format against the arguments, one after the other. Not a constant expression when
     /// one of its operations throws, which the compiler reports.
     struct Check {
-        const wchar_t* position;
+        const wchar_t* position = nullptr;
         std::size_t argumentsUsed = 0;
 
         consteval void format() {
