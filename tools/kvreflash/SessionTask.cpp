@@ -60,7 +60,7 @@ bool finishReport(const KvTCommandLine& line, KvTReport& report) {
     if (writeReport(report, *line.reportFile)) {
         return true;
     }
-    sayFileFailure("cannot write", *line.reportFile);
+    say("cannot write '" + *line.reportFile + "'");
     return false;
 }
 

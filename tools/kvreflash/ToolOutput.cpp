@@ -1,5 +1,6 @@
 #include "ToolOutput.h"
 
+#include "FilePath.h"
 #include "MessageText.h"
 #include "Terminal.h"
 
@@ -21,6 +22,6 @@ void sayFileFailure(const char* what, const std::string& path) {
     const int told = errno;
     // Not every system says so.
     std::error_code ignored;
-    const bool isFolder = std::filesystem::is_directory(std::u8string(path.begin(), path.end()), ignored);
+    const bool isFolder = std::filesystem::is_directory(filePath(path), ignored);
     say(what + (" '" + path) + "': " + std::generic_category().message(isFolder ? EISDIR : told));
 }

@@ -62,12 +62,9 @@ bool canWriteWholeFile(const fs::path& path) {
     if (!written.isRenamed) {
         return !fs::is_directory(path, ignored); // a pipe is not to be opened twice
     }
-    const bool wasThere = fs::exists(written.name, ignored);
     if (!std::ofstream(written.name, std::ios::binary | std::ios::app).is_open()) {
         return false;
     }
-    if (!wasThere) {
-        written.remove();
-    }
+    written.remove();
     return true;
 }
