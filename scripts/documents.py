@@ -78,10 +78,12 @@ def run(block):
     commands = [command for command in commands_of(block) if command not in NOT_RUN]
     if not commands:
         return None
+    # Not by "bash -e", for which the first half of "A && B" may fail.
+    script = "\n".join(f"{{ {command}\n}} || exit 1" for command in commands)
     print(f"{block}: {'; '.join(commands)}", flush=True)
     began = time.monotonic()
     with tempfile.TemporaryFile() as output:
-        done = subprocess.run(["bash", "-e", "-o", "pipefail", "-c", "\n".join(commands)], cwd=PROJECT, check=False,
+        done = subprocess.run(["bash", "-o", "pipefail", "-c", script], cwd=PROJECT, check=False,
                               env={**os.environ, "KV_TIME_SCALE": "0"}, stdin=subprocess.DEVNULL, stdout=output,
                               stderr=subprocess.STDOUT)
         print(f"  {'ok' if done.returncode == 0 else 'FAILED'}, {time.monotonic() - began:.0f} s", flush=True)

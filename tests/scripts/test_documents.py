@@ -91,6 +91,7 @@ class RunTest(unittest.TestCase):
             return Block(PROJECT / "README.md", 1, "sh", text)
 
         for text, expected in (("true   # well\n", True), ("true\nfalse\ntrue\n", False), ("false | true\n", False),
+                               ("false && true\ntrue\n", False), ("name=value\ntest $name = value\n", True),
                                ("test -f \\\n    README.md\n", True), ("scripts/gate.sh    # all\n", None)):
             with self.subTest(text), contextlib.redirect_stdout(io.StringIO()):
                 self.assertIs(documents.run(block(text)), expected)
