@@ -1,10 +1,19 @@
 #include "KvCConsoleWriter.h"
 
+#include "MessageEncoding.h"
 #include "WideFormat.h"
 
 #include <cstdarg>
 #include <cstdio>
 #include <memory>
+
+void KvCConsoleWriter::deliver(const std::wstring& text) const {
+    if (callbacks_.messageFunction != nullptr) {
+        callbacks_.messageFunction(messageBytes(text), callbacks_.messageContext);
+    } else {
+        callbacks_.message(text);
+    }
+}
 
 int KvCConsoleWriter::writeToStandardOutput(const wchar_t* format, ...) {
     std::va_list arguments;

@@ -6,8 +6,8 @@
 #include <string>
 #include <type_traits>
 
-/// Writes the session's messages: to the client's message callback when there is one, else to standard output, which
-/// is flushed after each message.
+/// Writes the session's messages: to the client's message function or callback if there is one, else to standard
+/// output, which is flushed after each message.
 class KvCConsoleWriter {
 public:
     /// `callbacks` is looked at for every message and must outlive the writer.
@@ -17,13 +17,13 @@ public:
     /// when formatting or writing failed. A message without characters is not handed to the callback.
     template <typename... Arguments>
     int print(KvCFormat<std::type_identity_t<Arguments>...> format, Arguments... arguments) const {
-        if (callbacks_.message == nullptr) {
+        if (!hasReceiver()) {
             return writeToStandardOutput(format.text(), arguments...);
         }
         std::wstring text;
         const int length = formatArguments(text, format.text(), arguments...);
         if (length > 0) {
-            callbacks_.message(text);
+            deliver(text);
         }
         return length;
     }
@@ -36,7 +36,13 @@ public:
         return formatArguments(result, format.text(), arguments...);
     }
 
+    /// A function of the client receives the messages.
+    [[nodiscard]] bool hasReceiver() const {
+        return callbacks_.messageFunction != nullptr || callbacks_.message != nullptr;
+    }
+
 private:
+    void deliver(const std::wstring& text) const;
     static int writeToStandardOutput(const wchar_t* format, ...);
     static int formatArguments(std::wstring& result, const wchar_t* format, ...);
 

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "KvIArchive.h"
+#include "KvTOutcome.h"
+#include "KvTPlan.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+// JSON documents of sessions and archives: UTF-8, indented, with a line end. Each begins with its format and states the
+// verdict. docs/schemas has their schemas. Values that are not there (null pointers) leave out what depends on them.
+// All throw std::bad_alloc when memory is exhausted.
+
+namespace KvNReflasher {
+
+/// What a session has done, for the documents of a session.
+struct KvTSessionRecord {
+    /// The verdict of the whole command, which may say more than the session's own.
+    KvTVerdict verdict;
+    /// Null: there is none.
+    const KvTPlan* plan = nullptr;
+    const KvTOutcome* outcome = nullptr;
+    const KvTVerification* verification = nullptr;
+};
+
+/// What surrounds a session, for its report.
+struct KvTReportFacts {
+    /// "plan", "update" or "verify".
+    std::string command;
+    std::string toolVersion;
+    /// RFC 3339.
+    std::string begin;
+    std::string end;
+    /// As given.
+    std::string target;
+    std::string archiveFolder;
+    int exitCode = 0;
+    /// What the session has printed.
+    std::string messages;
+};
+
+/// A target of a matrix.
+struct KvTMatrixTarget {
+    std::string folder;
+    /// Empty: none.
+    std::string address;
+    /// Why there is no plan.
+    KvTVerdict verdict;
+    /// Nothing if there is none.
+    std::optional<KvTPlan> plan;
+};
+
+/// What becomes of an element in an update, in one word.
+enum class KvEOutlook : std::uint8_t { wouldUpdate, upToDate, noEntry, disabled };
+inline constexpr std::size_t outlookCount = 4;
+[[nodiscard]] KV_REFLASH_API KvEOutlook outlookOf(const KvTPlannedElement& element);
+
+[[nodiscard]] KV_REFLASH_API std::string contentDocument(const KvTArchiveContent& content, const KvTVerdict& verdict);
+[[nodiscard]] KV_REFLASH_API std::string elementsDocument(const KvTPlan* plan, const KvTVerdict& verdict);
+[[nodiscard]] KV_REFLASH_API std::string planDocument(const KvTPlan* plan, const std::vector<KvTArchiveEntry>& entries,
+                                                      const KvTVerdict& verdict);
+[[nodiscard]] KV_REFLASH_API std::string explainDocument(const KvTPlan* plan,
+                                                         const std::vector<KvTExplanation>& explanations,
+                                                         const std::vector<KvTHiddenElement>& hidden,
+                                                         const KvTVerdict& verdict);
+[[nodiscard]] KV_REFLASH_API std::string matrixDocument(const KvTArchiveContent& content,
+                                                        const std::vector<KvTMatrixTarget>& targets,
+                                                        const KvTVerdict& verdict);
+[[nodiscard]] KV_REFLASH_API std::string checkDocument(const std::vector<KvTFinding>& findings, const std::string& file,
+                                                       const KvTVerdict& verdict);
+[[nodiscard]] KV_REFLASH_API std::string reportDocument(const KvTSessionRecord& session, const KvTReportFacts& facts);
+/// The entries that no element of any target takes, in their order.
+[[nodiscard]] KV_REFLASH_API std::vector<KvTArchiveEntry> unmatchedEntries(const KvTArchiveContent& content,
+                                                                           const std::vector<KvTMatrixTarget>& targets);
+
+// The words for values: stable codes of the documents, with hyphens.
+
+[[nodiscard]] KV_REFLASH_API const char* codeOf(KvEFailure failure);
+[[nodiscard]] KV_REFLASH_API const char* codeOf(KvEReason reason);
+[[nodiscard]] KV_REFLASH_API const char* codeOf(KvEMatchTest test);
+[[nodiscard]] KV_REFLASH_API const char* codeOf(KvEHiddenBy reason);
+[[nodiscard]] KV_REFLASH_API const char* codeOf(KvEResult result);
+[[nodiscard]] KV_REFLASH_API const char* codeOf(KvEVerified result);
+[[nodiscard]] KV_REFLASH_API const char* codeOf(KvEStage stage);
+[[nodiscard]] KV_REFLASH_API const char* codeOf(KvEFailedCall call);
+[[nodiscard]] KV_REFLASH_API const char* codeOf(KvEOutlook outlook);
+
+} // namespace KvNReflasher

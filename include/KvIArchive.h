@@ -1,0 +1,70 @@
+#pragma once
+
+#include "KvIReflasher.h"
+#include "KvTOutcome.h"
+#include "KvTPlan.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace KvNReflasher {
+
+enum class KvESeverity : std::uint8_t {
+    /// The archive is refused.
+    error,
+    /// The archive is read, but it may not do what is expected.
+    warning
+};
+
+/// Something that is to be said about an archive.
+struct KvTFinding {
+    KvESeverity severity = KvESeverity::error;
+    /// What kind of finding it is, for programs; docs/archive-check.md lists them.
+    std::string code;
+    /// Place in the description, from 1; columns count characters.
+    std::size_t line = 1;
+    std::size_t column = 1;
+    /// JSON path of the value concerned.
+    std::string path = "$";
+    /// One sentence: what is the matter.
+    std::string message;
+    /// What to do; may be empty.
+    std::string hint;
+};
+
+/// The content of an archive.
+struct KvTArchiveContent {
+    KvTArchiveIdentity identity;
+    /// In the order of the description.
+    std::vector<KvTArchiveEntry> entries;
+    /// Whether the archive was accepted, and why not. If it was not, the other fields are incomplete.
+    KvTVerdict verdict;
+    /// What reading it has printed in a session; UTF-8.
+    std::string messages;
+};
+
+} // namespace KvNReflasher
+
+/// A firmware archive without a target. An object is used from one thread. Each operation reads the archive anew.
+/// Operations throw nothing but std::bad_alloc when memory is exhausted. New operations go to the end.
+class KV_REFLASH_API KvIArchive {
+public:
+    /// An archive in `folder` with the description file of that name. Nothing is read yet. The caller deletes it.
+    /// Throws std::bad_alloc when memory is exhausted.
+    static KvIArchive* createInstance(const std::wstring& folder, const std::wstring& descriptionFileName);
+
+    KvIArchive(const KvIArchive&) = delete;
+    KvIArchive& operator=(const KvIArchive&) = delete;
+    virtual ~KvIArchive() = default;
+
+    /// What a session reads of it.
+    [[nodiscard]] virtual KvNReflasher::KvTArchiveContent content() const = 0;
+    /// Everything that is wrong with it, and everything that may not do what is expected, in the order of the
+    /// description.
+    [[nodiscard]] virtual std::vector<KvNReflasher::KvTFinding> findings() const = 0;
+
+protected:
+    KvIArchive() = default;
+};

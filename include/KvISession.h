@@ -1,0 +1,145 @@
+#pragma once
+
+#include "KvIReflasher.h"
+#include "KvTOutcome.h"
+#include "KvTPlan.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+class KvCInventoryItem;
+
+namespace KvNReflasher {
+
+/// What an event is about.
+enum class KvEEvent : std::uint8_t {
+    /// A phase begins; `value` is its number from 0, or 0xFFFFFFFF after the last one.
+    phase,
+    /// `value` is the percentage of the running phase, as for the progress callback.
+    progress,
+    /// An update has failed for the element `value`.
+    elementError,
+    /// The target is locked.
+    locked,
+    /// The lock was given back.
+    unlocked,
+    /// An update file was transferred; `value` is its file index, `succeeded` whether the target has it.
+    transfer,
+    /// The update of the element `value` begins.
+    elementStart,
+    /// The update of the element `value` has ended; `succeeded` whether it succeeded.
+    elementEnd
+};
+
+/// Something that happens while a session runs.
+struct KvTEvent {
+    KvEEvent event = KvEEvent::phase;
+    std::uint32_t value = 0;
+    bool succeeded = true;
+};
+
+/// Receives events; `context` is what was given with the function. Unknown events are to be ignored.
+using KvTEventFunction = void (*)(const KvTEvent& event, void* context);
+/// Receives a message as it would be written to standard output, line ends included: bytes, UTF-8 as far as its parts
+/// are. `text` lasts as long as the call.
+using KvTMessageFunction = void (*)(const std::string& text, void* context);
+/// Receives the root of the scanned inventory tree, which lasts as long as the call.
+using KvTTreeVisitor = void (*)(const KvCInventoryItem& root, void* context);
+
+/// A path of the archive that leads out of the place that it belongs to.
+struct KvTForeignPath {
+    /// Position of the entry in the description's "files", from 0.
+    std::uint32_t descriptionIndex = 0;
+    /// As the description writes it.
+    std::string path;
+    /// True: an update file outside the archive folder. False: a target path outside the target's root folder.
+    bool isRead = false;
+};
+
+/// What came of a request to disable an element.
+struct KvTDisabling {
+    /// The elements that were named. Exactly one: it is disabled. Otherwise none is.
+    std::vector<std::uint32_t> elements;
+    [[nodiscard]] bool isDone() const { return elements.size() == 1; }
+};
+
+} // namespace KvNReflasher
+
+/// A session that can be asked what it knows: the plan, the outcome, and what the target reports afterwards. Everything
+/// that KvIReflasher says holds here, too: thread, order of calls, messages, exhausted memory.
+///
+/// Plan and outcome are values of this session. Nothing is read, scanned or planned again for them.
+///
+/// New operations go to the end.
+class KV_REFLASH_API KvISession : public KvIReflasher {
+public:
+    /// As KvIReflasher::createInstance().
+    static KvISession* createInstance(KvNReflasher::KvTOptions options);
+    /// The version of the library, as the banner shows it. Throws std::bad_alloc when memory is exhausted.
+    static std::string version();
+
+    // Before prepare().
+
+    /// Receives events beside the callbacks; null switches it off. An event comes right after the callback of the same
+    /// meaning.
+    virtual void setEventFunction(KvNReflasher::KvTEventFunction function, void* context) = 0;
+    /// Receives every message instead of standard output and of the message callback; null switches it off.
+    virtual void setMessageFunction(KvNReflasher::KvTMessageFunction function, void* context) = 0;
+    /// Shows the scanned tree to `visitor` once, inside prepare(), before it is released. Not called if the scan fails.
+    virtual void setTreeVisitor(KvNReflasher::KvTTreeVisitor visitor, void* context) = 0;
+    /// Lets prepare() find out which elements the options hide, from the tree that it scans anyway.
+    virtual void findHiddenElements() = 0;
+
+    // After prepare().
+
+    /// The plan; null unless the last prepare() has scanned the target. It changes when an element is disabled, and is
+    /// valid until the next prepare(). In the modes 4 and 5 it lists what was found, without decisions.
+    [[nodiscard]] virtual const KvNReflasher::KvTPlan* plan() const = 0;
+    /// The accepted entries of the archive; empty if it was not read or memory is exhausted.
+    [[nodiscard]] virtual std::vector<KvNReflasher::KvTArchiveEntry> archiveEntries() const = 0;
+    /// The entries that were tried for the element of this index, found by the rule that has planned. Empty if there is
+    /// no such element or no archive.
+    [[nodiscard]] virtual KvNReflasher::KvTExplanation explain(std::uint32_t index) = 0;
+    /// The elements that the options hide, in the order of the target. Empty unless findHiddenElements() was called.
+    [[nodiscard]] virtual std::vector<KvNReflasher::KvTHiddenElement> hiddenElements() const = 0;
+    /// The paths of the archive that lead out of the archive folder or out of the target's root, in the order of the
+    /// entries.
+    [[nodiscard]] virtual std::vector<KvNReflasher::KvTForeignPath> foreignPaths() const = 0;
+
+    // Between prepare() and run().
+
+    /// Leaves an element out of the update. `element` (UTF-8): digits only are its index; anything else is compared byte
+    /// by byte with the inventory addresses, then with the target paths of files that are not listed, then with the
+    /// display names; the first of these that names an element counts.
+    virtual KvNReflasher::KvTDisabling disableElement(const std::string& element) = 0;
+    /// Checks what an update of this plan would use: each update file must exist, be readable, and state no other
+    /// version or checksum than the entry; and no error may have been collected. Returns a sentence for each fault. If
+    /// there is any, the outcome's verdict says so and run() must not be called.
+    [[nodiscard]] virtual std::vector<std::string> preflight() = 0;
+
+    // At any time.
+
+    /// What came of the session so far. When memory is exhausted the verdict is a failure of the class errors.
+    [[nodiscard]] virtual KvNReflasher::KvTOutcome outcome() const = 0;
+
+    // After run().
+
+    /// Looks at what the target reports now, with a scan of its own. Nothing that it meets changes the outcome.
+    [[nodiscard]] virtual KvNReflasher::KvTLook look() = 0;
+};
+
+namespace KvNReflasher {
+
+/// Holds what the target reports now against the elements that a session has updated. `wasRebooted`: what is the same
+/// as before the update will not change any more. Throws std::bad_alloc when memory is exhausted, as the following.
+[[nodiscard]] KV_REFLASH_API KvTVerification verifyUpdate(const KvTPlan& plan, const KvTOutcome& outcome, KvTLook look,
+                                                          bool wasRebooted);
+/// Holds what the scan of the plan has found against the archive, without an update.
+[[nodiscard]] KV_REFLASH_API KvTVerification verifyPlan(const KvTPlan& plan);
+/// What a verification means for a session: class verification if an element differs, is unchanged or gone, or if
+/// elements of the inventory were looked for and none could be judged, or if the look failed; class errors if the look
+/// has collected errors.
+[[nodiscard]] KV_REFLASH_API KvTVerdict verdictOf(const KvTPlan& plan, const KvTVerification& verification);
+
+} // namespace KvNReflasher

@@ -1,0 +1,238 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+// The plan of a session: a value that says for each element of the target what was found, which archive entry was
+// chosen, and what was decided and why. Texts are UTF-8. What is not known is nothing, never a number that stands for
+// it.
+
+namespace KvNReflasher {
+
+/// A release version.
+struct KvTVersion {
+    /// Major, minor, maintenance, service pack build (8 bits each), service pack number, patch level (16 bits each),
+    /// most significant first. Not ordered as a number: compare versions by what the session decided.
+    std::uint64_t number = 0;
+    /// The printed form, such as "23.2a12".
+    std::string text;
+
+    friend bool operator==(const KvTVersion&, const KvTVersion&) = default;
+};
+
+/// What the target reports as installed on an element. A parameter that the element does not have is nothing.
+struct KvTInstalled {
+    /// Nothing for the zero version, too.
+    std::optional<KvTVersion> version;
+    /// CRC-32 of what is installed; 0: the element has the parameter, but no checksum is known.
+    std::optional<std::uint32_t> checksumCrc32;
+    /// What is installed is complete and can be used.
+    std::optional<bool> valid;
+    /// What is installed is what the board runs.
+    std::optional<bool> active;
+
+    friend bool operator==(const KvTInstalled&, const KvTInstalled&) = default;
+};
+
+/// What the archive says of itself.
+struct KvTArchiveIdentity {
+    std::string archiveName;
+    std::string archiveVersion;
+    std::string productName;
+    std::string formatVersion;
+    /// Empty: none.
+    std::string archiveVariant;
+};
+
+/// How an entry's elements are updated.
+enum class KvEEntryMode : std::uint8_t {
+    /// When version or checksum differ.
+    standard,
+    /// When the entry's version is greater.
+    upgrade
+};
+
+/// An accepted file entry of the archive.
+struct KvTArchiveEntry {
+    /// Position among the accepted entries, as of KvIReflasher::getArchiveFiles().
+    std::uint32_t fileIndex = 0;
+    /// Position in the description's "files", from 0.
+    std::uint32_t descriptionIndex = 0;
+    /// Name of the update file, relative to the archive folder.
+    std::string fileName;
+    /// Nothing if the description states no version for it.
+    std::optional<KvTVersion> version;
+    /// CRC-32 of the contents; nothing if neither the description nor the file states one.
+    std::optional<std::uint32_t> checksumCrc32;
+    KvEEntryMode mode = KvEEntryMode::standard;
+    /// Entries of a lower sequence are installed in an earlier phase.
+    std::uint32_t sequence = 0;
+};
+
+/// Why an element is updated, or why it is not. Listed in the order of this enumeration.
+enum class KvEReason : std::uint8_t {
+    // For an update.
+    /// Mode standard: the entry has another version. Mode upgrade: the entry has a greater version.
+    versionDiffers,
+    checksumDiffers,
+    /// What is installed is not valid.
+    invalid,
+    /// What is installed is not active.
+    inactive,
+    /// The element is up to date, and the update is forced.
+    forced,
+
+    // Against an update.
+    upToDate,
+    /// A greater version is installed, and the entry's mode is upgrade.
+    newerInstalled,
+    /// No entry of the archive matches the element.
+    noEntry,
+    /// No entry that this library can read matches the element; one that it must ignore for its feature level does.
+    featureLevel,
+    /// It is a custom element, and these are left out.
+    customLeftOut,
+    /// The client has disabled the element.
+    disabled,
+    /// It is an FPGA element whose carrier board, a QB5150 or QB5170, the target does not have.
+    carrierBoardMissing
+};
+
+/// Whether an element is updated.
+struct KvTDecision {
+    bool update = false;
+    /// Those for an update if it is updated, else those against it; in the order of KvEReason. Empty if the session has
+    /// read no archive.
+    std::vector<KvEReason> reasons;
+};
+
+/// An element of the target and what an update does to it.
+struct KvTPlannedElement {
+    /// Position in the element list, from 0: the "No." of the plan.
+    std::uint32_t index = 0;
+
+    // What was found.
+    std::string boardType;
+    std::string boardVariant;
+    std::uint32_t boardId = 0;
+    /// The upper 8 bits may hold a sub-number.
+    std::uint32_t serialNumber = 0;
+    /// Name or type of the board, and its variant in parentheses.
+    std::string boardName;
+    /// Name of the unit and of its instance, and the rack that it is in; each may be empty.
+    std::string unitName;
+    std::string unitInstanceName;
+    std::string rackName;
+    std::uint32_t slot = 0;
+    /// 0: the board has no slot.
+    std::uint32_t slotCount = 0;
+    /// The element's name in tables and results.
+    std::string displayName;
+    /// What kind of element it is, such as "Firmware" or "FPGA".
+    std::string typeName;
+    /// The name that the inventory has of it, such as "UserFirmware".
+    std::string name;
+    /// Address of the inventory item; empty for a file that the inventory does not list.
+    std::string address;
+    /// Address of the board that carries it.
+    std::string boardAddress;
+    std::uint32_t elementId = 0;
+    /// A file in the target's file system rather than something that is flashed.
+    bool isFileSystemElement = false;
+    /// Path of a file, below the root of the target's file system.
+    std::string targetPath;
+    std::uint32_t hwCompatibilityId = 0;
+    std::uint32_t swCompatibilityId = 0;
+    bool custom = false;
+    KvTInstalled installed;
+
+    // What was chosen and decided.
+    /// Nothing if no entry matches.
+    std::optional<KvTArchiveEntry> entry;
+    KvTDecision decision;
+    /// Phase of the update, from 0; nothing if it is not updated.
+    std::optional<std::uint32_t> phase;
+    /// The element takes no part in the update. An element without an entry need not be disabled.
+    bool disabled = false;
+    /// What is installed is what the entry offers, or newer if the entry's mode is upgrade.
+    bool upToDate = false;
+
+    /// The inventory of the target lists it; other elements are files that only the archive knows.
+    [[nodiscard]] bool isListed() const { return !address.empty(); }
+};
+
+/// What an update of the target does.
+struct KvTPlan {
+    /// Nothing if the session reads no archive.
+    std::optional<KvTArchiveIdentity> archive;
+    /// IPv4 address of the target, in dotted form.
+    std::string targetAddress;
+    /// An update would not refuse the target.
+    bool supported = true;
+    /// Indices of the elements that decide that the target is not supported: elements of the processor nodes without an
+    /// entry.
+    std::vector<std::uint32_t> unsupportedElements;
+    std::uint32_t phaseCount = 0;
+    /// In the order of the element list: each index is the position.
+    std::vector<KvTPlannedElement> elements;
+};
+
+// Computed on request, and not part of the plan.
+
+/// A test that decides whether an entry is meant for an element.
+enum class KvEMatchTest : std::uint8_t {
+    boardType,
+    boardVariant,
+    boardId,
+    /// File-system elements take target paths, all others identifiers.
+    addressing,
+    id,
+    targetPath,
+    hwCompatibilityId,
+    swCompatibilityId,
+    /// All tests passed.
+    none
+};
+
+/// An entry that was tried for an element.
+struct KvTTriedEntry {
+    std::uint32_t fileIndex = 0;
+    std::uint32_t descriptionIndex = 0;
+    std::string fileName;
+    /// The first test that it failed.
+    KvEMatchTest failedTest = KvEMatchTest::none;
+    /// What that test compared, as JSON texts; "null" if the description or the element states nothing.
+    std::string archiveValue = "null";
+    std::string elementValue = "null";
+};
+
+/// Which entries were tried for an element.
+struct KvTExplanation {
+    std::uint32_t index = 0;
+    /// The entries for the element's board type, up to the chosen one.
+    std::vector<KvTTriedEntry> tried;
+    /// Number of other entries before the chosen one or, without one, in the archive.
+    std::size_t otherBoardCount = 0;
+};
+
+/// What keeps an element of the target out of a session.
+enum class KvEHiddenBy : std::uint8_t {
+    boardTypeFilter,
+    serialNumberFilter,
+    elementNameFilter,
+    /// The session looks at elements of the other kind: configuration elements, or all others.
+    configuration
+};
+
+/// An element of the target that the session does not look at.
+struct KvTHiddenElement {
+    std::string displayName;
+    /// Address of the inventory item.
+    std::string address;
+    std::vector<KvEHiddenBy> hiddenBy;
+};
+
+} // namespace KvNReflasher

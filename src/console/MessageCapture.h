@@ -1,0 +1,31 @@
+#pragma once
+
+#include "KvCConsoleWriter.h"
+#include "KvTCallbacks.h"
+
+#include <string>
+
+/// Collects what is written to its writer.
+class MessageCapture {
+public:
+    MessageCapture() = default;
+    MessageCapture(const MessageCapture&) = delete;
+    MessageCapture(MessageCapture&&) = delete;
+    MessageCapture& operator=(const MessageCapture&) = delete;
+    MessageCapture& operator=(MessageCapture&&) = delete;
+    ~MessageCapture() = default;
+
+    /// Writes what is to be collected.
+    [[nodiscard]] const KvCConsoleWriter& writer() const { return writer_; }
+    /// What was written so far, as bytes.
+    [[nodiscard]] const std::string& text() const { return text_; }
+
+private:
+    static void take(const std::string& message, void* capture) {
+        static_cast<MessageCapture*>(capture)->text_ += message;
+    }
+
+    std::string text_;
+    KvTCallbacks callbacks_{.messageFunction = take, .messageContext = this};
+    KvCConsoleWriter writer_{callbacks_};
+};
