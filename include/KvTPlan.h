@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -107,6 +108,10 @@ struct KvTDecision {
     /// Those for an update if it is updated, else those against it; in the order of KvEReason. Empty if the session has
     /// read no archive.
     std::vector<KvEReason> reasons;
+
+    [[nodiscard]] bool has(KvEReason reason) const {
+        return std::find(reasons.begin(), reasons.end(), reason) != reasons.end();
+    }
 };
 
 /// An element of the target and what an update does to it.
@@ -175,6 +180,8 @@ struct KvTPlan {
     /// Indices of the elements that decide that the target is not supported: elements of the processor nodes without an
     /// entry.
     std::vector<std::uint32_t> unsupportedElements;
+    /// The session looks at configuration elements instead of the others; it does not ask whether they are active.
+    bool configurationElements = false;
     std::uint32_t phaseCount = 0;
     /// In the order of the element list: each index is the position.
     std::vector<KvTPlannedElement> elements;
