@@ -161,7 +161,8 @@ KvTOutcome KvCReflasher::makeOutcome() const {
     outcome.verdict = verdict_;
     outcome.elements = elementOutcomes();
     outcome.files = fileOutcomes();
-    outcome.errors = errors_;
+    outcome.errors =
+        stage_ ? errors_ : errorEntriesOf(KvCErrorManager::getInstance()->getMasterErrorList());
     return outcome;
 }
 

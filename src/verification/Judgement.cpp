@@ -1,4 +1,5 @@
 #include "KvISession.h"
+#include "PlanValue.h"
 
 #include <array>
 #include <utility>
@@ -162,15 +163,21 @@ KvTVerification KvNReflasher::verifyPlan(const KvTPlan& plan) {
     return verification;
 }
 
+KvTVerdict KvNReflasher::verdictOf(const KvTPlan& plan) {
+    if (plan.supported) {
+        return {};
+    }
+    return {KvEFailure::unsupported, unsupportedMessage(plan)};
+}
+
 KvTVerdict KvNReflasher::verdictOf(const KvTVerification& verification) {
     const KvTLook& look = verification.look;
     if (!look.succeeded) {
         return {KvEFailure::verification, "the target could not be looked at: " + look.message};
     }
     KvTVerdict verdict = judgeElements(verification);
-    if (!look.errors.empty()) {
-        verdict.add({KvEFailure::errors,
-                     "the look at the target met " + std::to_string(look.errors.size()) + " errors"});
+    if (verdict.isSuccess() && !look.errors.empty()) {
+        return {KvEFailure::errors, "the look at the target met " + std::to_string(look.errors.size()) + " errors"};
     }
     return verdict;
 }

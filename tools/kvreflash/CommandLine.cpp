@@ -1,8 +1,8 @@
 #include "CommandLine.h"
 
 #include "EmulatedTargets.h"
-#include "TextConversion.h"
 #include "ToolOutput.h"
+#include "Utf8.h"
 
 #include <CLI/CLI.hpp>
 
@@ -27,8 +27,14 @@ constexpr const char* helpFooter =
     "docs/emulation.md.\n\n"
     "Exit codes:\n"
     "  0    success\n"
-    "  1    failed\n"
+    "  1    an element or file failed, errors were reported, a reboot did not happen, or something could not be "
+    "written\n"
     "  2    the archive does not support the target\n"
+    "  3    the archive was refused\n"
+    "  4    the target was not reached or cannot be scanned\n"
+    "  5    the target could not be locked\n"
+    "  6    the target does not report what it should\n"
+    "  8    no element passes the filters, or an element that was named does not exist\n"
     "  64   usage error\n"
     "  130  ended by an interrupt\n\n"
     "kvreflash COMMAND --help tells the options of a command.";
@@ -81,6 +87,8 @@ constexpr std::array commands = {
     Command{"update", KvETask::session, performUpdate,
             archiveOptions | targetOptions | forceOption | updateOptions | reportOption,
             "Update a target from an archive."},
+    Command{"verify", KvETask::session, showUpdatePlan, archiveOptions | targetOptions | jsonOption | reportOption,
+            "Update nothing and state whether the target is what the archive says."},
     Command{"reboot", KvETask::session, connectOnly, targetOptions, "Connect to a target and reboot it."}};
 
 /// The texts of the options as they were given.
@@ -140,9 +148,9 @@ void addUpdateOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
                    "How progress is shown: line, plain (a line for every tenth) or none (default: line)")
         ->type_name("HOW");
     app.add_flag("--no-progress", line.options.noProgress, "The same as --progress none");
-    addRepeatable(app, "--disable", texts.disabled, "N",
-                  "Leave the element of this number out of the update: No. of a plan made with the same filters; "
-                  "repeatable (default: none)");
+    addRepeatable(app, "--disable", texts.disabled, "ELEMENT",
+                  "Leave this element out of the update: its number (No. of a plan made with the same filters), address "
+                  "in the inventory, target path or display name; repeatable (default: none)");
     app.add_flag("--reboot", line.reboot, "Reboot the target after a successful update");
     app.add_flag("--preflight", line.preflight, "Check every update file of the plan before the target is touched");
     app.add_flag("--verify", line.verify,
@@ -214,7 +222,9 @@ void addCommand(CLI::App& app, const Command& command, KvTCommandLine& line, Tex
     sub.group("Commands");
     sub.footer(helpFooter);
     sub.callback([&line, &command] {
+        line.command = command.name;
         line.task = command.task;
+        line.verifiesOnly = std::string_view(command.name) == "verify";
         line.options.mode = command.mode;
         line.reboot = line.reboot || std::string_view(command.name) == "reboot";
     });
@@ -271,12 +281,10 @@ void convertReport(const std::optional<std::string>& path) {
 }
 
 void convertTexts(const Texts& texts, KvTCommandLine& line) {
-    line.options.archiveFolder = utf8ToWide(texts.archiveFolder.c_str());
-    line.options.descriptionFileName = utf8ToWide(texts.descriptionFileName.c_str());
-    line.options.target = utf8ToWide(texts.target.c_str());
-    for (const std::string& number : texts.disabled) {
-        line.disabledElements.push_back(numberOf("--disable", number));
-    }
+    line.options.archiveFolder = wideOf(texts.archiveFolder);
+    line.options.descriptionFileName = wideOf(texts.descriptionFileName);
+    line.options.target = wideOf(texts.target);
+    line.disabledElements = texts.disabled;
     convertProgress(texts.progress, line);
     convertReport(line.reportFile);
     if (!texts.waitSeconds.empty()) {
@@ -370,7 +378,7 @@ void checkOptionUse(const CLI::App& command, const std::vector<std::string>& arg
 
 void checkArguments(const CLI::App& app, const std::vector<std::string>& arguments) {
     for (std::size_t index = 0; index < arguments.size(); ++index) {
-        if (utf8ToWide(arguments[index].c_str()).empty() && !arguments[index].empty()) {
+        if (wideOf(arguments[index]).empty() && !arguments[index].empty()) {
             refuse("argument " + std::to_string(index + 1) + " is not valid UTF-8");
         }
     }

@@ -10,6 +10,6 @@
 /// cannot be served.
 [[nodiscard]] bool serveEmulatedTargets(const std::vector<std::string>& folders);
 
-/// Makes the emulated target in this folder the only one; says what is odd with it. When it cannot be served, the
-/// result says why, else it is empty.
-[[nodiscard]] std::string serveAlone(const std::string& folder);
+/// Makes the emulated target in this folder the only one; says what is odd with it. `address` receives its first
+/// address, empty if it has none. If it cannot be served, the result is the reason, else it is empty.
+[[nodiscard]] std::string serveAlone(const std::string& folder, std::string& address);

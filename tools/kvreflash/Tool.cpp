@@ -15,7 +15,7 @@ namespace {
 ExitCode runTask(const KvTCommandLine& line) {
     // Each session of a matrix serves its own.
     if (line.task != KvETask::matrix && !serveEmulatedTargets(line.emulatedTargets)) {
-        return exitFailed;
+        return exitTarget;
     }
     switch (line.task) {
     case KvETask::session:

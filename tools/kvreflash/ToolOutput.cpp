@@ -1,8 +1,8 @@
 #include "ToolOutput.h"
 
 #include "FilePath.h"
-#include "MessageText.h"
 #include "Terminal.h"
+#include "VisibleText.h"
 
 #include <cerrno>
 #include <filesystem>

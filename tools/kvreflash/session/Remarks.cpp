@@ -1,0 +1,61 @@
+#include "Remarks.h"
+
+#include "ToolOutput.h"
+#include "Utf8.h"
+
+using namespace KvNReflasher;
+
+KvTArchiveIdentity archiveIdentity(KvISession& session) {
+    std::wstring name;
+    std::wstring version;
+    std::wstring product;
+    std::wstring format;
+    std::wstring variant;
+    session.getArchiveInfo(name, version, product, format, variant);
+    return {.archiveName = utf8Of(name),
+            .archiveVersion = utf8Of(version),
+            .productName = utf8Of(product),
+            .formatVersion = utf8Of(format),
+            .archiveVariant = utf8Of(variant)};
+}
+
+void warnOfForeignPaths(KvISession& session) {
+    for (const KvTForeignPath& path : session.foreignPaths()) {
+        std::string sentence("warning: file entry ");
+        sentence.append(std::to_string(path.descriptionIndex)).append(path.isRead ? " reads \"" : " writes \"");
+        sentence.append(path.path).append("\", which is outside the ");
+        say(sentence.append(path.isRead ? "archive folder" : "target's file system"));
+    }
+}
+
+KvTVerdict disableElement(KvISession& session, const std::string& element) {
+    const KvTDisabling disabling = session.disableElement(element);
+    if (disabling.isDone()) {
+        return {};
+    }
+    std::string message = "--disable: the target has no element '" + element + "'";
+    if (!disabling.elements.empty()) {
+        message = "--disable: several elements are called '" + element + "':";
+        for (const std::uint32_t index : disabling.elements) {
+            message.append(" ").append(std::to_string(index));
+        }
+    }
+    say(message);
+    return {KvEFailure::selection, message};
+}
+
+KvTVerdict verdictOfFilters(const KvTPlan& plan, const KvTOptions& options) {
+    const bool hasFilter = !options.boardTypeFilter.empty() || !options.serialNumberFilter.empty() ||
+                           !options.elementNameFilter.empty();
+    if (!hasFilter || !plan.elements.empty()) {
+        return {};
+    }
+    return {KvEFailure::selection, "no element of the target passes the filters"};
+}
+
+KvTVerdict withAdvice(KvTVerdict verdict, const KvTOptions& options) {
+    if (verdict.failure == KvEFailure::target && options.target.empty()) {
+        verdict.message = "give the target with -t HOST";
+    }
+    return verdict;
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "KvISession.h"
+
+#include <string>
+
+// What the tool adds to what a session says.
+
+/// The archive's own description of itself, as far as the session has read it.
+[[nodiscard]] KvNReflasher::KvTArchiveIdentity archiveIdentity(KvISession& session);
+
+/// Warns of each path that leads out of the archive's folder or out of the target's root: an archive from who knows
+/// where must not do that unnoticed.
+void warnOfForeignPaths(KvISession& session);
+
+/// Leaves an element out of the update. Class selection if it is not exactly one.
+[[nodiscard]] KvNReflasher::KvTVerdict disableElement(KvISession& session, const std::string& element);
+
+/// Class selection if the filters of the options let no element through.
+[[nodiscard]] KvNReflasher::KvTVerdict verdictOfFilters(const KvNReflasher::KvTPlan& plan,
+                                                        const KvNReflasher::KvTOptions& options);
+
+/// The verdict of a session, with what helps.
+[[nodiscard]] KvNReflasher::KvTVerdict withAdvice(KvNReflasher::KvTVerdict verdict,
+                                                  const KvNReflasher::KvTOptions& options);

@@ -1,0 +1,203 @@
+#include "SessionTask.h"
+
+#include "Conclusion.h"
+#include "FilePath.h"
+#include "KvDocuments.h"
+#include "KvNRtosAbstraction.h"
+#include "Remarks.h"
+#include "Report.h"
+#include "ToolOutput.h"
+#include "ToolSession.h"
+#include "Utf8.h"
+#include "VerificationText.h"
+#include "WholeFile.h"
+
+#include <chrono>
+#include <utility>
+
+using namespace KvNReflasher;
+
+namespace {
+
+constexpr std::uint32_t microsecondsPerSecond = 1000000;
+
+/// One session of the command line, from its preparation to its report.
+class SessionTask {
+public:
+    explicit SessionTask(const KvTCommandLine& line) : line_(line), session_(line) {}
+
+    [[nodiscard]] ExitCode perform() {
+        if (!session_.openEvents()) {
+            return failedFile("cannot create", *line_.eventsFile);
+        }
+        if (session_.prepare() && mayRun()) {
+            runAndReboot();
+        }
+        addVerdictOfSession();
+        verify();
+        if (!session_.closeEvents()) {
+            verdict_.add({KvEFailure::output, "cannot write '" + line_.eventsFile.value_or("") + "'"});
+        }
+        writeReport();
+        writeDocument();
+        return conclude(verdict_);
+    }
+
+private:
+    [[nodiscard]] bool isUpdate() const { return line_.options.mode == performUpdate; }
+
+    /// What keeps a prepared session from running.
+    [[nodiscard]] bool mayRun() {
+        for (const std::string& element : line_.disabledElements) {
+            verdict_.add(disableElement(session_.get(), element));
+        }
+        if (isUpdate()) {
+            warnOfForeignPaths(session_.get());
+        }
+        KvTVerdict selection = verdictOfFilters(*session_->plan(), line_.options);
+        // What only looks shows what there is.
+        const bool touches = isUpdate() || line_.reboot;
+        verdict_.add(std::move(selection));
+        if (touches && !verdict_.isSuccess()) {
+            return false;
+        }
+        return !line_.preflight || passesPreflight();
+    }
+
+    [[nodiscard]] bool passesPreflight() {
+        const std::vector<std::string> findings = session_->preflight();
+        for (const std::string& finding : findings) {
+            say("preflight: " + finding);
+            ownMessages_.append("preflight: ").append(finding).append("\n");
+        }
+        return findings.empty();
+    }
+
+    void runAndReboot() {
+        hasRun_ = true;
+        succeeded_ = session_.run();
+        if (succeeded_ && line_.reboot && verdict_.isSuccess()) {
+            succeeded_ = session_->reboot();
+        }
+    }
+
+    void addVerdictOfSession() {
+        verdict_.add(withAdvice(session_->outcome().verdict, line_.options));
+        if (line_.options.mode == showUpdatePlan && session_->plan() != nullptr) {
+            verdict_.add(verdictOf(*session_->plan()));
+        }
+    }
+
+    /// Judges what the target reports, as far as that was asked for.
+    void verify() {
+        if (!hasRun_) {
+            return;
+        }
+        if (line_.verifiesOnly) {
+            verification_ = verifyPlan(*session_->plan());
+            sayVerification(true);
+            return;
+        }
+        const bool isDown = line_.reboot && succeeded_;
+        if (!isUpdate() || (!line_.verify && (!line_.reportFile || isDown))) {
+            return;
+        }
+        const bool waits = line_.verify && isDown;
+        verification_ = waits ? verifyAfterReboot() : verifyNow(isDown);
+        if (line_.verify) {
+            sayVerification(succeeded_);
+        }
+    }
+
+    void sayVerification(bool counts) {
+        writeText(line_.json ? stderr : stdout, verificationText(*session_->plan(), *verification_));
+        if (counts) {
+            verdict_.add(verdictOf(*verification_));
+        }
+    }
+
+    [[nodiscard]] KvTVerification verifyNow(bool wasRebooted) {
+        return verifyUpdate(*session_->plan(), session_->outcome(), session_->look(), wasRebooted);
+    }
+
+    /// The target may still answer for a moment, and its boards come up one after the other: it is looked at once a
+    /// second until it reports what it should or the time is over; then its last answer counts.
+    [[nodiscard]] KvTVerification verifyAfterReboot() {
+        writeText(line_.json ? stderr : stdout, "Waiting for the target to answer after its reboot (at most " +
+                                                    std::to_string(line_.waitSeconds) + " s) ...\n");
+        for (std::uint32_t second = 0;; ++second) {
+            KvTVerification verification = verifyNow(true);
+            if (second >= line_.waitSeconds || verdictOf(verification).isSuccess()) {
+                return verification;
+            }
+            KvNRtosAbstraction::usleep(microsecondsPerSecond);
+        }
+    }
+
+    [[nodiscard]] KvTReport report() {
+        KvTReport report;
+        report.facts = {.command = line_.command,
+                        .toolVersion = KvISession::version(),
+                        .begin = timeText(begin_),
+                        .end = timeText(std::chrono::system_clock::now()),
+                        .target = utf8Of(line_.options.target),
+                        .archiveFolder = utf8Of(line_.options.archiveFolder),
+                        .exitCode = exitCodeOf(verdict_.failure),
+                        .messages = ownMessages_ + withoutOverwritten(session_.messages())};
+        report.verdict = verdict_;
+        report.plan = session_->plan();
+        report.outcome = session_->outcome();
+        report.verification = verification_ ? &*verification_ : nullptr;
+        return report;
+    }
+
+    void writeReport() {
+        if (line_.reportFile && !writeReportFile(report(), *line_.reportFile)) {
+            verdict_.add({KvEFailure::output, "cannot write '" + *line_.reportFile + "'"});
+        }
+    }
+
+    void writeDocument() {
+        if (line_.json) {
+            writeText(stdout, document());
+        }
+    }
+
+    [[nodiscard]] std::string document() {
+        switch (line_.options.mode) {
+        case showArchiveContent:
+            return contentDocument(archiveContent(), verdict_);
+        case showTargetElements:
+            return elementsDocument(session_->plan(), verdict_);
+        default:
+            return planDocument(session_->plan(), session_->archiveEntries(), verdict_);
+        }
+    }
+
+    [[nodiscard]] KvTArchiveContent archiveContent() const {
+        KvTArchiveContent content;
+        content.identity = archiveIdentity(session_.get());
+        content.entries = session_->archiveEntries();
+        return content;
+    }
+
+    const KvTCommandLine& line_;
+    const std::chrono::system_clock::time_point begin_ = std::chrono::system_clock::now();
+    ToolSession session_;
+    /// What the tool has said, for a report.
+    std::string ownMessages_;
+    KvTVerdict verdict_;
+    bool hasRun_ = false;
+    /// run() and what follows it went well.
+    bool succeeded_ = false;
+    std::optional<KvTVerification> verification_;
+};
+
+} // namespace
+
+ExitCode runSession(const KvTCommandLine& line) {
+    if (line.reportFile && !canWriteWholeFile(filePath(*line.reportFile))) {
+        return failedFile("cannot write", *line.reportFile);
+    }
+    return SessionTask(line).perform();
+}
