@@ -2,6 +2,7 @@
 
 #include "KvDocuments.h"
 #include "ReasonTexts.h"
+#include "TextTable.h"
 #include "ValueTexts.h"
 
 #include <array>

@@ -1,5 +1,6 @@
 #include "MatrixTables.h"
 
+#include "TextTable.h"
 #include "ValueTexts.h"
 
 #include <algorithm>
@@ -57,7 +58,7 @@ std::string matrixTargetText(const KvTMatrixTarget& target, const std::string& m
     KvTTextTable table = {{"No.", "Update element", "Installed", "Available", "State"}};
     for (const KvTPlannedElement& element : target.plan->elements) {
         table.push_back({std::to_string(element.index), element.displayName, versionCell(element.installed.version),
-                         element.entry ? versionCell(element.entry->version) : unknownText,
+                         versionCell(element.entry ? element.entry->version : std::nullopt),
                          textOf(outlookOf(element))});
     }
     return text + tableText(table);
@@ -67,7 +68,8 @@ std::string matrixSummaryText(const std::vector<KvTMatrixTarget>& targets,
                               const std::vector<KvTArchiveEntry>& unmatched) {
     KvTTextTable table = {{"Target", "Address", "Would update", "Up to date", "No entry", "Disabled"}};
     std::transform(targets.begin(), targets.end(), std::back_inserter(table), summaryRow);
-    std::string text = "\n" + tableText(table);
+    std::string text("\n");
+    text += tableText(table);
     if (!unmatched.empty()) {
         text += "\nFile entries that fit nothing on any of these targets:\n";
     }

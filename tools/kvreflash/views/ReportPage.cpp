@@ -122,7 +122,10 @@ std::string verdict(const KvTReport& report) {
     const bool isGood = report.verdict.isSuccess();
     std::string text = "<p><span class=\"verdict ";
     text.append(isGood ? "good" : "bad").append("\">").append(isGood ? words->good : words->bad).append("</span>");
-    return text + (isGood ? "" : " " + markupText(report.verdict.message)) + "</p>\n";
+    if (!isGood) {
+        text.append(" ").append(markupText(report.verdict.message));
+    }
+    return text + "</p>\n";
 }
 
 /// What went wrong with looking at the target afterwards.

@@ -50,7 +50,7 @@ std::string differences(const KvTPlan& plan, const KvTVerification& verification
             table.push_back(rowOf(plan.elements[one.index], one));
         }
     }
-    return table.size() > 1 ? "\n" + tableText(table) : std::string();
+    return table.size() > 1 ? std::string("\n").append(tableText(table)) : std::string();
 }
 
 /// Elements that a plan takes for up to date although they differ.
