@@ -6,6 +6,7 @@
 #include "KvTOptions.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,10 @@ public:
     /// with what was accepted before left in place.
     [[nodiscard]] bool parseDescription(const std::wstring& path, KvCArchiveFindings& findings);
 
+    /// The same for a file that was read already: `text` is what it holds, or nothing if it cannot be opened or read.
+    [[nodiscard]] bool parseDescription(const std::wstring& path, const std::optional<std::string>& text,
+                                        KvCArchiveFindings& findings);
+
     /// Takes the checksums that the description leaves out from the update files; those that cannot be had go to
     /// `findings`. False when there are any.
     [[nodiscard]] bool completeFromUpdateFiles(KvCArchiveFindings& findings);
@@ -47,8 +52,13 @@ public:
     [[nodiscard]] std::uint32_t maxSequence() const { return maxSequence_; }
     /// Number of entries skipped for their feature level.
     [[nodiscard]] std::uint32_t ignoredEntryCount() const { return ignoredEntryCount_; }
+    /// Why the last readArchive() or readDescriptionFile() has failed: one line without end, UTF-8. Empty if it has
+    /// not.
+    [[nodiscard]] const std::string& refusal() const { return refusal_; }
 
 private:
+    [[nodiscard]] bool readDocument(std::optional<KvNJson::json> document, const std::wstring& path,
+                                    KvCArchiveFindings& findings);
     void readFiles(KvNJson::json& files, KvCArchiveFindings& findings);
     void appendEntry(KvNJson::json& files, std::size_t index, bool hasTargetPath);
     [[nodiscard]] bool completeFromUpdateFile(KvTArchiveFile& file, KvCArchiveFindings& findings,
@@ -60,4 +70,5 @@ private:
     std::vector<KvTArchiveFile> files_;
     std::uint32_t maxSequence_ = 0;
     std::uint32_t ignoredEntryCount_ = 0;
+    std::string refusal_;
 };

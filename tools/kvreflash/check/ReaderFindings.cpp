@@ -10,26 +10,6 @@
 
 namespace {
 
-/// How a second line of the reader's messages begins; its last blank is what is left of it.
-constexpr std::string_view nextLine = "\n       ";
-
-/// The message without the word that it begins with and the end of its line.
-std::string sentenceOf(std::string_view message) {
-    for (const std::string_view word : {"ERROR: ", "WARNING: "}) {
-        if (message.starts_with(word)) {
-            message.remove_prefix(word.size());
-        }
-    }
-    if (message.ends_with('\n')) {
-        message.remove_suffix(1);
-    }
-    std::string sentence(message);
-    if (const std::size_t place = sentence.find(nextLine); place != std::string::npos) {
-        sentence.erase(place, nextLine.size() - 1);
-    }
-    return sentence;
-}
-
 constexpr std::string_view blanks = " \t\r\n";
 
 /// True when the first character that is none of UTF-8 is the one at `offset`, or one that ends there.
