@@ -1,9 +1,11 @@
 #include "LibrarySession.h"
 
 #include "EventLog.h"
+#include "ForeignPathText.h"
 #include "ForeignPaths.h"
 #include "KvCPreparation.h"
 #include "KvIReflasher.h"
+#include "MessageCapture.h"
 #include "MessageText.h"
 #include "PlainProgress.h"
 #include "QueryDocument.h"
@@ -75,8 +77,14 @@ public:
 
 /// An archive from who knows where shall not reach out of its folder or out of the target's unnoticed.
 void warnOfForeignPaths(const KvNReflasher::KvTOptions& options) {
-    for (const std::string& sentence : foreignPathsOfArchive(options)) {
-        say("warning: " + sentence);
+    const MessageCapture silent;
+    KvCFirmwareArchive archive(silent.writer(), options);
+    // The session itself will say why an archive cannot be read.
+    if (!archive.readDescriptionFile(KvCErrorManager::getInstance()->getMasterErrorList())) {
+        return;
+    }
+    for (const KvNReflasher::KvTForeignPath& path : foreignPathsOf(archive, options.archiveFolder)) {
+        say("warning: " + foreignPathText(path));
     }
 }
 

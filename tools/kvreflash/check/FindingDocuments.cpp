@@ -9,6 +9,8 @@
 namespace {
 
 using KvNJson::json;
+using KvNReflasher::KvESeverity;
+using KvNReflasher::KvTFinding;
 
 const char* severityText(KvESeverity severity) {
     return severity == KvESeverity::error ? "error" : "warning";
@@ -40,7 +42,7 @@ std::string paragraph(const KvTFinding& finding, const std::string& file) {
 json record(const KvTFinding& finding, const std::string& file) {
     json result = json::makeObject();
     result.set("severity", severityText(finding.severity));
-    result.set("code", finding.code);
+    result.set("code", std::string_view(finding.code));
     result.set("file", std::string_view(file));
     result.set("line", static_cast<std::uint64_t>(finding.line));
     result.set("column", static_cast<std::uint64_t>(finding.column));

@@ -1,16 +1,18 @@
 #pragma once
 
-#include "FindingList.h"
+#include "KvIArchive.h"
 
 #include <string>
 #include <vector>
 
 /// Number of findings of one severity.
-[[nodiscard]] std::size_t countOf(const std::vector<KvTFinding>& findings, KvESeverity severity);
+[[nodiscard]] std::size_t countOf(const std::vector<KvNReflasher::KvTFinding>& findings,
+                                  KvNReflasher::KvESeverity severity);
 
 /// The findings on the description `file` (UTF-8) for readers: a paragraph for each, then how many there are. The first
 /// line of a paragraph is that of a compiler's message; each finding takes two lines, whatever names it holds.
-[[nodiscard]] std::string findingText(const std::vector<KvTFinding>& findings, const std::string& file);
+[[nodiscard]] std::string findingText(const std::vector<KvNReflasher::KvTFinding>& findings, const std::string& file);
 
 /// The same as a JSON document.
-[[nodiscard]] std::string findingDocument(const std::vector<KvTFinding>& findings, const std::string& file);
+[[nodiscard]] std::string findingDocument(const std::vector<KvNReflasher::KvTFinding>& findings,
+                                          const std::string& file);

@@ -8,6 +8,8 @@
 #include <string>
 #include <utility>
 
+using KvNReflasher::KvESeverity;
+
 namespace {
 
 constexpr std::string_view blanks = " \t\r\n";
