@@ -29,13 +29,14 @@ LAYERS = {
     "src/target": INTERFACES | {"src/console", "src/guards", "src/system", "src/archive"},
     "src/inventory": INTERFACES | {"src/console", "src/guards"},
     "src/planning": INTERFACES | {"src/archive", "src/inventory", "src/console"},
+    "src/check": INTERFACES | {"src/planning", "src/target", "src/archive", "src/console", "src/system"},
     "src/preparation": INTERFACES | {"src/planning", "src/target", "src/archive", "src/inventory", "src/console"},
     "src/execution": INTERFACES | {"src/planning", "src/target", "src/archive", "src/inventory", "src/console",
                                    "src/guards", "src/system"},
-    "src/session": INTERFACES | {"src/preparation", "src/execution", "src/planning", "src/target", "src/archive",
-                                 "src/inventory", "src/console", "src/guards", "src/system"},
-    "tools": INTERFACES | {"src/preparation", "src/planning", "src/target", "src/archive", "src/inventory", "src/console",
-                           "src/guards", "src/system", "platform/emulation/KvEmulation.h"},
+    "src/session": INTERFACES | {"src/preparation", "src/execution", "src/check", "src/planning", "src/target",
+                                 "src/archive", "src/inventory", "src/console", "src/guards", "src/system"},
+    "tools": INTERFACES | {"src/preparation", "src/check", "src/planning", "src/target", "src/archive", "src/inventory",
+                           "src/console", "src/guards", "src/system", "platform/emulation/KvEmulation.h"},
 }
 
 PLATFORM_CONDITIONAL = re.compile(r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b.*"

@@ -1,44 +1,30 @@
 #include "ArchiveEntries.h"
 
-#include <string>
-
 using namespace KvNReflasher;
 
-namespace {
-
-std::string textOf(const KvCString& text) {
-    return std::string(text.view());
-}
-
-} // namespace
-
 std::optional<KvTVersion> knownVersion(const KvCVersion& version) {
-    if (version.getAsULong64() == 0 || version == unknownVersion()) {
+    if (version == KvCVersion() || version == unknownVersion()) {
         return std::nullopt;
     }
-    return KvTVersion{version.getAsULong64(), textOf(version.getAsString())};
+    return KvTVersion{.number = version.getAsULong64(), .text = std::string(version.getAsString().view())};
 }
 
 KvTArchiveIdentity archiveIdentityOf(const KvTArchiveInfo& info) {
-    return {.archiveName = textOf(info.archiveName),
-            .archiveVersion = textOf(info.archiveVersion.getAsString()),
-            .productName = textOf(info.productName),
-            .formatVersion = textOf(info.formatVersion.getAsString()),
-            .archiveVariant = textOf(info.archiveVariant)};
+    return {.archiveName = std::string(info.archiveName.view()),
+            .archiveVersion = std::string(info.archiveVersion.getAsString().view()),
+            .productName = std::string(info.productName.view()),
+            .formatVersion = std::string(info.formatVersion.getAsString().view()),
+            .archiveVariant = std::string(info.archiveVariant.view())};
 }
 
 KvTArchiveEntry archiveEntryOf(const KvTArchiveFile& file, std::uint32_t fileIndex) {
-    KvTArchiveEntry entry;
-    entry.fileIndex = fileIndex;
-    entry.descriptionIndex = file.descriptionIndex;
-    entry.fileName = textOf(file.name);
-    entry.version = knownVersion(file.version);
-    if (file.checksumCrc32 != unknownValue) {
-        entry.checksumCrc32 = file.checksumCrc32;
-    }
-    entry.mode = file.mode == upgradeMode ? KvEEntryMode::upgrade : KvEEntryMode::standard;
-    entry.sequence = file.sequence;
-    return entry;
+    return {.fileIndex = fileIndex,
+            .descriptionIndex = file.descriptionIndex,
+            .fileName = std::string(file.name.view()),
+            .version = knownVersion(file.version),
+            .checksumCrc32 = file.checksumCrc32 != unknownValue ? std::optional(file.checksumCrc32) : std::nullopt,
+            .mode = file.mode == upgradeMode ? KvEEntryMode::upgrade : KvEEntryMode::standard,
+            .sequence = file.sequence};
 }
 
 std::vector<KvTArchiveEntry> archiveEntriesOf(const std::vector<KvTArchiveFile>& files) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "KvCVersion.h"
 #include "KvTArchiveFile.h"
 #include "KvTPlan.h"
 
@@ -8,15 +7,14 @@
 #include <optional>
 #include <vector>
 
-// What an archive states, as the values that clients are given.
-
-/// Nothing for the zero version and for unknownVersion().
+/// The version as clients see it; nothing for the zero version and for unknownVersion().
 [[nodiscard]] std::optional<KvNReflasher::KvTVersion> knownVersion(const KvCVersion& version);
 
+/// What the archive says of itself, as clients see it.
 [[nodiscard]] KvNReflasher::KvTArchiveIdentity archiveIdentityOf(const KvTArchiveInfo& info);
 
-/// `fileIndex` is the entry's position among the accepted ones.
+/// An accepted entry as clients see it; `fileIndex` is its position among the accepted ones.
 [[nodiscard]] KvNReflasher::KvTArchiveEntry archiveEntryOf(const KvTArchiveFile& file, std::uint32_t fileIndex);
 
-/// The accepted entries of an archive.
+/// All of them, in their order.
 [[nodiscard]] std::vector<KvNReflasher::KvTArchiveEntry> archiveEntriesOf(const std::vector<KvTArchiveFile>& files);

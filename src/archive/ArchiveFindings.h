@@ -4,6 +4,8 @@
 #include "KvCConsoleWriter.h"
 
 #include <cstdint>
+#include <string>
+#include <string_view>
 #include <type_traits>
 
 /// Everything that can be wrong with an archive.
@@ -53,6 +55,10 @@ struct KvTArchiveFinding {
     KvEProperty property = KvEProperty::name;
 };
 
+/// A message of the rules (UTF-8) as a sentence: without the word that it begins with and the end of its line; of two
+/// lines, one behind the other.
+[[nodiscard]] std::string sentenceOf(std::string_view message);
+
 /// Where the archive's rules report what they find. As it stands each finding's message is printed and the first
 /// error ends the reading; a derived class may go on and collect.
 class KvCArchiveFindings {
@@ -69,6 +75,11 @@ public:
         ++errorCount_;
         const bool goOn = takeError(finding);
         writer_.print<Arguments...>(message, arguments...);
+        if (errorCount_ == 1) {
+            std::wstring text;
+            KvCConsoleWriter::format<Arguments...>(text, message, arguments...);
+            keepFirstError(text);
+        }
         return goOn;
     }
 
@@ -82,6 +93,9 @@ public:
 
     /// Number of errors reported so far.
     [[nodiscard]] std::uint32_t errorCount() const { return errorCount_; }
+    /// The sentence of the first error in one line, UTF-8; empty if there is none. Line breaks in names are shown as
+    /// JSON writes them.
+    [[nodiscard]] const std::string& firstError() const { return firstError_; }
 
 protected:
     /// Called before the error's message is printed; the result is that of error().
@@ -90,6 +104,9 @@ protected:
     virtual void takeWarning(const KvTArchiveFinding& /*finding*/) {}
 
 private:
+    void keepFirstError(const std::wstring& message);
+
     const KvCConsoleWriter& writer_;
     std::uint32_t errorCount_ = 0;
+    std::string firstError_;
 };

@@ -28,20 +28,19 @@ std::optional<json> parseFile(const std::wstring& path) {
     return std::ferror(file.get()) == 0 ? std::optional(std::move(document)) : std::nullopt;
 }
 
-/// The document at `path`; nothing after a reported error.
-std::optional<json> readDocument(const std::wstring& path, KvCArchiveFindings& findings) {
-    std::optional<json> document = parseFile(path);
+/// False after a reported error.
+bool isDocument(const std::optional<json>& document, const std::wstring& path, KvCArchiveFindings& findings) {
     if (!document) {
         (void)findings.error({KvEArchiveRule::descriptionFileOpens},
                              L"ERROR: Cannot open archive description file %s\n", path.c_str());
-        return std::nullopt;
+        return false;
     }
     if (document->is_invalid()) {
         (void)findings.error({KvEArchiveRule::descriptionIsJson},
                              L"ERROR: The archive description file %s is corrupt. Invalid JSON data.\n", path.c_str());
-        return std::nullopt;
+        return false;
     }
-    return document;
+    return true;
 }
 
 /// Moves the "files" array out of the description; nothing after a reported error.
@@ -60,20 +59,33 @@ std::optional<json> takeFiles(json& document, KvCArchiveFindings& findings) {
 
 } // namespace
 
-bool KvCFirmwareArchive::readArchive(KvCErrorListPool& errors) {
+bool KvCFirmwareArchive::readArchive(KvCErrorListPool& /*errors*/) {
     KvCArchiveFindings findings(writer_);
-    return readDescriptionFile(errors) && completeFromUpdateFiles(findings);
+    const bool isRead = parseDescription(descriptionFilePath(options_), findings) && completeFromUpdateFiles(findings);
+    refusal_ = findings.firstError();
+    return isRead;
 }
 
 bool KvCFirmwareArchive::readDescriptionFile(KvCErrorListPool& /*errors*/) {
     KvCArchiveFindings findings(writer_);
-    return parseDescription(descriptionFilePath(options_), findings);
+    const bool isRead = parseDescription(descriptionFilePath(options_), findings);
+    refusal_ = findings.firstError();
+    return isRead;
 }
 
 bool KvCFirmwareArchive::parseDescription(const std::wstring& path, KvCArchiveFindings& findings) {
+    return readDocument(parseFile(path), path, findings);
+}
+
+bool KvCFirmwareArchive::parseDescription(const std::wstring& path, const std::optional<std::string>& text,
+                                          KvCArchiveFindings& findings) {
+    return readDocument(text ? std::optional(json::parse(*text)) : std::nullopt, path, findings);
+}
+
+bool KvCFirmwareArchive::readDocument(std::optional<json> document, const std::wstring& path,
+                                      KvCArchiveFindings& findings) {
     const std::uint32_t errorsBefore = findings.errorCount();
-    std::optional<json> document = readDocument(path, findings);
-    if (!document || !readInfo(findings, document->view(), info_)) {
+    if (!isDocument(document, path, findings) || !readInfo(findings, document->view(), info_)) {
         return false;
     }
     std::optional<json> files = takeFiles(*document, findings);

@@ -6,6 +6,7 @@
 #include "KvTOptions.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,10 @@ public:
     /// with what was accepted before left in place.
     [[nodiscard]] bool parseDescription(const std::wstring& path, KvCArchiveFindings& findings);
 
+    /// The same for a file that was read already: `text` is what it holds, or nothing if it cannot be opened or read.
+    [[nodiscard]] bool parseDescription(const std::wstring& path, const std::optional<std::string>& text,
+                                        KvCArchiveFindings& findings);
+
     /// Takes the checksums that the description leaves out from the update files; those that cannot be had go to
     /// `findings`. False when there are any.
     [[nodiscard]] bool completeFromUpdateFiles(KvCArchiveFindings& findings);
@@ -45,14 +50,17 @@ public:
     [[nodiscard]] const std::vector<KvTArchiveFile>& files() const { return files_; }
     /// Highest sequence of the accepted entries; 0 when there are none.
     [[nodiscard]] std::uint32_t maxSequence() const { return maxSequence_; }
-    /// Why the archive was refused, in one line.
-    [[nodiscard]] static std::string refusal() { return "the firmware archive was refused"; }
     /// Entries that are ignored for their feature level, as far as the other rules accept them.
     [[nodiscard]] const std::vector<KvTArchiveFile>& ignoredFiles() const { return ignoredFiles_; }
     /// Number of entries skipped for their feature level.
     [[nodiscard]] std::uint32_t ignoredEntryCount() const { return ignoredEntryCount_; }
+    /// Why the last readArchive() or readDescriptionFile() has failed: one line without end, UTF-8. Empty if it has
+    /// not.
+    [[nodiscard]] const std::string& refusal() const { return refusal_; }
 
 private:
+    [[nodiscard]] bool readDocument(std::optional<KvNJson::json> document, const std::wstring& path,
+                                    KvCArchiveFindings& findings);
     void readFiles(KvNJson::json& files, KvCArchiveFindings& findings);
     [[nodiscard]] KvTArchiveFile takeEntry(KvNJson::json& files, std::size_t index, bool hasTargetPath) const;
     void keepIgnoredEntry(KvNJson::json& files, std::size_t index);
@@ -66,4 +74,5 @@ private:
     std::vector<KvTArchiveFile> ignoredFiles_;
     std::uint32_t maxSequence_ = 0;
     std::uint32_t ignoredEntryCount_ = 0;
+    std::string refusal_;
 };

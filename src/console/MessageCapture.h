@@ -25,7 +25,8 @@ private:
         static_cast<MessageCapture*>(capture)->text_ += message;
     }
 
-    std::string text_;
+    /// Changed through the context, also of a capture that is constant.
+    mutable std::string text_;
     KvTCallbacks callbacks_{.messageFunction = take, .messageContext = this};
     KvCConsoleWriter writer_{callbacks_};
 };

@@ -9,9 +9,15 @@
 
 namespace {
 
-using namespace KvNReflasher;
 using KvNJson::json;
 using KvNJson::jsonView;
+using KvNReflasher::KvTArchiveFileInfo;
+using KvNReflasher::KvTMessageCallback;
+using KvNReflasher::KvTNumberCallback;
+using KvNReflasher::KvTUpdateElementInfo;
+using KvNReflasher::showArchiveContent;
+using KvNReflasher::showTargetElements;
+using KvNReflasher::showUpdatePlan;
 
 /// A session that has found what it is told.
 class FoundRecords : public KvIReflasher {

@@ -6,7 +6,10 @@
 
 namespace {
 
-using namespace KvNReflasher;
+using KvNReflasher::KvTArchiveFileInfo;
+using KvNReflasher::KvTMessageCallback;
+using KvNReflasher::KvTNumberCallback;
+using KvNReflasher::KvTUpdateElementInfo;
 using namespace std::chrono_literals;
 using testing::EndsWith;
 using testing::HasSubstr;

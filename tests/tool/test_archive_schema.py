@@ -196,7 +196,7 @@ class ArchiveSchemaTest(ScratchTest):
         errors, warnings = (re.findall(r"^\| `([a-z-]+)` \|", part, re.MULTILINE) for part in text.split("## ")[1:])
         self.assertEqual(set(errors), EXPRESSIBLE | NOT_EXPRESSIBLE | {"description-unreadable", "invalid-json"})
         sources = "".join(path.read_text(encoding="utf-8")
-                          for path in (PROJECT / "tools" / "kvreflash" / "check").glob("*Warnings.cpp"))
+                          for path in (PROJECT / "src" / "check").glob("*Warnings.cpp"))
         codes = set(re.findall(r"\bwarn(?:AtKey)?\(\s*\"([a-z-]+)\"", sources)) | {"entry-skipped"}
         self.assertEqual(set(warnings), codes)
         self.assertGreater(len(codes), 15)

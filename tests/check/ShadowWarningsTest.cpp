@@ -11,6 +11,7 @@
 
 namespace {
 
+using KvNReflasher::KvTFinding;
 class CheckShadows : public CheckTest {
 protected:
     std::string codesOfBoth(const ObjectText& earlier, const ObjectText& later) {

@@ -5,6 +5,8 @@
 
 namespace {
 
+using KvNReflasher::KvESeverity;
+using KvNReflasher::KvTFinding;
 using CheckKeys = CheckTest;
 
 std::string with(const char* key, const char* value) {

@@ -2,6 +2,7 @@
 
 namespace {
 
+using KvNReflasher::KvTFinding;
 using CheckValues = CheckTest;
 
 std::string with(const char* key, const char* value) {

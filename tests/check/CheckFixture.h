@@ -17,14 +17,14 @@ protected:
     CheckTest();
 
     /// Everything found in an archive with this description.
-    [[nodiscard]] std::vector<KvTFinding> check(std::string_view description);
+    [[nodiscard]] std::vector<KvNReflasher::KvTFinding> check(std::string_view description);
     /// The one finding of this archive; a test failure when there is another number of them.
-    [[nodiscard]] KvTFinding onlyFinding(std::string_view description);
+    [[nodiscard]] KvNReflasher::KvTFinding onlyFinding(std::string_view description);
     /// The codes of what is found, in order, separated by blanks.
     [[nodiscard]] std::string codes(std::string_view description);
 
     /// The first error message of the reader itself for the description written last, without its beginning and the
-    /// end of its line; empty when it reads the archive.
+    /// end of its line; empty when it reads the archive. Expects the archive to give it as its refusal.
     [[nodiscard]] std::string readersFirstError() const;
 
     [[nodiscard]] const ScratchFolder& folder() const { return folder_; }
@@ -36,6 +36,6 @@ private:
 };
 
 /// The codes of findings, separated by blanks.
-[[nodiscard]] std::string codesOf(const std::vector<KvTFinding>& findings);
+[[nodiscard]] std::string codesOf(const std::vector<KvNReflasher::KvTFinding>& findings);
 /// Where a finding is: "line:column path".
-[[nodiscard]] std::string placeOf(const KvTFinding& finding);
+[[nodiscard]] std::string placeOf(const KvNReflasher::KvTFinding& finding);

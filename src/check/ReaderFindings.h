@@ -30,7 +30,7 @@ protected:
 private:
     struct Taken {
         KvTArchiveFinding finding;
-        KvESeverity severity = KvESeverity::error;
+        KvNReflasher::KvESeverity severity = KvNReflasher::KvESeverity::error;
         /// Where its message begins in all messages.
         std::size_t messageBegin = 0;
     };

@@ -49,11 +49,11 @@ void checkUpdateFile(const std::wstring& path, const KvTArchiveFile& file, std::
 } // namespace
 
 std::vector<std::string> preflightFindings(const KvCFirmwareArchive& archive, const KvNReflasher::KvTOptions& options,
-                                           const std::vector<KvTPlannedElement>& elements) {
+                                           const KvNReflasher::KvTPlan& plan) {
     std::set<std::uint32_t> indices;
-    for (const KvTPlannedElement& element : elements) {
-        if (element.isUpdated()) {
-            indices.insert(element.file);
+    for (const KvNReflasher::KvTPlannedElement& element : plan.elements) {
+        if (element.decision.update && element.entry) {
+            indices.insert(element.entry->fileIndex);
         }
     }
     std::vector<std::string> findings;

@@ -5,6 +5,8 @@
 
 namespace {
 
+using KvNReflasher::KvESeverity;
+using KvNReflasher::KvTFinding;
 class CheckFiles : public CheckTest {
 protected:
     CheckFiles() { folder().write("image.bin", firmwareImage(KvCVersion(2, 1, 0, 0, 0, 0), 77)); }

@@ -4,6 +4,7 @@
 
 namespace {
 
+using KvNReflasher::KvTFinding;
 class CheckNames : public CheckTest {
 protected:
     CheckNames() {

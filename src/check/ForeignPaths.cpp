@@ -1,7 +1,5 @@
 #include "ForeignPaths.h"
 
-#include "FilePath.h"
-#include "KvCFirmwareArchive.h"
 #include "TextConversions.h"
 
 #include <algorithm>
@@ -16,6 +14,13 @@ namespace {
 using KvNJson::jsonView;
 
 constexpr std::string_view separators = "/\\";
+
+/// The path (UTF-8) as files of archives are opened: "\" separates on every system.
+fs::path archivePath(std::string_view utf8) {
+    std::u8string text(utf8.begin(), utf8.end());
+    std::replace(text.begin(), text.end(), u8'\\', u8'/');
+    return {text};
+}
 
 /// Without links, "." and ".." as far as the path exists, then without them by its text alone.
 fs::path resolved(const fs::path& path) {
@@ -46,11 +51,6 @@ std::set<std::string_view> targetPathsOf(jsonView entry) {
     return paths;
 }
 
-std::string sentence(const KvTArchiveFile& file, const char* verb, std::string_view path, const char* place) {
-    return "file entry " + std::to_string(file.descriptionIndex) + " " + verb + " \"" + std::string(path) +
-           "\", which is outside the " + place;
-}
-
 } // namespace
 
 bool leavesTargetRoot(std::string_view targetPath) {
@@ -74,10 +74,10 @@ bool leavesTargetRoot(std::string_view targetPath) {
 bool leavesArchiveFolder(const std::wstring& archiveFolder, std::string_view name) {
     name = upToZero(name);
     std::string text(toUtf8(archiveFolder).view());
-    const fs::path folder = filePath(text);
+    const fs::path folder = archivePath(text);
     text += '/';
     text += name;
-    const fs::path file = filePath(text);
+    const fs::path file = archivePath(text);
     std::error_code ignored;
     if (name.find_first_of(separators) == std::string_view::npos && name != ".." && !fs::is_symlink(file, ignored)) {
         return false;
@@ -87,23 +87,21 @@ bool leavesArchiveFolder(const std::wstring& archiveFolder, std::string_view nam
     return std::mismatch(inside.begin(), inside.end(), place.begin(), place.end()).first != inside.end();
 }
 
-std::vector<std::string> foreignPathsOfArchive(const KvNReflasher::KvTOptions& options) {
-    const KvTCallbacks silent{.message = [](const std::wstring&) {}};
-    const KvCConsoleWriter writer(silent);
-    KvCFirmwareArchive archive(writer, options);
-    if (!archive.readDescriptionFile(KvCErrorManager::getInstance()->getMasterErrorList())) {
-        return {};
-    }
-    std::vector<std::string> sentences;
+std::vector<KvNReflasher::KvTForeignPath> foreignPathsOf(const KvCFirmwareArchive& archive,
+                                                         const std::wstring& archiveFolder) {
+    std::vector<KvNReflasher::KvTForeignPath> paths;
     for (const KvTArchiveFile& file : archive.files()) {
-        if (leavesArchiveFolder(options.archiveFolder, file.name.view())) {
-            sentences.push_back(sentence(file, "reads", file.name.view(), "archive folder"));
+        const auto add = [&](std::string_view path, bool isRead) {
+            paths.push_back({.descriptionIndex = file.descriptionIndex, .path = std::string(path), .isRead = isRead});
+        };
+        if (leavesArchiveFolder(archiveFolder, file.name.view())) {
+            add(file.name.view(), true);
         }
         for (const std::string_view path : targetPathsOf(file.description.view())) {
             if (leavesTargetRoot(path)) {
-                sentences.push_back(sentence(file, "writes", path, "target's file system"));
+                add(path, false);
             }
         }
     }
-    return sentences;
+    return paths;
 }

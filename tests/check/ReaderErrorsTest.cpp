@@ -9,6 +9,8 @@
 
 namespace {
 
+using KvNReflasher::KvESeverity;
+using KvNReflasher::KvTFinding;
 using testing::HasSubstr;
 
 using Check = CheckTest;

@@ -1,6 +1,7 @@
 #pragma once
 
-#include "KvTOptions.h"
+#include "KvCFirmwareArchive.h"
+#include "KvISession.h"
 
 #include <string>
 #include <string_view>
@@ -13,6 +14,8 @@
 /// because a link leads there. A path that cannot be looked at is judged by its text.
 [[nodiscard]] bool leavesArchiveFolder(const std::wstring& archiveFolder, std::string_view name);
 
-/// One sentence for each file that an update with these options would read from outside the archive folder or write
-/// outside the target's root. Empty when the archive cannot be read, which the session itself will tell.
-[[nodiscard]] std::vector<std::string> foreignPathsOfArchive(const KvNReflasher::KvTOptions& options);
+/// What an update with the accepted entries of `archive`, which was read from `archiveFolder`, would read from outside
+/// that folder or write outside the target's root, in the order of the entries; of each entry the update file first,
+/// then its target paths, each once.
+[[nodiscard]] std::vector<KvNReflasher::KvTForeignPath> foreignPathsOf(const KvCFirmwareArchive& archive,
+                                                                       const std::wstring& archiveFolder);

@@ -8,27 +8,9 @@
 #include <string>
 #include <utility>
 
+using KvNReflasher::KvESeverity;
+
 namespace {
-
-/// How a second line of the reader's messages begins; its last blank is what is left of it.
-constexpr std::string_view nextLine = "\n       ";
-
-/// The message without the word that it begins with and the end of its line.
-std::string sentenceOf(std::string_view message) {
-    for (const std::string_view word : {"ERROR: ", "WARNING: "}) {
-        if (message.starts_with(word)) {
-            message.remove_prefix(word.size());
-        }
-    }
-    if (message.ends_with('\n')) {
-        message.remove_suffix(1);
-    }
-    std::string sentence(message);
-    if (const std::size_t place = sentence.find(nextLine); place != std::string::npos) {
-        sentence.erase(place, nextLine.size() - 1);
-    }
-    return sentence;
-}
 
 constexpr std::string_view blanks = " \t\r\n";
 

@@ -5,6 +5,8 @@
 
 #include <filesystem>
 
+using KvNReflasher::KvTFinding;
+
 CheckTest::CheckTest() {
     options_.archiveFolder = folder_.path().wstring();
     options_.descriptionFileName = L"archive.json";
@@ -36,6 +38,7 @@ std::string CheckTest::readersFirstError() const {
     const std::size_t error = text.find("ERROR: ");
     EXPECT_EQ(isRead, error == std::string::npos);
     if (error == std::string::npos) {
+        EXPECT_EQ("", archive.refusal());
         return {};
     }
     std::string message = text.substr(error + std::string_view("ERROR: ").size());
@@ -43,6 +46,7 @@ std::string CheckTest::readersFirstError() const {
     if (const std::size_t line = message.find("\n       "); line != std::string::npos) {
         message.replace(line, std::string_view("\n       ").size(), " ");
     }
+    EXPECT_EQ(message, archive.refusal());
     return message;
 }
 

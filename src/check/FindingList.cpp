@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+using namespace KvNReflasher;
+
 namespace {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
@@ -46,15 +48,15 @@ private:
 void FindingList::add(KvESeverity severity, std::string_view code, OutlineValue value, std::string message,
                       std::string hint) {
     addAt(severity, code, value.offset(), std::move(message), std::move(hint));
-    findings_.back().path = value.path();
+    findings_.back().finding.path = value.path();
 }
 
 void FindingList::addAt(KvESeverity severity, std::string_view code, std::size_t offset, std::string message,
                         std::string hint) {
-    KvTFinding& finding = findings_.emplace_back();
+    auto& [finding, place] = findings_.emplace_back();
+    place = offset;
     finding.severity = severity;
     finding.code = code;
-    finding.offset = offset;
     finding.message = std::move(message);
     finding.hint = std::move(hint);
 }
@@ -69,14 +71,17 @@ void FindingList::warnAtKey(std::string_view code, OutlineValue member, std::str
 }
 
 std::vector<KvTFinding> FindingList::takeInOrder(std::string_view text) {
-    std::vector<KvTFinding> ordered = std::exchange(findings_, {});
-    std::stable_sort(ordered.begin(), ordered.end(),
-                     [](const KvTFinding& a, const KvTFinding& b) { return a.offset < b.offset; });
+    std::vector<PlacedFinding> placed = std::exchange(findings_, {});
+    std::stable_sort(placed.begin(), placed.end(),
+                     [](const PlacedFinding& a, const PlacedFinding& b) { return a.offset < b.offset; });
     TextPosition position(text);
-    for (KvTFinding& finding : ordered) {
-        position.advance(finding.offset);
+    std::vector<KvTFinding> ordered;
+    ordered.reserve(placed.size());
+    for (auto& [finding, offset] : placed) {
+        position.advance(offset);
         finding.line = position.line();
         finding.column = position.column();
+        ordered.push_back(std::move(finding));
     }
     return ordered;
 }

@@ -1,5 +1,6 @@
 #include "ArchiveFindingSearch.h"
 
+#include "ArchivePaths.h"
 #include "CheckedArchive.h"
 #include "FileWarnings.h"
 #include "Files.h"
@@ -12,22 +13,28 @@
 
 #include <array>
 #include <cstdio>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 namespace {
 
-/// What the file at `path` holds; empty when it cannot be read.
-std::string textOfFile(const std::wstring& path) {
+/// What the file at `path` holds; nothing if it cannot be opened or read.
+std::optional<std::string> textOfFile(const std::wstring& path) {
     constexpr std::size_t pieceSize = 65536;
     const FileStream file = openForReading(path);
+    if (file == nullptr) {
+        return std::nullopt;
+    }
     std::string text;
     std::array<char, pieceSize> piece{};
     std::size_t size = piece.size();
-    while (file != nullptr && size == piece.size()) {
+    while (size == piece.size()) {
         size = std::fread(piece.data(), 1, piece.size(), file.get());
         text.append(piece.data(), size);
     }
-    return file != nullptr && std::ferror(file.get()) == 0 ? text : std::string();
+    return std::ferror(file.get()) == 0 ? std::optional(std::move(text)) : std::nullopt;
 }
 
 std::vector<KvTOutlinedEntry> entriesOf(const JsonOutline& outline, const ReaderFindings& read) {
@@ -41,25 +48,27 @@ std::vector<KvTOutlinedEntry> entriesOf(const JsonOutline& outline, const Reader
 
 } // namespace
 
-std::vector<KvTFinding> findingsOfArchive(const KvNReflasher::KvTOptions& options) {
+std::vector<KvNReflasher::KvTFinding> findingsOfArchive(const KvNReflasher::KvTOptions& options) {
     KvNReflasher::KvTOptions silent = options;
     // In this mode the reader has nothing to say but its findings.
     silent.mode = KvNReflasher::dumpArchiveDescription;
-    const std::wstring path = options.archiveFolder + L"\\" + options.descriptionFileName;
+    const std::wstring path = descriptionFilePath(options);
+    // Read once: the reader and the outline must see the same text.
+    const std::optional<std::string> text = textOfFile(path);
     const MessageCapture messages;
     KvCFirmwareArchive archive(messages.writer(), silent);
     ReaderFindings read(messages);
-    (void)archive.parseDescription(path, read);
+    (void)archive.parseDescription(path, text, read);
     (void)archive.completeFromUpdateFiles(read);
 
-    const std::string text = textOfFile(path);
-    const JsonOutline outline(text);
+    const std::string_view description = text ? std::string_view(*text) : std::string_view();
+    const JsonOutline outline(description);
     const std::vector<KvTOutlinedEntry> entries = entriesOf(outline, read);
     const KvTCheckedArchive checked{silent, outline, entries, archive};
     FindingList findings;
-    read.addTo(findings, outline, text);
+    read.addTo(findings, outline, description);
     for (const auto warn : {warnOfKeys, warnOfValues, warnOfNames, warnOfFiles, warnOfShadows}) {
         warn(checked, findings);
     }
-    return findings.takeInOrder(text);
+    return findings.takeInOrder(description);
 }
