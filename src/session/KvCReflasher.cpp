@@ -11,7 +11,9 @@ KvIReflasher* KvIReflasher::createInstance(KvNReflasher::KvTOptions options) {
 }
 
 KvCReflasher* KvCReflasher::create(KvNReflasher::KvTOptions options, Allocate allocate) {
-    void* block = allocate(sizeof(KvCReflasher));
+    // A compiler may take the ordinary operator new as never null and drop the test. It cannot know what this calls.
+    Allocate volatile unknown = allocate;
+    void* const block = unknown(sizeof(KvCReflasher));
     if (block == nullptr) {
         return nullptr;
     }
