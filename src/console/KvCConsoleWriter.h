@@ -13,11 +13,14 @@ public:
     /// `callbacks` is looked at for every message and must outlive the writer.
     explicit KvCConsoleWriter(const KvTCallbacks& callbacks) : callbacks_(callbacks) {}
 
+    /// True if messages go to the client's callback.
+    [[nodiscard]] bool hasMessageCallback() const { return callbacks_.message != nullptr; }
+
     /// Formats and writes one message. Result: the number of characters produced (narrow texts count bytes), negative
     /// when formatting or writing failed. A message without characters is not handed to the callback.
     template <typename... Arguments>
     int print(KvCFormat<std::type_identity_t<Arguments>...> format, Arguments... arguments) const {
-        if (callbacks_.message == nullptr) {
+        if (!hasMessageCallback()) {
             return writeToStandardOutput(format.text(), arguments...);
         }
         std::wstring text;
