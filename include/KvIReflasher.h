@@ -23,7 +23,8 @@ namespace KvNReflasher {
 
 /// Notification with one number.
 using KvTNumberCallback = void (*)(std::uint32_t value);
-/// Receives a message, line ends included; `text` lasts as long as the call.
+/// Receives a message, line ends included; `text` lasts as long as the call. UTF-8 from the archive and the target
+/// stands in it decoded, bytes that are not well-formed one by one; on Windows one character per byte.
 using KvTMessageCallback = void (*)(const std::wstring& text);
 
 } // namespace KvNReflasher

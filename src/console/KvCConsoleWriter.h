@@ -16,8 +16,9 @@ public:
     /// True if messages go to the client's callback.
     [[nodiscard]] bool hasMessageCallback() const { return callbacks_.message != nullptr; }
 
-    /// Formats and writes one message. Result: the number of characters produced (narrow texts count bytes), negative
-    /// when formatting or writing failed. A message without characters is not handed to the callback.
+    /// Formats and writes one message. Result: the number of characters produced (narrow texts count bytes, so that
+    /// the callback may receive fewer), negative when formatting or writing failed. A message without characters is not
+    /// handed to the callback.
     template <typename... Arguments>
     int print(KvCFormat<std::type_identity_t<Arguments>...> format, Arguments... arguments) const {
         if (!hasMessageCallback()) {
