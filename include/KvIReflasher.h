@@ -23,7 +23,8 @@ namespace KvNReflasher {
 
 /// Notification with one number.
 using KvTNumberCallback = void (*)(std::uint32_t value);
-/// Receives a message, line ends included; `text` lasts as long as the call.
+/// Receives a message, line ends included; `text` lasts as long as the call. UTF-8 from the archive and the target
+/// stands in it decoded, bytes that are not well-formed one by one; on Windows one character per byte.
 using KvTMessageCallback = void (*)(const std::wstring& text);
 
 } // namespace KvNReflasher
@@ -36,8 +37,9 @@ using KvTMessageCallback = void (*)(const std::wstring& text);
 /// disableUpdateElement() and run(), once; after a prepare that scanned the target (modes 4 to 7)
 /// getRebootSupportStatus() and reboot(); delete.
 ///
-/// Texts go to standard output or to the message callback; a text may hold several lines. Off Windows standard output
-/// is written as bytes: a program that has used it for wide characters sees no messages there.
+/// Texts go to standard output or to the message callback; a text may hold several lines. The description that mode 3
+/// dumps comes as one text if there is a callback. Off Windows standard output is written as bytes: a program that has
+/// used it for wide characters sees no messages there.
 ///
 /// No operation throws; when memory is exhausted, an operation fails as its result says, and may do so without a
 /// message. Arrays, texts and the table of virtual operations cross the boundary: client and library need the same

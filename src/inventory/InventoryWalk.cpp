@@ -178,8 +178,8 @@ private:
             }
         }
         if (!options_.boardTypeFilter.empty()) {
-            KvCString boardType; // a board without a type is of any type
-            readIfPresent(board, product_.boardType, boardType);
+            KvCString boardType; // a board without a type passes, but not without an error
+            read(board, product_.boardType, boardType);
             if (!matchesFilterList(options_.boardTypeFilter, boardType.view())) {
                 return false;
             }
