@@ -24,6 +24,7 @@ LAYERS = {
     "platform/emulation": {"platform/include"},
     "src/system": set(),
     "src/guards": {"platform/include"},
+    "src/documents": INTERFACES,
     "src/console": INTERFACES | {"src/system"},
     "src/archive": INTERFACES | {"src/console", "src/guards", "src/system"},
     "src/target": INTERFACES | {"src/console", "src/guards", "src/system", "src/archive"},

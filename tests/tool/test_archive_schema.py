@@ -117,7 +117,7 @@ class ArchiveSchemaTest(ScratchTest):
         super().setUp()
         (self.scratch / "a.bin").write_text("content")
         self.schema = validator_of("archive")
-        self.findings = validator_of("findings")
+        self.findings = validator_of("check")
 
     def check(self, folder):
         """The codes of the errors in the archive of a folder."""
