@@ -95,6 +95,7 @@ private:
         }
         if (line_.verifiesOnly) {
             verification_ = verifyPlan(*session_->plan());
+            writeText(line_.json ? stderr : stdout, elementsWithoutEntryText(*session_->plan()));
             sayVerification(true);
             return;
         }
@@ -148,6 +149,7 @@ private:
         report.plan = session_->plan();
         report.outcome = session_->outcome();
         report.verification = verification_ ? &*verification_ : nullptr;
+        report.entries = session_->archiveEntries();
         return report;
     }
 
@@ -170,7 +172,7 @@ private:
         case showTargetElements:
             return elementsDocument(session_->plan(), verdict_);
         default:
-            return planDocument(session_->plan(), session_->archiveEntries(), verdict_);
+            return documentOf(report());
         }
     }
 
@@ -178,6 +180,7 @@ private:
         KvTArchiveContent content;
         content.identity = archiveIdentity(session_.get());
         content.entries = session_->archiveEntries();
+        content.verdict = session_->outcome().verdict;
         return content;
     }
 

@@ -81,11 +81,15 @@ std::string timeText(std::chrono::system_clock::time_point time) {
     return text.data();
 }
 
-bool writeReportFile(const KvTReport& report, const std::string& path) {
+std::string documentOf(const KvTReport& report) {
     const KvTSessionRecord session{.verdict = report.verdict,
                                    .plan = report.plan,
                                    .outcome = &report.outcome,
-                                   .verification = report.verification};
-    return writeWholeFile(filePath(path),
-                          path.ends_with(".json") ? reportDocument(session, report.facts) : reportPage(report));
+                                   .verification = report.verification,
+                                   .entries = &report.entries};
+    return reportDocument(session, report.facts);
+}
+
+bool writeReportFile(const KvTReport& report, const std::string& path) {
+    return writeWholeFile(filePath(path), path.ends_with(".json") ? documentOf(report) : reportPage(report));
 }

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <string>
+#include <vector>
 
 /// A session, as its report shows it.
 struct KvTReport {
@@ -14,6 +15,8 @@ struct KvTReport {
     KvNReflasher::KvTOutcome outcome;
     /// Null: the target was not looked at.
     const KvNReflasher::KvTVerification* verification = nullptr;
+    /// The accepted entries of the archive.
+    std::vector<KvNReflasher::KvTArchiveEntry> entries;
 
     /// The session has updated the target, or tried to.
     [[nodiscard]] bool isUpdate() const { return facts.command == "update"; }
@@ -34,6 +37,9 @@ struct KvTReport {
 
 /// The report as one HTML file that needs no other.
 [[nodiscard]] std::string reportPage(const KvTReport& report);
+
+/// The report as the JSON document of its command.
+[[nodiscard]] std::string documentOf(const KvTReport& report);
 
 /// Writes the report to a file, whose ending, .html or .json, decides the form. False if it cannot be written; what
 /// becomes of an earlier report then, writeWholeFile() says.
