@@ -37,6 +37,11 @@ using KvTMessageCallback = void (*)(const std::wstring& text);
 /// disableUpdateElement() and run(), once; after a prepare that scanned the target (modes 4 to 7)
 /// getRebootSupportStatus() and reboot(); delete.
 ///
+/// After a prepare() that returned 1, and before the first one, there are no update elements, and getArchiveFiles()
+/// returns the entries that were accepted before the failure. After a result of 2 the queries return everything, with
+/// all elements disabled. A second prepare() begins anew: nothing of the first one is left but the handle of the target,
+/// which is not given back. run() changes nothing that the queries return.
+///
 /// Texts go to standard output or to the message callback; a text may hold several lines. The description that mode 3
 /// dumps comes as one text if there is a callback. Off Windows standard output is written as bytes: a program that has
 /// used it for wide characters sees no messages there.
@@ -88,8 +93,8 @@ public:
     /// null when there are none or memory is exhausted.
     virtual void getArchiveFiles(KvNReflasher::KvTArchiveFileInfo*& files, std::uint32_t& count) = 0;
 
-    /// Tells whether the target can be rebooted; every status but 0 prints why not. `status`: 0 it can; 1 not known,
-    /// no scan has told; 2 not with the installed firmware; 3 not this device; 4 an error occurred while checking.
+    /// Returns whether the target can be rebooted; every status but 0 prints why not. `status`: 0 it can; 1 not known,
+    /// no scan has found out; 2 not with the installed firmware; 3 not this device; 4 an error occurred while checking.
     /// True when the status is 0.
     virtual bool getRebootSupportStatus(std::uint32_t& status) = 0;
     /// Resets the target; prints why when it cannot. True when it was reset.

@@ -36,8 +36,7 @@ KvEPrepareStatus KvCPreparation::prepare() {
     // What an earlier preparation has left refers to an archive that is read anew.
     stage_ = KvEStage::created;
     verdict_ = {};
-    plan_.reset();
-    inventory_.clear();
+    forgetTarget();
     if (needsBanner(options_.mode)) {
         printBanner();
     }
@@ -52,6 +51,11 @@ KvEPrepareStatus KvCPreparation::prepare() {
     }
     stage_ = KvEStage::prepared;
     return prepareReady;
+}
+
+void KvCPreparation::forgetTarget() {
+    plan_.reset();
+    inventory_.clear();
 }
 
 /// Notes why the session cannot go on.

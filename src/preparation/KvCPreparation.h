@@ -31,6 +31,9 @@ public:
     /// The part of prepare() that finds and scans the target, whatever the mode; prints why that failed.
     [[nodiscard]] bool connect(KvCErrorListPool& errors);
 
+    /// Forgets what was found on the target, and the plan.
+    void forgetTarget();
+
     /// How far prepare() came.
     [[nodiscard]] KvNReflasher::KvEStage stage() const { return stage_; }
     /// Why prepare() or connect() has failed.

@@ -23,6 +23,9 @@ std::uint32_t KvCReflasher::prepare() {
     explainer_.reset();
     const std::uint32_t status =
         withoutException<std::uint32_t>(prepareFailed, [this] { return preparation_.prepare(); });
+    if (status == prepareFailed) {
+        preparation_.forgetTarget();
+    }
     if (status != prepareReady) {
         attempt([this] {
             verdict_ = preparation_.verdict();

@@ -88,7 +88,7 @@ KvTVerifiedElement verified(const KvTPlan& plan, const KvTPlannedElement& elemen
         result.result = KvEVerified::notListed;
         return result;
     }
-    result.found = look.elements.at(element.index);
+    result.found = element.index < look.elements.size() ? look.elements[element.index] : std::nullopt;
     if (!result.found) {
         result.result = KvEVerified::gone;
         return result;
@@ -141,7 +141,8 @@ KvTVerification KvNReflasher::verifyUpdate(const KvTPlan& plan, const KvTOutcome
         return verification;
     }
     for (const KvTPlannedElement& element : plan.elements) {
-        if (outcome.elements.at(element.index).result == KvEResult::updated) {
+        const bool isKnown = element.index < outcome.elements.size();
+        if (isKnown && outcome.elements[element.index].result == KvEResult::updated) {
             verification.elements.push_back(
                 verified(plan, element, verification.look, Standard::installed, !wasRebooted));
         }
