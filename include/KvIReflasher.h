@@ -9,6 +9,8 @@
 #if defined(_WIN32)
 #if defined(KV_REFLASH_BUILD)
 #define KV_REFLASH_API __declspec(dllexport)
+#elif defined(KV_REFLASH_STATIC) // linked with parts of the library instead of the DLL
+#define KV_REFLASH_API
 #else
 #define KV_REFLASH_API __declspec(dllimport)
 #endif
