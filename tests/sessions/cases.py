@@ -2,6 +2,7 @@
 
 import copy
 import json
+import re
 import sys
 from pathlib import Path
 
@@ -35,6 +36,12 @@ class Case:
         self.rack = script.get("rack", "box")
         self.steps = script["steps"]
         self.leaves = script.get("leaves", [])
+
+
+def printed_version():
+    """The project's version as the tool prints it, such as 1.1 for 1.1.0."""
+    project = re.search(r"^project\(\w+ VERSION (\d+\.\d+)(\.\d+)", (PROJECT / "CMakeLists.txt").read_text(), re.MULTILINE)
+    return project[1] + ("" if project[2] == ".0" else project[2])
 
 
 def case_names():
