@@ -5,6 +5,22 @@
 
 using namespace KvNReflasher;
 
+namespace {
+
+/// Why `element` could not be left out.
+std::string disablingFault(const KvTDisabling& disabling, const std::string& element) {
+    if (disabling.elements.empty()) {
+        return "the target has no element '" + element + "'";
+    }
+    std::string fault = "several elements are called '" + element + "':";
+    for (const std::uint32_t index : disabling.elements) {
+        fault.append(" ").append(std::to_string(index));
+    }
+    return fault;
+}
+
+} // namespace
+
 KvTArchiveIdentity archiveIdentity(KvISession& session) {
     std::wstring name;
     std::wstring version;
@@ -28,20 +44,15 @@ void warnOfForeignPaths(KvISession& session) {
     }
 }
 
-KvTVerdict disableElement(KvISession& session, const std::string& element) {
-    const KvTDisabling disabling = session.disableElement(element);
-    if (disabling.isDone()) {
-        return {};
-    }
-    std::string message = "--disable: the target has no element '" + element + "'";
-    if (!disabling.elements.empty()) {
-        message = "--disable: several elements are called '" + element + "':";
-        for (const std::uint32_t index : disabling.elements) {
-            message.append(" ").append(std::to_string(index));
+KvTVerdict disableElements(KvISession& session, const std::vector<std::string>& elements) {
+    std::string faults;
+    for (const std::string& element : elements) {
+        const KvTDisabling disabling = session.disableElement(element);
+        if (!disabling.isDone()) {
+            faults.append(faults.empty() ? "--disable: " : "; ").append(disablingFault(disabling, element));
         }
     }
-    say(message);
-    return {KvEFailure::selection, message};
+    return faults.empty() ? KvTVerdict() : KvTVerdict{KvEFailure::selection, faults};
 }
 
 KvTVerdict verdictOfFilters(const KvTPlan& plan, const KvTOptions& options) {

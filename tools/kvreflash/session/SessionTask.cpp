@@ -48,9 +48,7 @@ private:
 
     /// What keeps a prepared session from running.
     [[nodiscard]] bool mayRun() {
-        for (const std::string& element : line_.disabledElements) {
-            verdict_.add(disableElement(session_.get(), element));
-        }
+        verdict_.add(disableElements(session_.get(), line_.disabledElements));
         if (isUpdate()) {
             warnOfForeignPaths(session_.get());
         }
@@ -166,14 +164,14 @@ private:
     }
 
     [[nodiscard]] std::string document() {
-        switch (line_.options.mode) {
-        case showArchiveContent:
+        if (line_.options.mode == showArchiveContent) {
             return contentDocument(archiveContent(), verdict_);
-        case showTargetElements:
-            return elementsDocument(session_->plan(), verdict_);
-        default:
-            return documentOf(report());
         }
+        if (line_.options.mode == showTargetElements) {
+            return elementsDocument(session_->plan(), verdict_);
+        }
+        const bool isPlan = line_.options.mode == showUpdatePlan && !line_.verifiesOnly;
+        return isPlan ? planDocument(session_->plan(), session_->archiveEntries(), verdict_) : documentOf(report());
     }
 
     [[nodiscard]] KvTArchiveContent archiveContent() const {
