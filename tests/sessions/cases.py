@@ -40,8 +40,9 @@ class Case:
 
 def printed_version():
     """The project's version as the tool prints it, such as 1.1 for 1.1.0."""
-    project = re.search(r"^project\(\w+ VERSION (\d+\.\d+)(\.\d+)", (PROJECT / "CMakeLists.txt").read_text(), re.MULTILINE)
-    return project[1] + ("" if project[2] == ".0" else project[2])
+    build = (PROJECT / "CMakeLists.txt").read_text(encoding="utf-8")
+    begin, last = re.search(r"^project\(\w+ VERSION (\d+\.\d+)(\.\d+)", build, re.MULTILINE).groups()
+    return begin if last == ".0" else begin + last
 
 
 def case_names():

@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import shlex
 import shutil
 import signal
@@ -140,7 +141,8 @@ class Session:
     def write_expected(self, name, data):
         path = self.case.folder / name
         if data:
-            data = data.replace(b"Tool, Vs " + PRINTED_VERSION + b"\n", b"Tool, Vs " + VERSION_SIGN + b"\n")
+            data = re.sub(rb"^(.*Tool, Vs )?" + re.escape(PRINTED_VERSION) + rb"$", rb"\g<1>" + VERSION_SIGN, data,
+                          flags=re.MULTILINE)
             path.write_bytes(data.replace(b"\r", RETURN_SIGN))
         else:
             path.unlink(missing_ok=True)
