@@ -148,9 +148,10 @@ void addUpdateOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
                    "How progress is shown: line, plain (a line for every tenth) or none (default: line)")
         ->type_name("HOW");
     app.add_flag("--no-progress", line.options.noProgress, "The same as --progress none");
-    addRepeatable(app, "--disable", texts.disabled, "ELEMENT",
-                  "Leave this element out of the update: its number (No. of a plan made with the same filters), address "
-                  "in the inventory, target path or display name; repeatable (default: none)");
+    addRepeatable(
+        app, "--disable", texts.disabled, "ELEMENT",
+        "Leave this element out of the update: its number (No. of a plan made with the same filters), address "
+        "in the inventory, target path or display name; repeatable (default: none)");
     app.add_flag("--reboot", line.reboot, "Reboot the target after a successful update");
     app.add_flag("--preflight", line.preflight, "Check every update file of the plan before the target is touched");
     app.add_flag("--verify", line.verify,

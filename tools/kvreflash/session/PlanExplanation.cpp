@@ -55,8 +55,8 @@ private:
             }
         }
         if (explanations_.empty() && !line_.element.empty()) {
-            verdict_.add({KvEFailure::selection,
-                          "the target has no element '" + line_.element + "', or a filter hides it"});
+            verdict_.add(
+                {KvEFailure::selection, "the target has no element '" + line_.element + "', or a filter hides it"});
         } else if (!line_.json && line_.element.empty()) {
             writeText(stdout, hiddenElementsText(session_->hiddenElements()));
         }

@@ -118,9 +118,9 @@ private:
         const auto failed = std::count_if(targets_.begin(), targets_.end(),
                                           [](const KvTMatrixTarget& target) { return !target.plan.has_value(); });
         for (const KvTMatrixTarget& target : targets_) {
-            verdict_.add({target.verdict.failure,
-                          std::to_string(failed) + " of " + std::to_string(targets_.size()) +
-                              " targets cannot be planned for; '" + target.folder + "': " + target.verdict.message});
+            verdict_.add({target.verdict.failure, std::to_string(failed) + " of " + std::to_string(targets_.size()) +
+                                                      " targets cannot be planned for; '" + target.folder +
+                                                      "': " + target.verdict.message});
         }
     }
 

@@ -56,8 +56,8 @@ KvTVerdict disableElements(KvISession& session, const std::vector<std::string>& 
 }
 
 KvTVerdict verdictOfFilters(const KvTPlan& plan, const KvTOptions& options) {
-    const bool hasFilter = !options.boardTypeFilter.empty() || !options.serialNumberFilter.empty() ||
-                           !options.elementNameFilter.empty();
+    const bool hasFilter =
+        !options.boardTypeFilter.empty() || !options.serialNumberFilter.empty() || !options.elementNameFilter.empty();
     if (!hasFilter || !plan.elements.empty()) {
         return {};
     }
