@@ -8,7 +8,7 @@ import json
 import tool_runs
 from tool_runs import ScratchTest, cases, run
 
-BANNER = "\nKorvel Device Update Tool, Vs 1.0\nCopyright (c) 2026 Korvel. All rights reserved.\n \n"
+BANNER = f"\nKorvel Device Update Tool, Vs {cases.printed_version()}\nCopyright (c) 2026 Korvel. All rights reserved.\n \n"
 FOUND = "HCN found: HCN[1]\nCN found: HCN[1]/CN[1]\nReboot support status: 0\n"
 TARGET = ("-t", "127.0.0.1", "--emulate", "rack")
 ROUTERS = 12
