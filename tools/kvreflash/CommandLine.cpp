@@ -64,7 +64,7 @@ struct Command {
 
 constexpr std::array commands = {
     Command{"version", KvETask::session, showVersion, 0, "Print the version of the library."},
-    Command{"check", KvETask::check, showArchiveVersion, archiveOptions | checkOptions,
+    Command{"check", KvETask::check, showArchiveVersion, archiveOptions | checkOptions | jsonOption,
             "Find everything that is wrong with an archive."},
     Command{"archive-version", KvETask::session, showArchiveVersion, archiveOptions,
             "Print the version of a firmware archive."},
@@ -155,7 +155,7 @@ void addUpdateOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
     app.add_flag("--reboot", line.reboot, "Reboot the target after a successful update");
     app.add_flag("--preflight", line.preflight, "Check every update file of the plan before the target is touched");
     app.add_flag("--verify", line.verify,
-                 "Scan the target again after a successful update and judge by what it reports then");
+                 "Look at the target again after the update and judge by what it reports then");
     app.add_option("--wait", texts.waitSeconds,
                    "With --verify and --reboot: how many seconds the target has to show the update (default: 300)")
         ->type_name("SECONDS");
@@ -166,7 +166,7 @@ void addUpdateOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
 
 void addCheckOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
     app.add_flag("--strict", line.strict, "Refuse an archive with warnings, too");
-    app.add_option("--format", texts.format, "How findings are written: text or json (default: text)")
+    app.add_option("--format", texts.format, "How findings are written: text, or json like --json (default: text)")
         ->type_name("FORMAT");
 }
 
@@ -281,6 +281,18 @@ void convertReport(const std::optional<std::string>& path) {
     }
 }
 
+void convertFormat(const std::string& text, KvTCommandLine& line) {
+    constexpr std::array<std::pair<const char*, bool>, 2> formats{{{"text", false}, {"json", true}}};
+    if (text.empty()) {
+        return;
+    }
+    const bool isJson = oneOf("--format", text, formats);
+    if (line.json && !isJson) {
+        refuse("--json contradicts --format " + text);
+    }
+    line.json = isJson;
+}
+
 void convertTexts(const Texts& texts, KvTCommandLine& line) {
     line.options.archiveFolder = wideOf(texts.archiveFolder);
     line.options.descriptionFileName = wideOf(texts.descriptionFileName);
@@ -294,10 +306,7 @@ void convertTexts(const Texts& texts, KvTCommandLine& line) {
             refuse("--wait needs --verify and --reboot");
         }
     }
-    if (!texts.format.empty()) {
-        constexpr std::array<std::pair<const char*, bool>, 2> formats{{{"text", false}, {"json", true}}};
-        line.json = oneOf("--format", texts.format, formats);
-    }
+    convertFormat(texts.format, line);
     if (line.task == KvETask::matrix && line.emulatedTargets.empty()) {
         refuse("matrix needs at least one --emulate");
     }

@@ -46,10 +46,11 @@ private:
     [[nodiscard]] bool readArchive() {
         KvTCommandLine line = line_;
         line.options.mode = showArchiveContent;
+        line.emulatedTargets.clear();
         ToolSession session(line);
         session.keepMessages();
         const bool isRead = session.prepare();
-        verdict_.add(session->outcome().verdict);
+        verdict_.add(session.verdict());
         content_.identity = archiveIdentity(session.get());
         content_.entries = session->archiveEntries();
         content_.verdict = verdict_;
@@ -79,6 +80,7 @@ private:
     [[nodiscard]] std::string runSession(KvTMatrixTarget& target) const {
         KvTCommandLine line = line_;
         line.options.target = wideOf(target.address);
+        line.emulatedTargets.clear(); // it is served already
         ToolSession session(line);
         session.keepMessages();
         const bool isPrepared = session.prepare();

@@ -3,12 +3,14 @@
 #include "ToolOutput.h"
 #include "Utf8.h"
 
+#include <utility>
+
 using namespace KvNReflasher;
 
 namespace {
 
-/// Why `element` could not be left out.
-std::string disablingFault(const KvTDisabling& disabling, const std::string& element) {
+/// Why no element was disabled.
+std::string faultOf(const KvTDisabling& disabling, const std::string& element) {
     if (disabling.elements.empty()) {
         return "the target has no element '" + element + "'";
     }
@@ -49,10 +51,10 @@ KvTVerdict disableElements(KvISession& session, const std::vector<std::string>& 
     for (const std::string& element : elements) {
         const KvTDisabling disabling = session.disableElement(element);
         if (!disabling.isDone()) {
-            faults.append(faults.empty() ? "--disable: " : "; ").append(disablingFault(disabling, element));
+            faults.append(faults.empty() ? "--disable: " : "; ").append(faultOf(disabling, element));
         }
     }
-    return faults.empty() ? KvTVerdict() : KvTVerdict{KvEFailure::selection, faults};
+    return faults.empty() ? KvTVerdict() : KvTVerdict{KvEFailure::selection, std::move(faults)};
 }
 
 KvTVerdict verdictOfFilters(const KvTPlan& plan, const KvTOptions& options) {
@@ -62,11 +64,4 @@ KvTVerdict verdictOfFilters(const KvTPlan& plan, const KvTOptions& options) {
         return {};
     }
     return {KvEFailure::selection, "no element of the target passes the filters"};
-}
-
-KvTVerdict withAdvice(KvTVerdict verdict, const KvTOptions& options) {
-    if (verdict.failure == KvEFailure::target && options.target.empty()) {
-        verdict.message = "give the target with -t HOST";
-    }
-    return verdict;
 }

@@ -1,6 +1,7 @@
 #include "SessionTask.h"
 
 #include "Conclusion.h"
+#include "CountedNoun.h"
 #include "FilePath.h"
 #include "KvDocuments.h"
 #include "KvNRtosAbstraction.h"
@@ -13,7 +14,6 @@
 #include "WholeFile.h"
 
 #include <chrono>
-#include <utility>
 
 using namespace KvNReflasher;
 
@@ -27,10 +27,7 @@ public:
     explicit SessionTask(const KvTCommandLine& line) : line_(line), session_(line) {}
 
     [[nodiscard]] ExitCode perform() {
-        if (!session_.openEvents()) {
-            return failedFile("cannot create", *line_.eventsFile);
-        }
-        if (session_.prepare() && mayRun()) {
+        if (opensFiles() && session_.prepare() && mayRun()) {
             runAndReboot();
         }
         addVerdictOfSession();
@@ -46,16 +43,28 @@ public:
 private:
     [[nodiscard]] bool isUpdate() const { return line_.options.mode == performUpdate; }
 
-    /// What keeps a prepared session from running.
+    /// Nothing is done if it cannot be recorded.
+    [[nodiscard]] bool opensFiles() {
+        if (line_.reportFile && !canWriteWholeFile(filePath(*line_.reportFile))) {
+            verdict_.add({KvEFailure::output, fileFailure("cannot write", *line_.reportFile)});
+        } else if (!session_.openEvents()) {
+            verdict_.add({KvEFailure::output, fileFailure("cannot create", *line_.eventsFile)});
+        }
+        return verdict_.isSuccess();
+    }
+
+    /// Whether the prepared session is to run.
     [[nodiscard]] bool mayRun() {
+        if (session_->plan() == nullptr) {
+            return true;
+        }
         verdict_.add(disableElements(session_.get(), line_.disabledElements));
+        verdict_.add(verdictOfFilters(*session_->plan(), line_.options));
         if (isUpdate()) {
             warnOfForeignPaths(session_.get());
         }
-        KvTVerdict selection = verdictOfFilters(*session_->plan(), line_.options);
-        // What only looks shows what there is.
+        // A command that only looks shows what there is.
         const bool touches = isUpdate() || line_.reboot;
-        verdict_.add(std::move(selection));
         if (touches && !verdict_.isSuccess()) {
             return false;
         }
@@ -67,6 +76,10 @@ private:
         for (const std::string& finding : findings) {
             say("preflight: " + finding);
             ownMessages_.append("preflight: ").append(finding).append("\n");
+        }
+        if (!findings.empty()) {
+            verdict_.add({session_.verdict().failure,
+                          "nothing was touched: the preflight has found " + counted(findings.size(), "fault")});
         }
         return findings.empty();
     }
@@ -80,7 +93,7 @@ private:
     }
 
     void addVerdictOfSession() {
-        verdict_.add(withAdvice(session_->outcome().verdict, line_.options));
+        verdict_.add(session_.verdict());
         if (line_.options.mode == showUpdatePlan && session_->plan() != nullptr) {
             verdict_.add(verdictOf(*session_->plan()));
         }
@@ -197,8 +210,5 @@ private:
 } // namespace
 
 ExitCode runSession(const KvTCommandLine& line) {
-    if (line.reportFile && !canWriteWholeFile(filePath(*line.reportFile))) {
-        return failedFile("cannot write", *line.reportFile);
-    }
     return SessionTask(line).perform();
 }

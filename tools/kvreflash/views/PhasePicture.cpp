@@ -48,7 +48,8 @@ std::string textAt(int x, int y, const char* style, const std::string& content) 
 std::string box(const KvTReport& report, const KvTPlannedElement& element, int x, int y) {
     const std::string outcome = report.wordFor(element);
     return "<rect" + attribute("x", x) + attribute("y", y) + attribute("width", columnWidth) +
-           attribute("height", boxHeight) + attribute("rx", 4) + attribute("class", std::string(report.styleOf(element))) + "><title>" +
+           attribute("height", boxHeight) + attribute("rx", 4) +
+           attribute("class", std::string(report.styleOf(element))) + "><title>" +
            markupText(element.displayName + ": " + outcome) + "</title></rect>\n" +
            textAt(x + 6, y + 14, "name", shortened(element.displayName));
 }

@@ -49,8 +49,8 @@ std::string facts(const KvTReport& report) {
     if (report.plan != nullptr && report.plan->archive) {
         const KvTArchiveIdentity& archive = *report.plan->archive;
         text += factRow("Archive", archive.archiveName + " " + archive.archiveVersion);
-        text += factRow("Product", archive.productName +
-                                       (archive.archiveVariant.empty() ? "" : ", " + archive.archiveVariant));
+        text += factRow("Product",
+                        archive.productName + (archive.archiveVariant.empty() ? "" : ", " + archive.archiveVariant));
     }
     text += factRow("Archive folder", report.facts.archiveFolder) + factRow("Begin", report.facts.begin) +
             factRow("End", report.facts.end) + factRow("Tool", "kvreflash " + report.facts.toolVersion);
@@ -116,9 +116,8 @@ constexpr std::array verdictWords = {VerdictWords{"update", "Update completed", 
                                      VerdictWords{"verify", "As expected", "Not as expected"}};
 
 std::string verdict(const KvTReport& report) {
-    const auto* words = std::find_if(verdictWords.begin(), verdictWords.end() - 1, [&](const VerdictWords& row) {
-        return row.command == report.facts.command;
-    });
+    const auto* words = std::find_if(verdictWords.begin(), verdictWords.end() - 1,
+                                     [&](const VerdictWords& row) { return row.command == report.facts.command; });
     const bool isGood = report.verdict.isSuccess();
     std::string text = "<p><span class=\"verdict ";
     text.append(isGood ? "good" : "bad").append("\">").append(isGood ? words->good : words->bad).append("</span>");
@@ -145,10 +144,10 @@ std::string lookText(const KvTReport& report) {
 } // namespace
 
 std::string reportPage(const KvTReport& report) {
-    const std::string title =
-        (report.isUpdate() ? "Firmware update of " : report.facts.command == "verify" ? "Verification of "
-                                                                                      : "Plan of a firmware update of ") +
-        report.facts.target;
+    const std::string title = (report.isUpdate()                  ? "Firmware update of "
+                               : report.facts.command == "verify" ? "Verification of "
+                                                                  : "Plan of a firmware update of ") +
+                              report.facts.target;
     const std::string picture = phasePicture(report);
     std::string page("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>");
     page.append(markupText(title)).append("</title>\n<style>").append(style);
