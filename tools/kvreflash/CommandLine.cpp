@@ -166,7 +166,7 @@ void addUpdateOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
 
 void addCheckOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
     app.add_flag("--strict", line.strict, "Refuse an archive with warnings, too");
-    app.add_option("--format", texts.format, "How findings are written: text, or json like --json (default: text)")
+    app.add_option("--format", texts.format, "How findings are written: text or json (the same as --json) (default: text)")
         ->type_name("FORMAT");
 }
 

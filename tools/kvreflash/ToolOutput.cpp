@@ -15,7 +15,7 @@ void writeText(std::FILE* stream, const std::string& text) {
 }
 
 void say(const std::string& text) {
-    writeText(stderr, "kvreflash: " + text + "\n");
+    writeText(stderr, "kvreflash: " + visibleInLine(text) + "\n");
 }
 
 std::string fileFailure(const char* what, const std::string& path) {

@@ -20,14 +20,16 @@ std::size_t lengthOfCharacter(std::string_view bytes) {
     return is_valid_codepoint(character) ? static_cast<std::size_t>(end - begin) : 0;
 }
 
-bool isHiddenControl(code_point character) {
-    const bool isControl = character < 0x20 || (character > 0x7E && character < 0xA0);
-    return isControl && character != '\n' && character != '\r' && character != '\t';
+bool isControl(code_point character) {
+    return character < 0x20 || (character > 0x7E && character < 0xA0);
 }
 
-} // namespace
+bool isHiddenControl(code_point character) {
+    return isControl(character) && character != '\n' && character != '\r' && character != '\t';
+}
 
-std::string visibleOnTerminal(const std::string& text) {
+/// `text` with `isReplaced` characters, all below U+0100, as \xHH.
+std::string visible(const std::string& text, bool (&isReplaced)(code_point)) {
     std::string result;
     result.reserve(text.size());
     std::string_view rest = text;
@@ -38,7 +40,7 @@ std::string visibleOnTerminal(const std::string& text) {
         const code_point character = length != 0 ? utf_traits<char>::decode(position, position + length)
                                                  : static_cast<unsigned char>(rest.front());
         const std::string_view piece = rest.substr(0, length != 0 ? length : 1);
-        if (isHiddenControl(character)) {
+        if (isReplaced(character)) {
             result += {'\\', 'x', hexadecimal[character >> 4], hexadecimal[character & 0xF]};
         } else {
             result += piece;
@@ -46,4 +48,14 @@ std::string visibleOnTerminal(const std::string& text) {
         rest.remove_prefix(piece.size());
     }
     return result;
+}
+
+} // namespace
+
+std::string visibleOnTerminal(const std::string& text) {
+    return visible(text, isHiddenControl);
+}
+
+std::string visibleInLine(const std::string& text) {
+    return visible(text, isControl);
 }
