@@ -10,7 +10,7 @@ from pathlib import Path
 import tool_runs
 from tool_runs import cases
 
-# What the report and the verification say of an element. Blanks count as hyphens.
+# What the report and the verification say of an element.
 UPDATED = "updated"
 FAILED = "failed"
 CANCELLED = "cancelled"
@@ -44,6 +44,9 @@ RETRYABLE = {"target", "locked", "stopped"}
 CHANGING_CALLS = {"lock", "transferFile", "update2", "KvHIM_createFTClientHandle", "KvHIM_makeDir", "KvHIM_putFileU",
                   "KvHIM_renameFile", "KvHIM_FORCE_resetDevice"}
 
+# The value of the event that ends the last phase.
+NO_PHASE = 0xFFFFFFFF
+
 REPORT, EVENTS, TRACE = "r.json", "e.jsonl", "trace.jsonl"
 TARGET = ("-t", "127.0.0.1", "--emulate", "rack")
 ARCHIVE = ("-a", "archive")
@@ -56,10 +59,9 @@ class ElementView:
         self.index = record["index"]
         self.name = record["displayName"]
         self.address = record["address"] or ""
-        self.outcome = record["outcome"].replace(" ", "-")
-        word = record.get("verification")
-        self.verification = word.replace(" ", "-") if word else None
-        self.file = (record["entry"] or {}).get("file")
+        self.outcome = record["outcome"]
+        self.verification = record["verification"]
+        self.file = record["entry"]["name"] if record["entry"] else None
 
     def __repr__(self):
         return f"element {self.index} ({self.name}): {self.outcome}, {self.verification}"
@@ -107,7 +109,8 @@ class ReportView(DocumentView):
 
     def __init__(self, document):
         super().__init__(document)
-        self.elements = [ElementView(record) for record in document["elements"]]
+        # Without a plan there are none.
+        self.elements = [ElementView(record) for record in document.get("elements", [])]
 
     def at(self, address):
         """The element of this inventory address; None if there is none."""
@@ -263,6 +266,10 @@ class Session:
     def failed_places(self):
         """The boards and identifiers whose update could not be started, as the trace has them."""
         return {(call["address"], call["id"]) for call in self.trace.of("update2") if has_failed(call)}
+
+    def has_run(self):
+        """True if the target was locked, so that there is something to notify of."""
+        return any(not has_failed(call) for call in self.trace.of("lock"))
 
     def touched(self):
         """What was done to the target: calls that change it, and files that are not what they were."""
