@@ -117,7 +117,8 @@ stage_sweeps() {
     build_preset asan && logged sweeps env KV_TIME_SCALE=0 KV_SWEEP_STRIDE=1 build/asan/bin/reliability_tests &&
         build_preset release && logged allocations env KV_TIME_SCALE=0 KV_SWEEP_ALLOCATIONS=1000000 \
             build/release/bin/session_tests --gtest_filter='ExhaustedSessionTest.*' &&
-        logged kills env KV_KILL_MOMENTS=500 python3 -B tests/tool/test_kill_sweep.py "${tool_arguments[@]}"
+        logged kills env KV_KILL_MOMENTS=500 python3 -B tests/tool/test_kill_sweep.py "${tool_arguments[@]}" &&
+        logged calls env KV_TOOL_SWEEP_SAMPLE=0 python3 -B tests/tool/test_tool_sweep.py "${tool_arguments[@]}"
 }
 
 # A gigabyte of text and a million entries: what the tests try is small enough to be quick.
