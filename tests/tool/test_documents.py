@@ -2,6 +2,7 @@
 """The JSON that the tool writes keeps to the schemas that the project ships, and they to the records of the library."""
 
 import copy
+import functools
 import json
 import re
 import unittest
@@ -31,6 +32,7 @@ def schema_of(name):
     return json.loads((SCHEMAS / f"{name}.schema.json").read_text(encoding="utf-8"))
 
 
+@functools.cache
 def validator_of(name):
     files = {(SCHEMAS / f"{other}.schema.json").as_uri(): schema_of(other) for other in NAMES}
     base = (SCHEMAS / f"{name}.schema.json").as_uri()
@@ -232,26 +234,32 @@ class DocumentsTest(ScratchTest):
             for spoilt in spoilt_versions(document):
                 self.assertFalse(validator.is_valid(spoilt), f"{command}: {spoilt}")
                 tried += 1
-        self.assertGreater(tried, 300)
+        self.assertGreater(tried, 100)
 
 
-def objects_of(value):
-    """Every JSON object inside `value`, itself included."""
+def objects_of(value, place=""):
+    """Every JSON object inside `value`, itself included, with the keys that lead to it."""
     if isinstance(value, dict):
-        yield value
-        for member in value.values():
-            yield from objects_of(member)
+        yield place, value
+        for key, member in value.items():
+            yield from objects_of(member, f"{place}/{key}")
     elif isinstance(value, list):
         for item in value:
-            yield from objects_of(item)
+            yield from objects_of(item, place)
 
 
 def spoilt_versions(document):
-    """Copies of a document, each with one property missing, added, or of a wrong type."""
-    for number, shape in enumerate(objects_of(document)):
-        for change in [(key, how) for key in shape for how in ("drop", "retype")] + [("surplus", "retype")]:
+    """Copies of a document, each with one property missing, added, or of a wrong type. Of the objects at one place that
+    have values of the same types in the same properties one stands for all."""
+    seen = set()
+    for number, (place, found) in enumerate(objects_of(document)):
+        kind = (place, *((key, type(value)) for key, value in found.items()))
+        if kind in seen:
+            continue
+        seen.add(kind)
+        for change in [(key, how) for key in found for how in ("drop", "retype")] + [("surplus", "retype")]:
             spoilt = copy.deepcopy(document)
-            spoil(next(found for index, found in enumerate(objects_of(spoilt)) if index == number), *change)
+            spoil(next(other for index, (_, other) in enumerate(objects_of(spoilt)) if index == number), *change)
             yield spoilt
 
 
