@@ -61,8 +61,7 @@ bool KvCUpdateDriver::run(KvCErrorListPool& errors) {
 /// Empties the bookkeeping of files and marks the elements to be updated.
 void KvCUpdateDriver::begin() {
     const std::size_t fileCount = planner_.archive().files().size();
-    run_ = {};
-    transfers_.clear();
+    forgetRun();
     transferOfFile_.assign(fileCount, 0);
     filesOnTarget_.clear();
     filesOnTarget_.reserve(fileCount);

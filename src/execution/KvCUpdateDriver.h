@@ -51,6 +51,12 @@ public:
     /// too when the target could not be locked, in which case nothing was done.
     [[nodiscard]] bool run(KvCErrorListPool& errors);
 
+    /// Forgets the last run. What it says of transfers is about the archive that was read for it.
+    void forgetRun() {
+        run_ = {};
+        transfers_.clear();
+    }
+
     /// Of the last run.
     [[nodiscard]] const KvTUpdateRun& lastRun() const { return run_; }
     [[nodiscard]] const std::vector<KvTTransfer>& transfers() const { return transfers_; }

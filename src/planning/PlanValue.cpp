@@ -106,6 +106,7 @@ KvTPlan makePlan(const KvCFirmwareArchive& archive, const KvCTargetInventory& in
 
 void disable(KvTPlannedElement& element) {
     std::vector<KvEReason>& reasons = element.decision.reasons;
+    reasons.reserve(reasons.size() + 1); // without memory nothing changes
     if (element.decision.update) {
         reasons.clear();
     }

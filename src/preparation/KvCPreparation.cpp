@@ -132,10 +132,10 @@ void KvCPreparation::disableElement(std::uint32_t index) {
     std::uint32_t position = 0;
     for (KvTUpdateElement& element : inventory_.elements()) {
         if (position++ == index) {
-            element.disabled = true;
             if (plan_) {
                 disable(plan_->elements[index]);
             }
+            element.disabled = true;
             return;
         }
     }

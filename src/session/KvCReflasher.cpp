@@ -6,8 +6,10 @@
 #include "TextConversions.h"
 #include "ToolVersion.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
+#include <vector>
 
 using namespace KvNReflasher;
 
@@ -25,6 +27,18 @@ std::string reasonOf(std::uint32_t status) {
     default:
         return "its support could not be checked";
     }
+}
+
+/// The errors that are new since `before` was taken down. Finding the device may have emptied the list meanwhile.
+std::vector<KvTErrorInfo> errorsSince(const std::vector<KvTErrorInfo>& before, const KvCErrorListPool& errors) {
+    std::vector<KvTErrorInfo> now = errorEntriesOf(errors);
+    const auto isSame = [](const KvTErrorInfo& a, const KvTErrorInfo& b) {
+        return a.code == b.code && a.seconds == b.seconds && a.text == b.text;
+    };
+    if (before.size() <= now.size() && std::equal(before.begin(), before.end(), now.begin(), isSame)) {
+        now.erase(now.begin(), now.begin() + static_cast<std::ptrdiff_t>(before.size()));
+    }
+    return now;
 }
 
 } // namespace
@@ -117,12 +131,15 @@ bool KvCReflasher::reboot() {
 
 bool KvCReflasher::resetTarget() {
     KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
+    std::vector<KvTErrorInfo> before;
+    attempt([&] { before = errorEntriesOf(errors); }); // a reboot does not need it
     if (preparation_.targetAccess().rebootDevice(errors)) {
         return true;
     }
     writer_.print(L"ERROR: Device cannot be rebooted. Command failed.\n");
     printErrorReport(writer_, options_, errors, reportIndentation);
-    // Finding the device may have emptied the list, so what is in it now was not taken down before.
-    errors_ = errorEntriesOf(errors);
+    for (KvTErrorInfo& error : errorsSince(before, errors)) {
+        errors_.push_back(std::move(error));
+    }
     return false;
 }

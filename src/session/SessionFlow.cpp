@@ -21,6 +21,7 @@ std::uint32_t KvCReflasher::prepare() {
     stage_.reset();
     errors_.clear();
     explainer_.reset();
+    driver_.forgetRun();
     const std::uint32_t status =
         withoutException<std::uint32_t>(prepareFailed, [this] { return preparation_.prepare(); });
     if (status == prepareFailed) {

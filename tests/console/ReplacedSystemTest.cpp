@@ -40,6 +40,10 @@ std::optional<ModuleVersion> readModuleVersion() {
     return answers().version;
 }
 
+bool decodesNarrowText() {
+    return false;
+}
+
 int countFormatted(const wchar_t* /*format*/, std::va_list /*arguments*/) {
     return answers().count;
 }
