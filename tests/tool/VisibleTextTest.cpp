@@ -52,4 +52,9 @@ TEST(VisibleOnTerminal, AZeroCharacterEndsNothing) {
     EXPECT_EQ(visibleOnTerminal(std::string("a\0b", 3)), "a\\x00b");
 }
 
+TEST(VisibleInLine, NoCharacterEndsTheLine) {
+    EXPECT_EQ(visibleInLine("a\nb\rc\td\x1B"), "a\\x0Ab\\x0Dc\\x09d\\x1B");
+    EXPECT_EQ(visibleInLine("gr\xC3\xBCn \xE2\x82\xAC \xC2\x9B"), "gr\xC3\xBCn \xE2\x82\xAC \\x9B");
+}
+
 } // namespace
