@@ -187,6 +187,13 @@ TEST_F(Explain, ErrorsOfTheScanAreToldAndFail) {
     EXPECT_THAT(result.output, HasSubstr("0  NODE, SN 7, One\n"));
 }
 
+TEST_F(Explain, NamesOfTheTargetEndNoLine) {
+    node.element(completeElement(1, "One\nresult\tup to date"));
+    archive.add(entry("a\nb.bin").board("NODE", 1));
+    EXPECT_THAT(text(), HasSubstr("0  NODE, SN 7, One\\x0Aresult\\x09up to date\n"));
+    EXPECT_THAT(text(), HasSubstr("0 a\\x0Ab.bin: chosen\n"));
+}
+
 TEST_F(Explain, AFileOfTheTargetTellsItsPath) {
     node.element(completeElement(1, "One"));
     archive.add(entry("a.cfg").target("NODE", "cfg/a.cfg"));

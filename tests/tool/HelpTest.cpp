@@ -93,7 +93,7 @@ TEST(Help, TellsHowAnEmptyValueIsWritten) {
         EXPECT_THAT(helpOf(arguments), HasSubstr("an empty one as an argument of its own: -t \"\"."));
     }
     EXPECT_THAT(runCaptured({"connect", "-t", ""}).output, HasSubstr("ERROR: No IP address or hostname specified!\n"));
-    EXPECT_THAT(runCaptured({"connect", "--target="}).errors, HasSubstr("--target needs a value\n"));
+    EXPECT_THAT(runCaptured({"connect", "--target="}).errors, HasSubstr("--target needs a value; "));
 }
 
 TEST(Help, NamesTheVariablesOfTheEnvironmentAndWhereTheyAreDescribed) {

@@ -147,6 +147,8 @@ TEST_F(JsonDocuments, AnEmulatedTargetThatCannotBeLoadedIsStated) {
     for (const std::string& command : allCommands) {
         expectFailure(line(command, nothing.text()), 4, "target");
     }
+    const json content = json::parse(runCaptured(line("content", nothing.text())).output);
+    EXPECT_FALSE(content.view().contains("archive")) << "it was not read";
 }
 
 TEST_F(JsonDocuments, FiltersThatLetNothingThroughAreStated) {
@@ -203,9 +205,10 @@ TEST_F(JsonDocuments, EachCommandHasItsParts) {
     EXPECT_EQ(partsOf("elements"), (Keys{"elements"}));
     EXPECT_EQ(partsOf("explain"), (Keys{"elements", "hiddenElements"}));
     EXPECT_EQ(partsOf("matrix"), (Keys{"archive", "targets", "unmatchedEntries"}));
-    for (const char* command : {"plan", "verify"}) {
-        EXPECT_THAT(partsOf(command), testing::IsSupersetOf({"archive", "files", "elements", "supported", "exitCode"}));
-    }
+    EXPECT_EQ(partsOf("plan"), (Keys{"archive", "files", "targetAddress", "supported", "unsupportedElements",
+                                     "phaseCount", "elements"}));
+    EXPECT_THAT(partsOf("verify"), testing::IsSupersetOf({"archive", "files", "elements", "supported", "exitCode",
+                                                          "verificationCounts", "look", "messages"}));
 }
 
 TEST_F(JsonDocuments, TheContentListsTheEntriesInTheirOrder) {

@@ -236,7 +236,8 @@ TEST(ReportTimes, AreInUniversalTime) {
 }
 
 TEST(MarkupText, HoldsNoMarkupAndNoControlCharacters) {
-    EXPECT_EQ("&lt;b&gt; &amp; &quot;x&quot; \\x1B[2J\n\xC3\xA4", markupText("<b> & \"x\" \x1B[2J\n\xC3\xA4"));
+    EXPECT_EQ("&lt;b&gt; &amp; &quot;x&quot; \\x1B[2J\\x0A\xC3\xA4", markupText("<b> & \"x\" \x1B[2J\n\xC3\xA4"));
+    EXPECT_EQ("&lt;b&gt; \\x1B[2J\n\xC3\xA4", markupLines("<b> \x1B[2J\n\xC3\xA4"));
 }
 
 } // namespace

@@ -337,6 +337,16 @@ TEST_F(VerifyAfterReboot, ARebootThatDoesNotHappenIsTheReasonAndWhatIsThereIsSho
     EXPECT_THAT(result.errors, HasSubstr("kvreflash: the target was not rebooted"));
 }
 
+TEST_F(VerifyAfterReboot, AReportAloneDoesNotLookAtATargetThatReboots) {
+    addFirmware(completeElement(1, "UserFirmware").activatedAtReboot());
+    target.rebootLookups(8);
+    const ScratchFolder reports;
+    EXPECT_EQ(0, run("update", {"--reboot", "--report", reports.text() + "/report.json"}).exitCode);
+    const KvNJson::json report = KvNJson::json::parse(reports.read("report.json"));
+    EXPECT_TRUE(report.view().find("look").is_null());
+    EXPECT_EQ("rebooted", report.view().find("stage").get_string());
+}
+
 using namespace KvNReflasher;
 
 std::optional<KvTVersion> versionValue(const char* text) {
@@ -346,7 +356,7 @@ std::optional<KvTVersion> versionValue(const char* text) {
 }
 
 KvTInstalled installed(const char* version, std::optional<std::uint32_t> checksum, bool valid = true) {
-    return {versionValue(version), checksum, valid, true};
+    return {versionValue(version), checksum, valid, true, *version != '\0'};
 }
 
 /// An element that was updated from version 1.0 and checksum 1 to these.
@@ -393,6 +403,7 @@ TEST(VerifiedElements, WhatIsGoneOrNotKnownAnyMoreDoesNotAgree) {
     EXPECT_EQ(KvEVerified::differs, judged(planOf("2.0", 2), installed("", 2)));
     KvTPlan plan = planOf("2.0", 2);
     plan.elements.front().installed.version.reset();
+    plan.elements.front().installed.hasVersion = false;
     plan.elements.front().installed.checksumCrc32.reset();
     EXPECT_EQ(KvEVerified::notJudged, judged(plan, installed("", std::nullopt))) << "it never had any";
 }

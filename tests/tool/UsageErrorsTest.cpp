@@ -17,7 +17,7 @@ void expectRefused(const Arguments& arguments, const std::string& reason) {
     ASSERT_FALSE(read.line.has_value());
     EXPECT_EQ(read.answer.exitCode, usageError);
     EXPECT_EQ(read.answer.output, "");
-    EXPECT_EQ(read.answer.errors, "kvreflash: " + reason + "\nRun 'kvreflash --help' or 'kvreflash COMMAND --help'.\n");
+    EXPECT_EQ(read.answer.errors, "kvreflash: " + reason + "; run 'kvreflash --help' or 'kvreflash COMMAND --help'\n");
 }
 
 Arguments joined(Arguments first, const Arguments& second) {

@@ -29,6 +29,12 @@ TEST(TextTable, RowsMayDifferInLength) {
                                                    "  |   \n");
 }
 
+TEST(TextTable, ACellTakesOneLineWhateverItHolds) {
+    EXPECT_EQ(tableText({{"A", "B"}, {"x\n\ty\x1B", "\xE2\x80\xAE"}}), "A              | B       \n"
+                                                                       "-------------------------\n"
+                                                                       "x\\x0A\\x09y\\x1B | \\u{202E}\n");
+}
+
 TEST(TextTable, IsEmptyWithoutRows) {
     EXPECT_EQ(tableText({}), "");
 }
@@ -47,6 +53,11 @@ TEST(ErrorText, SaysWhereTheErrorComesFrom) {
     EXPECT_EQ(errorText({.code = 7, .text = "Worn.", .originNode = 2815, .function = ""}),
               "ERROR 0x7 (S/N 2815): Worn.");
     EXPECT_EQ(errorText({.code = 0, .text = "", .function = ""}), "ERROR 0 (Host PC): ");
+}
+
+TEST(ErrorText, TakesOneLineWhateverTheTargetSays) {
+    EXPECT_EQ(errorText({.code = 7, .text = "Worn\nand\tgone.", .function = ""}),
+              "ERROR 0x7 (Host PC): Worn\\x0Aand\\x09gone.");
 }
 
 TEST(ErrorText, AListHasAHeading) {
@@ -200,6 +211,8 @@ TEST(VerificationText, ElementsWithoutEntryAreListed) {
     EXPECT_EQ(elementsWithoutEntryText(plan), "");
     plan.elements[1].entry.reset();
     EXPECT_EQ(elementsWithoutEntryText(plan), "\nThe archive has no entry for these elements:\n        E1\n");
+    plan.elements[1].displayName = "E\n1";
+    EXPECT_EQ(elementsWithoutEntryText(plan), "\nThe archive has no entry for these elements:\n        E\\x0A1\n");
 }
 
 } // namespace

@@ -4,6 +4,8 @@
 
 #include <cstdio>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -50,6 +52,25 @@ TEST(VisibleOnTerminal, AnEscapeSequenceDoesNothing) {
 
 TEST(VisibleOnTerminal, AZeroCharacterEndsNothing) {
     EXPECT_EQ(visibleOnTerminal(std::string("a\0b", 3)), "a\\x00b");
+}
+
+TEST(VisibleOnTerminal, CharactersThatTurnTheDirectionOrTakeNoPlaceAreShown) {
+    const std::vector<std::pair<const char*, const char*>> rows{
+        {"\xD8\x9C", "\\u{061C}"},     {"\xE2\x80\x8B", "\\u{200B}"}, {"\xE2\x80\x8F", "\\u{200F}"},
+        {"\xE2\x80\xA8", "\\u{2028}"}, {"\xE2\x80\xAE", "\\u{202E}"}, {"\xE2\x81\xA6", "\\u{2066}"},
+        {"\xE2\x81\xA0", "\\u{2060}"}, {"\xEF\xBB\xBF", "\\u{FEFF}"}};
+    for (const auto& [text, shown] : rows) {
+        EXPECT_EQ(visibleOnTerminal(std::string("a") + text + "b"), std::string("a") + shown + "b");
+        EXPECT_EQ(visibleInLine(text), shown);
+    }
+    for (const char* text : {"\xE2\x80\x8A", "\xE2\x80\x90", "\xE2\x80\xA7", "\xE2\x80\xAF", "\xE2\x81\xB0"}) {
+        EXPECT_EQ(visibleOnTerminal(text), text) << "a neighbour of them";
+    }
+}
+
+TEST(VisibleInLine, NoCharacterEndsTheLine) {
+    EXPECT_EQ(visibleInLine("a\nb\rc\td\x1B"), "a\\x0Ab\\x0Dc\\x09d\\x1B");
+    EXPECT_EQ(visibleInLine("gr\xC3\xBCn \xE2\x82\xAC \xC2\x9B"), "gr\xC3\xBCn \xE2\x82\xAC \\x9B");
 }
 
 } // namespace

@@ -166,7 +166,8 @@ void addUpdateOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
 
 void addCheckOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
     app.add_flag("--strict", line.strict, "Refuse an archive with warnings, too");
-    app.add_option("--format", texts.format, "How findings are written: text or json (the same as --json) (default: text)")
+    app.add_option("--format", texts.format,
+                   "How findings are written: text or json (the same as --json) (default: text)")
         ->type_name("FORMAT");
 }
 
@@ -428,8 +429,7 @@ std::variant<KvTCommandLine, ExitCode> readCommandLine(const std::vector<std::st
         writeText(stdout, app.help());
         return exitSuccess;
     } catch (const CLI::ParseError& error) {
-        say(error.what());
-        writeText(stderr, "Run 'kvreflash --help' or 'kvreflash COMMAND --help'.\n");
+        say(error.what() + std::string("; run 'kvreflash --help' or 'kvreflash COMMAND --help'"));
         return exitUsage;
     }
     return line;

@@ -64,8 +64,7 @@ private:
             warnOfForeignPaths(session_.get());
         }
         // A command that only looks shows what there is.
-        const bool touches = isUpdate() || line_.reboot;
-        if (touches && !verdict_.isSuccess()) {
+        if (isUpdate() && !verdict_.isSuccess()) {
             return false;
         }
         return !line_.preflight || passesPreflight();
@@ -107,7 +106,7 @@ private:
         if (line_.verifiesOnly) {
             verification_ = verifyPlan(*session_->plan());
             writeText(line_.json ? stderr : stdout, elementsWithoutEntryText(*session_->plan()));
-            sayVerification(true);
+            sayVerification();
             return;
         }
         const bool isDown = line_.reboot && succeeded_;
@@ -117,15 +116,14 @@ private:
         const bool waits = line_.verify && isDown;
         verification_ = waits ? verifyAfterReboot() : verifyNow(isDown);
         if (line_.verify) {
-            sayVerification(succeeded_);
+            sayVerification();
         }
     }
 
-    void sayVerification(bool counts) {
+    void sayVerification() {
         writeText(line_.json ? stderr : stdout, verificationText(*session_->plan(), *verification_));
-        if (counts) {
-            verdict_.add(verdictOf(*verification_));
-        }
+        // Whatever has failed before comes first.
+        verdict_.add(verdictOf(*verification_));
     }
 
     [[nodiscard]] KvTVerification verifyNow(bool wasRebooted) {
@@ -191,7 +189,7 @@ private:
         KvTArchiveContent content;
         content.identity = archiveIdentity(session_.get());
         content.entries = session_->archiveEntries();
-        content.verdict = session_->outcome().verdict;
+        content.verdict = session_.verdict();
         return content;
     }
 

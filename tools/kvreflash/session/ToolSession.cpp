@@ -4,12 +4,16 @@
 #include "Terminal.h"
 #include "ToolOutput.h"
 
+#include <new>
 #include <utility>
 
 using namespace KvNReflasher;
 
 ToolSession::ToolSession(const KvTCommandLine& line)
     : line_(line), session_(KvISession::createInstance(line.options)), shown_(line.json ? stderr : stdout) {
+    if (session_ == nullptr) {
+        throw std::bad_alloc();
+    }
     if (line.json || line.reportFile || isTerminal(stdout) || !writesAnyWideText()) {
         session_->setMessageFunction(takeMessage, this);
     }

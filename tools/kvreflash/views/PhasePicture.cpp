@@ -19,6 +19,31 @@ constexpr std::size_t mostBoxes = 40;
 using KvNReflasher::KvTPlannedElement;
 using Phases = std::map<std::uint32_t, std::vector<const KvTPlannedElement*>>;
 
+/// `text` with the characters that mean something in markup escaped.
+std::string escaped(const std::string& text) {
+    std::string result;
+    for (const char character : text) {
+        switch (character) {
+        case '<':
+            result += "&lt;";
+            break;
+        case '>':
+            result += "&gt;";
+            break;
+        case '&':
+            result += "&amp;";
+            break;
+        case '"':
+            result += "&quot;";
+            break;
+        default:
+            result += character;
+            break;
+        }
+    }
+    return result;
+}
+
 std::string attribute(const char* name, const std::string& value) {
     std::string text = " ";
     return text.append(name).append("=\"").append(markupText(value)).append("\"");
@@ -78,27 +103,11 @@ std::string arrow(int x) {
 } // namespace
 
 std::string markupText(const std::string& text) {
-    std::string result;
-    for (const char character : visibleOnTerminal(text)) {
-        switch (character) {
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        case '&':
-            result += "&amp;";
-            break;
-        case '"':
-            result += "&quot;";
-            break;
-        default:
-            result += character;
-            break;
-        }
-    }
-    return result;
+    return escaped(visibleInLine(text));
+}
+
+std::string markupLines(const std::string& text) {
+    return escaped(visibleOnTerminal(text));
 }
 
 std::string phasePicture(const KvTReport& report) {

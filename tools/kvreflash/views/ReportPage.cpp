@@ -136,7 +136,7 @@ std::string lookText(const KvTReport& report) {
     std::string text =
         look.succeeded ? "" : "<p>The target cannot be looked at afterwards: " + markupText(look.message) + "</p>\n";
     if (!look.errors.empty()) {
-        text += "<pre>" + markupText(errorsText(look.errors)) + "</pre>\n";
+        text += "<pre>" + markupLines(errorsText(look.errors)) + "</pre>\n";
     }
     return text;
 }
@@ -157,6 +157,6 @@ std::string reportPage(const KvTReport& report) {
         page += "<h2>Phases</h2>\n<div class=\"scroll\">\n" + picture + "</div>\n";
     }
     page += "<h2>Elements</h2>\n" + lookText(report) + elementTable(report);
-    page += "<h2>Messages of the session</h2>\n<pre>" + markupText(report.facts.messages) + "</pre>\n";
+    page += "<h2>Messages of the session</h2>\n<pre>" + markupLines(report.facts.messages) + "</pre>\n";
     return page + "</body>\n</html>\n";
 }
