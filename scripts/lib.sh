@@ -12,7 +12,7 @@ export CCACHE_SLOPPINESS=pch_defines,time_macros
 build_packages=(cmake ninja-build g++ python3 libboost1.81-dev libcli11-dev rapidjson-dev libgtest-dev libgmock-dev)
 # shellcheck disable=SC2034
 # What running the tests natively needs besides: for documents in JSON, and for packages and what is linked with them.
-test_packages=(python3-jsonschema dpkg-dev pkg-config)
+test_packages=(python3-jsonschema dpkg-dev file pkg-config)
 # shellcheck disable=SC2034
 # What building and testing for Windows needs besides.
 windows_packages=(g++-mingw-w64-x86-64-posix googletest wine wine64)

@@ -31,7 +31,11 @@ void printUnitFrame(const KvCConsoleWriter& writer, const std::wstring& title) {
 
 KvCTargetInventory::~KvCTargetInventory() {
     fileSystemTemplate_.reset();
-    attempt([this] { release(KvCErrorManager::getInstance()->getMasterErrorList()); });
+    attempt([this] {
+        if (rootHandle_ != nullptr) { // without one the list of errors need not come to be
+            release(KvCErrorManager::getInstance()->getMasterErrorList());
+        }
+    });
 }
 
 void KvCTargetInventory::clear() {

@@ -97,9 +97,9 @@ struct Texts {
     std::string descriptionFileName = "archive.json";
     std::string target;
     std::vector<std::string> disabled;
-    std::string progress;
-    std::string waitSeconds;
-    std::string format;
+    std::optional<std::string> progress;
+    std::optional<std::string> waitSeconds;
+    std::optional<std::string> format;
 };
 
 /// An option that takes a value and may be given several times.
@@ -260,17 +260,17 @@ Value oneOf(const char* option, const std::string& text,
     refuse(option + (": '" + text) + "' is none of " + known);
 }
 
-void convertProgress(const std::string& text, KvTCommandLine& line) {
+void convertProgress(const std::optional<std::string>& text, KvTCommandLine& line) {
     constexpr std::array<std::pair<const char*, KvEProgress>, 3> ways{
         {{"line", KvEProgress::line}, {"plain", KvEProgress::plain}, {"none", KvEProgress::none}}};
     const bool isOff = line.options.noProgress;
     line.progress = isOff ? KvEProgress::none : KvEProgress::line;
-    if (text.empty()) {
+    if (!text) {
         return;
     }
-    line.progress = oneOf("--progress", text, ways);
+    line.progress = oneOf("--progress", *text, ways);
     if (isOff && line.progress != KvEProgress::none) {
-        refuse("--no-progress contradicts --progress " + text);
+        refuse("--no-progress contradicts --progress " + *text);
     }
     line.options.noProgress = line.progress != KvEProgress::line;
 }
@@ -281,14 +281,14 @@ void convertReport(const std::optional<std::string>& path) {
     }
 }
 
-void convertFormat(const std::string& text, KvTCommandLine& line) {
+void convertFormat(const std::optional<std::string>& text, KvTCommandLine& line) {
     constexpr std::array<std::pair<const char*, bool>, 2> formats{{{"text", false}, {"json", true}}};
-    if (text.empty()) {
+    if (!text) {
         return;
     }
-    const bool isJson = oneOf("--format", text, formats);
+    const bool isJson = oneOf("--format", *text, formats);
     if (line.json && !isJson) {
-        refuse("--json contradicts --format " + text);
+        refuse("--json contradicts --format " + *text);
     }
     line.json = isJson;
 }
@@ -300,8 +300,8 @@ void convertTexts(const Texts& texts, KvTCommandLine& line) {
     line.disabledElements = texts.disabled;
     convertProgress(texts.progress, line);
     convertReport(line.reportFile);
-    if (!texts.waitSeconds.empty()) {
-        line.waitSeconds = numberOf("--wait", texts.waitSeconds);
+    if (texts.waitSeconds) {
+        line.waitSeconds = numberOf("--wait", *texts.waitSeconds);
         if (!line.verify || !line.reboot) {
             refuse("--wait needs --verify and --reboot");
         }

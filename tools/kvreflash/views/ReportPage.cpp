@@ -112,7 +112,7 @@ struct VerdictWords {
     const char* bad;
 };
 constexpr std::array verdictWords = {VerdictWords{"update", "Update completed", "Update failed"},
-                                     VerdictWords{"plan", "Plan", "No plan"},
+                                     VerdictWords{"plan", "Plan", "Plan failed"},
                                      VerdictWords{"verify", "As expected", "Not as expected"}};
 
 std::string verdict(const KvTReport& report) {
