@@ -26,7 +26,7 @@ struct KvTVersion {
 
 /// What the target reports as installed on an element. A parameter that the element does not have is nothing.
 struct KvTInstalled {
-    /// Nothing for the zero version, too.
+    /// Nothing for the zero version, too, which states none.
     std::optional<KvTVersion> version;
     /// CRC-32 of what is installed; 0: the element has the parameter, but no checksum is known.
     std::optional<std::uint32_t> checksumCrc32;
@@ -34,6 +34,8 @@ struct KvTInstalled {
     std::optional<bool> valid;
     /// What is installed is what the board runs.
     std::optional<bool> active;
+    /// The element has a version, even if it is the zero version.
+    bool hasVersion = false;
 
     friend bool operator==(const KvTInstalled&, const KvTInstalled&) = default;
 };

@@ -132,7 +132,7 @@ OutlineValue entryOf(const KvTArchiveFinding& finding, OutlineValue root) {
 OutlineValue subjectOf(const KvTArchiveFinding& finding, Subject subject, OutlineValue root) {
     switch (subject) {
     case Subject::root:
-        return root;
+        break;
     case Subject::info:
         return existing(root.find("info"), root);
     case Subject::entry:

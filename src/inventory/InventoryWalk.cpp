@@ -326,6 +326,7 @@ void readInstalled(KvCErrorListPool& errors, const KvCInventoryItem& item, KvTUp
     element.hasActive = readParameterIfPresent(errors, item, ACTIVE, active);
     element.active = active == 1;
     element.hasChecksum = readParameterIfPresent(errors, item, CHECKSUM_CRC32, element.checksumCrc32);
+    element.hasVersion = has(item, VERSION);
     item.getValue(errors, VERSION, element.version);
 }
 

@@ -95,6 +95,7 @@ struct KvTUpdateElement {
     std::uint32_t checksumCrc32 = 0;
     /// The installed version.
     KvCVersion version;
+    bool hasVersion = false;
     KvCString name;
     KvCString versionHistory;
     KvCString displayName;

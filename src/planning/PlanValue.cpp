@@ -57,6 +57,7 @@ bool isOnNode(const KvTUpdateElement& element, const KvCTargetInventory& invento
 KvTInstalled installedOn(const KvTUpdateElement& element) {
     KvTInstalled installed;
     installed.version = knownVersion(element.version);
+    installed.hasVersion = element.hasVersion;
     if (element.hasChecksum) {
         installed.checksumCrc32 = element.checksumCrc32;
     }

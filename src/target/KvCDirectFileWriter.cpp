@@ -53,11 +53,15 @@ KvCDirectFileWriter::~KvCDirectFileWriter() {
     if (deviceHandle_ == nullptr) {
         return;
     }
-    attempt([this] {
-        const OwnedErrorList errors = OwnedErrorList::create();
-        (void)KvHIM_deleteDeviceHandle(*errors, deviceHandle_);
-        KvCErrorManager::getInstance()->sendErrorList(errors.get(), 0);
-    });
+    // Without memory for a list of its own the handle is given back all the same.
+    KvCErrorManager& manager = *KvCErrorManager::getInstance();
+    OwnedErrorList own;
+    attempt([&own] { own = OwnedErrorList::create(); });
+    KvCErrorListPool& errors = own.get() != nullptr ? *own : manager.getMasterErrorList();
+    attempt([&] { (void)KvHIM_deleteDeviceHandle(errors, deviceHandle_); });
+    if (own.get() != nullptr) {
+        attempt([&] { manager.sendErrorList(own.get(), 0); });
+    }
 }
 
 bool KvCDirectFileWriter::writeFileToTarget(const KvTArchiveFile& entry, const KvCString& targetPath,

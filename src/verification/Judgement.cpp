@@ -28,15 +28,15 @@ Fit fitOf(const std::optional<Value>& before, const std::optional<Value>& now, c
     return now == planned ? Fit::asPlanned : Fit::otherwise;
 }
 
+/// A version that the element states as zero is compared, too: a plan would take it for another one.
 Fit fitOfVersion(const KvTPlannedElement& element, const KvTInstalled& now, Standard standard) {
-    if (!element.entry->version) {
+    if (!element.entry->version || (!element.installed.hasVersion && !now.hasVersion)) {
         return Fit::notCompared;
     }
-    const bool newerCounts = standard == Standard::left && element.entry->mode == KvEEntryMode::upgrade;
-    if (newerCounts && now.version) {
+    if (standard == Standard::left && element.entry->mode == KvEEntryMode::upgrade) {
         return element.decision.has(KvEReason::versionDiffers) ? Fit::otherwise : Fit::asPlanned;
     }
-    return fitOf(element.installed.version, now.version, *element.entry->version);
+    return now.version == element.entry->version ? Fit::asPlanned : Fit::otherwise;
 }
 
 /// Mode upgrade does not look at checksums.

@@ -80,6 +80,11 @@ INSTANTIATE_TEST_SUITE_P(
         UpdateRow{"ThatHasCome", offers("2.0"), reports(""), reports("2.0"), asExpected, asExpected},
         UpdateRow{"ThatHasComeAndIsAnother", offers("2.0"), reports(""), reports("1.0"), differs, differs},
         UpdateRow{"ThatTheElementNeverHad", offers("2.0"), reports(""), reports(""), notJudged, notJudged},
+        UpdateRow{"ThatStaysZero", offers("2.0"), reports("0.0"), reports("0.0"), unchanged, differs},
+        UpdateRow{"ThatStaysZeroBesideThePlannedChecksum", offers("2.0", 2), reports("0.0", 1), reports("0.0", 2),
+                  differs, differs},
+        UpdateRow{"ThatBecomesZero", offers("2.0", 2), reports("1.0", 1), reports("0.0", 2), differs, differs},
+        UpdateRow{"ThatWasZero", offers("2.0"), reports("0.0"), reports("2.0"), asExpected, asExpected},
         UpdateRow{"ThatTheEntryDoesNotState", offers(""), reports("1.0"), reports("2.0"), notJudged, notJudged},
         UpdateRow{"ThatWasPlannedAlready", offers("2.0"), reports("2.0"), reports("2.0"), asExpected, asExpected}),
     nameOfRow);

@@ -13,7 +13,8 @@ KvTVersion versionOf(const std::string& text) {
 KvTInstalled reports(const std::string& version, std::optional<std::uint32_t> checksum, std::optional<bool> valid,
                      std::optional<bool> active) {
     KvTInstalled installed;
-    if (!version.empty()) {
+    installed.hasVersion = !version.empty();
+    if (!version.empty() && versionOf(version).number != 0) {
         installed.version = versionOf(version);
     }
     installed.checksumCrc32 = checksum;

@@ -11,7 +11,7 @@
 /// A release version of this text.
 [[nodiscard]] KvNReflasher::KvTVersion versionOf(const std::string& text);
 
-/// What a target reports. An empty version is none.
+/// What a target reports. An empty version is none, "0.0" one that states nothing.
 [[nodiscard]] KvNReflasher::KvTInstalled reports(const std::string& version,
                                                  std::optional<std::uint32_t> checksum = std::nullopt,
                                                  std::optional<bool> valid = std::nullopt,

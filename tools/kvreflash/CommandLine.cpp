@@ -64,7 +64,7 @@ struct Command {
 
 constexpr std::array commands = {
     Command{"version", KvETask::session, showVersion, 0, "Print the version of the library."},
-    Command{"check", KvETask::check, showArchiveVersion, archiveOptions | checkOptions,
+    Command{"check", KvETask::check, showArchiveVersion, archiveOptions | checkOptions | jsonOption,
             "Find everything that is wrong with an archive."},
     Command{"archive-version", KvETask::session, showArchiveVersion, archiveOptions,
             "Print the version of a firmware archive."},
@@ -97,9 +97,9 @@ struct Texts {
     std::string descriptionFileName = "archive.json";
     std::string target;
     std::vector<std::string> disabled;
-    std::string progress;
-    std::string waitSeconds;
-    std::string format;
+    std::optional<std::string> progress;
+    std::optional<std::string> waitSeconds;
+    std::optional<std::string> format;
 };
 
 /// An option that takes a value and may be given several times.
@@ -148,13 +148,14 @@ void addUpdateOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
                    "How progress is shown: line, plain (a line for every tenth) or none (default: line)")
         ->type_name("HOW");
     app.add_flag("--no-progress", line.options.noProgress, "The same as --progress none");
-    addRepeatable(app, "--disable", texts.disabled, "ELEMENT",
-                  "Leave this element out of the update: its number (No. of a plan made with the same filters), address "
-                  "in the inventory, target path or display name; repeatable (default: none)");
+    addRepeatable(
+        app, "--disable", texts.disabled, "ELEMENT",
+        "Leave this element out of the update: its number (No. of a plan made with the same filters), address "
+        "in the inventory, target path or display name; repeatable (default: none)");
     app.add_flag("--reboot", line.reboot, "Reboot the target after a successful update");
     app.add_flag("--preflight", line.preflight, "Check every update file of the plan before the target is touched");
     app.add_flag("--verify", line.verify,
-                 "Scan the target again after a successful update and judge by what it reports then");
+                 "Look at the target again after the update and judge by what it reports then");
     app.add_option("--wait", texts.waitSeconds,
                    "With --verify and --reboot: how many seconds the target has to show the update (default: 300)")
         ->type_name("SECONDS");
@@ -164,8 +165,9 @@ void addUpdateOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
 }
 
 void addCheckOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
-    app.add_flag("--strict", line.strict, "Exit code 1 for warnings too");
-    app.add_option("--format", texts.format, "How findings are written: text or json (default: text)")
+    app.add_flag("--strict", line.strict, "Refuse an archive with warnings, too");
+    app.add_option("--format", texts.format,
+                   "How findings are written: text or json (the same as --json) (default: text)")
         ->type_name("FORMAT");
 }
 
@@ -259,17 +261,17 @@ Value oneOf(const char* option, const std::string& text,
     refuse(option + (": '" + text) + "' is none of " + known);
 }
 
-void convertProgress(const std::string& text, KvTCommandLine& line) {
+void convertProgress(const std::optional<std::string>& text, KvTCommandLine& line) {
     constexpr std::array<std::pair<const char*, KvEProgress>, 3> ways{
         {{"line", KvEProgress::line}, {"plain", KvEProgress::plain}, {"none", KvEProgress::none}}};
     const bool isOff = line.options.noProgress;
     line.progress = isOff ? KvEProgress::none : KvEProgress::line;
-    if (text.empty()) {
+    if (!text) {
         return;
     }
-    line.progress = oneOf("--progress", text, ways);
+    line.progress = oneOf("--progress", *text, ways);
     if (isOff && line.progress != KvEProgress::none) {
-        refuse("--no-progress contradicts --progress " + text);
+        refuse("--no-progress contradicts --progress " + *text);
     }
     line.options.noProgress = line.progress != KvEProgress::line;
 }
@@ -280,6 +282,18 @@ void convertReport(const std::optional<std::string>& path) {
     }
 }
 
+void convertFormat(const std::optional<std::string>& text, KvTCommandLine& line) {
+    constexpr std::array<std::pair<const char*, bool>, 2> formats{{{"text", false}, {"json", true}}};
+    if (!text) {
+        return;
+    }
+    const bool isJson = oneOf("--format", *text, formats);
+    if (line.json && !isJson) {
+        refuse("--json contradicts --format " + *text);
+    }
+    line.json = isJson;
+}
+
 void convertTexts(const Texts& texts, KvTCommandLine& line) {
     line.options.archiveFolder = wideOf(texts.archiveFolder);
     line.options.descriptionFileName = wideOf(texts.descriptionFileName);
@@ -287,16 +301,13 @@ void convertTexts(const Texts& texts, KvTCommandLine& line) {
     line.disabledElements = texts.disabled;
     convertProgress(texts.progress, line);
     convertReport(line.reportFile);
-    if (!texts.waitSeconds.empty()) {
-        line.waitSeconds = numberOf("--wait", texts.waitSeconds);
+    if (texts.waitSeconds) {
+        line.waitSeconds = numberOf("--wait", *texts.waitSeconds);
         if (!line.verify || !line.reboot) {
             refuse("--wait needs --verify and --reboot");
         }
     }
-    if (!texts.format.empty()) {
-        constexpr std::array<std::pair<const char*, bool>, 2> formats{{{"text", false}, {"json", true}}};
-        line.json = oneOf("--format", texts.format, formats);
-    }
+    convertFormat(texts.format, line);
     if (line.task == KvETask::matrix && line.emulatedTargets.empty()) {
         refuse("matrix needs at least one --emulate");
     }
@@ -418,8 +429,7 @@ std::variant<KvTCommandLine, ExitCode> readCommandLine(const std::vector<std::st
         writeText(stdout, app.help());
         return exitSuccess;
     } catch (const CLI::ParseError& error) {
-        say(error.what());
-        writeText(stderr, "Run 'kvreflash --help' or 'kvreflash COMMAND --help'.\n");
+        say(error.what() + std::string("; run 'kvreflash --help' or 'kvreflash COMMAND --help'"));
         return exitUsage;
     }
     return line;

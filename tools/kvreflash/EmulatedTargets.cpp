@@ -20,14 +20,13 @@ bool canEmulate() {
     return true;
 }
 
-bool serveEmulatedTargets(const std::vector<std::string>& folders) {
+std::string serveEmulatedTargets(const std::vector<std::string>& folders) {
     for (const std::string& folder : folders) {
         if (const KvEmulation::KvTServeResult result = serve(folder); !result.served) {
-            say(result.error);
-            return false;
+            return result.error;
         }
     }
-    return true;
+    return {};
 }
 
 std::string serveAlone(const std::string& folder, std::string& address) {

@@ -4,7 +4,6 @@
 #include "CountedNoun.h"
 #include "EmulatedFolder.h"
 #include "InventoryDescription.h"
-#include "Remarks.h"
 #include "ToolOutput.h"
 #include "ToolSession.h"
 
@@ -42,7 +41,7 @@ public:
         session_->setTreeVisitor(describeTree, &inventory_);
         if (!session_.prepare() || !inventory_) {
             writeText(stderr, session_.messages());
-            return withAdvice(session_->outcome().verdict, line_.options);
+            return session_.verdict();
         }
         if (line_.options.verbose) {
             writeText(stdout, session_.messages());
@@ -59,8 +58,9 @@ public:
 private:
     [[nodiscard]] KvTVerdict write() {
         const std::string& address = session_->plan()->targetAddress;
-        if (!writeNewTarget(line_.captureFolder, targetDescription(address, std::move(*inventory_->root)))) {
-            return {KvEFailure::output, "nothing was captured"};
+        const std::string description = targetDescription(address, std::move(*inventory_->root));
+        if (std::string fault = writeNewTarget(line_.captureFolder, description); !fault.empty()) {
+            return {KvEFailure::output, std::move(fault)};
         }
         writeText(stdout, "Captured " + address + ": " + counted(inventory_->itemCount, "item") + " with " +
                               counted(inventory_->parameterCount, "parameter") + ".\nRehearse with --emulate '" +
@@ -76,8 +76,8 @@ private:
 } // namespace
 
 ExitCode captureTarget(const KvTCommandLine& line) {
-    if (!canHoldNewTarget(line.captureFolder)) {
-        return exitFailed;
+    if (std::string fault = faultOfNewTarget(line.captureFolder); !fault.empty()) {
+        return conclude({KvEFailure::output, std::move(fault)});
     }
     return conclude(TargetCapture(line).perform());
 }

@@ -1,6 +1,7 @@
 #include "ArchiveCheck.h"
 
 #include "Conclusion.h"
+#include "EmulatedTargets.h"
 #include "FindingText.h"
 #include "KvDocuments.h"
 #include "KvIArchive.h"
@@ -9,19 +10,38 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 using namespace KvNReflasher;
 
+namespace {
+
+KvTVerdict verdictOf(const std::vector<KvTFinding>& findings, const std::string& file, bool isStrict) {
+    const bool isRefused = isStrict ? !findings.empty() : countOf(findings, KvESeverity::error) != 0;
+    return isRefused ? KvTVerdict{KvEFailure::archive, "'" + file + "' has " + findingCounts(findings)} : KvTVerdict();
+}
+
+ExitCode show(const KvTCommandLine& line, const std::vector<KvTFinding>& findings, const std::string& file,
+              const KvTVerdict& verdict) {
+    if (line.json) {
+        writeText(stdout, checkDocument(findings, file, verdict));
+    } else if (verdict.failure != KvEFailure::target) {
+        writeText(stdout, findingText(findings, file));
+    }
+    return conclude(verdict);
+}
+
+} // namespace
+
 ExitCode checkArchive(const KvTCommandLine& line) {
     const std::unique_ptr<KvIArchive> archive(
         KvIArchive::createInstance(line.options.archiveFolder, line.options.descriptionFileName));
-    const std::vector<KvTFinding> findings = archive->findings();
     const std::string file = utf8Of(line.options.archiveFolder) + "/" + utf8Of(line.options.descriptionFileName);
-    KvTVerdict verdict;
-    if (line.strict ? !findings.empty() : countOf(findings, KvESeverity::error) != 0) {
-        verdict = {KvEFailure::archive, "'" + file + "' has " + findingCounts(findings)};
+    // No target is needed, but whoever names one must name it well.
+    if (std::string fault = serveEmulatedTargets(line.emulatedTargets); !fault.empty()) {
+        return show(line, {}, file, {KvEFailure::target, std::move(fault)});
     }
-    writeText(stdout, line.json ? checkDocument(findings, file, verdict) : findingText(findings, file));
-    return conclude(verdict);
+    const std::vector<KvTFinding> findings = archive->findings();
+    return show(line, findings, file, verdictOf(findings, file, line.strict));
 }

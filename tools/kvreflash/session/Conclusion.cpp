@@ -2,14 +2,22 @@
 
 #include "ToolOutput.h"
 
-ExitCode conclude(const KvNReflasher::KvTVerdict& verdict) {
+#include <cstdio>
+
+using namespace KvNReflasher;
+
+ExitCode conclude(KvTVerdict verdict) {
+    // Whoever wrote to standard output, the library or the tool: what was lost shows here.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        const KvTVerdict loss{KvEFailure::output, "cannot write to standard output"};
+        if (!verdict.isSuccess()) {
+            say(loss.message);
+        }
+        verdict.add(loss);
+    }
     if (!verdict.isSuccess()) {
-        say(verdict.message);
+        // Without memory a session cannot say that it has none.
+        say(verdict.message.empty() ? "out of memory" : verdict.message);
     }
     return exitCodeOf(verdict.failure);
-}
-
-ExitCode failedFile(const char* what, const std::string& path) {
-    sayFileFailure(what, path);
-    return exitCodeOf(KvNReflasher::KvEFailure::output);
 }

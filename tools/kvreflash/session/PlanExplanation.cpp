@@ -34,7 +34,7 @@ public:
         if (isPrepared) {
             explain();
         }
-        verdict_.add(withAdvice(session_->outcome().verdict, line_.options));
+        verdict_.add(session_.verdict());
         if (line_.json) {
             const KvTPlan* plan = session_->plan();
             writeText(stdout, explainDocument(plan, explanations_, session_->hiddenElements(), verdict_));
@@ -45,6 +45,7 @@ public:
 private:
     void explain() {
         const std::size_t limit = line_.element.empty() ? fewEntries : std::numeric_limits<std::size_t>::max();
+        verdict_.add(verdictOfFilters(*session_->plan(), line_.options));
         for (const KvTPlannedElement& element : session_->plan()->elements) {
             if (!isMeant(element, line_.element)) {
                 continue;
@@ -55,8 +56,8 @@ private:
             }
         }
         if (explanations_.empty() && !line_.element.empty()) {
-            verdict_.add({KvEFailure::selection,
-                          "the target has no element '" + line_.element + "', or a filter hides it"});
+            verdict_.add(
+                {KvEFailure::selection, "the target has no element '" + line_.element + "', or a filter hides it"});
         } else if (!line_.json && line_.element.empty()) {
             writeText(stdout, hiddenElementsText(session_->hiddenElements()));
         }

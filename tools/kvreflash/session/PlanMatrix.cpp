@@ -46,10 +46,11 @@ private:
     [[nodiscard]] bool readArchive() {
         KvTCommandLine line = line_;
         line.options.mode = showArchiveContent;
+        line.emulatedTargets.clear();
         ToolSession session(line);
         session.keepMessages();
         const bool isRead = session.prepare();
-        verdict_.add(session->outcome().verdict);
+        verdict_.add(session.verdict());
         content_.identity = archiveIdentity(session.get());
         content_.entries = session->archiveEntries();
         content_.verdict = verdict_;
@@ -79,6 +80,7 @@ private:
     [[nodiscard]] std::string runSession(KvTMatrixTarget& target) const {
         KvTCommandLine line = line_;
         line.options.target = wideOf(target.address);
+        line.emulatedTargets.clear(); // it is served already
         ToolSession session(line);
         session.keepMessages();
         const bool isPrepared = session.prepare();
@@ -118,9 +120,9 @@ private:
         const auto failed = std::count_if(targets_.begin(), targets_.end(),
                                           [](const KvTMatrixTarget& target) { return !target.plan.has_value(); });
         for (const KvTMatrixTarget& target : targets_) {
-            verdict_.add({target.verdict.failure,
-                          std::to_string(failed) + " of " + std::to_string(targets_.size()) +
-                              " targets cannot be planned for; '" + target.folder + "': " + target.verdict.message});
+            verdict_.add({target.verdict.failure, std::to_string(failed) + " of " + std::to_string(targets_.size()) +
+                                                      " targets cannot be planned for; '" + target.folder +
+                                                      "': " + target.verdict.message});
         }
     }
 

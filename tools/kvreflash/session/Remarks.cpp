@@ -3,7 +3,25 @@
 #include "ToolOutput.h"
 #include "Utf8.h"
 
+#include <utility>
+
 using namespace KvNReflasher;
+
+namespace {
+
+/// Why no element was disabled.
+std::string faultOf(const KvTDisabling& disabling, const std::string& element) {
+    if (disabling.elements.empty()) {
+        return "the target has no element '" + element + "'";
+    }
+    std::string fault = "several elements are called '" + element + "':";
+    for (const std::uint32_t index : disabling.elements) {
+        fault.append(" ").append(std::to_string(index));
+    }
+    return fault;
+}
+
+} // namespace
 
 KvTArchiveIdentity archiveIdentity(KvISession& session) {
     std::wstring name;
@@ -28,34 +46,22 @@ void warnOfForeignPaths(KvISession& session) {
     }
 }
 
-KvTVerdict disableElement(KvISession& session, const std::string& element) {
-    const KvTDisabling disabling = session.disableElement(element);
-    if (disabling.isDone()) {
-        return {};
-    }
-    std::string message = "--disable: the target has no element '" + element + "'";
-    if (!disabling.elements.empty()) {
-        message = "--disable: several elements are called '" + element + "':";
-        for (const std::uint32_t index : disabling.elements) {
-            message.append(" ").append(std::to_string(index));
+KvTVerdict disableElements(KvISession& session, const std::vector<std::string>& elements) {
+    std::string faults;
+    for (const std::string& element : elements) {
+        const KvTDisabling disabling = session.disableElement(element);
+        if (!disabling.isDone()) {
+            faults.append(faults.empty() ? "--disable: " : "; ").append(faultOf(disabling, element));
         }
     }
-    say(message);
-    return {KvEFailure::selection, message};
+    return faults.empty() ? KvTVerdict() : KvTVerdict{KvEFailure::selection, std::move(faults)};
 }
 
 KvTVerdict verdictOfFilters(const KvTPlan& plan, const KvTOptions& options) {
-    const bool hasFilter = !options.boardTypeFilter.empty() || !options.serialNumberFilter.empty() ||
-                           !options.elementNameFilter.empty();
+    const bool hasFilter =
+        !options.boardTypeFilter.empty() || !options.serialNumberFilter.empty() || !options.elementNameFilter.empty();
     if (!hasFilter || !plan.elements.empty()) {
         return {};
     }
     return {KvEFailure::selection, "no element of the target passes the filters"};
-}
-
-KvTVerdict withAdvice(KvTVerdict verdict, const KvTOptions& options) {
-    if (verdict.failure == KvEFailure::target && options.target.empty()) {
-        verdict.message = "give the target with -t HOST";
-    }
-    return verdict;
 }

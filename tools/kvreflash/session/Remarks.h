@@ -3,6 +3,7 @@
 #include "KvISession.h"
 
 #include <string>
+#include <vector>
 
 // What the tool adds to what a session says.
 
@@ -13,13 +14,10 @@
 /// where must not do that unnoticed.
 void warnOfForeignPaths(KvISession& session);
 
-/// Leaves an element out of the update. Class selection if it is not exactly one.
-[[nodiscard]] KvNReflasher::KvTVerdict disableElement(KvISession& session, const std::string& element);
+/// Leaves elements out of the update. Class selection, with a message that names each of them, if one is not exactly
+/// one element.
+[[nodiscard]] KvNReflasher::KvTVerdict disableElements(KvISession& session, const std::vector<std::string>& elements);
 
 /// Class selection if the filters of the options let no element through.
 [[nodiscard]] KvNReflasher::KvTVerdict verdictOfFilters(const KvNReflasher::KvTPlan& plan,
                                                         const KvNReflasher::KvTOptions& options);
-
-/// The verdict of a session, with what helps.
-[[nodiscard]] KvNReflasher::KvTVerdict withAdvice(KvNReflasher::KvTVerdict verdict,
-                                                  const KvNReflasher::KvTOptions& options);

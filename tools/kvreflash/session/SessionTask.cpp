@@ -1,6 +1,7 @@
 #include "SessionTask.h"
 
 #include "Conclusion.h"
+#include "CountedNoun.h"
 #include "FilePath.h"
 #include "KvDocuments.h"
 #include "KvNRtosAbstraction.h"
@@ -13,7 +14,6 @@
 #include "WholeFile.h"
 
 #include <chrono>
-#include <utility>
 
 using namespace KvNReflasher;
 
@@ -27,10 +27,7 @@ public:
     explicit SessionTask(const KvTCommandLine& line) : line_(line), session_(line) {}
 
     [[nodiscard]] ExitCode perform() {
-        if (!session_.openEvents()) {
-            return failedFile("cannot create", *line_.eventsFile);
-        }
-        if (session_.prepare() && mayRun()) {
+        if (opensFiles() && session_.prepare() && mayRun()) {
             runAndReboot();
         }
         addVerdictOfSession();
@@ -46,19 +43,28 @@ public:
 private:
     [[nodiscard]] bool isUpdate() const { return line_.options.mode == performUpdate; }
 
-    /// What keeps a prepared session from running.
-    [[nodiscard]] bool mayRun() {
-        for (const std::string& element : line_.disabledElements) {
-            verdict_.add(disableElement(session_.get(), element));
+    /// Nothing is done if it cannot be recorded.
+    [[nodiscard]] bool opensFiles() {
+        if (line_.reportFile && !canWriteWholeFile(filePath(*line_.reportFile))) {
+            verdict_.add({KvEFailure::output, fileFailure("cannot write", *line_.reportFile)});
+        } else if (!session_.openEvents()) {
+            verdict_.add({KvEFailure::output, fileFailure("cannot create", *line_.eventsFile)});
         }
+        return verdict_.isSuccess();
+    }
+
+    /// Whether the prepared session is to run.
+    [[nodiscard]] bool mayRun() {
+        if (session_->plan() == nullptr) {
+            return true;
+        }
+        verdict_.add(disableElements(session_.get(), line_.disabledElements));
+        verdict_.add(verdictOfFilters(*session_->plan(), line_.options));
         if (isUpdate()) {
             warnOfForeignPaths(session_.get());
         }
-        KvTVerdict selection = verdictOfFilters(*session_->plan(), line_.options);
-        // What only looks shows what there is.
-        const bool touches = isUpdate() || line_.reboot;
-        verdict_.add(std::move(selection));
-        if (touches && !verdict_.isSuccess()) {
+        // A command that only looks shows what there is.
+        if (isUpdate() && !verdict_.isSuccess()) {
             return false;
         }
         return !line_.preflight || passesPreflight();
@@ -69,6 +75,10 @@ private:
         for (const std::string& finding : findings) {
             say("preflight: " + finding);
             ownMessages_.append("preflight: ").append(finding).append("\n");
+        }
+        if (!findings.empty()) {
+            verdict_.add({session_.verdict().failure,
+                          "nothing was touched: the preflight has found " + counted(findings.size(), "fault")});
         }
         return findings.empty();
     }
@@ -82,7 +92,7 @@ private:
     }
 
     void addVerdictOfSession() {
-        verdict_.add(withAdvice(session_->outcome().verdict, line_.options));
+        verdict_.add(session_.verdict());
         if (line_.options.mode == showUpdatePlan && session_->plan() != nullptr) {
             verdict_.add(verdictOf(*session_->plan()));
         }
@@ -96,7 +106,7 @@ private:
         if (line_.verifiesOnly) {
             verification_ = verifyPlan(*session_->plan());
             writeText(line_.json ? stderr : stdout, elementsWithoutEntryText(*session_->plan()));
-            sayVerification(true);
+            sayVerification();
             return;
         }
         const bool isDown = line_.reboot && succeeded_;
@@ -106,15 +116,14 @@ private:
         const bool waits = line_.verify && isDown;
         verification_ = waits ? verifyAfterReboot() : verifyNow(isDown);
         if (line_.verify) {
-            sayVerification(succeeded_);
+            sayVerification();
         }
     }
 
-    void sayVerification(bool counts) {
+    void sayVerification() {
         writeText(line_.json ? stderr : stdout, verificationText(*session_->plan(), *verification_));
-        if (counts) {
-            verdict_.add(verdictOf(*verification_));
-        }
+        // Whatever has failed before comes first.
+        verdict_.add(verdictOf(*verification_));
     }
 
     [[nodiscard]] KvTVerification verifyNow(bool wasRebooted) {
@@ -166,21 +175,21 @@ private:
     }
 
     [[nodiscard]] std::string document() {
-        switch (line_.options.mode) {
-        case showArchiveContent:
+        if (line_.options.mode == showArchiveContent) {
             return contentDocument(archiveContent(), verdict_);
-        case showTargetElements:
-            return elementsDocument(session_->plan(), verdict_);
-        default:
-            return documentOf(report());
         }
+        if (line_.options.mode == showTargetElements) {
+            return elementsDocument(session_->plan(), verdict_);
+        }
+        const bool isPlan = line_.options.mode == showUpdatePlan && !line_.verifiesOnly;
+        return isPlan ? planDocument(session_->plan(), session_->archiveEntries(), verdict_) : documentOf(report());
     }
 
     [[nodiscard]] KvTArchiveContent archiveContent() const {
         KvTArchiveContent content;
         content.identity = archiveIdentity(session_.get());
         content.entries = session_->archiveEntries();
-        content.verdict = session_->outcome().verdict;
+        content.verdict = session_.verdict();
         return content;
     }
 
@@ -199,8 +208,5 @@ private:
 } // namespace
 
 ExitCode runSession(const KvTCommandLine& line) {
-    if (line.reportFile && !canWriteWholeFile(filePath(*line.reportFile))) {
-        return failedFile("cannot write", *line.reportFile);
-    }
     return SessionTask(line).perform();
 }

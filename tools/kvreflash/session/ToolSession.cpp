@@ -1,12 +1,19 @@
 #include "ToolSession.h"
 
+#include "EmulatedTargets.h"
 #include "Terminal.h"
 #include "ToolOutput.h"
+
+#include <new>
+#include <utility>
 
 using namespace KvNReflasher;
 
 ToolSession::ToolSession(const KvTCommandLine& line)
     : line_(line), session_(KvISession::createInstance(line.options)), shown_(line.json ? stderr : stdout) {
+    if (session_ == nullptr) {
+        throw std::bad_alloc();
+    }
     if (line.json || line.reportFile || isTerminal(stdout) || !writesAnyWideText()) {
         session_->setMessageFunction(takeMessage, this);
     }
@@ -22,6 +29,23 @@ bool ToolSession::openEvents() {
 void ToolSession::keepMessages() {
     shown_ = nullptr;
     session_->setMessageFunction(takeMessage, this);
+}
+
+bool ToolSession::prepare() {
+    if (std::string fault = serveEmulatedTargets(line_.emulatedTargets); !fault.empty()) {
+        served_ = {KvEFailure::target, std::move(fault)};
+        return false;
+    }
+    return session_->prepare() == 0;
+}
+
+KvTVerdict ToolSession::verdict() const {
+    KvTVerdict verdict = served_;
+    verdict.add(session_->outcome().verdict);
+    if (served_.isSuccess() && verdict.failure == KvEFailure::target && line_.options.target.empty()) {
+        verdict.message = "give the target with -t HOST";
+    }
+    return verdict;
 }
 
 bool ToolSession::run() {

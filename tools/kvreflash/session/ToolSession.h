@@ -36,8 +36,10 @@ public:
     /// What was said so far, as bytes, as far as the tool has seen it.
     [[nodiscard]] const std::string& messages() const { return messages_; }
 
-    /// Prepares the session. True if it may run.
-    [[nodiscard]] bool prepare() { return session_->prepare() == 0; }
+    /// Serves the emulated targets of the line, and prepares the session. True if it may run.
+    [[nodiscard]] bool prepare();
+    /// Why it has failed so far.
+    [[nodiscard]] KvNReflasher::KvTVerdict verdict() const;
     /// Runs the prepared session; an update so that interrupts concern it.
     [[nodiscard]] bool run();
 
@@ -52,6 +54,8 @@ private:
     /// Where messages are shown; null: nowhere.
     std::FILE* shown_;
     std::string messages_;
+    /// Class target if an emulated target cannot be served.
+    KvNReflasher::KvTVerdict served_;
     PlainProgress progress_;
     /// While an update runs.
     std::optional<RunningUpdate> update_;

@@ -1,5 +1,7 @@
 #include "ErrorText.h"
 
+#include "VisibleText.h"
+
 #include <array>
 #include <cstdio>
 
@@ -10,7 +12,12 @@ std::string errorText(const KvTErrorInfo& error) {
     std::snprintf(code.data(), code.size(), "%#x", static_cast<unsigned>(error.code));
     const std::string origin =
         error.originNode != 0 ? "S/N " + std::to_string(error.originNode) : std::string("Host PC");
-    return std::string("ERROR ").append(code.data()).append(" (").append(origin).append("): ").append(error.text);
+    return std::string("ERROR ")
+        .append(code.data())
+        .append(" (")
+        .append(origin)
+        .append("): ")
+        .append(visibleInLine(error.text));
 }
 
 std::string errorsText(const std::vector<KvTErrorInfo>& errors) {

@@ -4,6 +4,7 @@
 #include "ReasonTexts.h"
 #include "TextTable.h"
 #include "ValueTexts.h"
+#include "VisibleText.h"
 
 #include <array>
 #include <string_view>
@@ -14,8 +15,12 @@ namespace {
 
 constexpr std::size_t labelWidth = 13;
 
-void addLine(std::string& text, std::string_view label, std::string_view content) {
-    text.append("    ").append(label).append(labelWidth - label.size(), ' ').append(content).append("\n");
+void addLine(std::string& text, std::string_view label, const std::string& content) {
+    text.append("    ")
+        .append(label)
+        .append(labelWidth - label.size(), ' ')
+        .append(visibleInLine(content))
+        .append("\n");
 }
 
 std::string numberText(std::uint64_t number) {
@@ -114,7 +119,7 @@ std::string versionText(const std::optional<KvTVersion>& version) {
 
 std::string explanationText(const KvTPlannedElement& element, const KvTExplanation& explanation,
                             std::size_t entryLimit) {
-    std::string text = numberText(element.index) + "  " + element.displayName + "\n";
+    std::string text = numberText(element.index) + "  " + visibleInLine(element.displayName) + "\n";
     addLine(text, "board", boardText(element));
     addLine(text, "element", identity(element));
     addLine(text, "installed", installedText(element.installed));
@@ -136,7 +141,7 @@ std::string explanationText(const KvTPlannedElement& element, const KvTExplanati
 std::string hiddenElementsText(const std::vector<KvTHiddenElement>& elements) {
     std::string text = elements.empty() ? "" : "Not looked at:\n\n";
     for (const KvTHiddenElement& element : elements) {
-        text += "   " + element.displayName + " (" + element.address + ")\n";
+        text += "   " + visibleInLine(element.displayName) + " (" + element.address + ")\n";
         for (const KvEHiddenBy reason : element.hiddenBy) {
             addLine(text, "", sentenceOf(reason));
         }

@@ -1,6 +1,7 @@
 #include "FindingText.h"
 
 #include "CountedNoun.h"
+#include "VisibleText.h"
 
 #include <algorithm>
 
@@ -12,7 +13,7 @@ const char* severityText(KvESeverity severity) {
     return severity == KvESeverity::error ? "error" : "warning";
 }
 
-/// `text` on one line: what would break it is shown as JSON writes it.
+/// `text` on one line: line ends are shown as JSON writes them.
 std::string onOneLine(const std::string& text) {
     std::string line;
     line.reserve(text.size());
@@ -25,7 +26,7 @@ std::string onOneLine(const std::string& text) {
             line += character;
         }
     }
-    return line;
+    return visibleInLine(line);
 }
 
 std::string paragraph(const KvTFinding& finding, const std::string& file) {

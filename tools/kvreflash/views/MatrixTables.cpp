@@ -2,6 +2,7 @@
 
 #include "TextTable.h"
 #include "ValueTexts.h"
+#include "VisibleText.h"
 
 #include <algorithm>
 #include <array>
@@ -48,7 +49,8 @@ std::vector<std::string> summaryRow(const KvTMatrixTarget& target) {
 } // namespace
 
 std::string matrixTargetText(const KvTMatrixTarget& target, const std::string& messages) {
-    std::string text = "\n" + target.folder + " (" + target.address + ")\n\n" + messages;
+    std::string text("\n");
+    text.append(visibleInLine(target.folder)).append(" (").append(target.address).append(")\n\n").append(messages);
     if (!target.plan->supported) {
         text += "Not supported by this archive: an update would refuse this target.\n";
     }
@@ -74,7 +76,7 @@ std::string matrixSummaryText(const std::vector<KvTMatrixTarget>& targets,
         text += "\nFile entries that fit nothing on any of these targets:\n";
     }
     for (const KvTArchiveEntry& entry : unmatched) {
-        text += "        " + std::to_string(entry.descriptionIndex) + ": " + entry.fileName + "\n";
+        text += "        " + std::to_string(entry.descriptionIndex) + ": " + visibleInLine(entry.fileName) + "\n";
     }
     return text;
 }

@@ -19,6 +19,31 @@ constexpr std::size_t mostBoxes = 40;
 using KvNReflasher::KvTPlannedElement;
 using Phases = std::map<std::uint32_t, std::vector<const KvTPlannedElement*>>;
 
+/// `text` with the characters that mean something in markup escaped.
+std::string escaped(const std::string& text) {
+    std::string result;
+    for (const char character : text) {
+        switch (character) {
+        case '<':
+            result += "&lt;";
+            break;
+        case '>':
+            result += "&gt;";
+            break;
+        case '&':
+            result += "&amp;";
+            break;
+        case '"':
+            result += "&quot;";
+            break;
+        default:
+            result += character;
+            break;
+        }
+    }
+    return result;
+}
+
 std::string attribute(const char* name, const std::string& value) {
     std::string text = " ";
     return text.append(name).append("=\"").append(markupText(value)).append("\"");
@@ -48,7 +73,8 @@ std::string textAt(int x, int y, const char* style, const std::string& content) 
 std::string box(const KvTReport& report, const KvTPlannedElement& element, int x, int y) {
     const std::string outcome = report.wordFor(element);
     return "<rect" + attribute("x", x) + attribute("y", y) + attribute("width", columnWidth) +
-           attribute("height", boxHeight) + attribute("rx", 4) + attribute("class", std::string(report.styleOf(element))) + "><title>" +
+           attribute("height", boxHeight) + attribute("rx", 4) +
+           attribute("class", std::string(report.styleOf(element))) + "><title>" +
            markupText(element.displayName + ": " + outcome) + "</title></rect>\n" +
            textAt(x + 6, y + 14, "name", shortened(element.displayName));
 }
@@ -77,27 +103,11 @@ std::string arrow(int x) {
 } // namespace
 
 std::string markupText(const std::string& text) {
-    std::string result;
-    for (const char character : visibleOnTerminal(text)) {
-        switch (character) {
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        case '&':
-            result += "&amp;";
-            break;
-        case '"':
-            result += "&quot;";
-            break;
-        default:
-            result += character;
-            break;
-        }
-    }
-    return result;
+    return escaped(visibleInLine(text));
+}
+
+std::string markupLines(const std::string& text) {
+    return escaped(visibleOnTerminal(text));
 }
 
 std::string phasePicture(const KvTReport& report) {

@@ -8,5 +8,7 @@
 /// picture; empty when no element is to be updated.
 [[nodiscard]] std::string phasePicture(const KvTReport& report);
 
-/// `text` (UTF-8) as HTML and SVG can hold it: markup characters escaped, control characters made visible.
+/// `text` (UTF-8) in one line as HTML and SVG can hold it: markup characters escaped, control characters made visible.
 [[nodiscard]] std::string markupText(const std::string& text);
+/// The same with its line ends as they are.
+[[nodiscard]] std::string markupLines(const std::string& text);

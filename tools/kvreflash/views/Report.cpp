@@ -49,9 +49,8 @@ const KvTVerifiedElement* KvTReport::verificationOf(const KvTPlannedElement& ele
         return nullptr;
     }
     const auto& verified = verification->elements;
-    const auto found = std::find_if(verified.begin(), verified.end(), [&](const KvTVerifiedElement& one) {
-        return one.index == element.index;
-    });
+    const auto found = std::find_if(verified.begin(), verified.end(),
+                                    [&](const KvTVerifiedElement& one) { return one.index == element.index; });
     return found != verified.end() ? &*found : nullptr;
 }
 

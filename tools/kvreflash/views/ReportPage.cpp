@@ -49,8 +49,8 @@ std::string facts(const KvTReport& report) {
     if (report.plan != nullptr && report.plan->archive) {
         const KvTArchiveIdentity& archive = *report.plan->archive;
         text += factRow("Archive", archive.archiveName + " " + archive.archiveVersion);
-        text += factRow("Product", archive.productName +
-                                       (archive.archiveVariant.empty() ? "" : ", " + archive.archiveVariant));
+        text += factRow("Product",
+                        archive.productName + (archive.archiveVariant.empty() ? "" : ", " + archive.archiveVariant));
     }
     text += factRow("Archive folder", report.facts.archiveFolder) + factRow("Begin", report.facts.begin) +
             factRow("End", report.facts.end) + factRow("Tool", "kvreflash " + report.facts.toolVersion);
@@ -112,13 +112,12 @@ struct VerdictWords {
     const char* bad;
 };
 constexpr std::array verdictWords = {VerdictWords{"update", "Update completed", "Update failed"},
-                                     VerdictWords{"plan", "Plan", "No plan"},
+                                     VerdictWords{"plan", "Plan", "Plan failed"},
                                      VerdictWords{"verify", "As expected", "Not as expected"}};
 
 std::string verdict(const KvTReport& report) {
-    const auto* words = std::find_if(verdictWords.begin(), verdictWords.end() - 1, [&](const VerdictWords& row) {
-        return row.command == report.facts.command;
-    });
+    const auto* words = std::find_if(verdictWords.begin(), verdictWords.end() - 1,
+                                     [&](const VerdictWords& row) { return row.command == report.facts.command; });
     const bool isGood = report.verdict.isSuccess();
     std::string text = "<p><span class=\"verdict ";
     text.append(isGood ? "good" : "bad").append("\">").append(isGood ? words->good : words->bad).append("</span>");
@@ -137,7 +136,7 @@ std::string lookText(const KvTReport& report) {
     std::string text =
         look.succeeded ? "" : "<p>The target cannot be looked at afterwards: " + markupText(look.message) + "</p>\n";
     if (!look.errors.empty()) {
-        text += "<pre>" + markupText(errorsText(look.errors)) + "</pre>\n";
+        text += "<pre>" + markupLines(errorsText(look.errors)) + "</pre>\n";
     }
     return text;
 }
@@ -145,10 +144,10 @@ std::string lookText(const KvTReport& report) {
 } // namespace
 
 std::string reportPage(const KvTReport& report) {
-    const std::string title =
-        (report.isUpdate() ? "Firmware update of " : report.facts.command == "verify" ? "Verification of "
-                                                                                      : "Plan of a firmware update of ") +
-        report.facts.target;
+    const std::string title = (report.isUpdate()                  ? "Firmware update of "
+                               : report.facts.command == "verify" ? "Verification of "
+                                                                  : "Plan of a firmware update of ") +
+                              report.facts.target;
     const std::string picture = phasePicture(report);
     std::string page("<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>");
     page.append(markupText(title)).append("</title>\n<style>").append(style);
@@ -158,6 +157,6 @@ std::string reportPage(const KvTReport& report) {
         page += "<h2>Phases</h2>\n<div class=\"scroll\">\n" + picture + "</div>\n";
     }
     page += "<h2>Elements</h2>\n" + lookText(report) + elementTable(report);
-    page += "<h2>Messages of the session</h2>\n<pre>" + markupText(report.facts.messages) + "</pre>\n";
+    page += "<h2>Messages of the session</h2>\n<pre>" + markupLines(report.facts.messages) + "</pre>\n";
     return page + "</body>\n</html>\n";
 }

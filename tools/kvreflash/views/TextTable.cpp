@@ -1,5 +1,7 @@
 #include "TextTable.h"
 
+#include "VisibleText.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
@@ -37,7 +39,10 @@ std::string lineOf(const std::vector<std::string>& row, const std::vector<std::s
 
 } // namespace
 
-std::string tableText(const KvTTextTable& rows) {
+std::string tableText(KvTTextTable rows) {
+    for (auto& row : rows) {
+        std::transform(row.begin(), row.end(), row.begin(), visibleInLine);
+    }
     const std::vector<std::size_t> widths = columnWidths(rows);
     const std::size_t separators = widths.empty() ? 0 : widths.size() - 1;
     const std::size_t width = std::accumulate(widths.begin(), widths.end(), separators * columnSeparator.size());

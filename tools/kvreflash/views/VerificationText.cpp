@@ -3,6 +3,7 @@
 #include "ErrorText.h"
 #include "TextTable.h"
 #include "ValueTexts.h"
+#include "VisibleText.h"
 
 #include <array>
 #include <cstddef>
@@ -58,8 +59,8 @@ std::string leftByPlan(const KvTPlan& plan, const KvTVerification& verification)
     std::string text;
     for (const KvTVerifiedElement& one : verification.elements) {
         if (one.leftByPlan) {
-            text += "'" + plan.elements[one.index].displayName +
-                    "' reports the checksum 0: a plan leaves it, and update --force installs it.\n";
+            text.append("'").append(visibleInLine(plan.elements[one.index].displayName));
+            text += "' reports the checksum 0: a plan leaves it, and update --force installs it.\n";
         }
     }
     return text;
@@ -82,8 +83,8 @@ std::string summary(const KvTVerification& verification) {
 
 std::string verificationText(const KvTPlan& plan, const KvTVerification& verification) {
     if (!verification.look.succeeded) {
-        return "\nVerification: the target cannot be looked at: " + verification.look.message + "\n" +
-               errorsText(verification.look.errors);
+        const std::string reason = visibleInLine(verification.look.message) + "\n";
+        return "\nVerification: the target cannot be looked at: " + reason + errorsText(verification.look.errors);
     }
     return differences(plan, verification) + leftByPlan(plan, verification) + summary(verification) +
            errorsText(verification.look.errors);
@@ -93,7 +94,7 @@ std::string elementsWithoutEntryText(const KvTPlan& plan) {
     std::string text;
     for (const KvTPlannedElement& element : plan.elements) {
         if (!element.entry) {
-            text += "        " + element.displayName + "\n";
+            text.append("        ").append(visibleInLine(element.displayName)).append("\n");
         }
     }
     return text.empty() ? text : "\nThe archive has no entry for these elements:\n" + text;
