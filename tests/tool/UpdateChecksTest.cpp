@@ -1,12 +1,10 @@
 #include "KvCVersion.h"
-#include "KvISession.h"
 #include "ToolRack.h"
 #include "UpdateFiles.h"
 
 #include <gmock/gmock.h>
 
 #include <filesystem>
-#include <optional>
 
 namespace {
 
@@ -345,80 +343,6 @@ TEST_F(VerifyAfterReboot, AReportAloneDoesNotLookAtATargetThatReboots) {
     const KvNJson::json report = KvNJson::json::parse(reports.read("report.json"));
     EXPECT_TRUE(report.view().find("look").is_null());
     EXPECT_EQ("rebooted", report.view().find("stage").get_string());
-}
-
-using namespace KvNReflasher;
-
-std::optional<KvTVersion> versionValue(const char* text) {
-    const KvCVersion version(text);
-    const std::uint64_t number = version.getAsULong64();
-    return number != 0 ? std::optional(KvTVersion{number, text}) : std::nullopt;
-}
-
-KvTInstalled installed(const char* version, std::optional<std::uint32_t> checksum, bool valid = true) {
-    return {versionValue(version), checksum, valid, true, *version != '\0'};
-}
-
-/// An element that was updated from version 1.0 and checksum 1 to these.
-KvTPlan planOf(const char* version, std::optional<std::uint32_t> checksum) {
-    KvTPlan plan;
-    KvTPlannedElement& element = plan.elements.emplace_back();
-    element.address = "A";
-    element.installed = installed("1.0", 1);
-    element.entry.emplace().version = versionValue(version);
-    element.entry->checksumCrc32 = checksum;
-    element.decision.update = true;
-    return plan;
-}
-
-KvTVerification judgedBy(const KvTPlan& plan, std::optional<KvTInstalled> found,
-                         KvEResult result = KvEResult::updated) {
-    KvTOutcome outcome;
-    outcome.elements.resize(plan.elements.size());
-    outcome.elements.front().result = result;
-    KvTLook look;
-    look.succeeded = true;
-    look.elements.assign(plan.elements.size(), std::move(found));
-    return verifyUpdate(plan, outcome, std::move(look), true);
-}
-
-KvEVerified judged(const KvTPlan& plan, const KvTInstalled& found) {
-    return judgedBy(plan, found).elements.at(0).result;
-}
-
-TEST(VerifiedElements, VersionsAndChecksumsThatAreNotPlannedAreNotCompared) {
-    const KvTInstalled found = installed("2.0", 2);
-    EXPECT_EQ(KvEVerified::asExpected, judged(planOf("2.0", 2), found));
-    EXPECT_EQ(KvEVerified::asExpected, judged(planOf("", 2), found));
-    EXPECT_EQ(KvEVerified::asExpected, judged(planOf("2.0", std::nullopt), found));
-    EXPECT_EQ(KvEVerified::notJudged, judged(planOf("", std::nullopt), found));
-    EXPECT_EQ(KvEVerified::differs, judged(planOf("2.0", 3), found));
-    EXPECT_EQ(KvEVerified::differs, judged(planOf("2.0.1", 2), found));
-    EXPECT_EQ(KvEVerified::differs, judged(planOf("2.0", 2), installed("2.0", 2, false)));
-}
-
-TEST(VerifiedElements, WhatIsGoneOrNotKnownAnyMoreDoesNotAgree) {
-    EXPECT_EQ(KvEVerified::differs, judged(planOf("2.0", 2), installed("2.0", 0)));
-    EXPECT_EQ(KvEVerified::differs, judged(planOf("2.0", 2), installed("2.0", std::nullopt)));
-    EXPECT_EQ(KvEVerified::differs, judged(planOf("2.0", 2), installed("", 2)));
-    KvTPlan plan = planOf("2.0", 2);
-    plan.elements.front().installed.version.reset();
-    plan.elements.front().installed.hasVersion = false;
-    plan.elements.front().installed.checksumCrc32.reset();
-    EXPECT_EQ(KvEVerified::notJudged, judged(plan, installed("", std::nullopt))) << "it never had any";
-}
-
-TEST(VerifiedElements, AnElementThatIsGoneIsAFault) {
-    const KvTVerification verification = judgedBy(planOf("2.0", 2), std::nullopt);
-    EXPECT_EQ(KvEVerified::gone, verification.elements.at(0).result);
-    EXPECT_EQ(KvEFailure::verification, verdictOf(verification).failure);
-}
-
-TEST(VerifiedElements, OnlyUpdatedElementsAreLookedAt) {
-    for (const KvEResult result : {KvEResult::notPlanned, KvEResult::notStarted, KvEResult::fileMissing,
-                                   KvEResult::cancelled, KvEResult::failed, KvEResult::inProgress}) {
-        EXPECT_TRUE(judgedBy(planOf("2.0", 2), installed("1.0", 1), result).elements.empty());
-    }
 }
 
 } // namespace

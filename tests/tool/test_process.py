@@ -78,7 +78,7 @@ class ProcessTest(ScratchTest):
         process = self.start([b"content", b"-a", b"\xff\xfe"], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         output, errors = process.communicate()
         self.assertEqual((process.returncode, output), (64, b""))
-        self.assertTrue(errors.startswith(b"kvreflash: argument 3 is not valid UTF-8\n"), errors)
+        self.assertTrue(errors.startswith(b"kvreflash: argument 3 is not valid UTF-8; run "), errors)
 
     def test_a_capture_that_cannot_be_written_whole_leaves_nothing(self):
         rack = self.lay_out_examples()[1]
