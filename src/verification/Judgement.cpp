@@ -177,8 +177,8 @@ KvTVerdict KvNReflasher::verdictOf(const KvTVerification& verification) {
     }
     KvTVerdict verdict = judgeElements(verification);
     if (verdict.isSuccess() && !look.errors.empty()) {
-        return {KvEFailure::errors,
-                "the look at the target has reported errors: " + std::to_string(look.errors.size())};
+        return {KvEFailure::errors, "the look at the target met " + std::to_string(look.errors.size()) +
+                                        (look.errors.size() == 1 ? " error" : " errors")};
     }
     return verdict;
 }
