@@ -124,9 +124,8 @@ KvTVerdict judgeElements(const KvTVerification& verification) {
     }
     const std::size_t listed = verification.elements.size() - verification.count(KvEVerified::notListed);
     if (listed != 0 && verification.count(KvEVerified::asExpected) == 0) {
-        return {KvEFailure::verification,
-                "nothing that the target reports can be compared with the archive: " + std::to_string(listed) +
-                    " not judged"};
+        return {KvEFailure::verification, "nothing that the target reports can be compared with the archive: " +
+                                              std::to_string(listed) + " not judged"};
     }
     return {};
 }
@@ -178,7 +177,8 @@ KvTVerdict KvNReflasher::verdictOf(const KvTVerification& verification) {
     }
     KvTVerdict verdict = judgeElements(verification);
     if (verdict.isSuccess() && !look.errors.empty()) {
-        return {KvEFailure::errors, "the look at the target met " + std::to_string(look.errors.size()) + " errors"};
+        return {KvEFailure::errors, "the look at the target met " + std::to_string(look.errors.size()) +
+                                        (look.errors.size() == 1 ? " error" : " errors")};
     }
     return verdict;
 }

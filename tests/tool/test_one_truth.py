@@ -94,6 +94,13 @@ class CheckedIsWhatRunsTest(TruthTest):
                 self.lay_out(rack=[{"fault": "getValue", "at": ROUTER_CPLD, "occurrence": occurrence}])
                 self.assert_refused(self.updated(*EVERYTHING), {3, 4})
 
+    def test_an_unreadable_value_of_a_header_is_refused_by_preflight(self):
+        # The archive is read with the first values of the inventory tree files, the preflight reads all of them.
+        for occurrence in (8, 14, 20):
+            with self.subTest(occurrence=occurrence):
+                self.lay_out(rack=[{"fault": "getValue", "at": "FIRMWARE[1]", "occurrence": occurrence}])
+                self.assert_refused(self.updated(*EVERYTHING), {3})
+
     def test_without_preflight_whatever_was_flashed_is_judged(self):
         for occurrence in (2, 3, 4, 8, 12, 16, 20, 24):
             with self.subTest(occurrence=occurrence):
