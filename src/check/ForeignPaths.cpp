@@ -1,13 +1,12 @@
 #include "ForeignPaths.h"
 
+#include "Files.h"
+#include "TextConversion.h"
 #include "TextConversions.h"
 
 #include <algorithm>
-#include <filesystem>
+#include <cstddef>
 #include <set>
-#include <system_error>
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -15,19 +14,59 @@ using KvNJson::jsonView;
 
 constexpr std::string_view separators = "/\\";
 
-/// The path (UTF-8) as files of archives are opened: "\" separates on every system.
-fs::path archivePath(std::string_view utf8) {
-    std::u8string text(utf8.begin(), utf8.end());
-    std::replace(text.begin(), text.end(), u8'\\', u8'/');
-    return {text};
+/// The end of what stands before the last component that ends at `size`.
+std::size_t endBeforeLast(std::string_view path, std::size_t size) {
+    const std::size_t last = path.substr(0, size).find_last_not_of(separators);
+    return last == std::string_view::npos ? 0 : path.substr(0, last).find_last_of(separators) + 1;
 }
 
-/// Without links, "." and ".." as far as the path exists, then without them by its text alone.
-fs::path resolved(const fs::path& path) {
-    std::error_code failed;
-    fs::path result = fs::weakly_canonical(path, failed);
-    return failed ? fs::absolute(path, failed).lexically_normal() : result;
-}
+/// The components of a path: without links, "." and ".." as far as it exists, then without them by its text alone.
+class ResolvedPath {
+public:
+    explicit ResolvedPath(std::string_view path) {
+        std::size_t size = path.size();
+        std::string existing = resolvedPrefix(path, size);
+        while (existing.empty() && size > 0) {
+            size = endBeforeLast(path, size);
+            existing = resolvedPrefix(path, size);
+        }
+        append(existing, "/");
+        append(path.substr(size), separators);
+    }
+
+    /// True when `other` is this path or lies below it.
+    [[nodiscard]] bool contains(const ResolvedPath& other) const {
+        return other.components_.size() >= components_.size() &&
+               std::equal(components_.begin(), components_.end(), other.components_.begin());
+    }
+
+private:
+    /// Before a relative path stands the current folder.
+    static std::string resolvedPrefix(std::string_view path, std::size_t size) {
+        return resolvedPath(size == 0 ? L"." : utf8ToWide(std::string(path.substr(0, size)).c_str()));
+    }
+
+    void append(std::string_view path, std::string_view marks) {
+        while (!path.empty()) {
+            const std::string_view component = path.substr(0, path.find_first_of(marks));
+            path.remove_prefix(std::min(path.size(), component.size() + 1));
+            if (component == "..") {
+                goUp();
+            } else if (!component.empty() && component != ".") {
+                components_.emplace_back(component);
+            }
+        }
+    }
+
+    /// Above the root is the root.
+    void goUp() {
+        if (!components_.empty()) {
+            components_.pop_back();
+        }
+    }
+
+    std::vector<std::string> components_;
+};
 
 /// As operating systems see a text.
 std::string_view upToZero(std::string_view text) {
@@ -73,18 +112,14 @@ bool leavesTargetRoot(std::string_view targetPath) {
 
 bool leavesArchiveFolder(const std::wstring& archiveFolder, std::string_view name) {
     name = upToZero(name);
-    std::string text(toUtf8(archiveFolder).view());
-    const fs::path folder = archivePath(text);
-    text += '/';
-    text += name;
-    const fs::path file = archivePath(text);
-    std::error_code ignored;
-    if (name.find_first_of(separators) == std::string_view::npos && name != ".." && !fs::is_symlink(file, ignored)) {
+    // Without a folder it is the root.
+    const std::string folder = std::string(toUtf8(archiveFolder).view()) + "/";
+    const std::string file = folder + std::string(name);
+    const bool isPlain = name.find_first_of(separators) == std::string_view::npos && name != "..";
+    if (isPlain && !isLink(utf8ToWide(file.c_str()))) {
         return false;
     }
-    const fs::path inside = resolved(folder);
-    const fs::path place = resolved(file);
-    return std::mismatch(inside.begin(), inside.end(), place.begin(), place.end()).first != inside.end();
+    return !ResolvedPath(folder).contains(ResolvedPath(file));
 }
 
 std::vector<KvNReflasher::KvTForeignPath> foreignPathsOf(const KvCFirmwareArchive& archive,

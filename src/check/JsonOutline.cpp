@@ -7,7 +7,9 @@
 #include <cctype>
 #include <charconv>
 #include <cstddef>
+#include <cstring>
 #include <limits>
+#include <new>
 #include <system_error>
 
 namespace {
@@ -47,6 +49,23 @@ std::string itemStep(std::ptrdiff_t position) {
     step += ']';
     return step;
 }
+
+/// Memory of RapidJSON, which would go on with a null when it is exhausted.
+class ThrowingAllocator {
+public:
+    // The names are those that it asks for.
+    static constexpr bool kNeedFree = true;
+    static void* Malloc(std::size_t size) { return size != 0 ? ::operator new(size) : nullptr; }
+    static void* Realloc(void* block, std::size_t size, std::size_t newSize) {
+        void* const result = Malloc(newSize);
+        if (block != nullptr && result != nullptr) {
+            std::memcpy(result, block, std::min(size, newSize));
+        }
+        Free(block);
+        return result;
+    }
+    static void Free(void* block) { ::operator delete(block); }
+};
 
 } // namespace
 
@@ -170,7 +189,7 @@ JsonOutline::JsonOutline(std::string_view text) : text_(text) {
     const std::size_t begin = text.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
     rapidjson::MemoryStream stream(text.data() + begin, text.size() - begin);
     Builder builder(*this, begin);
-    rapidjson::Reader reader;
+    rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, ThrowingAllocator> reader;
     constexpr unsigned flags = rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
     if (reader.Parse<flags>(stream, builder).IsError()) {
         records_.clear();

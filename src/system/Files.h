@@ -26,5 +26,12 @@ using FileStream = std::unique_ptr<std::FILE, FileCloser>;
 /// True when the attributes of `path` can be read.
 [[nodiscard]] bool hasFileAttributes(const std::wstring& path);
 
+/// True when `path` itself, and not what it leads to, is a link.
+[[nodiscard]] bool isLink(const std::wstring& path);
+
+/// The absolute path of what exists at `path`, without links, "." and "..", separated by "/". UTF-8; off Windows the
+/// bytes that the system has. Empty when nothing exists there or it cannot be looked at.
+[[nodiscard]] std::string resolvedPath(const std::wstring& path);
+
 /// Size of a file in bytes; a file that is missing is created empty. 0 when it cannot be opened.
 [[nodiscard]] std::uint64_t sizeOfFileCreatedIfMissing(const std::wstring& path);

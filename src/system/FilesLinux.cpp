@@ -3,6 +3,7 @@
 #include "TextConversion.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -32,6 +33,16 @@ bool pathExists(const std::wstring& path) {
 bool hasFileAttributes(const std::wstring& path) {
     struct stat status {};
     return stat(nativePath(path).c_str(), &status) == 0;
+}
+
+bool isLink(const std::wstring& path) {
+    struct stat status {};
+    return lstat(nativePath(path).c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+std::string resolvedPath(const std::wstring& path) {
+    const std::unique_ptr<char, decltype(&std::free)> resolved(realpath(nativePath(path).c_str(), nullptr), &std::free);
+    return resolved != nullptr ? std::string(resolved.get()) : std::string();
 }
 
 std::uint64_t sizeOfFileCreatedIfMissing(const std::wstring& path) {

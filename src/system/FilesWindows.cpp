@@ -1,6 +1,10 @@
 #include "Files.h"
 
+#include "TextConversion.h"
+
+#include <algorithm>
 #include <io.h>
+#include <string_view>
 #include <windows.h>
 
 namespace {
@@ -8,6 +12,21 @@ namespace {
 FileStream openFile(const std::wstring& path, const wchar_t* mode) {
     std::FILE* file = nullptr;
     return FileStream(_wfopen_s(&file, path.c_str(), mode) == 0 ? file : nullptr);
+}
+
+/// Gives a handle back at the end of its scope.
+struct HandleCloser {
+    void operator()(HANDLE handle) const { CloseHandle(handle); }
+};
+using OpenHandle = std::unique_ptr<void, HandleCloser>;
+
+/// A file or folder; null when there is none. Its contents may not be read.
+OpenHandle openToLookAt(std::wstring path) {
+    // Paths without limit of their length know no "/".
+    std::replace(path.begin(), path.end(), L'/', L'\\');
+    HANDLE handle = CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    return OpenHandle(handle != INVALID_HANDLE_VALUE ? handle : nullptr);
 }
 
 } // namespace
@@ -26,6 +45,27 @@ bool pathExists(const std::wstring& path) {
 
 bool hasFileAttributes(const std::wstring& path) {
     return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool isLink(const std::wstring& path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+}
+
+std::string resolvedPath(const std::wstring& path) {
+    const OpenHandle file = openToLookAt(path);
+    if (file == nullptr) {
+        return {};
+    }
+    // The first call counts the zero at the end, the second one does not.
+    std::wstring resolved(GetFinalPathNameByHandleW(file.get(), nullptr, 0, FILE_NAME_NORMALIZED), L'\0');
+    resolved.resize(GetFinalPathNameByHandleW(file.get(), resolved.data(), static_cast<DWORD>(resolved.size()),
+                                              FILE_NAME_NORMALIZED));
+    if (resolved.starts_with(LR"(\\?\)") && !resolved.starts_with(LR"(\\?\UNC\)")) {
+        resolved.erase(0, std::wstring_view(LR"(\\?\)").size());
+    }
+    std::replace(resolved.begin(), resolved.end(), L'\\', L'/');
+    return wideToUtf8(resolved.c_str());
 }
 
 std::uint64_t sizeOfFileCreatedIfMissing(const std::wstring& path) {

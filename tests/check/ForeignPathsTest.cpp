@@ -1,6 +1,7 @@
 #include "ForeignPaths.h"
 
 #include "CheckFixture.h"
+#include "Files.h"
 #include "KvCFirmwareArchive.h"
 #include "MessageCapture.h"
 #include "ScratchFolder.h"
@@ -56,10 +57,43 @@ TEST_F(LeavesArchiveFolder, NamesInTheFolderAndBelowStayInside) {
 }
 
 TEST_F(LeavesArchiveFolder, NamesThatClimbOutOfTheFolderLeaveIt) {
-    for (const char* name : {"..", "../outside.bin", R"(..\outside.bin)", "sub/../../outside.bin", "/../outside.bin",
-                             "missing/../../outside.bin", "../archive2/a.bin", "../missing/a.bin"}) {
+    for (const char* name :
+         {"..", "../outside.bin", R"(..\outside.bin)", "sub/../../outside.bin", "/../outside.bin",
+          "missing/../../outside.bin", "missing/./../../outside.bin", "../archive2/a.bin", "../missing/a.bin"}) {
         EXPECT_TRUE(leaves(name)) << name;
     }
+}
+
+TEST_F(LeavesArchiveFolder, AFolderThatIsMissingIsJudgedByItsText) {
+    const std::wstring missing = L"no such folder/archive";
+    for (const char* name : {"a.bin", "../archive/a.bin", "sub/../a.bin", "../../no such folder/archive/a.bin"}) {
+        EXPECT_FALSE(leavesArchiveFolder(missing, name)) << name;
+    }
+    for (const char* name : {"..", "../a.bin", "../../a.bin", "../../../no such folder/archive/a.bin",
+                             "../../../../no such folder/archive/a.bin"}) {
+        EXPECT_TRUE(leavesArchiveFolder(missing, name)) << name;
+    }
+}
+
+TEST_F(LeavesArchiveFolder, NothingLeavesTheRoot) {
+    for (const wchar_t* root : {L"", L"/.", L"\\."}) {
+        for (const char* name : {"a.bin", "..", "../a.bin", "no such folder/../../a.bin"}) {
+            EXPECT_FALSE(leavesArchiveFolder(root, name)) << name;
+        }
+    }
+}
+
+TEST_F(LeavesArchiveFolder, AboveTheRootIsTheRoot) {
+    std::string up = "missing/..";
+    for (unsigned levels = 0; levels < 40; ++levels) {
+        up += "/..";
+    }
+    const std::string root = resolvedPath(folder_.path().wstring());
+    EXPECT_TRUE(leaves(up + "/" + root + "/outside.bin"));
+    if (!root.starts_with("/")) {
+        GTEST_SKIP() << "Its path begins with a drive.";
+    }
+    EXPECT_FALSE(leaves(up + "/" + root + "/archive/a.bin"));
 }
 
 TEST_F(LeavesArchiveFolder, WhatStandsBehindAZeroCharacterDoesNotCount) {

@@ -51,6 +51,23 @@ TEST(JsonOutline, MarksInsideOfTextsAreNoTokens) {
     EXPECT_EQ(text.size() - 2, root.at(2).offset());
 }
 
+TEST(JsonOutline, TextsAndNestingMayBeLong) {
+    std::string content;
+    for (unsigned index = 0; index < 1000; ++index) {
+        content += std::to_string(index) + " ";
+    }
+    const std::string inner = "{\"" + content + "\": \"\\u0041" + content + "\"}";
+    const std::string text = std::string(200, '[') + inner + std::string(200, ']');
+    const JsonOutline outline(text);
+    OutlineValue value = outline.root();
+    while (value.kind() == KvEJsonKind::array) {
+        value = value.at(0);
+    }
+    ASSERT_EQ(1U, value.size());
+    EXPECT_EQ(content, value.at(0).key());
+    EXPECT_EQ("A" + content, value.at(0).text());
+}
+
 TEST(JsonOutline, OfARepeatedKeyEveryMemberIsThereAndTheLastOneIsFound) {
     const std::string text = R"({"a": 1, "b": 2, "a": 3})";
     const JsonOutline outline(text);

@@ -187,3 +187,46 @@ TEST_F(FilesTest, NothingIsLeftOpen) {
     static_cast<void>(sizeOfFileCreatedIfMissing(path("new")));
     EXPECT_EQ(nextDescriptor(), before);
 }
+
+TEST_F(FilesTest, AResolvedPathIsAbsoluteAndWithoutDots) {
+    const std::string file = resolvedPath(written("sub/data", "1"));
+    const std::string top = resolvedPath(folder().path().wstring());
+    EXPECT_EQ(file, top + "/sub/data");
+    EXPECT_TRUE(std::filesystem::path(top).is_absolute()) << top;
+    for (const wchar_t* below : {L"/sub/data", L"\\sub\\data", L"/./sub//data", L"/sub/../sub\\.\\data"}) {
+        EXPECT_EQ(resolvedPath(folder().path().wstring() + below), file) << testing::PrintToString(below);
+    }
+    for (const wchar_t* below : {L"", L"/", L"\\", L"/sub/.."}) {
+        EXPECT_EQ(resolvedPath(folder().path().wstring() + below), top) << testing::PrintToString(below);
+    }
+}
+
+TEST_F(FilesTest, APathWithAnyCharactersIsResolvedToUtf8) {
+    EXPECT_EQ(openForReading(foreignPath()), nullptr);
+    (void)openForWriting(foreignPath());
+    EXPECT_EQ(resolvedPath(foreignPath()),
+              resolvedPath(folder().path().wstring()) + "/\xC3\xA4\xE4\xB8\xAD\xF0\x9F\x98\x80.bin");
+}
+
+TEST_F(FilesTest, WhatDoesNotExistHasNoResolvedPath) {
+    for (const std::wstring& missing : {path("missing"), path("missing/data"), std::wstring(), illFormed()}) {
+        EXPECT_EQ(resolvedPath(missing), "") << testing::PrintToString(missing);
+        EXPECT_FALSE(isLink(missing));
+    }
+}
+
+TEST_F(FilesTest, LinksAreKnownAndResolved) {
+    const std::string file = resolvedPath(written("sub/data", "1"));
+    std::error_code failed;
+    std::filesystem::create_symlink("sub/data", folder().path() / "link", failed);
+    std::filesystem::create_symlink("nowhere", folder().path() / "dangling", failed);
+    EXPECT_FALSE(isLink(path("sub/data")));
+    EXPECT_FALSE(isLink(path("sub")));
+    if (failed) {
+        GTEST_SKIP() << "No links here.";
+    }
+    EXPECT_TRUE(isLink(path("link")));
+    EXPECT_EQ(resolvedPath(path("link")), file);
+    EXPECT_TRUE(isLink(path("dangling")));
+    EXPECT_EQ(resolvedPath(path("dangling")), "");
+}
