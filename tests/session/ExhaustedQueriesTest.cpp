@@ -159,12 +159,19 @@ TEST_F(ExhaustedQueriesTest, ARunSucceedsInTheOutcomeIfItReturnsTrue) {
     EXPECT_GT(number, 30U);
 }
 
-TEST_F(ExhaustedQueriesTest, APreflightThatCouldNotBeMadeIsAFinding) {
-    arrange();
+TEST_F(ExhaustedQueriesTest, APreflightNeverPassesAFaultyFile) {
+    addNodeElement(1, completeElement(1, "An element with a long name").polls(1));
+    writeImage("node1.bin", "1.9");
+    EXPECT_EQ(0U, prepare(performUpdate));
     std::vector<std::string> findings;
     sweep(
-        3, [&] { findings = observed().preflight(); }, [&](bool struck) { EXPECT_EQ(struck, !findings.empty()); });
-    EXPECT_EQ(KvEFailure::errors, outcome().verdict.failure);
+        3, [&] { findings = observed().preflight(); },
+        [&](bool struck) {
+            ASSERT_EQ(1U, findings.size());
+            EXPECT_TRUE(struck || findings.front() == "node1.bin: its version is 1.9, the description says 2.0");
+            EXPECT_FALSE(outcome().verdict.isSuccess());
+        });
+    EXPECT_EQ(KvEFailure::archive, outcome().verdict.failure);
 }
 
 TEST_F(ExhaustedQueriesTest, AnElementIsDisabledWhollyOrNotAtAll) {
