@@ -31,7 +31,7 @@ if(KV_PLATFORM STREQUAL "emulated")
 endif()
 
 install(TARGETS kvreflash)
-install(FILES ${PROJECT_SOURCE_DIR}/README.md ${KV_NOTICES} DESTINATION ${document_folder})
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${KV_NOTICES} DESTINATION ${document_folder})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${document_folder}/docs PATTERN api EXCLUDE)
 install(SCRIPT cmake/PackagedLinks.cmake)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/client ${PROJECT_SOURCE_DIR}/examples/rack

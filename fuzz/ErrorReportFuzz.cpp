@@ -2,6 +2,7 @@
 
 #include "ErrorReport.h"
 #include "FuzzInput.h"
+#include "KvCConsoleWriter.h"
 #include "KvTOptions.h"
 #include "OwnedErrorList.h"
 #include "Property.h"
@@ -55,6 +56,13 @@ std::string shownText(std::string text) {
     return text;
 }
 
+/// What a narrow text is in the messages: bytes that are not UTF-8 do not all come back as they were.
+std::string inMessages(std::string_view text) {
+    std::wstring message;
+    KvCConsoleWriter::format(message, L"%hs", std::string(text).c_str());
+    return Transcript::bytesOf(message);
+}
+
 /// Reads the messages of a report one by one.
 class ReportReader {
 public:
@@ -72,7 +80,7 @@ public:
         }
         static_cast<void>(next());
         require(verbose || details.empty(), "Details are for the verbose option.");
-        const bool isInFunction = details.find(", in " + entry.function + "():") != std::string::npos;
+        const bool isInFunction = details.find(", in " + inMessages(entry.function) + "():") != std::string::npos;
         require(!verbose || entry.function.empty() || isInFunction, "Details name the function.");
     }
 
@@ -81,10 +89,8 @@ public:
         const std::size_t width = column < lineWidth ? lineWidth - column : 1;
         std::string_view rest = text;
         while (!rest.empty()) {
-            const std::string line = takeLine(column);
-            require(line.size() <= width, "No line is longer than the room for it.");
-            require(!line.empty() && rest.starts_with(line), "A report shows the text, nothing left out.");
-            checkBreak(line, rest, width);
+            const std::string_view line = rest.substr(0, lengthOfLine(rest, width));
+            require(takeLine(column) == inMessages(line), "A report shows the text line by line, nothing left out.");
             rest.remove_prefix(line.size());
         }
     }
@@ -104,11 +110,10 @@ private:
     }
 
     /// A line ends where the text ends, behind the last blank that fits, or where there is no room any more.
-    static void checkBreak(std::string_view line, std::string_view rest, std::size_t width) {
+    static std::size_t lengthOfLine(std::string_view rest, std::size_t width) {
         const std::size_t blank = rest.substr(0, width).rfind(' ');
         const bool hasBreak = blank != std::string_view::npos && blank >= firstBreak;
-        const std::size_t expected = rest.size() <= width ? rest.size() : hasBreak ? blank + 1 : width;
-        require(line.size() == expected, "A line is broken at the last blank that fits.");
+        return rest.size() <= width ? rest.size() : hasBreak ? blank + 1 : width;
     }
 
     const std::vector<std::string>& messages_;

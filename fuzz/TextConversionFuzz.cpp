@@ -1,8 +1,10 @@
-// UTF-8 to wide text and back, held against a decoder and an encoder of its own.
+// UTF-8 to wide text and back, and into messages, held against a decoder and an encoder of its own.
 
 #include "Property.h"
 #include "TextConversion.h"
+#include "WideFormat.h"
 
+#include <cstdarg>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -44,29 +46,58 @@ std::optional<Lead> leadOf(unsigned char byte) {
     return byte >= 0xF0 && byte < 0xF8 ? std::optional(Lead{4, byte & 0x07U, 0x10000}) : std::nullopt;
 }
 
+/// The character at `position`, which is moved behind it; nothing when the bytes there are not well-formed.
+std::optional<char32_t> takeCharacter(const std::string& text, std::size_t& position) {
+    const auto lead = leadOf(static_cast<unsigned char>(text[position]));
+    if (!lead || lead->length > text.size() - position) {
+        return std::nullopt;
+    }
+    char32_t codePoint = lead->bits;
+    for (std::size_t index = 1; index < lead->length; ++index) {
+        const auto byte = static_cast<unsigned char>(text[position + index]);
+        if ((byte & 0xC0U) != 0x80U) {
+            return std::nullopt;
+        }
+        codePoint = codePoint << 6U | (byte & 0x3FU);
+    }
+    if (codePoint < lead->lowest || codePoint > lastCodePoint || isSurrogate(codePoint)) {
+        return std::nullopt;
+    }
+    position += lead->length;
+    return codePoint;
+}
+
 /// Nothing when the text is not well-formed.
 std::optional<CodePoints> decodeUtf8(const std::string& text) {
     CodePoints result;
     for (std::size_t position = 0; position < text.size();) {
-        const auto lead = leadOf(static_cast<unsigned char>(text[position]));
-        if (!lead || lead->length > text.size() - position) {
+        const auto codePoint = takeCharacter(text, position);
+        if (!codePoint) {
             return std::nullopt;
         }
-        char32_t codePoint = lead->bits;
-        for (std::size_t index = 1; index < lead->length; ++index) {
-            const auto byte = static_cast<unsigned char>(text[position + index]);
-            if ((byte & 0xC0U) != 0x80U) {
-                return std::nullopt;
-            }
-            codePoint = codePoint << 6U | (byte & 0x3FU);
-        }
-        if (codePoint < lead->lowest || codePoint > lastCodePoint || isSurrogate(codePoint)) {
-            return std::nullopt;
-        }
-        result.push_back(codePoint);
-        position += lead->length;
+        result.push_back(*codePoint);
     }
     return result;
+}
+
+/// The text as it goes into a message: what is not decoded goes byte by byte.
+std::wstring messageOf(const std::string& text) {
+    std::wstring message;
+    for (std::size_t position = 0; position < text.size();) {
+        const auto codePoint = decodesNarrowText() ? takeCharacter(text, position) : std::nullopt;
+        message += codePoint ? static_cast<wchar_t>(*codePoint)
+                             : static_cast<wchar_t>(static_cast<unsigned char>(text[position++]));
+    }
+    return message;
+}
+
+/// Formats into `result`, which is long enough.
+int format(std::wstring& result, const wchar_t* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    const int length = formatIntoBuffer(result.data(), result.size(), format, arguments);
+    va_end(arguments);
+    return length;
 }
 
 /// Nothing when the text is not well-formed. Units of 16 bits make pairs.
@@ -98,6 +129,14 @@ void checkNarrow(const std::string& text) {
         require(decodeWide(wide) == expected, "The wide text has the characters of the UTF-8 text.");
         require(wideToUtf8(wide.c_str()) == text, "UTF-8 that became wide comes back as it was.");
     }
+}
+
+void checkMessage(const std::string& text) {
+    std::wstring message(text.size() + 1, L'~');
+    const int length = format(message, L"%hs", text.c_str());
+    require(length == static_cast<int>(text.size()), "A narrow text counts its bytes.");
+    message.resize(message.find(L'\0'));
+    require(message == messageOf(text), "A narrow text stands in a message character by character.");
 }
 
 void checkWide(const std::wstring& text) {
@@ -138,6 +177,7 @@ void checkLetter(std::uint8_t byte) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string all(reinterpret_cast<const char*>(data), size);
     checkNarrow(all.substr(0, all.find('\0')));
+    checkMessage(all.substr(0, all.find('\0')));
     checkWide(wideText(data, size, 0xFFFFFFFF));
     checkWide(wideText(data, size, 0x1FFFFF));
     checkWide(wideText(data, size, 0xFFFF));

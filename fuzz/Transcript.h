@@ -2,12 +2,14 @@
 
 #include "KvCConsoleWriter.h"
 #include "KvTCallbacks.h"
+#include "TextConversion.h"
+#include "WideFormat.h"
 
 #include <string>
 #include <vector>
 
-/// A console writer whose messages are kept, as bytes: a narrow text stands in a message with one character per byte,
-/// and so it is taken out again. The messages are those of the process; a new transcript begins without any.
+/// A console writer whose messages are kept, as bytes: narrow texts that are UTF-8 come back as they were. The messages
+/// are those of the process; a new transcript begins without any.
 class Transcript {
 public:
     Transcript() {
@@ -21,12 +23,18 @@ public:
     [[nodiscard]] const KvCConsoleWriter& writer() const { return writer_; }
 
     /// To be set as a message callback.
-    static void keep(const std::wstring& message) {
-        std::string& bytes = kept().emplace_back();
+    static void keep(const std::wstring& message) { kept().push_back(bytesOf(message)); }
+    /// The bytes of a message.
+    [[nodiscard]] static std::string bytesOf(const std::wstring& message) {
+        if (decodesNarrowText()) {
+            return wideToUtf8(message.c_str());
+        }
+        std::string bytes;
         bytes.reserve(message.size());
         for (const wchar_t character : message) {
             bytes += static_cast<char>(character);
         }
+        return bytes;
     }
     static void forget() { kept().clear(); }
     [[nodiscard]] static const std::vector<std::string>& messages() { return kept(); }

@@ -9,6 +9,8 @@
 #if defined(_WIN32)
 #if defined(KV_REFLASH_BUILD)
 #define KV_REFLASH_API __declspec(dllexport)
+#elif defined(KV_REFLASH_STATIC) // linked with parts of the library instead of the DLL
+#define KV_REFLASH_API
 #else
 #define KV_REFLASH_API __declspec(dllimport)
 #endif
@@ -23,7 +25,8 @@ namespace KvNReflasher {
 
 /// Notification with one number.
 using KvTNumberCallback = void (*)(std::uint32_t value);
-/// Receives a message, line ends included; `text` lasts as long as the call.
+/// Receives a message, line ends included; `text` lasts as long as the call. UTF-8 from the archive and the target
+/// stands in it decoded, bytes that are not well-formed one by one; on Windows one character per byte.
 using KvTMessageCallback = void (*)(const std::wstring& text);
 
 } // namespace KvNReflasher
@@ -36,8 +39,14 @@ using KvTMessageCallback = void (*)(const std::wstring& text);
 /// disableUpdateElement() and run(), once; after a prepare that scanned the target (modes 4 to 7)
 /// getRebootSupportStatus() and reboot(); delete.
 ///
-/// Texts go to standard output or to the message callback; a text may hold several lines. Off Windows standard output
-/// is written as bytes: a program that has used it for wide characters sees no messages there.
+/// After a prepare() that returned 1, and before the first one, there are no update elements, and getArchiveFiles()
+/// returns the entries that were accepted before the failure. After a result of 2 the queries return everything, with
+/// all elements disabled. A second prepare() begins anew: nothing of the first one is left but the handle of the target,
+/// which is not given back. run() changes nothing that the queries return.
+///
+/// Texts go to standard output or to the message callback; a text may hold several lines. The description that mode 3
+/// dumps comes as one text if there is a callback. Off Windows standard output is written as bytes: a program that has
+/// used it for wide characters sees no messages there.
 ///
 /// No operation throws; when memory is exhausted, an operation fails as its result says, and may do so without a
 /// message. Arrays, texts and the table of virtual operations cross the boundary: client and library need the same
@@ -86,8 +95,8 @@ public:
     /// null when there are none or memory is exhausted.
     virtual void getArchiveFiles(KvNReflasher::KvTArchiveFileInfo*& files, std::uint32_t& count) = 0;
 
-    /// Tells whether the target can be rebooted; every status but 0 prints why not. `status`: 0 it can; 1 not known,
-    /// no scan has told; 2 not with the installed firmware; 3 not this device; 4 an error occurred while checking.
+    /// Returns whether the target can be rebooted; every status but 0 prints why not. `status`: 0 it can; 1 not known,
+    /// no scan has found out; 2 not with the installed firmware; 3 not this device; 4 an error occurred while checking.
     /// True when the status is 0.
     virtual bool getRebootSupportStatus(std::uint32_t& status) = 0;
     /// Resets the target; prints why when it cannot. True when it was reset.

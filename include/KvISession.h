@@ -137,9 +137,11 @@ namespace KvNReflasher {
                                                           bool wasRebooted);
 /// Holds what the scan of the plan has found against the archive, without an update.
 [[nodiscard]] KV_REFLASH_API KvTVerification verifyPlan(const KvTPlan& plan);
+/// Class unsupported if the archive does not support the target.
+[[nodiscard]] KV_REFLASH_API KvTVerdict verdictOf(const KvTPlan& plan);
 /// What a verification means for a session: class verification if an element differs, is unchanged or gone, or if
 /// elements of the inventory were looked for and none could be judged, or if the look failed; class errors if the look
 /// has collected errors.
-[[nodiscard]] KV_REFLASH_API KvTVerdict verdictOf(const KvTPlan& plan, const KvTVerification& verification);
+[[nodiscard]] KV_REFLASH_API KvTVerdict verdictOf(const KvTVerification& verification);
 
 } // namespace KvNReflasher

@@ -28,7 +28,7 @@ struct KvTOptions {
     /// IPv4 address or host name of the target; empty: none given.
     std::wstring target;
     /// Words separated by "," or blanks; when not empty, only boards of these types are looked at, and boards that
-    /// have no type.
+    /// have no type. If a filter asks for a value that is missing, the session collects an error.
     std::string boardTypeFilter;
     /// The same for the serial numbers of boards: the whole number in decimal, the sub-number in its upper 8 bits
     /// included. What tables show as "12345(2)" is 2 * 16777216 + 12345.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -25,7 +26,7 @@ struct KvTVersion {
 
 /// What the target reports as installed on an element. A parameter that the element does not have is nothing.
 struct KvTInstalled {
-    /// Nothing for the zero version, too.
+    /// Nothing for the zero version, too, which states none.
     std::optional<KvTVersion> version;
     /// CRC-32 of what is installed; 0: the element has the parameter, but no checksum is known.
     std::optional<std::uint32_t> checksumCrc32;
@@ -33,6 +34,8 @@ struct KvTInstalled {
     std::optional<bool> valid;
     /// What is installed is what the board runs.
     std::optional<bool> active;
+    /// The element has a version, even if it is the zero version.
+    bool hasVersion = false;
 
     friend bool operator==(const KvTInstalled&, const KvTInstalled&) = default;
 };
@@ -107,6 +110,10 @@ struct KvTDecision {
     /// Those for an update if it is updated, else those against it; in the order of KvEReason. Empty if the session has
     /// read no archive.
     std::vector<KvEReason> reasons;
+
+    [[nodiscard]] bool has(KvEReason reason) const {
+        return std::find(reasons.begin(), reasons.end(), reason) != reasons.end();
+    }
 };
 
 /// An element of the target and what an update does to it.
@@ -175,6 +182,8 @@ struct KvTPlan {
     /// Indices of the elements that decide that the target is not supported: elements of the processor nodes without an
     /// entry.
     std::vector<std::uint32_t> unsupportedElements;
+    /// The session looks at configuration elements instead of the others; it does not ask whether they are active.
+    bool configurationElements = false;
     std::uint32_t phaseCount = 0;
     /// In the order of the element list: each index is the position.
     std::vector<KvTPlannedElement> elements;

@@ -24,6 +24,7 @@ LAYERS = {
     "platform/emulation": {"platform/include"},
     "src/system": set(),
     "src/guards": {"platform/include"},
+    "src/documents": INTERFACES,
     "src/console": INTERFACES | {"src/system"},
     "src/archive": INTERFACES | {"src/console", "src/guards", "src/system"},
     "src/target": INTERFACES | {"src/console", "src/guards", "src/system", "src/archive"},
@@ -33,10 +34,11 @@ LAYERS = {
     "src/preparation": INTERFACES | {"src/planning", "src/target", "src/archive", "src/inventory", "src/console"},
     "src/execution": INTERFACES | {"src/planning", "src/target", "src/archive", "src/inventory", "src/console",
                                    "src/guards", "src/system"},
-    "src/session": INTERFACES | {"src/preparation", "src/execution", "src/check", "src/planning", "src/target",
-                                 "src/archive", "src/inventory", "src/console", "src/guards", "src/system"},
-    "tools": INTERFACES | {"src/preparation", "src/check", "src/planning", "src/target", "src/archive", "src/inventory",
-                           "src/console", "src/guards", "src/system", "platform/emulation/KvEmulation.h"},
+    "src/verification": INTERFACES | {"src/preparation", "src/planning", "src/inventory", "src/console", "src/guards"},
+    "src/session": INTERFACES | {"src/preparation", "src/execution", "src/verification", "src/check", "src/planning",
+                                 "src/target", "src/archive", "src/inventory", "src/console", "src/guards",
+                                 "src/system"},
+    "tools": INTERFACES | {"platform/emulation/KvEmulation.h"},
 }
 
 PLATFORM_CONDITIONAL = re.compile(r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b.*"

@@ -25,7 +25,7 @@ measure() {
         -j "$jobs" --json "$build/coverage.json" "$build"
 }
 
-install_missing "${build_packages[@]}" gcovr
+install_missing "${build_packages[@]}" "${test_packages[@]}" ccache gcovr
 cd "$project_dir" || exit 1
 logged coverage-configure configure && logged coverage-build cmake --build "$build" --parallel "$jobs" &&
     logged coverage-tests run_tests && logged coverage-measure measure || exit 1

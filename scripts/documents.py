@@ -21,7 +21,8 @@ FOLDERS = ("docs", "tests", "bench", "fuzz", "examples")
 
 # Commands that are not run from here, and why.
 NOT_RUN = {
-    "scripts/test.sh": "a stage of the gate",
+    "scripts/test.sh": "a part of a stage of the gate",
+    "scripts/test.sh all": "a stage of the gate",
     "scripts/gate.sh": "runs this script",
     "scripts/gate.sh format house tidy": "stages of the gate",
     "scripts/coverage.sh": "a stage of the gate",
@@ -37,7 +38,7 @@ NOT_RUN = {
     "KV_LIMIT_ENTRIES=1000000 KV_LIMIT_MEGABYTES=1024 python3 -B tests/tool/test_limits.py "
     "--tool build/release/bin/kvreflash --archive build/release/examples/archive --rack examples/rack":
         "a stage of the gate",
-    "apt-get install ./build/packages/kvreflash_1.0.0_amd64.deb": "changes the machine; tests install it elsewhere",
+    "apt-get install ./build/packages/kvreflash_1.1.0_amd64.deb": "changes the machine; tests install it elsewhere",
     "cp -r /usr/share/doc/kvreflash/examples /tmp/kvreflash-examples": "needs the installed package",
     "cd /tmp/kvreflash-examples && kvreflash update -a archive -t 127.0.0.1 --emulate rack": "needs the installed package",
 }
@@ -57,7 +58,8 @@ class Block:
 
 def documents():
     """All documents of the project."""
-    return [PROJECT / "README.md", *(path for folder in FOLDERS for path in sorted((PROJECT / folder).rglob("*.md")))]
+    return [PROJECT / "README.md", PROJECT / "CHANGELOG.md",
+            *(path for folder in FOLDERS for path in sorted((PROJECT / folder).rglob("*.md")))]
 
 
 def blocks_of(document):

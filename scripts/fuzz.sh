@@ -95,10 +95,8 @@ for name in "${fuzzers[@]}"; do
 done
 build_fuzzers || exit 1
 
-# Scratch files in memory where there is some; those that a broken run leaves go too.
-shared_memory=/dev/shm
-[[ -d $shared_memory && -w $shared_memory ]] || shared_memory=${TMPDIR:-/tmp}
-TMPDIR=$(mktemp -d "$shared_memory/kv_fuzz.XXXXXX") || exit 1
+# Scratch files that a broken run leaves go too.
+TMPDIR=$(scratch_folder 16) || exit 1
 trap 'rm -rf "$TMPDIR"' EXIT
 export TMPDIR KV_TIME_SCALE=0 UBSAN_OPTIONS=print_stacktrace=1
 # Little memory is held back from being used again: new pages cost more than most executions.

@@ -16,7 +16,7 @@ sources() {
 }
 
 # All tests, natively, under the sanitizers and as Windows programs: nothing else counts while one of them fails.
-stage_tests() { scripts/test.sh; }
+stage_tests() { scripts/test.sh all; }
 
 # Each source on its own, which has to include what it uses.
 configure_clang() {
@@ -112,12 +112,18 @@ stage_documentation() {
         python3 -B scripts/documents.py
 }
 
-# Every single call of an update disturbed under the sanitizers too, where the tests disturb some, and every allocation.
+# Of the tests of the label "slow" the test command takes a sample; here every call of an update fails once, every
+# allocation, and updates are killed at many moments: as shipped, and under the sanitizers, which see what is left behind.
+# Through the tool all calls fail as shipped only, which takes ten minutes.
 stage_sweeps() {
-    build_preset asan && logged sweeps env KV_TIME_SCALE=0 KV_SWEEP_STRIDE=1 build/asan/bin/reliability_tests &&
-        build_preset release && logged allocations env KV_TIME_SCALE=0 KV_SWEEP_ALLOCATIONS=1000000 \
-            build/release/bin/session_tests --gtest_filter='ExhaustedSessionTest.*' &&
-        logged kills env KV_KILL_MOMENTS=500 python3 -B tests/tool/test_kill_sweep.py "${tool_arguments[@]}"
+    build_preset release && KV_TOOL_SWEEP_SAMPLE=0 logged sweeps sweep release &&
+        build_preset asan && logged sweeps-asan sweep asan
+}
+
+# sweep PRESET
+sweep() {
+    KV_SWEEP_STRIDE=1 KV_SWEEP_ALLOCATIONS=1000000 KV_KILL_MOMENTS=500 ctest --test-dir "build/$1" -L slow \
+        --no-tests=error --output-on-failure --timeout 3600 -j "$jobs"
 }
 
 # A gigabyte of text and a million entries: what the tests try is small enough to be quick.
@@ -149,7 +155,7 @@ cd "$project_dir" || exit 1
 for stage in "${stages[@]}"; do
     declare -F "stage_$stage" >/dev/null || die "There is no stage $stage."
 done
-install_missing "${build_packages[@]}" "${gate_packages[@]}"
+install_missing "${build_packages[@]}" "${test_packages[@]}" "${gate_packages[@]}"
 for stage in "${stages[@]}"; do
     run_stage "$stage"
 done

@@ -8,15 +8,17 @@ jobs=$(nproc 2>/dev/null || echo 2)
 export CCACHE_SLOPPINESS=pch_defines,time_macros
 
 # shellcheck disable=SC2034  # the lists are for those who source this file
-# Debian packages that building and testing need.
-build_packages=(cmake ninja-build g++ python3 python3-jsonschema ccache libboost1.81-dev libcli11-dev libgtest-dev
-    libgmock-dev rapidjson-dev pkg-config dpkg-dev)
+# Debian packages that building needs, the test programs included.
+build_packages=(cmake ninja-build g++ python3 libboost1.81-dev libcli11-dev rapidjson-dev libgtest-dev libgmock-dev)
+# shellcheck disable=SC2034
+# What running the tests natively needs besides: for documents in JSON, and for packages and what is linked with them.
+test_packages=(python3-jsonschema dpkg-dev file pkg-config)
 # shellcheck disable=SC2034
 # What building and testing for Windows needs besides.
 windows_packages=(g++-mingw-w64-x86-64-posix googletest wine wine64)
 # shellcheck disable=SC2034
 # What the long gate needs besides.
-gate_packages=(clang clang-format clang-tidy cppcheck valgrind shellcheck doxygen)
+gate_packages=(ccache clang clang-format clang-tidy cppcheck valgrind shellcheck doxygen)
 
 say() { printf '%s\n' "$*"; }
 die() { printf '%s\n' "$*" >&2; exit 1; }
@@ -60,6 +62,15 @@ install_missing() {
     apt-get update && apt-get install --no-install-recommends ${missing[*]}"
 }
 
+# scratch_folder MEGABYTES: makes a folder for scratch files, in memory where there is so much room, and prints its path.
+# Whoever asks for it removes it.
+scratch_folder() {
+    local memory=/dev/shm free place=${TMPDIR:-/tmp}
+    free=$(df --output=avail --block-size=1M "$memory" 2>/dev/null | tail -n 1)
+    [[ -w $memory && ${free:-0} -ge $1 ]] && place=$memory
+    mktemp -d "$place/kvreflash.XXXXXX"
+}
+
 # logged NAME COMMAND...: runs it with its output in build/logs/NAME.log, which is shown when it fails.
 logged() {
     local log=$log_dir/$1.log
@@ -72,12 +83,12 @@ logged() {
     return 1
 }
 
-# build_preset PRESET [TARGET]: configures it in build/PRESET and builds the target (default: all).
+# build_preset PRESET [TARGET...]: configures it in build/PRESET and builds the targets (default: all).
 build_preset() {
-    local preset=$1 target=${2:-all} options=()
+    local preset=$1 targets=("${@:2}") options=()
     command -v ccache >/dev/null && options+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
     cd "$project_dir" || return 1
     say "Building $preset (log: build/logs/build-$preset.log)"
     logged "configure-$preset" cmake --preset "$preset" "${options[@]}" &&
-        logged "build-$preset" cmake --build --preset "$preset" --target "$target" --parallel "$jobs"
+        logged "build-$preset" cmake --build --preset "$preset" --target "${targets[@]:-all}" --parallel "$jobs"
 }

@@ -10,5 +10,5 @@ set -uo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
 cd "$project_dir" || exit 1
-install_missing "${build_packages[@]}" lld
+install_missing "${build_packages[@]}" ccache lld
 exec python3 -B scripts/mutate.py "$@"

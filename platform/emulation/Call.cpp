@@ -2,6 +2,7 @@
 
 #include "Ledger.h"
 #include "Trace.h"
+#include "WideText.h"
 
 #include <string>
 #include <utility>
@@ -20,15 +21,13 @@ Call::Call(Operation operation, KvCErrorListPool& errors)
       lock_(EmulationService::instance().mutex()), subject_{operation, nullptr, std::nullopt} {
     if (traits_.isTraced && Trace::isWanted()) {
         line_ = KvNJson::json::makeObject();
-        line_->set("call", traits_.name);
+        onLine([this](KvNJson::json& line) { line.set("call", traits_.name); });
     }
 }
 
 void Call::setAddress(const KvCInventoryAddress& address) {
     subject_.address = &address;
-    if (line_) {
-        line_->set("address", address.toString());
-    }
+    onLine([&](KvNJson::json& line) { line.set("address", address.toString()); });
 }
 
 void Call::setId(std::uint32_t id) {
@@ -37,15 +36,15 @@ void Call::setId(std::uint32_t id) {
 }
 
 void Call::addField(std::string_view name, std::string_view text) {
-    if (line_) {
-        line_->set(name, text);
-    }
+    onLine([&](KvNJson::json& line) { line.set(name, text); });
+}
+
+void Call::addField(std::string_view name, std::wstring_view text) {
+    onLine([&](KvNJson::json& line) { line.set(name, std::string_view(utf8OfWide(text))); });
 }
 
 void Call::addField(std::string_view name, std::uint32_t number) {
-    if (line_) {
-        line_->set(name, number);
-    }
+    onLine([&](KvNJson::json& line) { line.set(name, number); });
 }
 
 std::int64_t Call::fail(const Failure& failure) {
@@ -57,6 +56,7 @@ std::optional<std::int64_t> Call::decide() {
     if (auto effect = meetFaults()) {
         ++Ledger::instance().faultsMet;
         entries_ = std::move(effect->errors);
+        isMemoryExhausted_ = effect->isMemoryExhausted;
         return effect->status;
     }
     const std::int32_t status = traits_.isHostInterface ? service().hostStatus() : 0;
@@ -76,21 +76,25 @@ std::optional<FaultEffect> Call::meetFaults() const {
 }
 
 std::int64_t Call::end(std::int64_t result) {
-    if (line_) {
-        trace(result);
-    }
+    trace(result);
     lock_.unlock();
     for (KvTErrorEntry& entry : entries_) {
         errors_.addError(std::move(entry));
+    }
+    if (isMemoryExhausted_) {
+        errors_.addError(memoryExhaustedError());
     }
     return result;
 }
 
 void Call::trace(std::int64_t result) {
+    const auto errorCount = static_cast<std::uint32_t>(entries_.size()) + (isMemoryExhausted_ ? 1 : 0);
     const bool hasFailed = traits_.failed < 0 ? result < 0 : result != 0;
-    if (hasFailed || !entries_.empty()) {
-        line_->set("status", numberOf(result));
-        line_->set("errors", static_cast<std::uint32_t>(entries_.size()));
-    }
-    Trace::append(*line_);
+    onLine([&](KvNJson::json& line) {
+        if (hasFailed || errorCount > 0) {
+            line.set("status", numberOf(result));
+            line.set("errors", errorCount);
+        }
+        Trace::append(line);
+    });
 }

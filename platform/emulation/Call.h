@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -18,6 +19,9 @@
 /// faults and the service's status decide before the operation does, and collects what goes into the caller's error
 /// list and into the trace. The error list is touched only after the service is free again: another thread may hold
 /// the list and wait for the service.
+///
+/// Exhausted memory makes the call fail like anything else; nothing here throws std::bad_alloc. A line of the trace for
+/// which there is no memory is lost.
 class Call {
 public:
     Call(Operation operation, KvCErrorListPool& errors);
@@ -30,7 +34,18 @@ public:
     void setId(std::uint32_t id);
     /// A field of the trace.
     void addField(std::string_view name, std::string_view text);
+    void addField(std::string_view name, std::wstring_view text);
     void addField(std::string_view name, std::uint32_t number);
+
+    /// Makes a step that comes before run(); when memory is exhausted in it, run() does nothing and the call fails.
+    template <class Step>
+    void attempt(Step step) {
+        try {
+            step();
+        } catch (const std::bad_alloc&) {
+            isMemoryExhausted_ = true;
+        }
+    }
 
     [[nodiscard]] EmulationService& service() const noexcept { return EmulationService::instance(); }
 
@@ -42,11 +57,17 @@ public:
     /// The same; `whenDecided` runs instead of `operation`.
     template <class Body, class Otherwise>
     std::int64_t run(Body operation, Otherwise whenDecided) {
-        const std::optional<std::int64_t> decided = decide();
-        if (decided) {
-            whenDecided();
+        std::int64_t result = traits_.failed;
+        if (!isMemoryExhausted_) {
+            attempt([&] {
+                const std::optional<std::int64_t> decided = decide();
+                if (decided) {
+                    whenDecided();
+                }
+                result = decided ? *decided : operation();
+            });
         }
-        return end(decided ? *decided : operation());
+        return end(result);
     }
 
     /// Adds an error; the result of a failed call.
@@ -60,6 +81,18 @@ private:
     std::int64_t end(std::int64_t result);
     void trace(std::int64_t result);
 
+    /// Hands the line of the trace to `step`, when there is one.
+    template <class Step>
+    void onLine(Step step) {
+        if (line_) {
+            try {
+                step(*line_);
+            } catch (const std::bad_alloc&) {
+                line_.reset();
+            }
+        }
+    }
+
     const OperationTraits& traits_;
     KvCErrorListPool& errors_;
     std::unique_lock<std::recursive_mutex> lock_;
@@ -68,4 +101,6 @@ private:
     /// Only when a trace is wanted.
     std::optional<KvNJson::json> line_;
     std::vector<KvTErrorEntry> entries_;
+    /// An error beside the entries.
+    bool isMemoryExhausted_ = false;
 };

@@ -27,6 +27,8 @@ inline constexpr std::uint32_t notAnInventoryTree = 0x2007;
 inline constexpr std::uint32_t wrongHandle = 0x2008;
 /// An element is already updating, or its update was not started.
 inline constexpr std::uint32_t wrongUpdateState = 0x2009;
+/// There was no memory for the operation, or for the error itself.
+inline constexpr std::uint32_t memoryExhausted = 0x200A;
 /// What a fault reports that names no errors of its own.
 inline constexpr std::uint32_t fault = 0x2FFF;
 
@@ -38,4 +40,9 @@ inline constexpr std::uint32_t fault = 0x2FFF;
     entry.code = code;
     entry.text = std::move(text);
     return entry;
+}
+
+/// Says that memory is exhausted, and needs none itself: strings keep a text as short in themselves.
+[[nodiscard]] inline KvTErrorEntry memoryExhaustedError() {
+    return emulationError(EmulationErrors::memoryExhausted, "Out of memory.");
 }

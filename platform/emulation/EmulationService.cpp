@@ -8,6 +8,9 @@ namespace {
 
 constexpr std::int32_t serviceUnreachable = 33;
 
+/// Made when the library is loaded: later on memory may be exhausted.
+[[maybe_unused]] const EmulationService* const madeAtLoad = &EmulationService::instance();
+
 } // namespace
 
 EmulationService& EmulationService::instance() {

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <iterator>
 #include <limits>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -89,9 +90,13 @@ void add(const Fault& fault, const OperationTraits& operation, std::optional<Fau
     if (!effect) {
         effect.emplace().status = fault.status.value_or(operation.failed);
     }
-    std::vector<KvTErrorEntry> errors = errorsOf(fault, operation);
-    effect->errors.insert(effect->errors.end(), std::make_move_iterator(errors.begin()),
-                          std::make_move_iterator(errors.end()));
+    try {
+        std::vector<KvTErrorEntry> errors = errorsOf(fault, operation);
+        effect->errors.insert(effect->errors.end(), std::make_move_iterator(errors.begin()),
+                              std::make_move_iterator(errors.end()));
+    } catch (const std::bad_alloc&) {
+        effect->isMemoryExhausted = true;
+    }
 }
 
 } // namespace

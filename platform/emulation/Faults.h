@@ -40,6 +40,8 @@ struct CallSubject {
 struct FaultEffect {
     std::vector<KvTErrorEntry> errors;
     std::int64_t status = 0;
+    /// There was no memory for some of the errors.
+    bool isMemoryExhausted = false;
 };
 
 /// The faults of one target and how many calls each has met in this process.
@@ -48,7 +50,7 @@ public:
     explicit Faults(std::vector<Fault> faults);
 
     /// Counts a call. When faults hit it, `effect` gets the errors of all of them and the status of the first fault
-    /// that hit this call.
+    /// that hit this call. Throws nothing.
     void meet(const CallSubject& call, std::optional<FaultEffect>& effect);
 
 private:

@@ -1,9 +1,11 @@
 #include "KvCErrorManager.h"
 
+#include "EmulationErrors.h"
 #include "Ledger.h"
 
 #include <iterator>
 #include <mutex>
+#include <new>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -12,14 +14,20 @@ struct KvCErrorListPool::Impl {
     /// Guards everything below. getErrorCountLock() keeps it locked beyond the call.
     std::recursive_mutex mutex;
     std::vector<KvTErrorEntry> entries;
+    /// Errors for which there was no memory. They count, and stand behind the entries as one that says so.
+    std::uint32_t lost = 0;
     /// getErrorCountLock() calls without their getErrorCountUnlock(). Whoever holds `mutex` and finds it above 0 made
     /// them.
     std::uint32_t countLocks = 0;
 
-    [[nodiscard]] std::uint32_t count() const { return static_cast<std::uint32_t>(entries.size()); }
+    [[nodiscard]] std::uint32_t count() const { return static_cast<std::uint32_t>(entries.size()) + lost; }
     [[nodiscard]] const KvTErrorEntry& entryAt(std::uint32_t index) const {
         static const KvTErrorEntry none;
-        return index < entries.size() ? entries[index] : none;
+        static const KvTErrorEntry lostOne = memoryExhaustedError();
+        if (index < entries.size()) {
+            return entries[index];
+        }
+        return index < count() ? lostOne : none;
     }
 };
 
@@ -35,24 +43,40 @@ KvCErrorListPool::~KvCErrorListPool() {
 
 KvCErrorListPool& KvCErrorListPool::operator+=(const KvCErrorListPool& other) {
     std::vector<KvTErrorEntry> added;
+    std::uint32_t lost = 0;
     {
         const std::lock_guard guard(other.impl_->mutex);
-        added = other.impl_->entries;
+        lost = other.impl_->lost;
+        try {
+            added = other.impl_->entries;
+        } catch (const std::bad_alloc&) {
+            lost = other.impl_->count();
+        }
     }
     const std::lock_guard guard(impl_->mutex);
-    impl_->entries.insert(impl_->entries.end(), std::make_move_iterator(added.begin()),
-                          std::make_move_iterator(added.end()));
+    impl_->lost += lost;
+    try {
+        impl_->entries.insert(impl_->entries.end(), std::make_move_iterator(added.begin()),
+                              std::make_move_iterator(added.end()));
+    } catch (const std::bad_alloc&) {
+        impl_->lost += static_cast<std::uint32_t>(added.size());
+    }
     return *this;
 }
 
 void KvCErrorListPool::addError(KvTErrorEntry entry) {
     const std::lock_guard guard(impl_->mutex);
-    impl_->entries.push_back(std::move(entry));
+    try {
+        impl_->entries.push_back(std::move(entry));
+    } catch (const std::bad_alloc&) {
+        ++impl_->lost;
+    }
 }
 
 void KvCErrorListPool::reset() {
     const std::lock_guard guard(impl_->mutex);
     impl_->entries.clear();
+    impl_->lost = 0;
 }
 
 std::uint32_t KvCErrorListPool::getErrorCount() const {
@@ -130,6 +154,13 @@ struct KvCErrorManager::Impl {
     /// The lists of clients, guarded by `mutex`.
     std::unordered_set<KvCErrorList*> lists;
 };
+
+namespace {
+
+/// Made when the library is loaded: later on memory may be exhausted.
+[[maybe_unused]] const KvCErrorManager* const madeAtLoad = KvCErrorManager::getInstance();
+
+} // namespace
 
 KvCErrorManager::KvCErrorManager() : impl_(std::make_unique<Impl>()) {}
 KvCErrorManager::~KvCErrorManager() = default;

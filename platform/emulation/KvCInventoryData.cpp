@@ -46,10 +46,10 @@ void KvCInventoryData::extractInventoryTreeFromFile(KvCErrorListPool& errors, co
         if (!tree.hasValue()) {
             return call.fail(tree.failure());
         }
+        root = makeTree(std::move(tree.value().root)).release();
         const auto& stated = tree.value().checksum;
         hasChecksum = stated.has_value();
         checksum = stated.value_or(checksum);
-        root = makeTree(std::move(tree.value().root)).release();
         return 0;
     });
 }

@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -82,24 +83,28 @@ std::unique_ptr<KvCInventoryItem> scanTarget(const std::shared_ptr<EmulatedTarge
 } // namespace
 
 KvCInventoryManager* KvCInventoryManager::getInstance() {
-    static auto* const manager = new KvCInventoryManager;
-    return manager;
+    static KvCInventoryManager manager;
+    return &manager;
 }
 
 std::uint32_t KvCInventoryManager::createRootHandleByIpAddressList(KvCErrorListPool& errors, const char* addressList,
                                                                    KvCInventoryRootHandle*& root) {
-    const std::string text(addressList != nullptr ? addressList : "");
+    const std::string_view text(addressList != nullptr ? addressList : "");
     Call call(Operation::createRootHandleByIpAddressList, errors);
-    call.addField("name", std::string_view(text));
+    call.addField("name", text);
     const auto address = parseIpV4(text);
     const std::shared_ptr<EmulatedTarget> target = address ? call.service().targetAt(*address) : nullptr;
     call.bindTo(target);
     return statusOf(call.run([&]() -> std::int64_t {
         if (!address) {
-            return call.fail({EmulationErrors::notAnIpV4Address, "\"" + text + "\" is not an IPv4 address."});
+            std::string reason("\"");
+            reason.append(text).append("\" is not an IPv4 address.");
+            return call.fail({EmulationErrors::notAnIpV4Address, std::move(reason)});
         }
         if (target == nullptr) {
-            return call.fail({EmulationErrors::notFound, "There is no target with the address " + text + "."});
+            std::string reason("There is no target with the address ");
+            reason.append(text).append(".");
+            return call.fail({EmulationErrors::notFound, std::move(reason)});
         }
         root = call.service().rootHandles.add({target, HeldCount(Ledger::instance().rootHandles)});
         return 0;
@@ -182,16 +187,17 @@ std::uint32_t KvCInventoryManager::transferFile(KvCErrorListPool& errors, KvCInv
                                                 const KvCInventoryAddress& address, void* lockHandle,
                                                 const wchar_t* path, KvNInventoryManager::KvTransferProgress progress,
                                                 void* context, RemoteFileHandle& file) {
-    const std::string local = path != nullptr ? utf8OfWide(path) : std::string();
+    const std::wstring_view local(path != nullptr ? path : L"");
     TargetCall call(Operation::transferFile, errors, root);
     call.setAddress(address);
-    call.addField("path", std::string_view(local));
+    call.addField("path", local);
     const std::shared_ptr<UpdateSession> session = call.sessionOf(lockHandle);
     return statusOf(call.run([&]() -> std::int64_t {
         if (const Outcome refusal = call.refuseUnlessLocked(session, address)) {
             return call.fail(*refusal);
         }
-        auto remote = session->transferFile(address, SystemFiles::localPathOf(local), progressFor(progress, context));
+        auto remote =
+            session->transferFile(address, SystemFiles::localPathOf(utf8OfWide(local)), progressFor(progress, context));
         if (!remote.hasValue()) {
             return call.fail(remote.failure());
         }

@@ -18,6 +18,8 @@ struct KvTServeResult {
     std::string error;
     /// What is odd about the description but does not keep it from being served; one sentence each.
     std::vector<std::string> warnings;
+    /// The addresses at which the target is served, in dotted form, in the order of the description.
+    std::vector<std::string> addresses;
 };
 
 /// Everything that clients created and did not release, and the sleeps that they asked for.

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -29,7 +30,7 @@ std::int32_t statusOf(std::int64_t result) {
     return static_cast<std::int32_t>(result);
 }
 
-std::string textOf(const char* text) {
+std::string_view textOf(const char* text) {
     return text != nullptr ? text : "";
 }
 
@@ -53,11 +54,11 @@ Outcome setParameter(DeviceFilter& filter, std::uint32_t parameter, const void* 
 
 /// True when a target that restarts is not found by the filter's session.
 bool isHidden(DeviceFilter& filter, EmulatedTarget& target) {
-    const auto known = filter.hiddenTargets.find(&target);
-    if (known != filter.hiddenTargets.end()) {
-        return known->second;
+    const auto [known, isNew] = filter.hiddenTargets.try_emplace(&target, false);
+    if (isNew) {
+        known->second = target.state().takeHiddenLookup();
     }
-    return filter.hiddenTargets[&target] = target.state().takeHiddenLookup();
+    return known->second;
 }
 
 std::vector<KvHIMSDeviceInfo> passingDevices(const EmulationService& service, DeviceFilter& filter) {
@@ -173,7 +174,8 @@ std::int32_t KvHIM_deleteFilter(KvCErrorListPool& errors, KvHIMFilterHandle filt
 std::int32_t KvHIM_createDeviceHandle(KvCErrorListPool& errors, const KvHIMSDeviceInfo& info,
                                       KvHIMDeviceHandle& device) {
     Call call(Operation::createDeviceHandle, errors);
-    const std::shared_ptr<EmulatedTarget> target = targetOf(call.service(), info);
+    std::shared_ptr<EmulatedTarget> target;
+    call.attempt([&] { target = targetOf(call.service(), info); });
     call.bindTo(target);
     return statusOf(call.run([&]() -> std::int64_t {
         if (target == nullptr) {
@@ -223,52 +225,56 @@ std::int32_t KvHIM_deleteFTClientHandle(KvCErrorListPool& errors, KvHIMFTClientH
 
 std::int32_t KvHIM_makeDir(KvCErrorListPool& errors, void* /*reserved*/, KvHIMFTClientHandle client, const char* parent,
                            const char* name) {
-    const std::string folder = textOf(parent);
-    const std::string newName = textOf(name);
+    const std::string_view folder = textOf(parent);
+    const std::string_view newName = textOf(name);
     Call call(Operation::makeDir, errors);
-    call.addField("path", std::string_view(folder));
-    call.addField("name", std::string_view(newName));
+    call.addField("path", folder);
+    call.addField("name", newName);
     const auto target = bindToHandle(call, call.service().transferClients, client);
     return statusOf(call.run([&] {
-        return target != nullptr ? call.conclude(TargetFileSystem(target->state()).makeFolder(folder, newName))
-                                 : call.fail(wrongHandle("transfer client"));
+        return target != nullptr
+                   ? call.conclude(
+                         TargetFileSystem(target->state()).makeFolder(std::string(folder), std::string(newName)))
+                   : call.fail(wrongHandle("transfer client"));
     }));
 }
 
 std::int64_t KvHIM_putFileU(KvCErrorListPool& errors, void* /*reserved*/, KvHIMFTClientHandle client,
                             const wchar_t* localPath, const char* folder, const char* name, KvHIMProgress progress,
                             void* context) {
-    const std::string local = localPath != nullptr ? utf8OfWide(localPath) : std::string();
-    const std::string targetFolder = textOf(folder);
-    const std::string fileName = textOf(name);
+    const std::wstring_view local(localPath != nullptr ? localPath : L"");
+    const std::string_view targetFolder = textOf(folder);
+    const std::string_view fileName = textOf(name);
     Call call(Operation::putFileU, errors);
-    call.addField("path", std::string_view(targetFolder));
-    call.addField("name", std::string_view(fileName));
+    call.addField("path", targetFolder);
+    call.addField("name", fileName);
     const auto target = bindToHandle(call, call.service().transferClients, client);
     return call.run([&]() -> std::int64_t {
         if (target == nullptr) {
             return call.fail(wrongHandle("transfer client"));
         }
-        const auto written =
-            TargetFileSystem(target->state())
-                .putFile(SystemFiles::localPathOf(local), targetFolder, fileName, progressFor(progress, context));
+        const auto written = TargetFileSystem(target->state())
+                                 .putFile(SystemFiles::localPathOf(utf8OfWide(local)), std::string(targetFolder),
+                                          std::string(fileName), progressFor(progress, context));
         return written.hasValue() ? static_cast<std::int64_t>(written.value()) : call.fail(written.failure());
     });
 }
 
 std::int32_t KvHIM_renameFile(KvCErrorListPool& errors, void* /*reserved*/, KvHIMFTClientHandle client,
                               const char* folder, const char* oldName, const char* newName) {
-    const std::string targetFolder = textOf(folder);
-    const std::string name = textOf(newName);
+    const std::string_view targetFolder = textOf(folder);
+    const std::string_view name = textOf(newName);
     Call call(Operation::renameFile, errors);
-    call.addField("path", std::string_view(targetFolder));
-    call.addField("name", std::string_view(name));
+    call.addField("path", targetFolder);
+    call.addField("name", name);
     const auto target = bindToHandle(call, call.service().transferClients, client);
     return statusOf(call.run([&]() -> std::int64_t {
         if (target == nullptr) {
             return call.fail(wrongHandle("transfer client"));
         }
-        const auto renamed = TargetFileSystem(target->state()).renameFile(targetFolder, textOf(oldName), name);
+        const auto renamed =
+            TargetFileSystem(target->state())
+                .renameFile(std::string(targetFolder), std::string(textOf(oldName)), std::string(name));
         return renamed.hasValue() ? call.conclude(installRenamed(*target, renamed.value()))
                                   : call.fail(renamed.failure());
     }));

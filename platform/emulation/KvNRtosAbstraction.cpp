@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <new>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -44,9 +45,13 @@ std::uint32_t KvNRtosAbstraction::stringToIpV4(KvCErrorListPool& errors, const c
     if (const auto address = parseIpV4(given)) {
         return *address;
     }
-    std::string message(1, '"');
-    message += given;
-    message += "\" is not an IPv4 address: four decimal numbers of 0 to 255 with dots between are expected.";
-    errors.addError(emulationError(EmulationErrors::notAnIpV4Address, std::move(message)));
+    try {
+        std::string message(1, '"');
+        message += given;
+        message += "\" is not an IPv4 address: four decimal numbers of 0 to 255 with dots between are expected.";
+        errors.addError(emulationError(EmulationErrors::notAnIpV4Address, std::move(message)));
+    } catch (const std::bad_alloc&) {
+        errors.addError(memoryExhaustedError());
+    }
     return 0;
 }

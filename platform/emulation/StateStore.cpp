@@ -131,14 +131,30 @@ Outcome createFolder(const fs::path& path) {
 
 /// The paths in a folder, sorted; none when it is missing.
 std::vector<fs::path> listFolder(const fs::path& folder, std::error_code& fault) {
-    std::vector<fs::path> paths;
-    fs::directory_iterator entry(folder, fault);
-    while (!fault && entry != fs::directory_iterator()) {
-        paths.push_back(entry->path());
-        entry.increment(fault);
-    }
+    std::vector<fs::path> paths = SystemFiles::pathsIn(folder, fault);
     std::sort(paths.begin(), paths.end());
     return paths;
+}
+
+/// Deletes what is at `path`, of a folder everything in it too. No link is followed.
+std::error_code removeAll(const fs::path& path) {
+    std::error_code fault;
+    const fs::file_type type = fs::symlink_status(path, fault).type();
+    if (type == fs::file_type::not_found) {
+        return {};
+    }
+    if (type == fs::file_type::directory) {
+        for (const fs::path& entry : SystemFiles::pathsIn(path, fault)) {
+            if (const std::error_code failure = removeAll(entry)) {
+                return failure;
+            }
+        }
+        if (fault) {
+            return fault;
+        }
+    }
+    fs::remove(path, fault);
+    return fault;
 }
 
 std::string ignoredFile(const fs::path& path, const std::string& reason) {
@@ -288,9 +304,7 @@ OrFailure<StateStore::TransferredFile> StateStore::createTransferredFile(std::ui
 }
 
 std::error_code StateStore::clearTransferredFiles() const {
-    std::error_code fault;
-    fs::remove_all(state_ / transferFolder, fault);
-    return fault;
+    return removeAll(state_ / transferFolder);
 }
 
 OrFailure<SystemFiles::Folder> StateStore::openFileSystem() {

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 /// The operating system as far as the emulation needs more than the standard library: one source per system implements
 /// it. Failures come back as an error code; a function that yields something clears it when it succeeds. Nothing here
@@ -39,6 +40,9 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 [[nodiscard]] File openForReading(const std::filesystem::path& path, std::error_code& fault);
 /// Creates a file for writing bytes; whatever exists at `path`, be it a link, is a failure.
 [[nodiscard]] File createNew(const std::filesystem::path& path, std::error_code& fault);
+/// The paths in a folder, in no order; those found before a fault. (The standard library's iterators end the process
+/// when memory is exhausted.)
+[[nodiscard]] std::vector<std::filesystem::path> pathsIn(const std::filesystem::path& folder, std::error_code& fault);
 /// Renames a file, replacing the one that is at `to`, in one step for other processes.
 [[nodiscard]] std::error_code moveIntoPlace(const std::filesystem::path& from, const std::filesystem::path& to);
 /// Appends `bytes` to a file, which is created when missing, in one step for other processes.

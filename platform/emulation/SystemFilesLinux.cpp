@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -40,6 +41,10 @@ public:
 
 private:
     int number_;
+};
+
+struct DirectoryCloser {
+    void operator()(DIR* directory) const noexcept { static_cast<void>(::closedir(directory)); }
 };
 
 /// The stream on `descriptor`; null with `fault` when the descriptor is not open.
@@ -130,6 +135,31 @@ File openForReading(const std::filesystem::path& path, std::error_code& fault) {
 File createNew(const std::filesystem::path& path, std::error_code& fault) {
     return streamOn(Descriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, newFileMode)), "wb",
                     fault);
+}
+
+std::vector<std::filesystem::path> pathsIn(const std::filesystem::path& folder, std::error_code& fault) {
+    fault.clear();
+    std::vector<std::filesystem::path> paths;
+    const std::unique_ptr<DIR, DirectoryCloser> directory(::opendir(folder.c_str()));
+    if (directory == nullptr) {
+        fault = lastError();
+        return paths;
+    }
+    for (;;) {
+        errno = 0;
+        const dirent* const entry = ::readdir(directory.get());
+        if (entry == nullptr) {
+            break;
+        }
+        const std::string_view name(entry->d_name);
+        if (name != "." && name != "..") {
+            paths.push_back(folder / name);
+        }
+    }
+    if (errno != 0) {
+        fault = lastError();
+    }
+    return paths;
 }
 
 std::error_code moveIntoPlace(const std::filesystem::path& from, const std::filesystem::path& to) {

@@ -44,6 +44,27 @@ private:
     HANDLE handle_;
 };
 
+/// A search of files that is closed at the end of its scope.
+class Search {
+public:
+    explicit Search(HANDLE handle) noexcept : handle_(handle) {}
+    Search(const Search&) = delete;
+    Search(Search&&) = delete;
+    Search& operator=(const Search&) = delete;
+    Search& operator=(Search&&) = delete;
+    ~Search() {
+        if (isOpen()) {
+            FindClose(handle_);
+        }
+    }
+
+    [[nodiscard]] bool isOpen() const noexcept { return handle_ != INVALID_HANDLE_VALUE; }
+    [[nodiscard]] HANDLE get() const noexcept { return handle_; }
+
+private:
+    HANDLE handle_;
+};
+
 /// The stream on `handle`; null with `fault` when the handle is not open.
 File streamOn(Handle handle, bool reading, std::error_code& fault) {
     fault.clear();
@@ -159,6 +180,24 @@ File openForReading(const std::filesystem::path& path, std::error_code& fault) {
 
 File createNew(const std::filesystem::path& path, std::error_code& fault) {
     return streamOn(openHandle(path.native(), GENERIC_WRITE, shareAll, CREATE_NEW), false, fault);
+}
+
+std::vector<std::filesystem::path> pathsIn(const std::filesystem::path& folder, std::error_code& fault) {
+    fault.clear();
+    std::vector<std::filesystem::path> paths;
+    WIN32_FIND_DATAW entry{};
+    const std::filesystem::path everything = folder / L"*";
+    const Search search(FindFirstFileW(everything.c_str(), &entry));
+    for (bool isFound = search.isOpen(); isFound; isFound = FindNextFileW(search.get(), &entry) != 0) {
+        const std::wstring_view name(entry.cFileName);
+        if (name != L"." && name != L"..") {
+            paths.push_back(folder / name);
+        }
+    }
+    if (GetLastError() != ERROR_NO_MORE_FILES) {
+        fault = lastError();
+    }
+    return paths;
 }
 
 std::error_code moveIntoPlace(const std::filesystem::path& from, const std::filesystem::path& to) {

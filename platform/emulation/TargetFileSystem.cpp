@@ -97,12 +97,12 @@ OrFailure<TargetFileSystem::Renamed> TargetFileSystem::renameFile(const std::str
     if (!checksum.hasValue()) {
         return checksum.failure();
     }
-    if (const std::error_code fault = opened.value().renameFile(oldName, newName)) {
-        return fileFailure("rename", pathIn(folder, oldName), fault);
-    }
     Renamed renamed;
     renamed.location = joinComponents(resolveTargetPath(pathIn(folder, newName)).value());
     renamed.contents.checksum = checksum.value();
+    if (const std::error_code fault = opened.value().renameFile(oldName, newName)) {
+        return fileFailure("rename", pathIn(folder, oldName), fault);
+    }
     return renamed;
 }
 

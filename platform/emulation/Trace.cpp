@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <iostream>
+#include <new>
 #include <string>
 
 namespace {
@@ -19,8 +20,12 @@ void reportOnce(const std::filesystem::path& path, const std::error_code& fault)
 
 } // namespace
 
-bool Trace::isWanted() {
-    return SystemFiles::pathFromEnvironment(variable).has_value();
+bool Trace::isWanted() noexcept {
+    try {
+        return SystemFiles::pathFromEnvironment(variable).has_value();
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
 }
 
 void Trace::append(const KvNJson::json& line) {

@@ -6,7 +6,8 @@
 /// each call.
 namespace Trace {
 
-[[nodiscard]] bool isWanted();
+/// False when memory is exhausted, too: the call's line is lost then.
+[[nodiscard]] bool isWanted() noexcept;
 /// A line that cannot be written is lost; the first time in a process the reason goes to standard error.
 void append(const KvNJson::json& line);
 

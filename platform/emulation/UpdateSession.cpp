@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -61,8 +62,11 @@ UpdateSession::UpdateSession(std::shared_ptr<EmulatedTarget> target, SystemFiles
     : target_(std::move(target)), lock_(std::move(lock)), count_(Ledger::instance().locks) {}
 
 UpdateSession::~UpdateSession() {
-    // What cannot be deleted now is cleared by the next lock.
-    static_cast<void>(target_->state().clearTransferredFiles());
+    // What cannot be deleted now, be it that memory is exhausted, is cleared by the next lock.
+    try {
+        static_cast<void>(target_->state().clearTransferredFiles());
+    } catch (const std::bad_alloc&) {
+    }
 }
 
 void UpdateSession::countAsReleased() noexcept {
@@ -100,7 +104,7 @@ OrFailure<UpdateSession::RemoteFileHandle> UpdateSession::transferFile(const KvC
 }
 
 Outcome UpdateSession::deleteRemoteFile(const RemoteFileHandle& handle) {
-    const auto found = files_.find(std::string(handle.path.view()));
+    const auto found = files_.find(handle.path.view());
     if (found == files_.end()) {
         ++Ledger::instance().badReleases;
         return noSuchRemoteFile(handle);
@@ -115,7 +119,7 @@ Outcome UpdateSession::deleteRemoteFile(const RemoteFileHandle& handle) {
 }
 
 void UpdateSession::countRemoteFileAsDeleted(const RemoteFileHandle& handle) {
-    const auto found = files_.find(std::string(handle.path.view()));
+    const auto found = files_.find(handle.path.view());
     if (found != files_.end()) {
         found->second.count.release();
     }
@@ -135,7 +139,7 @@ Outcome UpdateSession::start(const ItemDescription& element, const RemoteFileHan
 }
 
 OrFailure<InstalledValues> UpdateSession::contentsOf(const RemoteFileHandle& handle) {
-    const auto found = files_.find(std::string(handle.path.view()));
+    const auto found = files_.find(handle.path.view());
     if (found == files_.end()) {
         return noSuchRemoteFile(handle);
     }

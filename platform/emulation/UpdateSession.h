@@ -6,11 +6,14 @@
 #include "SystemFiles.h"
 #include "TargetFileSystem.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -56,6 +59,10 @@ private:
         /// Once an update has asked for it.
         std::optional<InstalledValues> contents;
     };
+    struct PathHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view path) const noexcept { return std::hash<std::string_view>()(path); }
+    };
     struct Update {
         std::uint32_t answeredQueries = 0;
         bool isFinished = false;
@@ -68,7 +75,7 @@ private:
     std::shared_ptr<EmulatedTarget> target_;
     SystemFiles::FileLock lock_;
     HeldCount count_;
-    /// By the handle's path.
-    std::unordered_map<std::string, RemoteFile> files_;
+    /// By the handle's path, which is looked up without memory: releases must not need any.
+    std::unordered_map<std::string, RemoteFile, PathHash, std::equal_to<>> files_;
     std::unordered_map<const ItemDescription*, Update> updates_;
 };

@@ -29,7 +29,8 @@ struct KvTErrorEntry {
 /// A list of collected errors. Every operation of the device access libraries takes one and appends to it when it
 /// fails: a call is judged by comparing the error count before and after it. The pair getErrorCountLock() and
 /// getErrorCountUnlock() keeps the list locked for other threads in between; the calling thread may go on using it.
-/// Indices count from 0; beyond getNumberOfUsedEntries() there are 0 and empty texts.
+/// Indices count from 0; beyond getNumberOfUsedEntries() there are 0 and empty texts. An error for which there is no
+/// memory counts all the same; its entry says that memory is exhausted.
 class KV_PLATFORM_API KvCErrorListPool {
 public:
     KvCErrorListPool(const KvCErrorListPool&) = delete;

@@ -160,9 +160,10 @@ void KvCFirmwareArchive::printArchiveVersion() const {
     writer_.print(L"%hs\n", text.c_str());
 }
 
-// The text is that of one document which holds copies of all entries; it is put together from theirs.
+// The text is that of one document which holds copies of all entries; it is put together from theirs. A client parses
+// what one call of its message callback brings.
 void KvCFirmwareArchive::dumpDescription() const {
-    BlockPrinter printer(writer_);
+    BlockPrinter printer(writer_, writer_.hasReceiver() ? BlockPrinter::wholeText : BlockPrinter::blockSize);
     printer.text().append("{\n    \"info\": ");
     appendIndented(printer.text(), dumped(describedInfo(info_)), 1);
     printer.text() += ',';

@@ -159,9 +159,11 @@ public:
     EntryRules(KvCArchiveFindings& findings, const EntryProperties& properties, std::uint32_t entry)
         : findings_(findings), properties_(properties), entry_(entry) {}
 
-    [[nodiscard]] bool check() {
-        return checkFeatureLevel() && (skipped_ || (checkMandatory() && checkProperties(properties_, noBoard) &&
-                                                    checkBoards() && checkNotBoth() && checkAddressed()));
+    [[nodiscard]] bool check() { return checkFeatureLevel() && (skipped_ || checkRest()); }
+    /// Everything but the feature level.
+    [[nodiscard]] bool checkRest() {
+        return checkMandatory() && checkProperties(properties_, noBoard) && checkBoards() && checkNotBoth() &&
+               checkAddressed();
     }
     /// The entry needs a feature level that is not supported; nothing else of it was looked at.
     [[nodiscard]] bool skipped() const { return skipped_; }
@@ -272,6 +274,17 @@ KvTEntryVerdict checkEntry(KvCArchiveFindings& findings, jsonView entry, std::ui
     return {.outcome = !sound            ? refused
                        : rules.skipped() ? skipped
                                          : accepted,
+            .hasTargetPath = rules.targetPathFound(),
+            .goOn = goOn};
+}
+
+KvTEntryVerdict checkIgnoredEntry(KvCArchiveFindings& findings, jsonView entry, std::uint32_t index) {
+    const EntryProperties properties(entry);
+    EntryRules rules(findings, properties, index);
+    const std::uint32_t errorsBefore = findings.errorCount();
+    const bool goOn = rules.checkRest();
+    const bool sound = findings.errorCount() == errorsBefore;
+    return {.outcome = sound ? KvEEntryOutcome::accepted : KvEEntryOutcome::refused,
             .hasTargetPath = rules.targetPathFound(),
             .goOn = goOn};
 }

@@ -25,3 +25,7 @@ struct KvTEntryVerdict {
 
 /// Holds element `index` of "files" against the rules for file entries.
 [[nodiscard]] KvTEntryVerdict checkEntry(KvCArchiveFindings& findings, KvNJson::jsonView entry, std::uint32_t index);
+
+/// The same for an entry that is ignored for its feature level, without that rule: whether this system could read it.
+[[nodiscard]] KvTEntryVerdict checkIgnoredEntry(KvCArchiveFindings& findings, KvNJson::jsonView entry,
+                                                std::uint32_t index);

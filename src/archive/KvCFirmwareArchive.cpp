@@ -5,6 +5,7 @@
 #include "Files.h"
 #include "InfoRules.h"
 #include "KvCConsoleWriter.h"
+#include "MessageCapture.h"
 #include "UpdateFileReaders.h"
 
 #include <algorithm>
@@ -97,6 +98,7 @@ bool KvCFirmwareArchive::readDocument(std::optional<json> document, const std::w
 
 void KvCFirmwareArchive::readFiles(json& files, KvCArchiveFindings& findings) {
     files_.clear();
+    ignoredFiles_.clear();
     maxSequence_ = 0;
     ignoredEntryCount_ = 0;
     const std::size_t count = files.view().size();
@@ -104,9 +106,11 @@ void KvCFirmwareArchive::readFiles(json& files, KvCArchiveFindings& findings) {
     for (std::size_t index = 0; index < count; ++index) {
         const KvTEntryVerdict verdict = checkEntry(findings, files.view().at(index), static_cast<std::uint32_t>(index));
         if (verdict.outcome == KvEEntryOutcome::accepted) {
-            appendEntry(files, index, verdict.hasTargetPath);
+            files_.push_back(takeEntry(files, index, verdict.hasTargetPath));
+            maxSequence_ = std::max(maxSequence_, files_.back().sequence);
         } else if (verdict.outcome == KvEEntryOutcome::skipped) {
             ++ignoredEntryCount_;
+            keepIgnoredEntry(files, index);
         }
         if (!verdict.goOn) {
             return;
@@ -114,15 +118,25 @@ void KvCFirmwareArchive::readFiles(json& files, KvCArchiveFindings& findings) {
     }
 }
 
+/// A plan names such an entry as the reason why an element has none.
+void KvCFirmwareArchive::keepIgnoredEntry(json& files, std::size_t index) {
+    const MessageCapture dropped;
+    KvCArchiveFindings findings(dropped.writer());
+    const KvTEntryVerdict verdict =
+        checkIgnoredEntry(findings, files.view().at(index), static_cast<std::uint32_t>(index));
+    if (verdict.outcome == KvEEntryOutcome::accepted) {
+        ignoredFiles_.push_back(takeEntry(files, index, verdict.hasTargetPath));
+    }
+}
+
 /// Moves entry `index` out of the description.
-void KvCFirmwareArchive::appendEntry(json& files, std::size_t index, bool hasTargetPath) {
-    KvTArchiveFile& file = files_.emplace_back();
+KvTArchiveFile KvCFirmwareArchive::takeEntry(json& files, std::size_t index, bool hasTargetPath) const {
+    KvTArchiveFile file;
     file.descriptionIndex = static_cast<std::uint32_t>(index);
     file.description = files.takeItem(index);
     const EntryProperties properties(file.description.view());
     file.name = KvCString(properties[KvEProperty::name].get_string());
     file.sequence = static_cast<std::uint32_t>(properties[KvEProperty::sequence].get_unsigned());
-    maxSequence_ = std::max(maxSequence_, file.sequence);
     file.hasTargetPath = hasTargetPath;
     const jsonView version = properties[KvEProperty::version];
     if (!version.is_valid()) {
@@ -137,6 +151,7 @@ void KvCFirmwareArchive::appendEntry(json& files, std::size_t index, bool hasTar
     }
     const jsonView mode = properties[KvEProperty::mode];
     file.mode = mode.is_string() && mode.get_string() == "upgrade" ? upgradeMode : standardMode;
+    return file;
 }
 
 bool KvCFirmwareArchive::completeFromUpdateFiles(KvCArchiveFindings& findings) {

@@ -50,6 +50,8 @@ public:
     [[nodiscard]] const std::vector<KvTArchiveFile>& files() const { return files_; }
     /// Highest sequence of the accepted entries; 0 when there are none.
     [[nodiscard]] std::uint32_t maxSequence() const { return maxSequence_; }
+    /// Entries that are ignored for their feature level, as far as the other rules accept them.
+    [[nodiscard]] const std::vector<KvTArchiveFile>& ignoredFiles() const { return ignoredFiles_; }
     /// Number of entries skipped for their feature level.
     [[nodiscard]] std::uint32_t ignoredEntryCount() const { return ignoredEntryCount_; }
     /// Why the last readArchive() or readDescriptionFile() has failed: one line without end, UTF-8. Empty if it has
@@ -60,7 +62,8 @@ private:
     [[nodiscard]] bool readDocument(std::optional<KvNJson::json> document, const std::wstring& path,
                                     KvCArchiveFindings& findings);
     void readFiles(KvNJson::json& files, KvCArchiveFindings& findings);
-    void appendEntry(KvNJson::json& files, std::size_t index, bool hasTargetPath);
+    [[nodiscard]] KvTArchiveFile takeEntry(KvNJson::json& files, std::size_t index, bool hasTargetPath) const;
+    void keepIgnoredEntry(KvNJson::json& files, std::size_t index);
     [[nodiscard]] bool completeFromUpdateFile(KvTArchiveFile& file, KvCArchiveFindings& findings,
                                               std::uint32_t& opened);
 
@@ -68,6 +71,7 @@ private:
     const KvNReflasher::KvTOptions& options_;
     KvTArchiveInfo info_;
     std::vector<KvTArchiveFile> files_;
+    std::vector<KvTArchiveFile> ignoredFiles_;
     std::uint32_t maxSequence_ = 0;
     std::uint32_t ignoredEntryCount_ = 0;
     std::string refusal_;

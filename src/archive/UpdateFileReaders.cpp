@@ -81,20 +81,17 @@ std::uint8_t servicePackBuild(std::uint8_t releaseKind) {
     }
 }
 
-/// The value of a FIRMWARE parameter; unknownValue when it is missing or cannot be read.
-std::uint32_t readNumber(KvCErrorListPool& errors, const KvCInventoryItem& firmware, const KvCInventoryAddress& path) {
-    std::uint32_t value = unknownValue;
-    const bool read =
-        firmware.getParameter(path) != nullptr && callSucceeds(errors, [&] { firmware.getValue(errors, path, value); });
-    return read ? value : unknownValue;
-}
-
-KvCVersion readVersion(KvCErrorListPool& errors, const KvCInventoryItem& firmware) {
-    using KvNInventoryIDs::VERSION;
-    KvCVersion version;
-    const bool read = firmware.getParameter(VERSION) != nullptr &&
-                      callSucceeds(errors, [&] { firmware.getValue(errors, VERSION, version); });
-    return read ? version : unknownVersion();
+/// The value of a FIRMWARE parameter; `unknown` if it is missing or cannot be read, which makes the header incomplete.
+template <typename Value>
+Value readParameter(KvCErrorListPool& errors, const KvCInventoryItem& firmware, const KvCInventoryAddress& path,
+                    const Value& unknown, KvTUpdateFileHeader& header) {
+    if (firmware.getParameter(path) == nullptr) {
+        return unknown;
+    }
+    Value value = unknown;
+    const bool isRead = callSucceeds(errors, [&] { firmware.getValue(errors, path, value); });
+    header.isWhole = header.isWhole && isRead;
+    return isRead ? value : unknown;
 }
 
 /// The item after `item` in preorder; null at the end of the tree.
@@ -122,15 +119,18 @@ const KvCInventoryItem* findFirmware(const KvCInventoryItem* root) {
 void readFirmware(KvCErrorListPool& errors, const KvCInventoryItem& firmware, bool checksumStated,
                   KvTUpdateFileHeader& header) {
     using namespace KvNInventoryIDs;
-    header.minHwCompatibilityId = readNumber(errors, firmware, MIN_HW_COMPATIBILITY_ID);
-    header.maxHwCompatibilityId = readNumber(errors, firmware, MAX_HW_COMPATIBILITY_ID);
-    header.minSwCompatibilityId = readNumber(errors, firmware, MIN_SW_COMPATIBILITY_ID);
-    header.maxSwCompatibilityId = readNumber(errors, firmware, MAX_SW_COMPATIBILITY_ID);
-    header.typeId = readNumber(errors, firmware, TYPE_ID);
+    const auto readNumber = [&](const KvCInventoryAddress& path) {
+        return readParameter(errors, firmware, path, unknownValue, header);
+    };
+    header.minHwCompatibilityId = readNumber(MIN_HW_COMPATIBILITY_ID);
+    header.maxHwCompatibilityId = readNumber(MAX_HW_COMPATIBILITY_ID);
+    header.minSwCompatibilityId = readNumber(MIN_SW_COMPATIBILITY_ID);
+    header.maxSwCompatibilityId = readNumber(MAX_SW_COMPATIBILITY_ID);
+    header.typeId = readNumber(TYPE_ID);
     if (!checksumStated) {
-        header.checksum = readNumber(errors, firmware, CHECKSUM_CRC32);
+        header.checksum = readNumber(CHECKSUM_CRC32);
     }
-    header.version = readVersion(errors, firmware);
+    header.version = readParameter(errors, firmware, VERSION, unknownVersion(), header);
 }
 
 } // namespace

@@ -16,6 +16,8 @@ struct KvTUpdateFileHeader {
     /// CRC-32 as stored in the file.
     std::uint32_t checksum = unknownValue;
     KvCVersion version = unknownVersion();
+    /// False if the file states something that could not be read, which counts as not stated.
+    bool isWhole = true;
 };
 
 enum class KvEReadStatus : std::uint8_t { success = 0, notThisKind = 1, cannotOpen = 2 };

@@ -17,6 +17,9 @@ std::string textOf(const KvCVersion& version) {
 /// What the header tells otherwise than the description.
 void compareHeader(const KvTUpdateFileHeader& header, const KvTArchiveFile& file, std::vector<std::string>& findings) {
     const std::string name(file.name.view());
+    if (!header.isWhole) {
+        findings.push_back(name + ": its header cannot be read");
+    }
     if (tellsOtherChecksum(header, file)) {
         findings.push_back(name + ": its checksum is " + std::to_string(header.checksum) + ", the description says " +
                            std::to_string(file.checksumCrc32));

@@ -40,6 +40,6 @@ int KvCConsoleWriter::formatArguments(std::wstring& result, const wchar_t* forma
     formatIntoBuffer(buffer.get(), size, format, arguments);
     va_end(arguments);
     buffer[size - 1] = L'\0';
-    result.assign(buffer.get(), size - 1);
+    result.assign(buffer.get()); // to its end: the length counts the bytes of narrow texts
     return length;
 }

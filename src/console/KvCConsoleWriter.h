@@ -13,8 +13,9 @@ public:
     /// `callbacks` is looked at for every message and must outlive the writer.
     explicit KvCConsoleWriter(const KvTCallbacks& callbacks) : callbacks_(callbacks) {}
 
-    /// Formats and writes one message. Result: the number of characters produced (narrow texts count bytes), negative
-    /// when formatting or writing failed. A message without characters is not handed to the callback.
+    /// Formats and writes one message. Result: the number of characters produced (narrow texts count bytes, so that
+    /// a function may receive fewer), negative when formatting or writing failed. A message without characters is not
+    /// handed to a function.
     template <typename... Arguments>
     int print(KvCFormat<std::type_identity_t<Arguments>...> format, Arguments... arguments) const {
         if (!hasReceiver()) {

@@ -1,5 +1,7 @@
 #include "MessageEncoding.h"
 
+#include "WideFormat.h"
+
 #include <boost/locale/utf.hpp>
 
 #include <iterator>
@@ -55,11 +57,15 @@ code_point takeCharacter(std::wstring_view& message) {
 } // namespace
 
 std::string messageBytes(const std::wstring& message) {
+    return messageBytes(message, decodesNarrowText());
+}
+
+std::string messageBytes(const std::wstring& message, bool narrowTextIsDecoded) {
     std::string result;
     result.reserve(message.size());
     std::wstring_view rest = message;
     while (!rest.empty()) {
-        const std::string bytes = leadingBytes(rest);
+        const std::string bytes = narrowTextIsDecoded ? std::string() : leadingBytes(rest);
         if (const std::size_t length = lengthOfCharacter(bytes); length != 0) {
             result.append(bytes, 0, length);
             rest.remove_prefix(length);

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <functional>
 
+using namespace KvNReflasher;
+
 namespace {
 
 constexpr int lineIndentation = 8;
@@ -23,7 +25,7 @@ void KvCUpdateDriver::transferFiles(const PhaseList& list) {
     bool headingPrinted = false;
     for (KvTUpdateElement* element : list) {
         if (element->isFileSystemElement || element->updateState != toBeUpdated ||
-            fileTransferred_[element->archiveFileIndex]) {
+            transferOfFile_[element->archiveFileIndex] != 0) {
             continue;
         }
         if (!headingPrinted) {
@@ -40,19 +42,29 @@ void KvCUpdateDriver::transferFile(KvTUpdateElement& element, const KvCInventory
     const KvTArchiveFile& file = fileOf(element);
     writer_.print(L"%*s%-*s%*s", lineIndentation, L"", nameWidth, toWide(file.name).c_str(), resultGap, L"");
     const std::wstring path = updateFilePath(options_, file.name);
+    KvTTransfer& transfer = transfers_.emplace_back();
+    transfer.fileIndex = fileIndex;
+    transfer.phase = phase_;
     KvCErrorListPool& errors = *element.errorLists[callErrors];
     const bool transferred = callSucceeds(errors, [&] {
         KvCInventoryManager::getInstance()->transferFile(errors, rootHandle(), system, lockHandle_, path.c_str(),
-                                                         nullptr, nullptr, remoteFiles_[fileIndex]);
+                                                         nullptr, nullptr, transfer.remoteFile);
     });
-    if (!transferred) {
+    if (transferred) {
+        transfer.result = KvEResult::updated;
+        transferOfFile_[fileIndex] = transfers_.size();
+        filesOnTarget_.push_back(fileIndex);
+        writer_.print(L"[OK]\n");
+    } else {
+        transfer.result = KvEResult::failed;
         writer_.print(L"[ERROR]\n");
-        fail(element);
-        return;
+        fail(element, KvEFailedCall::transferFile);
     }
-    fileTransferred_[fileIndex] = true;
-    transferredFiles_.push_back(fileIndex);
-    writer_.print(L"[OK]\n");
+    callbacks_.notifyEvent({KvEEvent::transfer, fileIndex, transferred});
+}
+
+const KvNInventoryManager::KvSRemoteFileHandle& KvCUpdateDriver::remoteFileOf(const KvTUpdateElement& element) const {
+    return transfers_[transferOfFile_[element.archiveFileIndex] - 1].remoteFile;
 }
 
 /// In the order of the archive: taken from the back, so that a file stays noted until it was asked to be deleted.
@@ -62,12 +74,12 @@ void KvCUpdateDriver::deleteRemoteFiles(KvCErrorListPool& errors) {
     if (system == nullptr) {
         return;
     }
-    std::sort(transferredFiles_.begin(), transferredFiles_.end(), std::greater<>());
-    while (!transferredFiles_.empty()) {
-        const std::uint32_t fileIndex = transferredFiles_.back();
+    std::sort(filesOnTarget_.begin(), filesOnTarget_.end(), std::greater<>());
+    while (!filesOnTarget_.empty()) {
+        const std::uint32_t fileIndex = filesOnTarget_.back();
         KvCInventoryManager::getInstance()->deleteRemoteFile(errors, rootHandle(), *system, lockHandle_,
-                                                             remoteFiles_[fileIndex]);
-        fileTransferred_[fileIndex] = false;
-        transferredFiles_.pop_back();
+                                                             transfers_[transferOfFile_[fileIndex] - 1].remoteFile);
+        transferOfFile_[fileIndex] = 0;
+        filesOnTarget_.pop_back();
     }
 }

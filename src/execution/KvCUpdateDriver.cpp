@@ -44,54 +44,58 @@ bool KvCUpdateDriver::run(KvCErrorListPool& errors) {
     if (!lockTarget(errors)) {
         return false;
     }
+    run_.wasLocked = true;
     LockRelease release(*this, errors);
+    callbacks_.notifyEvent({KvNReflasher::KvEEvent::locked});
     planner_.printUnsupportedElements();
     planner_.printUpToDateElements();
-    const bool filesMissing = runPhases(errors);
+    runPhases(errors);
+    run_.phasesRun = true;
     callbacks_.notifyPhase(afterLastPhase);
     finishUpdate();
     release.disarm(); // a target is unlocked once, whatever comes of it
     unlockTarget(errors);
-    return printResults(errors, filesMissing);
+    return printResults(errors);
 }
 
 /// Empties the bookkeeping of files and marks the elements to be updated.
 void KvCUpdateDriver::begin() {
     const std::size_t fileCount = planner_.archive().files().size();
-    fileTransferred_.assign(fileCount, false);
-    remoteFiles_.assign(fileCount, {});
-    transferredFiles_.clear();
-    transferredFiles_.reserve(fileCount);
+    forgetRun();
+    transferOfFile_.assign(fileCount, 0);
+    filesOnTarget_.clear();
+    filesOnTarget_.reserve(fileCount);
     elementsOfBoards_.clear();
     phases_.assign(planner_.phaseCount(), {});
     for (KvTUpdateElement& element : planner_.inventory().elements()) {
         const bool planned = !element.disabled && element.hasArchiveFile();
         element.updateState = planned ? toBeUpdated : notToBeUpdated;
         element.pollFailures = 0;
+        element.targetState.reset();
+        element.errorsCollected = false;
+        element.failure = {};
         if (planned && element.phase < phases_.size()) {
             phases_[element.phase].push_back(&element);
         }
     }
 }
 
-/// True when an update file was missing.
-bool KvCUpdateDriver::runPhases(KvCErrorListPool& errors) {
-    bool filesMissing = false;
-    for (std::uint32_t phase = 0; phase < planner_.phaseCount(); ++phase) {
-        callbacks_.notifyPhase(phase);
-        const PhaseList list = collectPhase(phase);
-        filesMissing = checkFiles(list) || filesMissing;
+void KvCUpdateDriver::runPhases(KvCErrorListPool& errors) {
+    for (phase_ = 0; phase_ < planner_.phaseCount(); ++phase_) {
+        callbacks_.notifyPhase(phase_);
+        const PhaseList list = collectPhase(phase_);
+        run_.filesMissing = checkFiles(list) || run_.filesMissing;
         transferFiles(list);
         startUpdates(list);
         pollUpdates(list);
         collectErrors(list);
         deleteRemoteFiles(errors);
     }
-    return filesMissing;
 }
 
 bool KvCUpdateDriver::lockTarget(KvCErrorListPool& errors) {
     const KvCInventoryAddress* address = planner_.inventory().systemAddress();
+    run_.hasNode = address != nullptr;
     if (address == nullptr) {
         if (options_.verbose) {
             writer_.print(L"ERROR: Cannot lock target system! No HCN or CN found!\n");
@@ -120,6 +124,7 @@ void KvCUpdateDriver::finishUpdate() {
 void KvCUpdateDriver::unlockTarget(KvCErrorListPool& errors) {
     const bool unlocked =
         callSucceeds(errors, [&] { KvCInventoryManager::getInstance()->unlock(errors, lockHandle_); });
+    callbacks_.notifyEvent({KvNReflasher::KvEEvent::unlocked, 0, unlocked});
     if (unlocked) {
         lockHandle_ = nullptr;
     } else if (options_.verbose) {
@@ -148,6 +153,7 @@ bool KvCUpdateDriver::checkFiles(const PhaseList& list) {
         }
         missing = true;
         file.fileMissing = true;
+        element->failure.fileMissing = true;
         element->updateState = notToBeUpdated;
         writer_.print(L"\n%hs cannot be updated. Update file %s not found!\n", element->displayName.c_str(),
                       toWide(file.name).c_str());
@@ -155,9 +161,14 @@ bool KvCUpdateDriver::checkFiles(const PhaseList& list) {
     return missing;
 }
 
-void KvCUpdateDriver::fail(KvTUpdateElement& element) {
+void KvCUpdateDriver::fail(KvTUpdateElement& element, KvNReflasher::KvEFailedCall call) {
     element.updateState = updateFailed;
+    element.failure.call = call;
     callbacks_.notifyElementError(element.index);
+}
+
+void KvCUpdateDriver::notifyEnd(const KvTUpdateElement& element, bool succeeded) const {
+    callbacks_.notifyEvent({KvNReflasher::KvEEvent::elementEnd, element.index, succeeded});
 }
 
 KvTArchiveFile& KvCUpdateDriver::fileOf(const KvTUpdateElement& element) const {

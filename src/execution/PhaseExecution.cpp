@@ -3,9 +3,14 @@
 #include "KvCConsoleWriter.h"
 #include "KvCUpdateDriver.h"
 #include "KvNRtosAbstraction.h"
+#include "TextConversions.h"
 
 #include <array>
 #include <atomic>
+#include <string>
+#include <string_view>
+
+using namespace KvNReflasher;
 
 namespace {
 
@@ -22,6 +27,19 @@ constexpr std::uint32_t complete = 100;
 
 /// What the target answers to a status query.
 enum TargetState : std::uint32_t { targetRunning = 1, targetSucceeded = 2 };
+
+/// A message of the direct write without the word that it begins with and the end of its line.
+std::string sentenceOf(const std::wstring& message) {
+    std::string sentence(toUtf8(message).view());
+    constexpr std::string_view word = "ERROR: ";
+    if (sentence.starts_with(word)) {
+        sentence.erase(0, word.size());
+    }
+    if (sentence.ends_with('\n')) {
+        sentence.pop_back();
+    }
+    return sentence;
+}
 
 /// The next character of the spinner, which goes on from phase to phase and from session to session.
 const char* nextSpinner() {
@@ -55,6 +73,7 @@ void KvCUpdateDriver::startUpdates(const PhaseList& list) {
         if (column < verdictColumn) {
             writer_.print(L"%*s", verdictColumn - column, L"");
         }
+        callbacks_.notifyEvent({KvEEvent::elementStart, element->index});
         if (element->isFileSystemElement) {
             writeDirectly(*element);
         } else {
@@ -65,16 +84,20 @@ void KvCUpdateDriver::startUpdates(const PhaseList& list) {
 
 void KvCUpdateDriver::writeDirectly(KvTUpdateElement& element) {
     std::vector<std::wstring> messages;
-    if (directWriter_.writeFileToTarget(fileOf(element), element.location, messages)) {
+    const bool isWritten = directWriter_.writeFileToTarget(fileOf(element), element.location, messages);
+    if (isWritten) {
         element.updateState = updateFinished;
         writer_.print(L"\n");
     } else {
         writer_.print(L"[ERROR]\n");
-        fail(element);
+        fail(element, KvEFailedCall::writeFile);
+        element.failure.message = messages.empty() ? std::string() : sentenceOf(messages.back());
+        element.failure.writeErrors = directWriter_.errors();
     }
     for (const std::wstring& message : messages) {
         writer_.print(L"%*s%s", messageIndentation, L"", message.c_str());
     }
+    notifyEnd(element, isWritten);
 }
 
 void KvCUpdateDriver::startUpdate(KvTUpdateElement& element) {
@@ -82,12 +105,12 @@ void KvCUpdateDriver::startUpdate(KvTUpdateElement& element) {
     KvCErrorListPool& errors = *element.errorLists[callErrors];
     const bool started = callSucceeds(errors, [&] {
         KvCInventoryManager::getInstance()->update2(errors, rootHandle(), element.boardAddress, lockHandle_,
-                                                    element.elementId, remoteFiles_[element.archiveFileIndex],
-                                                    timeStamp);
+                                                    element.elementId, remoteFileOf(element), timeStamp);
     });
     if (!started) {
         writer_.print(L"[ERROR]\n");
-        fail(element);
+        fail(element, KvEFailedCall::update2);
+        notifyEnd(element, false);
         return;
     }
     element.updateState = updateStarted;
@@ -148,17 +171,23 @@ std::uint32_t KvCUpdateDriver::pollElement(KvTUpdateElement& element) {
         if (++element.pollFailures < pollFailureLimit) {
             return 0;
         }
-        fail(element);
+        failStatus(element);
         return complete;
     }
     element.pollFailures = 0;
+    element.targetState = state;
     if (state == targetRunning) {
         return total != 0 ? done * complete / total : complete;
     }
     if (state == targetSucceeded) {
         element.updateState = updateFinished;
     } else {
-        fail(element);
+        failStatus(element);
     }
     return complete;
+}
+
+void KvCUpdateDriver::failStatus(KvTUpdateElement& element) {
+    fail(element, KvEFailedCall::updateStatus2);
+    notifyEnd(element, false);
 }

@@ -39,10 +39,14 @@ bool KvCUpdateDriver::succeeded(KvTUpdateElement& element) {
     KvCInventoryManager::getInstance()->updateErrors2(*element.errorLists[callErrors], rootHandle(),
                                                       element.boardAddress, lockHandle_, element.elementId,
                                                       *element.errorLists[targetErrors]);
-    if (element.hasErrors()) {
+    element.errorsCollected = true;
+    const bool isGood = !element.hasErrors();
+    if (!isGood) {
+        element.failure.call = KvNReflasher::KvEFailedCall::updateErrors2;
         callbacks_.notifyElementError(element.index);
     }
-    return !element.hasErrors();
+    notifyEnd(element, isGood);
+    return isGood;
 }
 
 std::size_t KvCUpdateDriver::AddressHash::operator()(const KvCInventoryAddress& address) const {
@@ -67,8 +71,9 @@ void KvCUpdateDriver::cancelLaterUpdates(const KvCInventoryAddress& boardAddress
     }
 }
 
-bool KvCUpdateDriver::printResults(KvCErrorListPool& errors, bool filesMissing) {
+bool KvCUpdateDriver::printResults(KvCErrorListPool& errors) {
     writer_.print(L"\nResults:\n");
+    run_.elementErrorsBegin = errors.getNumberOfUsedEntries();
     bool failed = false;
     for (const KvTUpdateElement& element : planner_.inventory().elements()) {
         if (element.updateState == notToBeUpdated) {
@@ -90,12 +95,13 @@ bool KvCUpdateDriver::printResults(KvCErrorListPool& errors, bool filesMissing) 
                           static_cast<int>(reportIndentation), L"");
         }
     }
+    run_.elementErrorsEnd = errors.getNumberOfUsedEntries();
     if (failed) {
         writer_.print(L"\n    Update failed!\n");
-    } else if (filesMissing) {
+    } else if (run_.filesMissing) {
         writer_.print(L"\n    Update incomplete due to missing files in the source folder!\n");
     } else {
         writer_.print(L"\n    Update completed successfully!\n");
     }
-    return !failed && !filesMissing;
+    return !failed && !run_.filesMissing;
 }

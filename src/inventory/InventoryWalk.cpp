@@ -56,6 +56,21 @@ const KvCInventoryItem* firstSubItemOf(const KvCInventoryItem& item, const KvCIn
     return sub;
 }
 
+bool has(const KvCInventoryItem& item, const KvCInventoryAddress& path) {
+    return item.getParameter(path) != nullptr;
+}
+
+/// Reads the value of a parameter that may be missing; false if it is.
+template <typename Value>
+bool readParameterIfPresent(KvCErrorListPool& errors, const KvCInventoryItem& item, const KvCInventoryAddress& path,
+                            Value& value) {
+    const bool present = has(item, path);
+    if (present) {
+        item.getValue(errors, path, value);
+    }
+    return present;
+}
+
 class InventoryWalk {
 public:
     InventoryWalk(KvCErrorListPool& errors, const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options,
@@ -124,7 +139,7 @@ private:
         element.configured = configured;
         makeElementNames(element.boardName, element.boardType, element.serialNumber, element.name, element.typeName,
                          element.displayName);
-        element.disabled = element.custom != 0 && options_.disableCustomElements;
+        element.disabled = isLeftOutAsCustom(element, options_);
         element.createErrorLists();
     }
 
@@ -163,8 +178,8 @@ private:
             }
         }
         if (!options_.boardTypeFilter.empty()) {
-            KvCString boardType; // a board without a type is of any type
-            readIfPresent(board, product_.boardType, boardType);
+            KvCString boardType; // a board without a type passes, but not without an error
+            read(board, product_.boardType, boardType);
             if (!matchesFilterList(options_.boardTypeFilter, boardType.view())) {
                 return false;
             }
@@ -254,11 +269,10 @@ private:
         readIfPresent(item, HW_COMPATIBILITY_ID, element.hwCompatibilityId);
         readIfPresent(item, SW_COMPATIBILITY_ID, element.swCompatibilityId);
         readIfPresent(item, TYPE_ID, element.typeId);
-        element.custom = readFlag(item, CUSTOM);
-        element.valid = readFlag(item, VALID) == 1;
-        element.active = readFlag(item, ACTIVE) == 1;
-        element.hasChecksum = readIfPresent(item, CHECKSUM_CRC32, element.checksumCrc32);
-        read(item, VERSION, element.version);
+        std::uint8_t custom = 0;
+        readIfPresent(item, CUSTOM, custom);
+        element.custom = custom;
+        readInstalled(errors_, item, element);
         read(item, NAME, element.name);
         if (element.name.isEmpty()) {
             element.name = unnamedElement;
@@ -281,31 +295,15 @@ private:
         }
     }
 
-    [[nodiscard]] static bool has(const KvCInventoryItem& item, const KvCInventoryAddress& path) {
-        return item.getParameter(path) != nullptr;
-    }
-
     /// Reads a value; when it cannot be read `value` stays as it is, and the service has reported the error.
     template <typename Value>
     void read(const KvCInventoryItem& item, const KvCInventoryAddress& path, Value& value) {
         item.getValue(errors_, path, value);
     }
 
-    /// The same for a parameter that may be missing; false when it is.
     template <typename Value>
     bool readIfPresent(const KvCInventoryItem& item, const KvCInventoryAddress& path, Value& value) {
-        const bool present = has(item, path);
-        if (present) {
-            read(item, path, value);
-        }
-        return present;
-    }
-
-    /// An 8-bit value; 0 when it is missing.
-    [[nodiscard]] std::uint8_t readFlag(const KvCInventoryItem& item, const KvCInventoryAddress& path) {
-        std::uint8_t value = 0;
-        readIfPresent(item, path, value);
-        return value;
+        return readParameterIfPresent(errors_, item, path, value);
     }
 
     KvCErrorListPool& errors_;
@@ -319,6 +317,18 @@ private:
 };
 
 } // namespace
+
+void readInstalled(KvCErrorListPool& errors, const KvCInventoryItem& item, KvTUpdateElement& element) {
+    std::uint8_t valid = 0;
+    element.hasValid = readParameterIfPresent(errors, item, VALID, valid);
+    element.valid = valid == 1;
+    std::uint8_t active = 0;
+    element.hasActive = readParameterIfPresent(errors, item, ACTIVE, active);
+    element.active = active == 1;
+    element.hasChecksum = readParameterIfPresent(errors, item, CHECKSUM_CRC32, element.checksumCrc32);
+    element.hasVersion = has(item, VERSION);
+    item.getValue(errors, VERSION, element.version);
+}
 
 void walkInventory(KvCErrorListPool& errors, const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options,
                    const KvCInventoryItem& root, std::list<KvTUpdateElement>& elements, KvTNodeAddresses& nodes) {

@@ -31,11 +31,23 @@ void printUnitFrame(const KvCConsoleWriter& writer, const std::wstring& title) {
 
 KvCTargetInventory::~KvCTargetInventory() {
     fileSystemTemplate_.reset();
+    attempt([this] {
+        if (rootHandle_ != nullptr) { // without one the list of errors need not come to be
+            release(KvCErrorManager::getInstance()->getMasterErrorList());
+        }
+    });
+}
+
+void KvCTargetInventory::clear() {
+    elements_.clear();
+    fileSystemTemplate_.reset();
+    nodes_ = {};
+    hiddenElements_.clear();
+}
+
+void KvCTargetInventory::release(KvCErrorListPool& errors) {
     if (rootHandle_ != nullptr) {
-        attempt([this] {
-            KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
-            KvCInventoryManager::getInstance()->deleteRootHandle(errors, std::exchange(rootHandle_, nullptr));
-        });
+        KvCInventoryManager::getInstance()->deleteRootHandle(errors, std::exchange(rootHandle_, nullptr));
     }
 }
 
@@ -54,7 +66,18 @@ bool KvCTargetInventory::scanInventory(KvCErrorListPool& errors, const KvCString
     if (options_.verbose) {
         writer_.print(L"Reboot support status: %u\n", rebootSupportStatus_);
     }
+    showTree(*tree.root());
     return true;
+}
+
+/// To whoever has asked for it; the session itself needs the tree no more.
+void KvCTargetInventory::showTree(const KvCInventoryItem& root) {
+    if (findsHiddenElements_) {
+        hiddenElements_ = hiddenElementsOf(root, options_);
+    }
+    if (treeVisitor_ != nullptr) {
+        treeVisitor_(root, treeContext_);
+    }
 }
 
 /// The template stands for the processor board, which carries the first element of the list.

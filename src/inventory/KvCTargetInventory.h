@@ -1,10 +1,12 @@
 #pragma once
 
+#include "HiddenElements.h"
 #include "InventoryWalk.h"
 #include "KvCErrorManager.h"
 #include "KvCInventoryAddress.h"
 #include "KvCInventoryManager.h"
 #include "KvCString.h"
+#include "KvISession.h"
 #include "KvTOptions.h"
 #include "KvTUpdateElement.h"
 #include "RebootSupport.h"
@@ -13,6 +15,7 @@
 #include <list>
 #include <memory>
 #include <utility>
+#include <vector>
 
 class KvCConsoleWriter;
 
@@ -26,6 +29,20 @@ public:
     KvCTargetInventory& operator=(const KvCTargetInventory&) = delete;
     /// Gives the root handle back.
     ~KvCTargetInventory();
+
+    /// Shows the scanned tree to `visitor` before it is released.
+    void setTreeVisitor(KvNReflasher::KvTTreeVisitor visitor, void* context) {
+        treeVisitor_ = visitor;
+        treeContext_ = context;
+    }
+    /// Lets a scan find out which elements the options hide.
+    void findHiddenElements() { findsHiddenElements_ = true; }
+    [[nodiscard]] const std::vector<KvNReflasher::KvTHiddenElement>& hiddenElements() const { return hiddenElements_; }
+
+    /// Forgets the elements of an earlier scan.
+    void clear();
+    /// Gives the root handle back; errors go to `errors`.
+    void release(KvCErrorListPool& errors);
 
     /// Opens the target at `address` and reads its inventory. False when it cannot be opened or scanned; faults inside
     /// the inventory print warnings and leave the item out.
@@ -52,6 +69,7 @@ public:
     [[nodiscard]] std::uint32_t rebootSupportStatus() const { return rebootSupportStatus_; }
 
 private:
+    void showTree(const KvCInventoryItem& root);
     void buildFileSystemTemplate();
     void printUnitTables() const;
 
@@ -62,4 +80,8 @@ private:
     KvCInventoryRootHandle* rootHandle_ = nullptr;
     KvTNodeAddresses nodes_;
     std::uint32_t rebootSupportStatus_ = rebootNotDetermined;
+    KvNReflasher::KvTTreeVisitor treeVisitor_ = nullptr;
+    void* treeContext_ = nullptr;
+    bool findsHiddenElements_ = false;
+    std::vector<KvNReflasher::KvTHiddenElement> hiddenElements_;
 };

@@ -4,11 +4,15 @@
 #include "KvCInventoryItem.h"
 #include "KvCString.h"
 #include "KvCVersion.h"
+#include "KvTOutcome.h"
 #include "OwnedErrorList.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
 
 /// Archive file index of an element that no archive entry matches.
 inline constexpr std::uint32_t noArchiveFile = 0xFFFFFFFF;
@@ -30,6 +34,17 @@ enum KvEUpdateState : std::uint32_t {
 enum KvEErrorListIndex : std::size_t {
     callErrors = 0,  ///< of transfer, start and status calls
     targetErrors = 1 ///< reported by the target for the finished update
+};
+
+/// Why the update of an element did not succeed.
+struct KvTElementFailure {
+    KvNReflasher::KvEFailedCall call = KvNReflasher::KvEFailedCall::none;
+    /// The update file was missing when the phase began.
+    bool fileMissing = false;
+    /// What was said of a file that could not be written, without line end; UTF-8.
+    std::string message;
+    /// The errors of writing a file directly.
+    std::vector<KvNReflasher::KvTErrorInfo> writeErrors;
 };
 
 /// One updatable element found on the target, with its board and unit, its plan and its execution state.
@@ -70,13 +85,17 @@ struct KvTUpdateElement {
     std::uint32_t custom = 0;
     /// The element is a configuration element.
     bool configured = true;
+    /// False also if the element does not have the parameter.
     bool valid = false;
     bool active = false;
+    bool hasValid = false;
+    bool hasActive = false;
     bool hasChecksum = false;
     /// CRC-32 of the installed image.
     std::uint32_t checksumCrc32 = 0;
     /// The installed version.
     KvCVersion version;
+    bool hasVersion = false;
     KvCString name;
     KvCString versionHistory;
     KvCString displayName;
@@ -90,11 +109,20 @@ struct KvTUpdateElement {
     bool upToDate = false;
     /// The element takes no part in the update.
     bool disabled = false;
+    /// Why the matching entry has to be installed; empty if it need not be, or if there is none.
+    std::vector<KvNReflasher::KvEReason> outOfDateReasons;
+    /// No entry matches, but one would that is ignored for its feature level.
+    bool matchesIgnoredEntry = false;
 
     // Execution.
     KvEUpdateState updateState = notToBeUpdated;
     /// Failed status queries in a row.
     std::uint32_t pollFailures = 0;
+    /// What the target has answered to the last status query.
+    std::optional<std::uint32_t> targetState;
+    /// The target was asked for the errors of the finished update.
+    bool errorsCollected = false;
+    KvTElementFailure failure;
     /// Indexed by KvEErrorListIndex; created once the element is in the list.
     std::array<OwnedErrorList, 2> errorLists;
 

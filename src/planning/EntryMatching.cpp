@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+using KvNReflasher::KvEMatchTest;
+
 namespace {
 
 using KvNJson::jsonView;

@@ -3,6 +3,7 @@
 #include "KvCString.h"
 #include "KvNJson.h"
 #include "KvTArchiveFile.h"
+#include "KvTPlan.h"
 #include "KvTUpdateElement.h"
 
 #include <array>
@@ -18,21 +19,6 @@ using KvTElementValue = std::variant<std::monostate, std::string_view, std::uint
 /// True when a value of the description, or one item of it when it is an array, equals the element's: both null, the
 /// same text byte for byte, or the same unsigned number.
 [[nodiscard]] bool matchesValue(KvNJson::jsonView archiveValue, const KvTElementValue& elementValue);
-
-/// The tests that decide whether an entry is meant for an element, in their order.
-enum class KvEMatchTest : std::uint8_t {
-    boardType,
-    boardVariant,
-    boardId,
-    /// File-system elements take target paths, all others identifiers.
-    addressing,
-    id,
-    targetPath,
-    hwCompatibilityId,
-    swCompatibilityId,
-    /// All tests passed.
-    none
-};
 
 /// A value that an element's is compared with; a look at nothing when the description does not give it.
 struct KvTSelectedValue {
@@ -68,7 +54,8 @@ inline constexpr std::array comparedValues = {&KvTEntrySelection::boardVariant, 
                                                          const std::vector<KvTEntrySelection>& selections);
 
 /// The first test that the selection fails for `element`. An element at anyLocation takes any target path.
-[[nodiscard]] KvEMatchTest firstFailingTest(const KvTUpdateElement& element, const KvTEntrySelection& selection);
+[[nodiscard]] KvNReflasher::KvEMatchTest firstFailingTest(const KvTUpdateElement& element,
+                                                          const KvTEntrySelection& selection);
 
 /// True when `file` is meant for `element`: its deciding selection passes all tests. `targetPath` receives the path of
 /// a file-system entry.

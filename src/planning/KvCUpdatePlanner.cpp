@@ -53,6 +53,11 @@ void KvCUpdatePlanner::matchElements() {
         }
         ++fileIndex;
     }
+    for (const KvTArchiveFile& ignored : archive_.ignoredFiles()) {
+        for (KvTUpdateElement* element : unmatched.take(ignored)) {
+            element->matchesIgnoredEntry = true;
+        }
+    }
 }
 
 /// Each file-system entry that no element of the target claims gets an element of its own, where the template fits.
@@ -95,7 +100,8 @@ void KvCUpdatePlanner::decideUpToDate() {
             continue;
         }
         const KvTArchiveFile& file = archive_.files()[element.archiveFileIndex];
-        if (decideUpdate(element, file, options_) != KvEDecision::upToDate) {
+        element.outOfDateReasons = outOfDateReasons(element, file, options_);
+        if (!element.outOfDateReasons.empty()) {
             continue;
         }
         element.upToDate = true;

@@ -1,12 +1,31 @@
 #include "UpdateDecision.h"
 
+#include "InventoryWalk.h"
+
 namespace {
+
+using namespace KvNReflasher;
 
 /// The FPGA element concerned, and the software compatibility of the carrier boards QB5150 and QB5170.
 constexpr const char* carriedBoardType = "FPGA_TP1";
 constexpr std::uint32_t carriedElementId = 1;
 constexpr std::uint32_t firstCarrierCompatibility = 0x20100;
 constexpr std::uint32_t secondCarrierCompatibility = 0x30100;
+
+/// Mode upgrade looks at versions alone, and takes the greater one only. A zero version of the entry leaves the decision
+/// to the checksum.
+bool callsForOtherVersion(const KvTUpdateElement& element, const KvTArchiveFile& file) {
+    if (file.mode == upgradeMode) {
+        return file.version > element.version;
+    }
+    return file.version.getAsULong64() != 0 && element.version != file.version;
+}
+
+/// A checksum of 0 counts as none.
+bool callsForOtherChecksum(const KvTUpdateElement& element, const KvTArchiveFile& file) {
+    return file.mode != upgradeMode && element.hasChecksum && element.checksumCrc32 != 0 &&
+           element.checksumCrc32 != file.checksumCrc32;
+}
 
 } // namespace
 
@@ -16,26 +35,46 @@ bool lacksCarrierBoard(const KvTUpdateElement& element) {
            element.swCompatibilityId != secondCarrierCompatibility;
 }
 
-bool leavesOutUpToDate(const KvTArchiveFile& file, const KvNReflasher::KvTOptions& options) {
+bool leavesOutUpToDate(const KvTArchiveFile& file, const KvTOptions& options) {
     return !options.forceUpdate || file.mode == upgradeMode;
 }
 
-KvEDecision decideUpdate(const KvTUpdateElement& element, const KvTArchiveFile& file,
-                         const KvNReflasher::KvTOptions& options) {
+std::vector<KvEReason> outOfDateReasons(const KvTUpdateElement& element, const KvTArchiveFile& file,
+                                        const KvTOptions& options) {
+    std::vector<KvEReason> reasons;
+    if (callsForOtherVersion(element, file)) {
+        reasons.push_back(KvEReason::versionDiffers);
+    }
+    if (callsForOtherChecksum(element, file)) {
+        reasons.push_back(KvEReason::checksumDiffers);
+    }
     if (!element.valid) {
-        return KvEDecision::elementInvalid;
+        reasons.push_back(KvEReason::invalid);
     }
     if (!element.isFileSystemElement && !options.configurationElements && !element.active) {
-        return KvEDecision::elementInactive;
+        reasons.push_back(KvEReason::inactive);
     }
-    if (file.mode == upgradeMode) {
-        return file.version > element.version ? KvEDecision::versionGreater : KvEDecision::upToDate;
+    return reasons;
+}
+
+KvTDecision decisionOn(const KvTUpdateElement& element, const KvTArchiveFile* file, const KvTOptions& options) {
+    if (file != nullptr && !element.disabled) {
+        return {.update = true,
+                .reasons = element.upToDate ? std::vector{KvEReason::forced} : element.outOfDateReasons};
     }
-    if (file.version.getAsULong64() != 0 && element.version != file.version) {
-        return KvEDecision::versionDiffers;
+    KvTDecision decision;
+    if (file != nullptr && element.upToDate && leavesOutUpToDate(*file, options)) {
+        const bool isNewer = file->mode == upgradeMode && element.version > file->version;
+        decision.reasons.push_back(isNewer ? KvEReason::newerInstalled : KvEReason::upToDate);
     }
-    if (element.hasChecksum && element.checksumCrc32 != 0 && element.checksumCrc32 != file.checksumCrc32) {
-        return KvEDecision::checksumDiffers;
+    if (file == nullptr) {
+        decision.reasons.push_back(element.matchesIgnoredEntry ? KvEReason::featureLevel : KvEReason::noEntry);
     }
-    return KvEDecision::upToDate;
+    if (isLeftOutAsCustom(element, options)) {
+        decision.reasons.push_back(KvEReason::customLeftOut);
+    }
+    if (lacksCarrierBoard(element)) {
+        decision.reasons.push_back(KvEReason::carrierBoardMissing);
+    }
+    return decision;
 }

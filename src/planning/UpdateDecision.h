@@ -2,24 +2,19 @@
 
 #include "KvTArchiveFile.h"
 #include "KvTOptions.h"
+#include "KvTPlan.h"
 #include "KvTUpdateElement.h"
 
-#include <cstdint>
+#include <vector>
 
-/// Why an element that an archive entry matches needs an update, or why it does not.
-enum class KvEDecision : std::uint8_t {
-    elementInvalid,
-    elementInactive,
-    /// Mode "upgrade": the entry's version is greater.
-    versionGreater,
-    versionDiffers,
-    checksumDiffers,
-    upToDate
-};
+/// Why an element that `file` matches needs an update, in the order of KvEReason; empty if it is up to date.
+[[nodiscard]] std::vector<KvNReflasher::KvEReason> outOfDateReasons(const KvTUpdateElement& element,
+                                                                    const KvTArchiveFile& file,
+                                                                    const KvNReflasher::KvTOptions& options);
 
-/// Decides by the first rule that holds.
-[[nodiscard]] KvEDecision decideUpdate(const KvTUpdateElement& element, const KvTArchiveFile& file,
-                                       const KvNReflasher::KvTOptions& options);
+/// What the planner has decided on an element, and why. `file` is the matching entry, or null.
+[[nodiscard]] KvNReflasher::KvTDecision decisionOn(const KvTUpdateElement& element, const KvTArchiveFile* file,
+                                                   const KvNReflasher::KvTOptions& options);
 
 /// True when an element that is up to date takes no part in the update: always, but for "standard" entries of a forced
 /// one.

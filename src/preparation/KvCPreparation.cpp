@@ -2,9 +2,11 @@
 
 #include "ErrorReport.h"
 #include "KvCConsoleWriter.h"
+#include "PlanValue.h"
+#include "TextConversions.h"
 #include "ToolVersion.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -31,26 +33,57 @@ bool needsPlan(std::uint32_t mode) {
 
 KvEPrepareStatus KvCPreparation::prepare() {
     KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
-    const std::uint32_t mode = options_.mode;
-    if (needsBanner(mode)) {
+    // What an earlier preparation has left refers to an archive that is read anew.
+    stage_ = KvEStage::created;
+    verdict_ = {};
+    forgetTarget();
+    if (needsBanner(options_.mode)) {
         printBanner();
     }
-    if (needsArchive(mode) && !archive_.readArchive(errors)) {
-        writer_.print(L"ERROR: Failed to read firmware archive.\n");
+    if (needsArchive(options_.mode) && !readArchive(errors)) {
         return prepareFailed;
     }
-    if (needsTarget(mode) && !connect(errors)) {
+    if (needsTarget(options_.mode) && !prepareTarget(errors)) {
         return prepareFailed;
     }
-    if (needsPlan(mode)) {
-        planner_.plan();
-    }
-    if (mode == performUpdate && !isTargetSupported()) {
-        disableAllElements();
-        writer_.print(L"ERROR: The target system is not supported by this firmware archive.\n");
+    if (options_.mode == performUpdate && !checkSupport()) {
         return prepareTargetNotSupported;
     }
+    stage_ = KvEStage::prepared;
     return prepareReady;
+}
+
+void KvCPreparation::forgetTarget() {
+    plan_.reset();
+    inventory_.clear();
+}
+
+/// Notes why the session cannot go on.
+bool KvCPreparation::refuse(KvEFailure failure, std::string message) {
+    verdict_ = {failure, std::move(message)};
+    return false;
+}
+
+bool KvCPreparation::readArchive(KvCErrorListPool& errors) {
+    if (!archive_.readArchive(errors)) {
+        writer_.print(L"ERROR: Failed to read firmware archive.\n");
+        return refuse(KvEFailure::archive, archive_.refusal());
+    }
+    stage_ = KvEStage::archiveRead;
+    return true;
+}
+
+bool KvCPreparation::prepareTarget(KvCErrorListPool& errors) {
+    if (!connect(errors)) {
+        return false;
+    }
+    if (needsPlan(options_.mode)) {
+        planner_.plan();
+        plan_ = makePlan(archive_, inventory_, targetAccess_.ipAddress(), planner_.phaseCount(), options_);
+    } else {
+        plan_ = makeElementList(inventory_, targetAccess_.ipAddress());
+    }
+    return true;
 }
 
 void KvCPreparation::printBanner() const {
@@ -61,38 +94,49 @@ void KvCPreparation::printBanner() const {
 bool KvCPreparation::connect(KvCErrorListPool& errors) {
     if (options_.target.empty()) {
         writer_.print(L"ERROR: No IP address or hostname specified!\n");
-        return false;
+        return refuse(KvEFailure::target, "no target was given");
     }
+    const std::string target(toUtf8(options_.target).view());
     if (!targetAccess_.resolveTarget(errors)) {
         writer_.print(L"ERROR: Invalid IP address or hostname (%s)!\n", options_.target.c_str());
-        return false;
+        return refuse(KvEFailure::target, "'" + target + "' is not an IPv4 address or a known host name");
     }
     if (!targetAccess_.checkTargetAccessible(errors)) {
         writer_.print(L"ERROR: The target system is inaccessible!\n");
         printErrorReport(writer_, options_, errors, reportIndentation);
-        return false;
+        return refuse(KvEFailure::target, "the target '" + target + "' is not accessible");
     }
+    stage_ = KvEStage::targetFound;
     if (!inventory_.scanInventory(errors, targetAccess_.ipAddress())) {
         writer_.print(L"ERROR: Cannot read target device information.\n\tPower-cycle the system and retry.\n\tIf the "
                       L"problem persists, contact Korvel support.\n");
-        return false;
+        return refuse(KvEFailure::target, "the inventory of the target '" + target + "' cannot be read");
     }
+    stage_ = KvEStage::targetScanned;
     return true;
 }
 
-bool KvCPreparation::isTargetSupported() const {
-    const KvCInventoryAddress* hcn = inventory_.hcnAddress();
-    const KvCInventoryAddress* cn = inventory_.cnAddress();
-    const auto& elements = inventory_.elements();
-    return std::none_of(elements.begin(), elements.end(), [hcn, cn](const KvTUpdateElement& element) {
-        const bool onNode =
-            (hcn != nullptr && element.boardAddress == *hcn) || (cn != nullptr && element.boardAddress == *cn);
-        return onNode && !element.isFileSystemElement && !element.hasArchiveFile();
-    });
-}
-
-void KvCPreparation::disableAllElements() {
+/// Takes all elements of a target that is not supported out of the update.
+bool KvCPreparation::checkSupport() {
+    if (plan_->supported) {
+        return true;
+    }
     for (KvTUpdateElement& element : inventory_.elements()) {
         element.disabled = true;
+    }
+    writer_.print(L"ERROR: The target system is not supported by this firmware archive.\n");
+    return refuse(KvEFailure::unsupported, unsupportedMessage(*plan_));
+}
+
+void KvCPreparation::disableElement(std::uint32_t index) {
+    std::uint32_t position = 0;
+    for (KvTUpdateElement& element : inventory_.elements()) {
+        if (position++ == index) {
+            if (plan_) {
+                disable(plan_->elements[index]);
+            }
+            element.disabled = true;
+            return;
+        }
     }
 }

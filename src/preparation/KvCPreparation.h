@@ -5,8 +5,12 @@
 #include "KvCTargetInventory.h"
 #include "KvCUpdatePlanner.h"
 #include "KvTOptions.h"
+#include "KvTOutcome.h"
+#include "KvTPlan.h"
 
 #include <cstdint>
+#include <optional>
+#include <string>
 
 class KvCConsoleWriter;
 
@@ -26,9 +30,19 @@ public:
 
     /// The part of prepare() that finds and scans the target, whatever the mode; prints why that failed.
     [[nodiscard]] bool connect(KvCErrorListPool& errors);
-    /// What an update asks of the plan before it begins: the processor boards need an archive entry for each of their
-    /// update elements.
-    [[nodiscard]] bool isTargetSupported() const;
+
+    /// Forgets what was found on the target, and the plan.
+    void forgetTarget();
+
+    /// How far prepare() came.
+    [[nodiscard]] KvNReflasher::KvEStage stage() const { return stage_; }
+    /// Why prepare() or connect() has failed.
+    [[nodiscard]] const KvNReflasher::KvTVerdict& verdict() const { return verdict_; }
+    /// The plan of the target, or the list of what was found in modes that do not plan; nothing unless a target was
+    /// scanned.
+    [[nodiscard]] const std::optional<KvNReflasher::KvTPlan>& plan() const { return plan_; }
+    /// Takes an element out of the update. An index past the end changes nothing.
+    void disableElement(std::uint32_t index);
 
     [[nodiscard]] const KvCTargetAccess& targetAccess() const { return targetAccess_; }
     [[nodiscard]] KvCFirmwareArchive& archive() { return archive_; }
@@ -39,7 +53,10 @@ public:
 
 private:
     void printBanner() const;
-    void disableAllElements();
+    [[nodiscard]] bool refuse(KvNReflasher::KvEFailure failure, std::string message);
+    [[nodiscard]] bool readArchive(KvCErrorListPool& errors);
+    [[nodiscard]] bool prepareTarget(KvCErrorListPool& errors);
+    [[nodiscard]] bool checkSupport();
 
     const KvCConsoleWriter& writer_;
     const KvNReflasher::KvTOptions& options_;
@@ -47,4 +64,7 @@ private:
     KvCFirmwareArchive archive_{writer_, options_};
     KvCTargetInventory inventory_{writer_, options_};
     KvCUpdatePlanner planner_{writer_, options_, archive_, inventory_};
+    KvNReflasher::KvEStage stage_ = KvNReflasher::KvEStage::created;
+    KvNReflasher::KvTVerdict verdict_;
+    std::optional<KvNReflasher::KvTPlan> plan_;
 };

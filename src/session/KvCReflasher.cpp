@@ -1,17 +1,64 @@
 #include "KvCReflasher.h"
 
+#include "ErrorEntries.h"
 #include "ErrorReport.h"
 #include "ExhaustedMemory.h"
 #include "TextConversions.h"
+#include "ToolVersion.h"
 
+#include <algorithm>
+#include <string>
 #include <utility>
+#include <vector>
+
+using namespace KvNReflasher;
+
+namespace {
+
+/// Why a target with this reboot support status cannot be rebooted.
+std::string reasonOf(std::uint32_t status) {
+    switch (status) {
+    case rebootNotDetermined:
+        return "it has no active firmware to judge by";
+    case rebootNotByFirmware:
+        return "its firmware does not support that";
+    case rebootNotByDevice:
+        return "it does not support that";
+    default:
+        return "its support could not be checked";
+    }
+}
+
+/// The errors that are new since `before` was taken down. Finding the device may have emptied the list meanwhile.
+std::vector<KvTErrorInfo> errorsSince(const std::vector<KvTErrorInfo>& before, const KvCErrorListPool& errors) {
+    std::vector<KvTErrorInfo> now = errorEntriesOf(errors);
+    const auto isSame = [](const KvTErrorInfo& a, const KvTErrorInfo& b) {
+        return a.code == b.code && a.seconds == b.seconds && a.text == b.text;
+    };
+    if (before.size() <= now.size() && std::equal(before.begin(), before.end(), now.begin(), isSame)) {
+        now.erase(now.begin(), now.begin() + static_cast<std::ptrdiff_t>(before.size()));
+    }
+    return now;
+}
+
+} // namespace
 
 KvIReflasher* KvIReflasher::createInstance(KvNReflasher::KvTOptions options) {
     return KvCReflasher::create(std::move(options), ::operator new);
 }
 
+KvISession* KvISession::createInstance(KvNReflasher::KvTOptions options) {
+    return KvCReflasher::create(std::move(options), ::operator new);
+}
+
+std::string KvISession::version() {
+    return std::string(getToolVersion().getAsString().view());
+}
+
 KvCReflasher* KvCReflasher::create(KvNReflasher::KvTOptions options, Allocate allocate) {
-    void* block = allocate(sizeof(KvCReflasher));
+    // A compiler may take the ordinary operator new as never null and drop the test. It cannot know what this calls.
+    Allocate volatile unknown = allocate;
+    void* const block = unknown(sizeof(KvCReflasher));
     if (block == nullptr) {
         return nullptr;
     }
@@ -38,13 +85,7 @@ void KvCReflasher::getArchiveInfo(std::wstring& archiveName, std::wstring& archi
 }
 
 void KvCReflasher::disableUpdateElement(std::uint32_t index) {
-    std::uint32_t position = 0;
-    for (KvTUpdateElement& element : preparation_.inventory().elements()) {
-        if (position++ == index) {
-            element.disabled = true;
-            return;
-        }
-    }
+    attempt([this, index] { preparation_.disableElement(index); });
 }
 
 bool KvCReflasher::getRebootSupportStatus(std::uint32_t& status) {
@@ -76,15 +117,29 @@ bool KvCReflasher::getRebootSupportStatus(std::uint32_t& status) {
 bool KvCReflasher::reboot() {
     std::uint32_t status = 0;
     if (!getRebootSupportStatus(status)) {
+        noteFailure(KvEFailure::reboot, [status] { return "the target was not rebooted: " + reasonOf(status); });
         return false;
     }
-    return withoutException(false, [&] {
-        KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
-        if (preparation_.targetAccess().rebootDevice(errors)) {
-            return true;
-        }
-        writer_.print(L"ERROR: Device cannot be rebooted. Command failed.\n");
-        printErrorReport(writer_, options_, errors, reportIndentation);
-        return false;
-    });
+    const bool isReset = withoutException(false, [this] { return resetTarget(); });
+    if (isReset) {
+        stage_ = KvEStage::rebooted;
+    } else {
+        noteFailure(KvEFailure::reboot, [] { return std::string("the target was not rebooted: the reset failed"); });
+    }
+    return isReset;
+}
+
+bool KvCReflasher::resetTarget() {
+    KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
+    std::vector<KvTErrorInfo> before;
+    attempt([&] { before = errorEntriesOf(errors); }); // a reboot does not need it
+    if (preparation_.targetAccess().rebootDevice(errors)) {
+        return true;
+    }
+    writer_.print(L"ERROR: Device cannot be rebooted. Command failed.\n");
+    printErrorReport(writer_, options_, errors, reportIndentation);
+    for (KvTErrorInfo& error : errorsSince(before, errors)) {
+        errors_.push_back(std::move(error));
+    }
+    return false;
 }

@@ -1,16 +1,22 @@
 #pragma once
 
+#include "ExhaustedMemory.h"
+#include "Explanation.h"
 #include "KvCConsoleWriter.h"
 #include "KvCPreparation.h"
 #include "KvCUpdateDriver.h"
-#include "KvIReflasher.h"
+#include "KvISession.h"
 #include "KvTCallbacks.h"
 
 #include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 /// A session: owns every record of it and wires them together. Members are destroyed in reverse order, which gives the
 /// device handle back before the inventory's root handle.
-class KvCReflasher : public KvIReflasher {
+class KvCReflasher : public KvISession {
 public:
     /// Allocates a block of `size` bytes, as the ordinary operator new does.
     using Allocate = void* (*)(std::size_t size);
@@ -35,16 +41,67 @@ public:
     bool getRebootSupportStatus(std::uint32_t& status) override;
     bool reboot() override;
 
+    void setEventFunction(KvNReflasher::KvTEventFunction function, void* context) override {
+        callbacks_.eventFunction = function;
+        callbacks_.eventContext = context;
+    }
+    void setMessageFunction(KvNReflasher::KvTMessageFunction function, void* context) override {
+        callbacks_.messageFunction = function;
+        callbacks_.messageContext = context;
+    }
+    void setTreeVisitor(KvNReflasher::KvTTreeVisitor visitor, void* context) override {
+        preparation_.inventory().setTreeVisitor(visitor, context);
+    }
+    void findHiddenElements() override { preparation_.inventory().findHiddenElements(); }
+    [[nodiscard]] const KvNReflasher::KvTPlan* plan() const override;
+    [[nodiscard]] std::vector<KvNReflasher::KvTArchiveEntry> archiveEntries() const override;
+    [[nodiscard]] KvNReflasher::KvTExplanation explain(std::uint32_t index) override;
+    [[nodiscard]] std::vector<KvNReflasher::KvTHiddenElement> hiddenElements() const override;
+    [[nodiscard]] std::vector<KvNReflasher::KvTForeignPath> foreignPaths() const override;
+    KvNReflasher::KvTDisabling disableElement(const std::string& element) override;
+    [[nodiscard]] std::vector<std::string> preflight() override;
+    [[nodiscard]] KvNReflasher::KvTOutcome outcome() const override;
+    [[nodiscard]] KvNReflasher::KvTLook look() override;
+
 protected:
     explicit KvCReflasher(KvNReflasher::KvTOptions options);
 
 private:
     [[nodiscard]] bool runSession();
     [[nodiscard]] bool runMode(KvCErrorListPool& errors);
+    [[nodiscard]] bool resetTarget();
+    /// Notes a failure of the session. When memory is exhausted it has no message.
+    template <typename MakeMessage>
+    void noteFailure(KvNReflasher::KvEFailure failure, MakeMessage&& makeMessage) {
+        KvNReflasher::KvTVerdict verdict{failure, {}};
+        attempt([&] { verdict.message = makeMessage(); });
+        verdict_.add(std::move(verdict));
+    }
+    /// Of a failure that has no other reason.
+    void noteOutOfMemory() {
+        if (verdict_.isSuccess()) {
+            noteFailure(KvNReflasher::KvEFailure::errors, [] { return std::string("out of memory"); });
+        }
+    }
+    void concludeRun(KvCErrorListPool& errors, bool succeeded);
+    [[nodiscard]] KvNReflasher::KvTVerdict verdictOfUpdate() const;
+    [[nodiscard]] KvNReflasher::KvTVerdict verdictOfElements() const;
+    [[nodiscard]] KvNReflasher::KvTOutcome makeOutcome() const;
+    [[nodiscard]] KvNReflasher::KvEStage stage() const;
+    [[nodiscard]] static std::vector<std::string> collectedErrors();
+    [[nodiscard]] std::vector<KvNReflasher::KvTElementOutcome> elementOutcomes() const;
+    [[nodiscard]] std::vector<KvNReflasher::KvTFileOutcome> fileOutcomes() const;
 
     const KvNReflasher::KvTOptions options_;
     KvTCallbacks callbacks_;
     const KvCConsoleWriter writer_{callbacks_};
     KvCPreparation preparation_{writer_, options_};
     KvCUpdateDriver driver_{writer_, callbacks_, options_, preparation_.planner(), preparation_.targetAccess()};
+    /// Made when an explanation is first asked for.
+    std::optional<Explainer> explainer_;
+    /// What has come after prepare().
+    KvNReflasher::KvTVerdict verdict_;
+    std::optional<KvNReflasher::KvEStage> stage_;
+    /// The errors that belong to no element.
+    std::vector<KvNReflasher::KvTErrorInfo> errors_;
 };

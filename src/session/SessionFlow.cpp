@@ -1,3 +1,4 @@
+#include "ErrorEntries.h"
 #include "ErrorReport.h"
 #include "ExhaustedMemory.h"
 #include "KvCReflasher.h"
@@ -16,17 +17,41 @@ void printToolVersion(const KvCConsoleWriter& writer) {
 } // namespace
 
 std::uint32_t KvCReflasher::prepare() {
-    return withoutException<std::uint32_t>(prepareFailed, [this] { return preparation_.prepare(); });
+    verdict_ = {};
+    stage_.reset();
+    errors_.clear();
+    explainer_.reset();
+    driver_.forgetRun();
+    const std::uint32_t status =
+        withoutException<std::uint32_t>(prepareFailed, [this] { return preparation_.prepare(); });
+    if (status == prepareFailed) {
+        preparation_.forgetTarget();
+    }
+    if (status != prepareReady) {
+        attempt([this] {
+            verdict_ = preparation_.verdict();
+            errors_ = errorEntriesOf(KvCErrorManager::getInstance()->getMasterErrorList());
+        });
+        noteOutOfMemory();
+    }
+    return status;
 }
 
 bool KvCReflasher::run() {
-    return withoutException(false, [this] { return runSession(); });
+    const bool succeeded = withoutException(false, [this] { return runSession(); });
+    stage_ = KvEStage::ended;
+    if (!succeeded) {
+        noteOutOfMemory();
+    }
+    return succeeded;
 }
 
 bool KvCReflasher::runSession() {
     KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
-    const bool result = runMode(errors);
-    return !printReportedErrors(writer_, options_, errors) && result;
+    const bool done = runMode(errors);
+    const bool succeeded = !printReportedErrors(writer_, options_, errors) && done;
+    concludeRun(errors, succeeded);
+    return succeeded;
 }
 
 bool KvCReflasher::runMode(KvCErrorListPool& errors) {

@@ -51,9 +51,18 @@ public:
             put(character);
         }
     }
+    /// Decodes UTF-8. A byte that begins no well-formed character stands for the character of its number.
     void putNarrow(std::string_view text) {
-        for (const char byte : text) {
-            put(static_cast<wchar_t>(static_cast<unsigned char>(byte)));
+        const char* const end = text.data() + text.size();
+        for (const char* position = text.data(); position != end;) {
+            const char* next = position;
+            const auto codePoint = utf_traits<char>::decode(next, end);
+            if (boost::locale::utf::is_valid_codepoint(codePoint)) {
+                put(static_cast<wchar_t>(codePoint));
+                position = next;
+            } else {
+                put(static_cast<wchar_t>(static_cast<unsigned char>(*position++)));
+            }
         }
     }
     [[nodiscard]] bool finish() {
@@ -170,7 +179,7 @@ Conversion readConversion(const wchar_t*& position, Arguments& arguments) {
 template <typename Character>
 constexpr std::array<Character, 7> nullText{'(', 'n', 'u', 'l', 'l', ')', '\0'};
 
-/// Hands text to a sink and counts it.
+/// Hands text to a sink and counts it, a narrow text in bytes.
 template <typename Sink>
 class Writer {
 public:
@@ -313,6 +322,10 @@ int formatTo(Sink sink, const wchar_t* format, std::va_list list) {
 }
 
 } // namespace
+
+bool decodesNarrowText() {
+    return true;
+}
 
 int countFormatted(const wchar_t* format, std::va_list arguments) {
     return formatTo(BufferSink(nullptr, 0), format, arguments);

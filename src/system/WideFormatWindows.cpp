@@ -19,6 +19,10 @@ constexpr int normalised(int result) {
 
 } // namespace
 
+bool decodesNarrowText() {
+    return false;
+}
+
 int countFormatted(const wchar_t* format, std::va_list arguments) {
     return normalised(_vscwprintf(format, arguments));
 }

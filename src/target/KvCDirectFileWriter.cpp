@@ -1,6 +1,7 @@
 #include "KvCDirectFileWriter.h"
 
 #include "CallJudgement.h"
+#include "ErrorEntries.h"
 #include "ExhaustedMemory.h"
 #include "Files.h"
 #include "HostInterfaceHandles.h"
@@ -52,16 +53,21 @@ KvCDirectFileWriter::~KvCDirectFileWriter() {
     if (deviceHandle_ == nullptr) {
         return;
     }
-    attempt([this] {
-        const OwnedErrorList errors = OwnedErrorList::create();
-        (void)KvHIM_deleteDeviceHandle(*errors, deviceHandle_);
-        KvCErrorManager::getInstance()->sendErrorList(errors.get(), 0);
-    });
+    // Without memory for a list of its own the handle is given back all the same.
+    KvCErrorManager& manager = *KvCErrorManager::getInstance();
+    OwnedErrorList own;
+    attempt([&own] { own = OwnedErrorList::create(); });
+    KvCErrorListPool& errors = own.get() != nullptr ? *own : manager.getMasterErrorList();
+    attempt([&] { (void)KvHIM_deleteDeviceHandle(errors, deviceHandle_); });
+    if (own.get() != nullptr) {
+        attempt([&] { manager.sendErrorList(own.get(), 0); });
+    }
 }
 
 bool KvCDirectFileWriter::writeFileToTarget(const KvTArchiveFile& entry, const KvCString& targetPath,
                                             std::vector<std::wstring>& messages) {
     messages.clear();
+    errors_.clear();
     Paths paths(options_.archiveFolder, entry.name, targetPath);
     if (!paths.split()) {
         addMessage(messages, L"ERROR: Invalid target file path: %hs\n", paths.target.c_str());
@@ -71,19 +77,26 @@ bool KvCDirectFileWriter::writeFileToTarget(const KvTArchiveFile& entry, const K
         return false;
     }
     const OwnedErrorList errors = OwnedErrorList::create();
-    if (!openDevice(*errors)) {
+    const bool isWritten = write(*errors, paths, targetPath, messages);
+    errors_ = errorEntriesOf(*errors);
+    return isWritten;
+}
+
+bool KvCDirectFileWriter::write(KvCErrorListPool& errors, const Paths& paths, const KvCString& targetPath,
+                                std::vector<std::wstring>& messages) {
+    if (!openDevice(errors)) {
         addMessage(messages, L"ERROR: Writing %hs failed. Cannot create device handle.\n", paths.target.c_str());
         return false;
     }
-    FileTransferClient client(*errors);
+    FileTransferClient client(errors);
     const std::int32_t status = client.createBy(
-        [&](KvHIMFTClientHandle& handle) { return KvHIM_createFTClientHandle(*errors, deviceHandle_, handle); });
+        [&](KvHIMFTClientHandle& handle) { return KvHIM_createFTClientHandle(errors, deviceHandle_, handle); });
     if (status != 0) {
         addMessage(messages, L"ERROR: Writing %hs failed. Cannot create FT client handle.\n", paths.target.c_str());
         return false;
     }
-    createFolders(*errors, client.get(), paths.folder, messages);
-    if (!transfer(*errors, client.get(), paths, messages)) {
+    createFolders(errors, client.get(), paths.folder, messages);
+    if (!transfer(errors, client.get(), paths, messages)) {
         return false;
     }
     if (client.release() != 0) {

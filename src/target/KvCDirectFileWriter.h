@@ -5,6 +5,7 @@
 #include "KvHostInterface.h"
 #include "KvTArchiveFile.h"
 #include "KvTOptions.h"
+#include "KvTOutcome.h"
 
 #include <string>
 #include <string_view>
@@ -31,8 +32,13 @@ public:
     [[nodiscard]] bool writeFileToTarget(const KvTArchiveFile& entry, const KvCString& targetPath,
                                          std::vector<std::wstring>& messages);
 
+    /// The errors that the last write has met.
+    [[nodiscard]] const std::vector<KvNReflasher::KvTErrorInfo>& errors() const { return errors_; }
+
 private:
     struct Paths;
+    [[nodiscard]] bool write(KvCErrorListPool& errors, const Paths& paths, const KvCString& targetPath,
+                             std::vector<std::wstring>& messages);
     [[nodiscard]] bool openDevice(KvCErrorListPool& errors);
     [[nodiscard]] bool transfer(KvCErrorListPool& errors, KvHIMFTClientHandle client, const Paths& paths,
                                 std::vector<std::wstring>& messages) const;
@@ -43,4 +49,5 @@ private:
     const KvCTargetAccess& targetAccess_;
     /// Kept from the first write on.
     KvHIMDeviceHandle deviceHandle_ = nullptr;
+    std::vector<KvNReflasher::KvTErrorInfo> errors_;
 };

@@ -2,6 +2,7 @@
 
 #include "KvCErrorManager.h"
 #include "KvEmulation.h"
+#include "MessageBytes.h"
 
 #include <fstream>
 #include <iterator>
@@ -22,14 +23,6 @@ std::size_t openFileCount() {
     std::error_code unknown;
     const std::filesystem::directory_iterator files("/proc/self/fd", unknown);
     return static_cast<std::size_t>(std::distance(files, std::filesystem::directory_iterator()));
-}
-
-std::string bytesOf(const std::wstring& message) {
-    std::string bytes;
-    for (const wchar_t character : message) {
-        bytes += static_cast<char>(static_cast<unsigned char>(character));
-    }
-    return bytes;
 }
 
 ArchiveTest::ArchiveTest() {

@@ -15,9 +15,6 @@
 #include <string>
 #include <string_view>
 
-/// The bytes of a message: narrow texts go into messages one character per byte.
-[[nodiscard]] std::string bytesOf(const std::wstring& message);
-
 /// Number of this process's open files; 0 on a system that does not tell in this way.
 [[nodiscard]] std::size_t openFileCount();
 

@@ -1,5 +1,6 @@
 #include "ArchiveFixture.h"
 #include "BinaryFile.h"
+#include "MessageBytes.h"
 
 #include <filesystem>
 #include <string>

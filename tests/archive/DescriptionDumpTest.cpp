@@ -1,6 +1,11 @@
 #include "ArchiveFixture.h"
 #include "BinaryFile.h"
+#include "BlockPrinter.h"
+#include "KvCErrorManager.h"
+#include "KvNJson.h"
+#include "RedirectedStream.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -169,6 +174,35 @@ TEST_F(DescriptionDump, TextsAreEscapedWhereTheyMustBeOnly) {
     const std::string text = dump();
     EXPECT_NE(std::string::npos, text.find("\"productName\": \"\xE2\x82\xAC/\xC3\xBC%s\","));
     EXPECT_NE(std::string::npos, text.find(R"("archiveName": "a\"b\\c/\n\u0001\u0000")"));
+}
+
+/// An archive whose dump is many times as long as a block.
+ArchiveBuilder longArchive() {
+    ArchiveBuilder builder;
+    for (int count = 0; count < 1000; ++count) {
+        builder.entry(goodEntry());
+    }
+    return builder;
+}
+
+TEST_F(DescriptionDump, AMessageCallbackReceivesOneMessage) {
+    ASSERT_TRUE(readArchive(longArchive()));
+    const std::string text = dump();
+    EXPECT_GT(text.size(), 4 * BlockPrinter::blockSize);
+    EXPECT_EQ(1U, KeptMessages::list().size());
+    EXPECT_FALSE(KvNJson::json::parse(text).is_invalid());
+}
+
+TEST_F(DescriptionDump, OnStandardOutputTheTextIsTheSame) {
+    ASSERT_TRUE(readArchive(longArchive()));
+    const std::string text = dump();
+    const KvTCallbacks noCallbacks;
+    const KvCConsoleWriter writer(noCallbacks);
+    KvCFirmwareArchive archive(writer, options());
+    ASSERT_TRUE(archive.readArchive(KvCErrorManager::getInstance()->getMasterErrorList()));
+    const RedirectedStream output(stdout);
+    archive.dumpDescription();
+    EXPECT_EQ(text, output.received());
 }
 
 TEST_F(DescriptionDump, TheArchiveItselfIsLeftAsItWas) {

@@ -33,7 +33,7 @@ std::string header() {
     errors.reset();
     errors.addError(entry);
     printErrorReport(kept.writer(), options, errors, 0);
-    return messageBytes();
+    return bytesOf(KeptMessages::text());
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "ErrorReport.h"
 
+#include "KeptMessages.h"
 #include "KvCConsoleWriter.h"
 #include "KvEmulation.h"
 #include "MessageBytes.h"
@@ -45,7 +46,7 @@ protected:
     [[nodiscard]] std::string report(std::uint32_t indentation = reportIndentation) const {
         const KeptMessages kept;
         printErrorReport(kept.writer(), options_, *list_, indentation);
-        return messageBytes();
+        return bytesOf(KeptMessages::text());
     }
     /// The report of one entry of code 1 without its header line.
     [[nodiscard]] std::string block(const std::string& text, std::uint32_t indentation = reportIndentation) {
@@ -94,9 +95,9 @@ std::string withoutLineEnds(std::string text) {
     return text;
 }
 
-/// Words of any length, blanks and line ends, bytes of foreign letters.
+/// Words of any length, blanks and line ends.
 std::string randomText(std::mt19937& random) {
-    constexpr std::string_view parts[] = {" ", "\n", "\r\n", "  ", "a", "bc", "def", "ghijklmnop", "\xC3\xA4"};
+    constexpr std::string_view parts[] = {" ", "\n", "\r\n", "  ", "a", "bc", "def", "ghijklmnop", "q"};
     std::uniform_int_distribution<std::size_t> part(0, std::size(parts) - 1);
     const std::size_t length = std::uniform_int_distribution<std::size_t>(0, 400)(random);
     const bool longWords = random() % 4 == 0;
@@ -285,7 +286,15 @@ TEST_F(ErrorReportTest, TheWidthCountsBytes) {
     for (int letter = 0; letter < 36; ++letter) {
         text += "\xC3\xA4";
     }
-    EXPECT_EQ(linesOf(block(text), 9), (std::vector<std::string>{text.substr(0, 71), text.substr(71)}));
+    EXPECT_EQ(linesOf(block(text, 8), 10), (std::vector<std::string>{text.substr(0, 70), text.substr(70)}));
+}
+
+TEST_F(ErrorReportTest, AWrappingWithinACharacterShowsItsBytesOneByOne) {
+    static_cast<void>(block(std::string(70, 'x') + "\xC3\xA4"));
+    const std::vector<std::wstring>& messages = KeptMessages::list();
+    ASSERT_GE(messages.size(), 2U);
+    EXPECT_EQ(messages[messages.size() - 2], std::wstring(9, L' ') + std::wstring(70, L'x') + L"\u00C3\n");
+    EXPECT_EQ(messages.back(), std::wstring(9, L' ') + L"\u00A4\n");
 }
 
 TEST_F(ErrorReportTest, TheWidthShrinksWithTheIndentation) {

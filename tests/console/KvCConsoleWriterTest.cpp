@@ -1,6 +1,7 @@
 #include "KvCConsoleWriter.h"
 
 #include "KeptMessages.h"
+#include "MessageBytes.h"
 #include "RedirectedStream.h"
 
 #include <gtest/gtest.h>
@@ -24,10 +25,16 @@ TEST(ConsoleWriterWithCallback, HandsOverEachMessageAsItIsPrinted) {
     EXPECT_EQ(KeptMessages::list(), (Messages{L"        item\n", L"\u00E4\u4E2D: 42%\r"}));
 }
 
-TEST(ConsoleWriterWithCallback, NarrowTextArrivesAsOneCharacterPerByte) {
+TEST(ConsoleWriterWithCallback, NarrowTextArrivesAsTheSystemMakesItWideAndCountsItsBytes) {
     const KeptMessages kept;
-    EXPECT_EQ(kept.writer().print(L"%hs", "\xC3\xA4\xFF"), 3);
-    EXPECT_EQ(KeptMessages::list(), (Messages{L"\u00C3\u00A4\u00FF"}));
+    EXPECT_EQ(kept.writer().print(L"%hs|\n", "\xC3\xA4"), 4);
+    EXPECT_EQ(KeptMessages::list(), (Messages{inMessage("\xC3\xA4") + L"|\n"}));
+}
+
+TEST(ConsoleWriterWithCallback, BytesThatAreNotUtf8ArriveOneByOne) {
+    const KeptMessages kept;
+    EXPECT_EQ(kept.writer().print(L"%hs", "\xFF\x80\xC3"), 3);
+    EXPECT_EQ(KeptMessages::list(), (Messages{L"\u00FF\u0080\u00C3"}));
 }
 
 TEST(ConsoleWriterWithCallback, AMessageWithoutCharactersIsNotHandedOver) {
@@ -122,6 +129,12 @@ TEST(ConsoleWriterFormat, ReplacesWhatTheTextHeld) {
     std::wstring text = L"former text that is longer";
     EXPECT_EQ(KvCConsoleWriter::format(text, L"%s\\%hs", L"folder", "file"), 11);
     EXPECT_EQ(text, L"folder\\file");
+}
+
+TEST(ConsoleWriterFormat, TheTextEndsWithItsLastCharacterWhateverItsBytesCount) {
+    std::wstring text;
+    EXPECT_EQ(KvCConsoleWriter::format(text, L"%s\\%hs", L"\u00E4", "\xE2\x82\xAC.bin"), 9);
+    EXPECT_EQ(text, L"\u00E4\\" + inMessage("\xE2\x82\xAC") + L".bin");
 }
 
 TEST(ConsoleWriterFormat, ATextWithoutCharactersIsEmpty) {

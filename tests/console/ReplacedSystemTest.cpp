@@ -15,6 +15,8 @@ struct Answers {
     std::optional<ModuleVersion> version;
     int count = 0;
     int written = 0;
+    /// What a buffer is filled with; what it leaves over stays as it is.
+    std::wstring text;
 };
 
 Answers& answers() {
@@ -38,12 +40,17 @@ std::optional<ModuleVersion> readModuleVersion() {
     return answers().version;
 }
 
+bool decodesNarrowText() {
+    return false;
+}
+
 int countFormatted(const wchar_t* /*format*/, std::va_list /*arguments*/) {
     return answers().count;
 }
 
 int formatIntoBuffer(wchar_t* buffer, std::size_t size, const wchar_t* /*format*/, std::va_list /*arguments*/) {
     std::wmemset(buffer, L'x', size);
+    answers().text.copy(buffer, size);
     return answers().count;
 }
 
@@ -88,6 +95,14 @@ TEST(ConsoleWriterFailure, AMessageHasTheCountedLength) {
     const KeptMessages kept;
     EXPECT_EQ(printCounted(kept.writer(), 3), 3);
     EXPECT_EQ(KeptMessages::list(), (std::vector<std::wstring>{L"xxx"}));
+}
+
+TEST(ConsoleWriterFailure, AMessageMayBeShorterThanItsCount) {
+    const KeptMessages kept;
+    answers().text.assign(L"ab\0", 3);
+    EXPECT_EQ(printCounted(kept.writer(), 5), 5);
+    EXPECT_EQ(KeptMessages::list(), (std::vector<std::wstring>{L"ab"}));
+    answers().text.clear();
 }
 
 TEST(ConsoleWriterFailure, AnUnformattedTextIsEmpty) {

@@ -1,5 +1,6 @@
 #include "TableLayout.h"
 
+#include "KeptMessages.h"
 #include "KvCConsoleWriter.h"
 #include "MessageBytes.h"
 
@@ -21,7 +22,7 @@ std::vector<std::wstring> messagesOf(const KvTTable& rows) {
 std::string printed(const KvTTable& rows) {
     const KeptMessages kept;
     printTable(kept.writer(), rows);
-    return messageBytes();
+    return bytesOf(KeptMessages::text());
 }
 
 std::size_t columnCount(const KvTTable& rows) {

@@ -1,6 +1,7 @@
 #include "UpdateTest.h"
 
 #include "KvEmulation.h"
+#include "MessageBytes.h"
 
 #include <gmock/gmock.h>
 
@@ -113,10 +114,10 @@ TEST_P(UpdateLineTest, IsFilledUpToColumn56) {
     }
     const std::size_t begin = line.find(L"\nUpdating:\n") + 11;
     const std::wstring head(L"        NODE, ");
-    const std::wstring name(GetParam().elementName.size(), L'?');
+    const std::wstring name = inMessage(GetParam().elementName);
     ASSERT_EQ(line.substr(begin, head.size()), head);
-    EXPECT_EQ(line.substr(begin + head.size() + name.size(), GetParam().blanks + 8),
-              std::wstring(GetParam().blanks, L' ') + L"[ERROR]\n");
+    EXPECT_EQ(line.substr(begin + head.size(), name.size() + GetParam().blanks + 8),
+              name + std::wstring(GetParam().blanks, L' ') + L"[ERROR]\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, UpdateLineTest,

@@ -1,6 +1,7 @@
 #include "UpdateTest.h"
 
 #include "KvNInventoryIDs.h"
+#include "MessageBytes.h"
 
 #include <gmock/gmock.h>
 
@@ -303,8 +304,8 @@ TEST_F(UpdateDriverTest, ANameThatIsNotAsciiIsShownInWideCharactersWhenTheFileIs
     node.element(completeElement(1, "\xC3\xA9"));
     archive.addWithoutFile(entry("\xC3\xBC.bin").board("NODE", 1));
     EXPECT_FALSE(update());
-    EXPECT_EQ(log.events({Kind::message})[0],
-              said("\nNODE, <U+00C3><U+00A9> cannot be updated. Update file <U+00FC>.bin not found!\n"));
+    EXPECT_EQ(log.events({Kind::message})[0], said("\nNODE, " + SessionLog::narrow(inMessage("\xC3\xA9")) +
+                                                   " cannot be updated. Update file <U+00FC>.bin not found!\n"));
 }
 
 TEST_F(UpdateDriverTest, AFolderInPlaceOfAnUpdateFileIsNotMissing) {

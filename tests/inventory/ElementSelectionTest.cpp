@@ -330,8 +330,18 @@ TEST_F(FilteredGapsTest, TheReplacementOfAnEmptyNameIsNotFiltered) {
     EXPECT_EQ(count(), 0U);
 }
 
-TEST_F(FilteredGapsTest, ABoardWithoutATypePassesEveryBoardTypeFilterInSilence) {
+TEST_F(FilteredGapsTest, ABoardWithoutATypePassesEveryBoardTypeFilterAndIsReported) {
     options.boardTypeFilter = "QB4120";
+    target.add(item("IOMODULE")
+                   .parameter("PRODUCT/SERIAL_NUMBER", 1)
+                   .parameter("PRODUCT/SLOT_COUNT", 0)
+                   .element(completeElement(1, "a")));
+    scan();
+    EXPECT_THAT(names(), ElementsAre("a"));
+    EXPECT_THAT(takeErrors(), ElementsAre(missing("PRODUCT[1]/BOARD_TYPE[1]", "IOMODULE[1]")));
+}
+
+TEST_F(FilteredGapsTest, WithoutABoardTypeFilterABoardWithoutATypeIsNotReported) {
     target.add(item("IOMODULE")
                    .parameter("PRODUCT/SERIAL_NUMBER", 1)
                    .parameter("PRODUCT/SLOT_COUNT", 0)

@@ -2,6 +2,7 @@
 #include "TableLayout.h"
 
 #include "InventoryFixture.h"
+#include "MessageBytes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -213,9 +214,9 @@ TEST_F(ElementTableTest, ATitleOfTenCharactersIsFramedByFourteenStars) {
 TEST_F(ElementTableTest, TheFrameCountsCharactersAndTheTableBytes) {
     options.verbose = true;
     target.add(unitBoard("\xC3\x84\xE2\x82\xAC", "\xC3\xA4"));
-    // Narrow text stands in messages with one character per byte.
     EXPECT_EQ(table(), L"\n******\n* \u00C4\u20AC *\n******\n"
                        L"Update element   | Version\n"
                        L"--------------------------\n"
-                       L"QB1000, SN 1, \u00C3\u00A4 | 1.0    \n");
+                       L"QB1000, SN 1, " +
+                           inMessage("\xC3\xA4") + L" | 1.0    \n");
 }

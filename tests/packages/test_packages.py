@@ -79,7 +79,7 @@ class Package:
                 self.assertNotIn(words, notices)
 
     def test_the_documents_are_there(self):
-        for document in ("README.md", "docs/commands.md", "docs/schemas/archive.schema.json"):
+        for document in ("README.md", "CHANGELOG.md", "docs/commands.md", "docs/schemas/archive.schema.json"):
             self.assertTrue((self.documents / document).is_file(), document)
 
     def test_links_of_the_documents_lead_to_something(self):

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+using KvNReflasher::KvEMatchTest;
+
 namespace {
 
 /// Whether the entry is meant for the element, by the test of the two and by what it takes of a list alike.

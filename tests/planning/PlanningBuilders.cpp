@@ -33,16 +33,20 @@ std::string descriptionOf(const std::vector<std::string>& entries) {
 
 } // namespace
 
-std::vector<KvTArchiveFile> filesOf(const std::vector<std::string>& entries) {
+void readEntries(KvCFirmwareArchive& archive, const KvCConsoleWriter& writer, const std::vector<std::string>& entries) {
     const ScratchFolder folder;
     folder.write("archive.json", descriptionOf(entries));
+    KvCArchiveFindings findings(writer);
+    EXPECT_TRUE(archive.parseDescription((folder.path() / "archive.json").wstring(), findings));
+}
+
+std::vector<KvTArchiveFile> filesOf(const std::vector<std::string>& entries) {
     KvTCallbacks callbacks;
     callbacks.message = failWith;
     const KvCConsoleWriter writer(callbacks);
     const KvNReflasher::KvTOptions options{};
     KvCFirmwareArchive archive(writer, options);
-    KvCArchiveFindings findings(writer);
-    EXPECT_TRUE(archive.parseDescription((folder.path() / "archive.json").wstring(), findings));
+    readEntries(archive, writer, entries);
     EXPECT_EQ(entries.size(), archive.files().size());
     return std::move(archive.files());
 }

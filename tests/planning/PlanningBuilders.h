@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KvCFirmwareArchive.h"
 #include "KvTArchiveFile.h"
 #include "KvTUpdateElement.h"
 
@@ -14,6 +15,8 @@
 [[nodiscard]] std::vector<KvTArchiveFile> filesOf(const std::vector<std::string>& entries);
 /// The same for one entry.
 [[nodiscard]] KvTArchiveFile fileOf(const std::string& members);
+/// Lets `archive` read such entries; those that it ignores are allowed.
+void readEntries(KvCFirmwareArchive& archive, const KvCConsoleWriter& writer, const std::vector<std::string>& entries);
 
 /// An element of a target: valid, active, of version 1.0, without checksum, and with 0 and empty texts for the rest.
 class ElementBuilder {

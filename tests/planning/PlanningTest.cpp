@@ -2,6 +2,7 @@
 
 #include "KvCErrorManager.h"
 #include "KvEmulation.h"
+#include "MessageBytes.h"
 
 #include <iterator>
 #include <memory>
@@ -55,11 +56,7 @@ std::vector<std::uint32_t> PlanningTest::matchCounts() const {
 }
 
 std::string PlanningTest::messages() {
-    std::string bytes;
-    for (const wchar_t character : KeptMessages::text()) {
-        bytes += static_cast<char>(static_cast<unsigned char>(character));
-    }
-    return bytes;
+    return bytesOf(KeptMessages::text());
 }
 
 std::string PlanningTest::printed(const std::function<void()>& print) {

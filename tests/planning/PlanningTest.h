@@ -22,6 +22,8 @@ protected:
 
     /// The archive has these entries (see filesOf()).
     void archiveHas(const std::vector<std::string>& entries) { archive_.files() = filesOf(entries); }
+    /// The archive reads these entries, of which it may ignore some.
+    void archiveReads(const std::vector<std::string>& entries) { readEntries(archive_, messages_.writer(), entries); }
     /// Adds an element to the target's.
     void targetHas(const ElementBuilder& element);
     /// The target takes files that none of its elements stands for; their elements are made after this one.

@@ -231,19 +231,3 @@ TEST_F(UpdateDecision, AnElementDisabledBeforeIsMarkedUpToDateToo) {
     EXPECT_FALSE(elementAt(1).upToDate);
     EXPECT_TRUE(elementAt(1).disabled);
 }
-
-TEST_F(UpdateDecision, TheFirstReasonForAnUpdateIsGiven) {
-    const KvTArchiveFile standard = fileOf("'boardType': 'X', 'id': 1, 'version': '2.0', 'checksumCrc32': 2");
-    const KvTArchiveFile upgrade = fileOf("'boardType': 'X', 'id': 1, 'version': '2.0', 'mode': 'upgrade'");
-    const auto reason = [this](const ElementBuilder& builder, const KvTArchiveFile& file) {
-        return decideUpdate(builder.build(), file, options());
-    };
-    EXPECT_EQ(KvEDecision::elementInvalid, reason(element("X", 1).invalid().inactive().checksum(1), standard));
-    EXPECT_EQ(KvEDecision::elementInactive, reason(element("X", 1).inactive().checksum(1), standard));
-    EXPECT_EQ(KvEDecision::elementInactive, reason(element("X", 1).inactive(), upgrade));
-    EXPECT_EQ(KvEDecision::versionDiffers, reason(element("X", 1).checksum(1), standard));
-    EXPECT_EQ(KvEDecision::checksumDiffers, reason(element("X", 1).version("2.0").checksum(1), standard));
-    EXPECT_EQ(KvEDecision::upToDate, reason(element("X", 1).version("2.0").checksum(2), standard));
-    EXPECT_EQ(KvEDecision::versionGreater, reason(element("X", 1).checksum(1), upgrade));
-    EXPECT_EQ(KvEDecision::upToDate, reason(element("X", 1).version("2.0").checksum(1), upgrade));
-}

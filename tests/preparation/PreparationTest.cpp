@@ -95,4 +95,42 @@ TEST_F(PreparationTest, AnUnsupportedTargetHasAllElementsDisabledWhenItIsToBeUpd
     EXPECT_TRUE(printed(L"ERROR: The target system is not supported by this firmware archive.\n"));
 }
 
+TEST_F(PreparationTest, ThePlanNamesTheElementsThatDecideThatATargetIsNotSupported) {
+    node.element(completeElement(1, "One"));
+    addNodeElement(2, completeElement(2, "Two"));
+    node.element(completeElement(3, "Three"));
+    node.element(completeFile(4, "a.cfg"));
+    boards.push_back(completeBoard("IOMODULE", "IO", 0).element(completeElement(1, "Four")));
+    EXPECT_EQ(prepareTargetNotSupported, prepare(performUpdate));
+    ASSERT_TRUE(preparation().plan().has_value());
+    EXPECT_FALSE(preparation().plan()->supported);
+    EXPECT_EQ((std::vector<std::uint32_t>{0, 2}), preparation().plan()->unsupportedElements);
+    EXPECT_EQ(KvEFailure::unsupported, preparation().verdict().failure);
+    EXPECT_EQ(KvEStage::targetScanned, preparation().stage());
+    // A plan is shown all the same.
+    EXPECT_EQ(prepareReady, prepare(showUpdatePlan));
+    EXPECT_FALSE(preparation().plan()->supported);
+    EXPECT_EQ(KvEStage::prepared, preparation().stage());
+}
+
+TEST_F(PreparationTest, AnElementIsDisabledInThePlanToo) {
+    addNodeElement(1, completeElement(1, "One"));
+    ASSERT_EQ(prepareReady, prepare(performUpdate));
+    preparation().disableElement(1);
+    EXPECT_FALSE(preparation().plan()->elements[0].disabled);
+    preparation().disableElement(0);
+    EXPECT_TRUE(preparation().plan()->elements[0].disabled);
+    EXPECT_TRUE(allElements(&KvTUpdateElement::disabled));
+}
+
+TEST_F(PreparationTest, WhatWasFoundCanBeForgotten) {
+    addNodeElement(1, completeElement(1, "One"));
+    ASSERT_EQ(prepareReady, prepare(performUpdate));
+    preparation().forgetTarget();
+    EXPECT_FALSE(preparation().plan().has_value());
+    EXPECT_TRUE(preparation().inventory().elements().empty());
+    EXPECT_EQ(nullptr, preparation().inventory().systemAddress());
+    EXPECT_EQ(1U, preparation().archive().files().size());
+}
+
 } // namespace

@@ -26,9 +26,26 @@ namespace {
 /// So many sessions may fail to find the rack after its reboot.
 constexpr std::uint32_t attemptLimit = 5;
 
-/// Every so manieth call is disturbed.
+/// One in so many calls is disturbed.
 std::uint32_t stride() {
-    return numberFromEnvironment("KV_SWEEP_STRIDE", KV_USUAL_STRIDE);
+    return std::max(numberFromEnvironment("KV_SWEEP_STRIDE", KV_USUAL_STRIDE), 1U);
+}
+
+/// What the samples are drawn with.
+std::uint32_t seed() {
+    return numberFromEnvironment("KV_SWEEP_SEED", 1);
+}
+
+/// The numbers of the calls to disturb, from 1 on: of each `stride()` calls in a row one, drawn by chance.
+std::vector<std::uint32_t> sampleOf(std::uint32_t calls) {
+    std::mt19937 random(seed());
+    std::vector<std::uint32_t> sample;
+    std::uint32_t row = 0;
+    for (std::uint32_t before = 0; before < calls; before += row) {
+        row = std::min(stride(), calls - before);
+        sample.push_back(before + 1 + static_cast<std::uint32_t>(random() % row));
+    }
+    return sample;
 }
 
 std::size_t count(std::string_view text, std::string_view part) {
@@ -260,12 +277,15 @@ TEST_P(FaultSweepTest, NothingIsLostWhicheverCallFails) {
     static_cast<void>(complete());
     const std::uint32_t calls = callsOf(GetParam());
     ASSERT_GT(calls, 0U) << "An update does not call it.";
-    std::uint32_t disturbed = 0;
-    for (std::uint32_t occurrence = 1; occurrence <= calls && !HasFailure(); occurrence += stride()) {
+    const std::vector<std::uint32_t> sample = sampleOf(calls);
+    for (const std::uint32_t occurrence : sample) {
         EXPECT_EQ(updateWith({{GetParam(), occurrence}}), 1U);
-        ++disturbed;
+        if (HasFailure()) {
+            break;
+        }
     }
-    std::cout << GetParam() << ": " << calls << " calls, " << disturbed << " disturbed updates\n";
+    std::cout << GetParam() << ": " << calls << " calls, " << sample.size() << " of them disturbed, seed " << seed()
+              << '\n';
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, FaultSweepTest, testing::ValuesIn(faultOperations),
@@ -282,9 +302,8 @@ TEST_F(FaultPairsTest, NothingIsLostWhenTwoCallsFail) {
             calls.push_back({operation, occurrence});
         }
     }
-    const std::uint32_t seed = numberFromEnvironment("KV_SWEEP_SEED", 1);
     const std::uint32_t pairs = numberFromEnvironment("KV_SWEEP_PAIRS", 300) / stride();
-    std::mt19937 random(seed);
+    std::mt19937 random(seed());
     std::uint32_t bothMet = 0;
     for (std::uint32_t pair = 0; pair < pairs && !HasFailure(); ++pair) {
         const SingleFault& first = calls[random() % calls.size()];
@@ -292,6 +311,6 @@ TEST_F(FaultPairsTest, NothingIsLostWhenTwoCallsFail) {
         bothMet += updateWith({first, second}) == 2 ? 1U : 0U;
     }
     EXPECT_GT(bothMet, pairs / 4);
-    std::cout << calls.size() << " calls; " << pairs << " pairs of seed " << seed << ", both met by " << bothMet
+    std::cout << calls.size() << " calls; " << pairs << " pairs of seed " << seed() << ", both met by " << bothMet
               << '\n';
 }

@@ -8,6 +8,7 @@ namespace {
 
 /// Allocations to go until the one that fails; 0: none fails.
 std::atomic<std::size_t> remaining{0};
+std::atomic<bool> isLasting{false};
 std::atomic<std::size_t> allocated{0};
 std::atomic<bool> struck{false};
 std::atomic<std::ptrdiff_t> inUse{0};
@@ -16,11 +17,12 @@ bool isToFail() {
     if (remaining == 0) {
         return false;
     }
-    const std::size_t kept = remaining.exchange(0); // finding out may allocate itself
-    const bool counts = !isCalledByPlatform();
-    remaining = counts ? kept - 1 : kept;
-    allocated += counts ? 1 : 0;
-    return counts && kept == 1;
+    ++allocated;
+    const bool fails = remaining == 1;
+    if (!fails || !isLasting) {
+        --remaining;
+    }
+    return fails;
 }
 
 void* allocate(std::size_t size) {
@@ -82,9 +84,10 @@ void operator delete[](void* block, std::size_t /*size*/) noexcept {
     release(block);
 }
 
-FailingMemory::FailingMemory(std::size_t number) {
+FailingMemory::FailingMemory(std::size_t number, Exhaustion exhaustion) {
     struck = false;
     allocated = 0;
+    isLasting = exhaustion == Exhaustion::lasting;
     remaining = number;
 }
 

@@ -19,7 +19,7 @@ const std::string notByDevice = "WARNING: Device cannot be rebooted automaticall
 const std::string checkFailed = "ERROR: Device cannot be rebooted automatically (an error occurred while checking the "
                                 "reboot support status).\n";
 
-const std::vector<std::string> lookup = {
+const std::vector<std::string> deviceLookup = {
     "KvHIM_createFilter",         "KvHIM_setFilterParameter 8", "KvHIM_setFilterParameter 9",
     "KvHIM_setFilterParameter 6", "KvHIM_applyFilter",          "KvHIM_getDeviceList -> status 21, errors 1",
     "KvHIM_getDeviceList",        "KvHIM_deleteFilter",         "KvHIM_createDeviceHandle"};
@@ -40,7 +40,7 @@ protected:
     std::vector<std::string> calls() { return log.events({Kind::call}); }
     /// The calls of an attempt to reboot.
     static std::vector<std::string> attempt(const std::string& reset) {
-        std::vector<std::string> calls = lookup;
+        std::vector<std::string> calls = deviceLookup;
         calls.insert(calls.end(), {reset, "KvHIM_deleteDeviceHandle"});
         return calls;
     }

@@ -1,4 +1,5 @@
 #include "KvCVersion.h"
+#include "MessageBytes.h"
 #include "SessionTest.h"
 
 #include <gmock/gmock.h>
@@ -389,4 +390,18 @@ TEST_F(SessionFlowTest, NothingIsUpdatedOnATargetThatIsNotSupported) {
     EXPECT_TRUE(run());
     EXPECT_THAT(log.callsOf("update2"), IsEmpty());
     EXPECT_EQ(log.text(), "\nResults:\n\n    Update completed successfully!\n");
+}
+
+// Texts.
+
+TEST_F(SessionFlowTest, ATargetPathThatIsNotAsciiStandsOnceInTheMessagesOfTheWriter) {
+    addNodeElement(1, completeElement(1, "One"));
+    addFile("a.cfg", "\xC3\xBC/\xE2\x82\xAC.cfg");
+    options.verbose = true;
+    EXPECT_TRUE(perform(performUpdate));
+    const std::wstring path = L"/mnt/cn/cfdrive/" + inMessage("\xC3\xBC");
+    const std::wstring indentation(12, L' ');
+    EXPECT_THAT(log.messages(), testing::Contains(indentation + L"Directory " + path + L" created.\n"));
+    EXPECT_THAT(log.messages(), testing::Contains(indentation + L"Successfully written " + path + L"/" +
+                                                  inMessage("\xE2\x82\xAC") + L".cfg.\n"));
 }

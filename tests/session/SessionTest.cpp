@@ -31,9 +31,13 @@ SessionTest::SessionTest() {
     options.target = L"127.0.0.1";
 }
 
+std::unique_ptr<KvIReflasher> SessionTest::makeSession() {
+    return std::unique_ptr<KvIReflasher>(KvIReflasher::createInstance(options));
+}
+
 KvIReflasher& SessionTest::session() {
     if (session_ == nullptr) {
-        session_.reset(KvIReflasher::createInstance(options));
+        session_ = makeSession();
         session_->setPhaseCallback(SessionLog::onPhase);
         session_->setElementErrorCallback(SessionLog::onElementError);
         session_->setProgressCallback(SessionLog::onProgress);

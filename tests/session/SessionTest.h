@@ -22,6 +22,8 @@ protected:
     bool perform(std::uint32_t mode);
     /// Deletes the session.
     void close() override { session_.reset(); }
+    /// Makes the session that session() returns.
+    virtual std::unique_ptr<KvIReflasher> makeSession();
 
     std::vector<KvNReflasher::KvTUpdateElementInfo> updateElements();
     std::vector<KvNReflasher::KvTArchiveFileInfo> archiveFiles();

@@ -2,6 +2,7 @@
 
 import copy
 import json
+import re
 import sys
 from pathlib import Path
 
@@ -35,6 +36,13 @@ class Case:
         self.rack = script.get("rack", "box")
         self.steps = script["steps"]
         self.leaves = script.get("leaves", [])
+
+
+def printed_version():
+    """The project's version as the tool prints it, such as 1.1 for 1.1.0."""
+    build = (PROJECT / "CMakeLists.txt").read_text(encoding="utf-8")
+    begin, last = re.search(r"^project\(\w+ VERSION (\d+\.\d+)(\.\d+)", build, re.MULTILINE).groups()
+    return begin if last == ".0" else begin + last
 
 
 def case_names():

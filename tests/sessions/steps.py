@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import shlex
 import shutil
 import signal
@@ -14,6 +15,9 @@ from patches import CaseError
 
 # A carriage return is written into expected files as this sign and a line feed: one progress line in each line.
 RETURN_SIGN = "\u240d\n".encode()
+# The library's version, in its banner or alone as `version` prints it.
+VERSION_SIGN = b"{version}"
+PRINTED_VERSION = cases.printed_version().encode()
 
 
 class Mismatch(Exception):
@@ -115,7 +119,8 @@ class Session:
     def expected(self, name):
         path = self.case.folder / name
         self.used.add(name)
-        return path.read_bytes().replace(RETURN_SIGN, b"\r") if path.exists() else b""
+        data = path.read_bytes() if path.exists() else b""
+        return data.replace(RETURN_SIGN, b"\r").replace(VERSION_SIGN, PRINTED_VERSION)
 
     def compare_trace(self, number):
         """The same line by line; only the layout of the JSON lines may differ."""
@@ -136,6 +141,8 @@ class Session:
     def write_expected(self, name, data):
         path = self.case.folder / name
         if data:
+            data = re.sub(rb"^(.*Tool, Vs )?" + re.escape(PRINTED_VERSION) + rb"$", rb"\g<1>" + VERSION_SIGN, data,
+                          flags=re.MULTILINE)
             path.write_bytes(data.replace(b"\r", RETURN_SIGN))
         else:
             path.unlink(missing_ok=True)

@@ -22,7 +22,7 @@ public:
 
     [[nodiscard]] const KvCConsoleWriter& writer() const { return writer_; }
 
-    /// One by one. A narrow text stands in a message with one character per byte.
+    /// One by one.
     [[nodiscard]] static const std::vector<std::wstring>& list() { return kept(); }
     /// Joined.
     [[nodiscard]] static std::wstring text() {

@@ -34,8 +34,6 @@ std::vector<FormatCase> narrowTextCases() {
     return {
         {"NarrowText", L"abc\n", [](const Formatter& f) { return f(L"%hs\n", "abc"); }},
         {"NarrowTextEmpty", L"", [](const Formatter& f) { return f(L"%hs", ""); }},
-        {"NarrowTextUtf8IsOneCharacterPerByte", L"<\u00C3\u00A4>",
-         [](const Formatter& f) { return f(L"<%hs>", "\xC3\xA4"); }},
         {"NarrowTextOfAllUpperBytes", widened(upperBytes()),
          [](const Formatter& f) { return f(L"%hs", upperBytes().c_str()); }},
         {"NarrowTextNull", L"(null)", [](const Formatter& f) { return f(L"%hs", static_cast<const char*>(nullptr)); }},
@@ -48,7 +46,6 @@ std::vector<FormatCase> narrowTextCases() {
         {"NarrowLeftStarWidthZero", L"ab|", [](const Formatter& f) { return f(L"%-*hs|", 0, "ab"); }},
         {"NarrowWiderThanItsWidth", L"abcdef|", [](const Formatter& f) { return f(L"%-*hs|", 3, "abcdef"); }},
         {"NarrowEmptyFillsItsWidth", L"    |", [](const Formatter& f) { return f(L"%-*hs|", 4, ""); }},
-        {"NarrowWidthCountsBytes", L"\u00C3\u00A4  |", [](const Formatter& f) { return f(L"%-*hs|", 4, "\xC3\xA4"); }},
         {"NarrowStarPrecision", L"ab|", [](const Formatter& f) { return f(L"%.*hs|", 2, "abcd"); }},
         {"NarrowNegativeStarPrecisionIsNone", L"abcd|", [](const Formatter& f) { return f(L"%.*hs|", -2, "abcd"); }},
         {"NarrowPrecisionZero", L"|", [](const Formatter& f) { return f(L"%.0hs|", "abcd"); }},
@@ -57,6 +54,27 @@ std::vector<FormatCase> narrowTextCases() {
              const char text[] = {'a', 'b', 'c'};
              return f(L"%.3hs", text);
          }},
+    };
+}
+
+std::vector<FormatCase> utf8Cases() {
+    return {
+        {"Utf8", L"<\u00C3\u00A4>", [](const Formatter& f) { return f(L"<%hs>", "\xC3\xA4"); }, L"<\u00E4>"},
+        {"Utf8OfThreeAndFourBytes", widened("\xE2\x82\xAC\xF0\x9F\x98\x80|"),
+         [](const Formatter& f) { return f(L"%hs|", "\xE2\x82\xAC\xF0\x9F\x98\x80"); }, L"\u20AC\U0001F600|"},
+        {"Utf8WidthCountsBytes", L"\u00C3\u00A4  |", [](const Formatter& f) { return f(L"%-*hs|", 4, "\xC3\xA4"); },
+         L"\u00E4  |"},
+        {"Utf8PaddedToTheLeft", L"   \u00C3\u00A4", [](const Formatter& f) { return f(L"%5hs", "\xC3\xA4"); },
+         L"   \u00E4"},
+        {"Utf8PrecisionCutsACharacter", L"\u00C3\u00A4\u00C3|",
+         [](const Formatter& f) { return f(L"%.3hs|", "\xC3\xA4\xC3\xB6"); }, L"\u00E4\u00C3|"},
+        {"Utf8WhoseHalvesAreTwoTexts", L"\u00C3\u00A4",
+         [](const Formatter& f) { return f(L"%hs%hs", "\xC3", "\xA4"); }},
+        {"Utf8BesideOtherBytes", widened("a\xFF\xC3\xA4\xE2\x82\xC3\xB6\x80"),
+         [](const Formatter& f) { return f(L"%hs", "a\xFF\xC3\xA4\xE2\x82\xC3\xB6\x80"); },
+         L"a\u00FF\u00E4\u00E2\u0082\u00F6\u0080"},
+        {"Utf8TooLongOrASurrogate", widened("\xC0\x80\xED\xA0\x80\xF4\x90\x80\x80"),
+         [](const Formatter& f) { return f(L"%hs", "\xC0\x80\xED\xA0\x80\xF4\x90\x80\x80"); }},
     };
 }
 
@@ -165,11 +183,15 @@ int Formatter::operator()(const wchar_t* format, ...) const {
     return result;
 }
 
+const std::wstring& FormatCase::inBuffer() const {
+    return decoded.empty() || !decodesNarrowText() ? text : decoded;
+}
+
 const std::vector<FormatCase>& formatCases() {
     static const std::vector<FormatCase> cases = [] {
         std::vector<FormatCase> result;
-        for (const auto& part : {narrowTextCases(), wideTextArgumentCases(), indentationCases(), progressCases(),
-                                 numberCases(), literalCases()}) {
+        for (const auto& part : {narrowTextCases(), utf8Cases(), wideTextArgumentCases(), indentationCases(),
+                                 progressCases(), numberCases(), literalCases()}) {
             result.insert(result.end(), part.begin(), part.end());
         }
         return result;
@@ -186,7 +208,7 @@ const std::vector<FormatCase>& wideTextCases() {
          [](const Formatter& f) { return f(L"%3s|%-3s|", L"\u00E4", L"\u00E4"); }},
         {"LatinTextCut", L"\u00E4\u00F6|", [](const Formatter& f) { return f(L"%.2s|", L"\u00E4\u00F6\u00FC"); }},
         {"WideBesideNarrow", L"\u00E4\u00C3\u00A4",
-         [](const Formatter& f) { return f(L"%s%hs", L"\u00E4", "\xC3\xA4"); }},
+         [](const Formatter& f) { return f(L"%s%hs", L"\u00E4", "\xC3\xA4"); }, L"\u00E4\u00E4"},
     };
     return cases;
 }

@@ -29,9 +29,14 @@ private:
 struct FormatCase {
     /// Letters and digits only.
     const char* name;
-    /// Its length is the result of the call.
+    /// With one character for each byte of narrow texts: its length is the result of the call.
     std::wstring text;
     int (*call)(const Formatter& format);
+    /// With narrow texts decoded; empty: it is the same.
+    std::wstring decoded{};
+
+    /// What goes into a buffer on this system.
+    [[nodiscard]] const std::wstring& inBuffer() const;
 
     friend std::ostream& operator<<(std::ostream& stream, const FormatCase& row) { return stream << row.name; }
 };

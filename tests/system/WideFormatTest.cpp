@@ -23,20 +23,20 @@ std::string narrowed(const std::wstring& text) {
 class WideFormatIntoText : public testing::TestWithParam<FormatCase> {};
 class WideFormatOntoStream : public testing::TestWithParam<FormatCase> {};
 
-TEST_P(WideFormatIntoText, CountsTheCharacters) {
+TEST_P(WideFormatIntoText, CountsTheCharactersAndTheBytesOfNarrowTexts) {
     const int count = GetParam().call(Formatter(
         [](const wchar_t* format, Formatter::Arguments& arguments) { return countFormatted(format, arguments.list); }));
     EXPECT_EQ(count, static_cast<int>(GetParam().text.size()));
 }
 
 TEST_P(WideFormatIntoText, FillsABufferThatJustHoldsThem) {
-    const std::wstring& expected = GetParam().text;
+    const std::wstring& expected = GetParam().inBuffer();
     constexpr wchar_t untouched = L'~';
     std::wstring buffer(expected.size() + 3, untouched);
     const int count = GetParam().call(Formatter([&](const wchar_t* format, Formatter::Arguments& arguments) {
         return formatIntoBuffer(buffer.data(), expected.size() + 1, format, arguments.list);
     }));
-    EXPECT_EQ(count, static_cast<int>(expected.size()));
+    EXPECT_EQ(count, static_cast<int>(GetParam().text.size()));
     EXPECT_EQ(buffer, expected + L'\0' + untouched + untouched);
 }
 

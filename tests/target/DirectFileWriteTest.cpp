@@ -2,6 +2,7 @@
 
 #include "KvCDirectFileWriter.h"
 #include "KvEmulation.h"
+#include "MessageBytes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -151,8 +152,9 @@ TEST_F(DirectFileWriteTest, NamesAreUtf8) {
     EXPECT_TRUE(write("\xC3\xA4/b.cfg", "gr\xC3\xB6\xC3\x9F"
                                         "e.cfg"));
     EXPECT_EQ(onTarget("\xC3\xA4/b.cfg"), "12345");
-    EXPECT_THAT(told, ElementsAre(L"Directory /mnt/cn/cfdrive/\u00C3\u00A4 created.\n",
-                                  L"Successfully written /mnt/cn/cfdrive/\u00C3\u00A4/b.cfg.\n"));
+    const std::wstring folder = L"/mnt/cn/cfdrive/" + inMessage("\xC3\xA4");
+    EXPECT_THAT(told,
+                ElementsAre(L"Directory " + folder + L" created.\n", L"Successfully written " + folder + L"/b.cfg.\n"));
 }
 
 TEST_F(DirectFileWriteTest, AFileInAFolderOfTheArchiveIsWritten) {

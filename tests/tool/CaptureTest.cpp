@@ -17,6 +17,7 @@
 
 namespace {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -139,26 +140,39 @@ TEST_F(Capture, MakesNoFolderAbove) {
 
 TEST_F(Capture, ATargetThatIsNotFoundLeavesNothing) {
     const ToolRun missing = runCaptured({"capture", "-t", "127.0.0.9", copy(), "--emulate", rack_.write()});
-    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_EQ(missing.exitCode, 4);
     EXPECT_EQ(missing.output, "");
-    EXPECT_EQ(missing.errors, "ERROR: Device with IP address 127.0.0.9 not found (error code: -1)!\n"
-                              "ERROR: The target system is inaccessible!\n");
+    EXPECT_THAT(missing.errors, EndsWith("\n \n"
+                                         "ERROR: Device with IP address 127.0.0.9 not found (error code: -1)!\n"
+                                         "ERROR: The target system is inaccessible!\n"
+                                         "kvreflash: the target '127.0.0.9' is not accessible\n"));
     const ToolRun unnamed = runCaptured({"capture", copy(), "--emulate", rack_.write()});
-    EXPECT_EQ(unnamed.exitCode, 1);
-    EXPECT_EQ(unnamed.errors, "ERROR: No IP address or hostname specified!\n");
+    EXPECT_EQ(unnamed.exitCode, 4);
+    EXPECT_THAT(unnamed.errors, EndsWith("\n \n"
+                                         "ERROR: No IP address or hostname specified!\n"
+                                         "kvreflash: give the target with -t HOST\n"));
     EXPECT_EQ(scratch_.list(), CapturedNames{});
 }
 
 TEST_F(Capture, AnInventoryThatCannotBeReadLeavesNothing) {
-    for (const std::uint32_t occurrence : {1U, 2U}) {
-        TargetBuilder rack;
-        rack.add(fault("scan").occurrence(occurrence));
-        const ToolRun run = captureInto(copy(), rack.write());
-        EXPECT_EQ(run.exitCode, 1);
-        EXPECT_EQ(run.output, "");
-        EXPECT_THAT(run.errors, HasSubstr("ERROR: Cannot read target device information.\n"));
-        EXPECT_EQ(scratch_.list(), CapturedNames{});
-    }
+    rack_.add(fault("scan"));
+    const ToolRun run = captureInto(copy(), rack_.write());
+    EXPECT_EQ(run.exitCode, 4);
+    EXPECT_EQ(run.output, "");
+    EXPECT_THAT(run.errors, HasSubstr("ERROR: Cannot read target device information.\n"));
+    EXPECT_THAT(run.errors, EndsWith("kvreflash: the inventory of the target '127.0.0.1' cannot be read\n"));
+    EXPECT_EQ(scratch_.list(), CapturedNames{});
+}
+
+TEST_F(Capture, TheTargetIsScannedOnce) {
+    rack_.add(fault("scan").occurrence(2));
+    EXPECT_EQ(captureInto(copy(), rack_.write()).exitCode, 0);
+}
+
+TEST_F(Capture, AnEmptyNameIsNoFolder) {
+    const ToolRun run = captureInto("", rack_.write());
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_THAT(run.errors, StartsWith("kvreflash: '' cannot be created: "));
 }
 
 TEST_F(Capture, NamesWhatCannotBeReadAndLeavesItOut) {

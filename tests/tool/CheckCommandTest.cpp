@@ -1,5 +1,4 @@
 #include "ArchiveFolder.h"
-#include "FindingDocuments.h"
 #include "KvNJson.h"
 #include "ScratchFolder.h"
 #include "ToolRun.h"
@@ -9,8 +8,6 @@
 
 namespace {
 
-using KvNReflasher::KvESeverity;
-using KvNReflasher::KvTFinding;
 using testing::EndsWith;
 using testing::HasSubstr;
 
@@ -38,16 +35,20 @@ TEST_F(CheckCommand, AGoodArchiveHasNoFindings) {
 TEST_F(CheckCommand, WarningsFailOnlyWhenItIsStrict) {
     archive_.removeFile("node.bin");
     EXPECT_EQ(0, run().exitCode);
-    EXPECT_EQ(1, run({"--strict"}).exitCode);
+    const ToolRun strict = run({"--strict"});
+    EXPECT_EQ(3, strict.exitCode);
+    EXPECT_EQ("kvreflash: '" + archive_.folder().text() + "/archive.json' has 0 errors, 1 warning\n", strict.errors);
     EXPECT_THAT(run().output, EndsWith("\n\n0 errors, 1 warning\n"));
+    EXPECT_EQ("", run().errors);
 }
 
 TEST_F(CheckCommand, ErrorsFailAlways) {
     archive_.add(entry("b.bin").board("QB4120", 2).mode("wrong"));
     const ToolRun done = run();
-    EXPECT_EQ(1, done.exitCode);
+    EXPECT_EQ(3, done.exitCode);
     EXPECT_THAT(done.output, EndsWith("\n\n1 error, 0 warnings\n"));
-    EXPECT_EQ(1, run({"--strict"}).exitCode);
+    EXPECT_THAT(done.errors, EndsWith("archive.json' has 1 error, 0 warnings\n"));
+    EXPECT_EQ(3, run({"--strict"}).exitCode);
 }
 
 TEST_F(CheckCommand, AFindingIsAParagraphInTheStyleOfACompiler) {
@@ -63,7 +64,8 @@ TEST_F(CheckCommand, TheJsonDocumentHoldsTheSame) {
     archive_.removeFile("node.bin");
     archive_.add(entry("b.bin").board("QB4120", 2).mode("wrong"));
     const ToolRun done = run({"--format", "json"});
-    EXPECT_EQ(1, done.exitCode);
+    EXPECT_EQ(3, done.exitCode);
+    EXPECT_EQ(done.output, run({"--json"}).output);
     const KvNJson::json document = KvNJson::json::parse(done.output);
     const KvNJson::jsonView root = document.view();
     EXPECT_EQ(1U, root.find("errors").get_unsigned());
@@ -82,21 +84,10 @@ TEST_F(CheckCommand, TheJsonDocumentHoldsTheSame) {
 
 TEST_F(CheckCommand, AnotherDescriptionOfTheFolderMayBeChecked) {
     const ToolRun done = run({"-d", "other.json", "--format", "json"});
-    EXPECT_EQ(1, done.exitCode);
+    EXPECT_EQ(3, done.exitCode);
     EXPECT_THAT(done.output, HasSubstr("\"code\": \"description-unreadable\""));
     EXPECT_THAT(done.output, HasSubstr("/other.json\""));
-    EXPECT_EQ("", done.errors);
-}
-
-TEST(FindingDocuments, AFindingTakesTwoLinesWhateverNamesItHolds) {
-    KvTFinding finding;
-    finding.severity = KvESeverity::warning;
-    finding.code = "code";
-    finding.path = "$['a\nb']";
-    finding.message = "One\r\ntwo.";
-    finding.hint = "Do\nit.";
-    EXPECT_EQ("f:1:1: warning: One\\r\\ntwo. [code]\n    $['a\\nb']: Do\\nit.\n\n0 errors, 1 warning\n",
-              findingText({finding}, "f"));
+    EXPECT_THAT(done.errors, EndsWith("/other.json' has 1 error, 0 warnings\n"));
 }
 
 } // namespace

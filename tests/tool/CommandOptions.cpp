@@ -6,13 +6,14 @@ namespace {
 
 using Names = std::vector<std::string_view>;
 
-const Names archiveCommands{"check", "archive-version", "content", "dump", "plan", "explain", "matrix", "update"};
-const Names hostCommands{"elements", "connect", "capture", "plan", "explain", "update", "reboot"};
-const Names targetCommands{"elements", "connect", "plan", "explain", "update", "reboot"};
+const Names archiveCommands{"check",   "archive-version", "content", "dump",  "plan",
+                            "explain", "matrix",          "update",  "verify"};
+const Names hostCommands{"elements", "connect", "capture", "plan", "explain", "update", "verify", "reboot"};
+const Names targetCommands{"elements", "connect", "plan", "explain", "update", "verify", "reboot"};
 const Names checkCommand{"check"};
 const Names updateCommand{"update"};
 const Names allCommands{"version", "check", "archive-version", "content", "dump",   "elements", "connect",
-                        "capture", "plan",  "explain",         "matrix",  "update", "reboot"};
+                        "capture", "plan",  "explain",         "matrix",  "update", "verify",   "reboot"};
 
 } // namespace
 
@@ -44,10 +45,10 @@ const std::vector<CommandOption>& commandOptions() {
         {"--verify", "", "", false, updateCommand},
         {"--wait", "", "60", false, updateCommand, {"--verify", "--reboot"}},
         {"--events", "", "events.jsonl", false, updateCommand},
-        {"--report", "", "report.html", false, {"plan", "update"}},
+        {"--report", "", "report.html", false, {"plan", "update", "verify"}},
         {"--strict", "", "", false, checkCommand},
         {"--format", "", "json", false, checkCommand},
-        {"--json", "", "", false, {"content", "elements", "plan", "explain", "matrix"}},
+        {"--json", "", "", false, {"check", "content", "elements", "plan", "explain", "matrix", "verify"}},
         {"--verbose", "-v", "", false, allCommands},
         {"--emulate", "", "rack", true, allCommands},
     };

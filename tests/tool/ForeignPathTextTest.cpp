@@ -26,10 +26,10 @@ TEST(ForeignPaths, AnUpdateWarnsOfEachBeforeItBegins) {
         arguments.insert(arguments.end(), line.begin(), line.end());
         return runCaptured(arguments);
     };
-    EXPECT_EQ(
-        run("update").errors,
-        "kvreflash: warning: file entry 1 reads \"../outside.bin\", which is outside the archive folder\n"
-        "kvreflash: warning: file entry 2 writes \"../../etc/a.cfg\", which is outside the target's file system\n");
+    EXPECT_EQ(run("update").errors,
+              "kvreflash: warning: file entry 1 reads \"../outside.bin\", which is outside the archive folder\n"
+              "kvreflash: warning: file entry 2 writes \"../../etc/a.cfg\", which is outside the target's file system\n"
+              "kvreflash: 1 element failed; the first is 'QB4120, SN 2815, Updatable file (a.cfg)'\n");
     EXPECT_EQ(run("plan").errors, "");
 }
 

@@ -45,9 +45,11 @@ TEST(Help, TheToolNamesEveryCommandWithItsMeaning) {
             EXPECT_GT(meaningOf(lineOf(help, command)).size(), 10U) << command;
         }
         for (const char* code :
-             {"  0    success\n", "  1    failed\n", "  2    the archive does not support the target\n",
-              "  64   usage error\n", "  130  ended by an interrupt\n"}) {
-            EXPECT_THAT(help, HasSubstr(code));
+             {"0    success\n", "1    an element or file failed, ", "2    the archive does not support the target\n",
+              "3    the archive was refused\n", "4    the target was not reached or cannot be scanned\n",
+              "5    the target could not be locked\n", "6    the target does not report what it should\n",
+              "8    no element passes the filters, ", "64   usage error\n", "130  ended by an interrupt\n"}) {
+            EXPECT_THAT(help, HasSubstr(std::string("\n  ") + code));
         }
     }
 }
@@ -91,7 +93,7 @@ TEST(Help, TellsHowAnEmptyValueIsWritten) {
         EXPECT_THAT(helpOf(arguments), HasSubstr("an empty one as an argument of its own: -t \"\"."));
     }
     EXPECT_THAT(runCaptured({"connect", "-t", ""}).output, HasSubstr("ERROR: No IP address or hostname specified!\n"));
-    EXPECT_THAT(runCaptured({"connect", "--target="}).errors, HasSubstr("--target needs a value\n"));
+    EXPECT_THAT(runCaptured({"connect", "--target="}).errors, HasSubstr("--target needs a value; "));
 }
 
 TEST(Help, NamesTheVariablesOfTheEnvironmentAndWhereTheyAreDescribed) {

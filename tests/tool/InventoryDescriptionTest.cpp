@@ -2,7 +2,6 @@
 
 #include "KvCInventoryItem.h"
 #include "KvNInventoryIDs.h"
-#include "OwnedErrorList.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -124,15 +124,24 @@ TEST_F(Matrix, TheDocumentHoldsEverything) {
     TargetBuilder target;
     target.address("10.0.0.7").add(completeBoard("HCN", "NODE", 1).element(completeElement(1, "One \xC3\xBC")));
     const std::string folder = target.write();
-    json name(folder);
-    EXPECT_EQ(document({folder}).dump(),
-              R"({"archive":{"archiveName":"Archive","archiveVersion":"23.2.1","productName":"Product",)"
-              R"("formatVersion":"1.0","archiveVariant":"Variant"},"targets":[{"folder":)" +
-                  name.dump() +
-                  R"(,"address":"10.0.0.7","supported":true,"elements":[{"index":0,"displayName":"NODE, SN 1, One )"
-                  "\xC3\xBC"
-                  R"(","installedVersion":"1.0","availableVersion":"2.0","state":"would-update"}]}],)"
-                  R"("unmatchedEntries":[{"index":1,"name":"io.bin"},{"index":2,"name":"other.bin"}]})");
+    const json written = document({folder});
+    const jsonView root = written.view();
+    EXPECT_EQ(root.find("archive").find("archiveName").get_string(), "Archive");
+    EXPECT_EQ(root.find("archive").find("archiveVariant").get_string(), "Variant");
+    const jsonView planned = root.find("targets").at(0);
+    EXPECT_EQ(planned.find("folder").get_string(), folder);
+    EXPECT_EQ(planned.find("address").get_string(), "10.0.0.7");
+    EXPECT_TRUE(planned.find("failure").is_null());
+    EXPECT_TRUE(planned.find("supported").get_boolean());
+    ASSERT_EQ(planned.find("elements").size(), 1U);
+    const jsonView element = planned.find("elements").at(0);
+    EXPECT_EQ(element.find("index").get_unsigned(), 0U);
+    EXPECT_EQ(element.find("displayName").get_string(), "NODE, SN 1, One \xC3\xBC");
+    EXPECT_EQ(element.find("installedVersion").get_string(), "1.0");
+    EXPECT_EQ(element.find("availableVersion").get_string(), "2.0");
+    EXPECT_EQ(element.find("state").get_string(), "would-update");
+    EXPECT_EQ(texts(root.find("unmatchedEntries"), "name"), "io.bin other.bin");
+    EXPECT_EQ(root.find("unmatchedEntries").at(1).find("index").get_unsigned(), 2U);
 }
 
 TEST_F(Matrix, EachTargetHasItsOwnPlanAndAnEntryNeedsOneTargetOnly) {
@@ -212,35 +221,39 @@ protected:
 
 TEST_F(MatrixWithFailures, TheOthersHaveTheirTurnAllTheSame) {
     const ToolRun done = run(folders_);
-    EXPECT_EQ(done.exitCode, 1);
+    EXPECT_EQ(done.exitCode, 4);
     EXPECT_EQ(countOf(done.output, "would update\n"), 3U);
     EXPECT_THAT(cellsOf(done.output, folders_[1]),
                 ElementsAre(folders_[1], "", "---", "---", "---", "---", "[FAILED]"));
-    EXPECT_THAT(done.errors, StartsWith("kvreflash: '" + folders_[1] + "' cannot be planned for:\n" + folders_[1] +
-                                        "/target.json: "));
-    EXPECT_THAT(done.errors, HasSubstr("kvreflash: '" + folders_[3] +
-                                       "' cannot be planned for:\n"
-                                       "The target has no address.\n"));
-    EXPECT_THAT(done.errors, HasSubstr("kvreflash: '" + folders_[4] +
-                                       "' cannot be planned for:\n"
-                                       "\nReported errors:\n"));
-    EXPECT_THAT(done.errors, HasSubstr("PRODUCT[1]/SLOT_COUNT[1] of HCN[1]"));
+    const std::string reason = folders_[1] + "/target.json: ";
+    EXPECT_THAT(done.errors, StartsWith("kvreflash: '" + folders_[1] + "' cannot be planned for: " + reason));
+    EXPECT_THAT(done.errors,
+                HasSubstr("kvreflash: '" + folders_[3] + "' cannot be planned for: The target has no address.\n"));
+    EXPECT_THAT(done.errors,
+                HasSubstr("kvreflash: '" + folders_[4] +
+                          "' cannot be planned for: errors were reported, so that the plan may be "
+                          "incomplete\n"
+                          "       ERROR 0x2001 (Host PC): There is no parameter PRODUCT[1]/SLOT_COUNT[1] of "
+                          "HCN[1].\n"));
+    EXPECT_THAT(done.errors,
+                HasSubstr("\nkvreflash: 3 of 6 targets cannot be planned for; '" + folders_[1] + "': " + reason));
     EXPECT_THAT(done.errors, Not(HasSubstr("Copyright")));
 }
 
 TEST_F(MatrixWithFailures, TheDocumentTellsThem) {
     const ToolRun done = run(folders_, {"--json"});
-    EXPECT_EQ(done.exitCode, 1);
+    EXPECT_EQ(done.exitCode, 4);
     const json written = json::parse(done.output);
     const jsonView targets = written.view().find("targets");
     ASSERT_EQ(targets.size(), folders_.size());
     for (const std::size_t index : {0U, 2U, 5U}) {
         EXPECT_EQ(texts(targets.at(index).find("elements"), "state"), "would-update");
-        EXPECT_FALSE(targets.at(index).contains("error"));
+        EXPECT_TRUE(targets.at(index).find("failure").is_null());
     }
     for (const std::size_t index : {1U, 3U, 4U}) {
-        EXPECT_THAT(done.errors, HasSubstr(targets.at(index).find("error").get_string()));
-        EXPECT_NE(targets.at(index).find("error").get_string(), "");
+        EXPECT_THAT(done.errors, HasSubstr(targets.at(index).find("message").get_string()));
+        EXPECT_NE(targets.at(index).find("message").get_string(), "");
+        EXPECT_EQ(targets.at(index).find("failure").get_string(), index == 4 ? "errors" : "target");
         EXPECT_FALSE(targets.at(index).contains("elements"));
     }
     EXPECT_EQ(targets.at(4).find("address").get_string(), "127.0.0.1");
@@ -248,7 +261,7 @@ TEST_F(MatrixWithFailures, TheDocumentTellsThem) {
 
 TEST_F(Matrix, WithoutAnyPlanNoEntryIsSaidToFitNothing) {
     const ToolRun done = run({"no such folder"}, {"--json"});
-    EXPECT_EQ(done.exitCode, 1);
+    EXPECT_EQ(done.exitCode, 4);
     const json written = json::parse(done.output);
     EXPECT_TRUE(written.view().find("unmatchedEntries").is_array());
     EXPECT_EQ(written.view().find("unmatchedEntries").size(), 0U);
@@ -263,8 +276,9 @@ TEST_F(Matrix, AnUnreadableArchiveIsToldOnce) {
         arguments.insert(arguments.end(), {"--emulate", target.write()});
         arguments.insert(arguments.end(), more.begin(), more.end());
         const ToolRun done = runCaptured(arguments);
-        EXPECT_EQ(done.exitCode, 1);
-        EXPECT_EQ(done.output, "");
+        EXPECT_EQ(done.exitCode, 3);
+        EXPECT_EQ(done.output.empty(), more.empty());
+        EXPECT_THAT(done.output, Not(HasSubstr("\"archive\": {")));
         EXPECT_EQ(countOf(done.errors, "ERROR: Failed to read firmware archive.\n"), 1U);
     }
 }

@@ -23,7 +23,7 @@ TEST(Options, EachCommandHasItsMode) {
     const std::vector<std::pair<std::string, std::uint32_t>> modes{
         {"version", 0},  {"check", 1},   {"archive-version", 1}, {"content", 2}, {"dump", 3},
         {"elements", 4}, {"connect", 5}, {"capture", 5},         {"plan", 6},    {"explain", 6},
-        {"matrix", 6},   {"update", 7},  {"reboot", 5}};
+        {"matrix", 6},   {"update", 7},  {"verify", 6},          {"reboot", 5}};
     EXPECT_EQ(modes.size(), commandNames().size());
     for (const auto& [command, mode] : modes) {
         EXPECT_EQ(lineOf(smallestCommandLine(command)).options.mode, mode) << command;
@@ -84,7 +84,7 @@ TEST(Options, EachOptionSetsItsFieldAlone) {
         {"--verify", [](const auto& line) { return line.verify; }},
         {"--wait", [](const auto& line) { return line.waitSeconds == 60; }},
         {"--report", [](const auto& line) { return line.reportFile == "report.html"; }},
-        {"--disable", [](const auto& line) { return line.disabledElements == std::vector<std::uint32_t>{3}; }},
+        {"--disable", [](const auto& line) { return line.disabledElements == Arguments{"3"}; }},
         {"--reboot", [](const auto& line) { return line.reboot; }},
         {"--events", [](const auto& line) { return line.eventsFile == "events.jsonl"; }},
         {"--verbose", [](const auto& line) { return line.options.verbose; }},
@@ -111,6 +111,17 @@ TEST(Options, EachOptionSetsItsFieldAlone) {
     EXPECT_TRUE(lineOf({"check", "-a", "folder", "--strict"}).strict);
     EXPECT_TRUE(lineOf({"check", "-a", "folder", "--format", "json"}).json);
     EXPECT_FALSE(lineOf({"check", "-a", "folder", "--format", "text"}).json);
+    EXPECT_TRUE(lineOf({"check", "-a", "folder", "--json"}).json);
+    EXPECT_TRUE(lineOf({"check", "-a", "folder", "--json", "--format", "json"}).json);
+}
+
+TEST(Options, OnlyVerifyAndRebootDoMoreThanTheirModes) {
+    for (const std::string& command : commandNames()) {
+        const KvTCommandLine line = lineOf(smallestCommandLine(command));
+        EXPECT_EQ(line.verifiesOnly, command == "verify") << command;
+        EXPECT_EQ(line.reboot, command == "reboot") << command;
+        EXPECT_EQ(line.command, command);
+    }
 }
 
 TEST(Options, TheLibrarysLineIsLeftOutWhenProgressIsShownOtherwise) {
@@ -133,6 +144,7 @@ TEST(Options, AValueIsTakenAsItIs) {
         EXPECT_EQ(lineOf({"connect", "-b" + std::string(value)}).options.boardTypeFilter, value);
         EXPECT_EQ(lineOf({"connect", "--board-type=" + std::string(value)}).options.boardTypeFilter, value);
         EXPECT_EQ(lineOf({"version", "--emulate", value}).emulatedTargets, Arguments{value});
+        EXPECT_EQ(lineOf({"update", "-a", "folder", "--disable", value}).disabledElements, Arguments{value});
     }
 }
 
@@ -155,9 +167,9 @@ TEST(Options, AnEmptyArgumentIsAnEmptyValue) {
 
 TEST(Options, RepeatableOptionsKeepTheirOrder) {
     const KvTCommandLine line =
-        lineOf({"update", "--disable", "7", "--emulate", "b", "-a", "folder", "--disable=4294967295", "--emulate", "a",
-                "--disable", "0", "--disable", "007", "--emulate=b"});
-    EXPECT_EQ(line.disabledElements, (std::vector<std::uint32_t>{7, 4294967295U, 0, 7}));
+        lineOf({"update", "--disable", "7", "--emulate", "b", "-a", "folder", "--disable=Node, SN 7, One", "--emulate",
+                "a", "--disable", "0", "--disable", "HCN[1]/UPDATE_INFO[1]", "--emulate=b"});
+    EXPECT_EQ(line.disabledElements, (Arguments{"7", "Node, SN 7, One", "0", "HCN[1]/UPDATE_INFO[1]"}));
     EXPECT_EQ(line.emulatedTargets, (Arguments{"b", "a", "b"}));
 }
 

@@ -1,4 +1,5 @@
 #include "Report.h"
+#include "KvCVersion.h"
 #include "PhasePicture.h"
 #include "ScratchFolder.h"
 #include "ToolRack.h"
@@ -43,19 +44,19 @@ private:
 
 TEST_F(Reports, APlanTellsWhatAnUpdateWouldDo) {
     addNodeElement(1, "One");
-    node.element(completeElement(2, "Two"));
+    boards.push_back(completeBoard("IOMODULE", "IO", 8).element(completeElement(2, "Two")));
     const KvNJson::json plan = document("plan", 0);
-    EXPECT_EQ("plan", plan.view().find("command").get_string());
+    EXPECT_EQ("kvreflash.plan", plan.view().find("format").find("name").get_string());
     EXPECT_EQ("127.0.0.1", plan.view().find("target").find("address").get_string());
     EXPECT_EQ("Archive", plan.view().find("archive").find("archiveName").get_string());
     EXPECT_EQ(0U, plan.view().find("exitCode").get_unsigned());
     EXPECT_EQ(output, plan.view().find("messages").get_string());
-    EXPECT_EQ("planned", element(plan, 0).find("outcome").get_string());
-    EXPECT_EQ("1.0", element(plan, 0).find("before").find("version").get_string());
-    EXPECT_EQ("node1.bin", element(plan, 0).find("entry").find("file").get_string());
+    EXPECT_EQ("not-started", element(plan, 0).find("outcome").get_string());
+    EXPECT_EQ("1.0", element(plan, 0).find("installed").find("version").get_string());
+    EXPECT_EQ("node1.bin", element(plan, 0).find("entry").find("name").get_string());
     EXPECT_EQ(0U, element(plan, 0).find("phase").get_unsigned());
     EXPECT_TRUE(element(plan, 0).find("after").is_null());
-    EXPECT_EQ("untouched", element(plan, 1).find("outcome").get_string());
+    EXPECT_EQ("not-planned", element(plan, 1).find("outcome").get_string());
     EXPECT_TRUE(element(plan, 1).find("entry").is_null());
     EXPECT_TRUE(element(plan, 1).find("phase").is_null());
 }
@@ -65,10 +66,10 @@ TEST_F(Reports, AnUpdateTellsWhatTheElementsHadAndHave) {
     archive.folder().write("node1.bin", firmwareImage(KvCVersion("2.0"), 2));
     const KvNJson::json update = document("update", 0, {"--verify"});
     EXPECT_EQ("updated", element(update, 0).find("outcome").get_string());
-    EXPECT_EQ(1U, element(update, 0).find("before").find("checksumCrc32").get_unsigned());
+    EXPECT_EQ(1U, element(update, 0).find("installed").find("checksumCrc32").get_unsigned());
     EXPECT_EQ(2U, element(update, 0).find("after").find("checksumCrc32").get_unsigned());
     EXPECT_EQ("2.0", element(update, 0).find("after").find("version").get_string());
-    EXPECT_EQ("as expected", element(update, 0).find("verification").get_string());
+    EXPECT_EQ("as-expected", element(update, 0).find("verification").get_string());
 }
 
 TEST_F(Reports, AFailedElementIsToldWithTheErrorsOfTheTarget) {
@@ -79,7 +80,9 @@ TEST_F(Reports, AFailedElementIsToldWithTheErrorsOfTheTarget) {
     archive.folder().write("node3.bin", firmwareImage(KvCVersion("2.0"), 2));
     const KvNJson::json update = document("update", 1);
     EXPECT_EQ("failed", element(update, 0).find("outcome").get_string());
-    EXPECT_EQ("uncertain", element(update, 1).find("outcome").get_string());
+    EXPECT_EQ("Flash <worn> & gone", element(update, 0).find("errors").at(0).find("text").get_string());
+    EXPECT_EQ("updated", element(update, 1).find("outcome").get_string());
+    EXPECT_EQ(0U, element(update, 1).find("errors").size());
     EXPECT_EQ("updated", element(update, 2).find("outcome").get_string());
     EXPECT_EQ(1U, update.view().find("exitCode").get_unsigned());
     const std::string page = report("update", "report.html", 1);
@@ -97,11 +100,12 @@ TEST_F(Reports, APageNeedsNoOtherFile) {
 
 TEST_F(Reports, WithoutAPlanTheMessagesAreReported) {
     addNodeElement(1, "One");
-    const KvNJson::json plan = document("plan", 1, {"-d", "none.json"});
+    const KvNJson::json plan = document("plan", 3, {"-d", "none.json"});
+    EXPECT_EQ("archive", plan.view().find("failure").get_string());
     EXPECT_EQ(0U, plan.view().find("elements").size());
     EXPECT_THAT(std::string(plan.view().find("messages").get_string()),
                 HasSubstr("ERROR: Failed to read firmware archive.\n"));
-    EXPECT_THAT(report("plan", "report.html", 1, {"-d", "none.json"}), HasSubstr("No plan"));
+    EXPECT_THAT(report("plan", "report.html", 3, {"-d", "none.json"}), HasSubstr("Plan failed"));
 }
 
 TEST_F(Reports, WhatProgressHasOverwrittenIsLeftOut) {
@@ -145,16 +149,77 @@ TEST_F(Reports, NothingButTheReportIsLeftInItsFolder) {
     EXPECT_EQ(2, std::distance(std::filesystem::directory_iterator(folder.path()), {}));
 }
 
+TEST_F(Reports, APlanOfATargetThatIsNotSupportedNamesWhatDecidesIt) {
+    addNodeElement(1, "One");
+    node.element(completeElement(2, "Two"));
+    const KvNJson::json plan = document("plan", 2);
+    EXPECT_EQ("unsupported", plan.view().find("failure").get_string());
+    ASSERT_EQ(1U, plan.view().find("unsupportedElements").size());
+    EXPECT_EQ(1U, plan.view().find("unsupportedElements").at(0).get_unsigned());
+    EXPECT_THAT(report("plan", "report.html", 2),
+                AllOf(HasSubstr("Plan failed"), HasSubstr("it has no entry for 'NODE, SN 7, Two'"),
+                      HasSubstr("<td>NODE, SN 7, One</td>")));
+}
+
+/// Each element of the page has the word for what became of it.
+TEST_F(Reports, APageShowsTheWordsOfTheOutcome) {
+    addNodeElement(1, "One");
+    addNodeElement(2, "Two");
+    archive.removeFile("node1.bin");
+    boards.push_back(completeBoard("IOMODULE", "IO", 8).element(completeElement(1, "Three")));
+    const std::string page = report("update", "report.html", 1);
+    EXPECT_THAT(page, AllOf(HasSubstr("class=\"failed\">file missing</td>"),
+                            HasSubstr("class=\"updated\">updated</td>"), HasSubstr("<td>no entry</td>")));
+}
+
+TEST_F(Reports, APageOfARefusedLockCallsNothingUpdated) {
+    addNodeElement(1, "One");
+    target.add(fault("lock"));
+    const std::string page = report("update", "report.html", 5, {"--force"});
+    EXPECT_THAT(page, AllOf(HasSubstr("class=\"uncertain\">not started</td>"), Not(HasSubstr(">updated<"))));
+}
+
+TEST(OutcomeWords, AreThoseOfTheOutcome) {
+    using KvNReflasher::KvEResult;
+    KvNReflasher::KvTPlannedElement element;
+    element.decision.update = true;
+    KvTReport report;
+    report.facts.command = "update";
+    EXPECT_EQ("planned", report.wordFor(element)) << "nothing is known of it";
+    struct Row {
+        KvEResult result;
+        const char* word;
+        const char* style;
+    };
+    for (const Row& row :
+         {Row{KvEResult::notStarted, "not started", "uncertain"}, Row{KvEResult::fileMissing, "file missing", "failed"},
+          Row{KvEResult::cancelled, "cancelled", "failed"}, Row{KvEResult::failed, "failed", "failed"},
+          Row{KvEResult::updated, "updated", "updated"}, Row{KvEResult::inProgress, "in progress", "uncertain"}}) {
+        report.outcome.elements.assign(1, {});
+        report.outcome.elements.front().result = row.result;
+        EXPECT_EQ(row.word, report.wordFor(element));
+        EXPECT_STREQ(row.style, report.styleOf(element));
+    }
+    report.facts.command = "plan";
+    EXPECT_EQ("planned", report.wordFor(element));
+    element.decision = {.update = false, .reasons = {KvNReflasher::KvEReason::upToDate}};
+    EXPECT_EQ("up to date", report.wordFor(element));
+    EXPECT_STREQ("", report.styleOf(element));
+}
+
 TEST(PhasePicture, IsEmptyWithoutUpdates) {
     EXPECT_EQ("", phasePicture(KvTReport()));
 }
 
 TEST(PhasePicture, LongPhasesAreCut) {
+    KvNReflasher::KvTPlan plan;
     KvTReport report;
+    report.plan = &plan;
     for (std::uint32_t index = 0; index < 50; ++index) {
-        KvTPlannedElement& element = report.elements.emplace_back();
+        KvNReflasher::KvTPlannedElement& element = plan.elements.emplace_back();
         element.index = index;
-        element.file = 0;
+        element.decision.update = true;
+        element.phase = 0;
         element.displayName = "Element \xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4"
                               "\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4\xC3\xA4 " +
                               std::to_string(index);
@@ -165,13 +230,14 @@ TEST(PhasePicture, LongPhasesAreCut) {
 }
 
 TEST(ReportTimes, AreInUniversalTime) {
-    EXPECT_EQ("1970-01-01 00:00:00 UTC", timeText(std::chrono::system_clock::time_point()));
-    EXPECT_EQ("2024-02-29 12:34:56 UTC",
+    EXPECT_EQ("1970-01-01T00:00:00Z", timeText(std::chrono::system_clock::time_point()));
+    EXPECT_EQ("2024-02-29T12:34:56Z",
               timeText(std::chrono::system_clock::time_point(std::chrono::seconds(1709210096))));
 }
 
 TEST(MarkupText, HoldsNoMarkupAndNoControlCharacters) {
-    EXPECT_EQ("&lt;b&gt; &amp; &quot;x&quot; \\x1B[2J\n\xC3\xA4", markupText("<b> & \"x\" \x1B[2J\n\xC3\xA4"));
+    EXPECT_EQ("&lt;b&gt; &amp; &quot;x&quot; \\x1B[2J\\x0A\xC3\xA4", markupText("<b> & \"x\" \x1B[2J\n\xC3\xA4"));
+    EXPECT_EQ("&lt;b&gt; \\x1B[2J\n\xC3\xA4", markupLines("<b> \x1B[2J\n\xC3\xA4"));
 }
 
 } // namespace

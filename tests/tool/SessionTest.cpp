@@ -1,6 +1,5 @@
 #include "ArchiveFolder.h"
 #include "CompleteItems.h"
-#include "KvNJson.h"
 #include "RedirectedStream.h"
 #include "ScratchFolder.h"
 #include "TargetBuilder.h"
@@ -14,6 +13,7 @@
 
 namespace {
 
+using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -59,26 +59,41 @@ TEST_F(Session, EveryCommandEndsWithZeroWhenAllIsWell) {
     EXPECT_EQ(runCaptured({"version"}).exitCode, 0);
 }
 
-TEST_F(Session, AFailedPrepareEndsWithOne) {
+TEST_F(Session, AnArchiveThatIsRefusedEndsWithThree) {
     const ScratchFolder nothing;
-    for (const char* command : {"archive-version", "content", "dump", "plan", "update"}) {
+    for (const char* command : {"archive-version", "content", "dump", "plan", "update", "verify"}) {
         const ToolRun done = runCaptured({command, "-a", nothing.text()});
-        EXPECT_EQ(done.exitCode, 1) << command;
+        EXPECT_EQ(done.exitCode, 3) << command;
         EXPECT_THAT(done.output, HasSubstr("ERROR: Failed to read firmware archive.\n"));
-        EXPECT_EQ(done.errors, "");
+        EXPECT_THAT(done.errors, AllOf(StartsWith("kvreflash: "), HasSubstr("archive.json"))) << command;
     }
+}
+
+TEST_F(Session, ATargetThatIsNotReachedOrScannedEndsWithFour) {
     for (const char* command : {"elements", "connect", "reboot"}) {
-        const ToolRun done = runCaptured({command});
-        EXPECT_EQ(done.exitCode, 1) << command;
-        EXPECT_THAT(done.output, HasSubstr("ERROR: No IP address or hostname specified!\n"));
-        EXPECT_EQ(done.errors, "kvreflash: give the target with -t HOST\n");
+        const ToolRun unnamed = runCaptured({command});
+        EXPECT_EQ(unnamed.exitCode, 4) << command;
+        EXPECT_THAT(unnamed.output, HasSubstr("ERROR: No IP address or hostname specified!\n"));
+        EXPECT_EQ(unnamed.errors, "kvreflash: give the target with -t HOST\n");
+        const ToolRun missing = runCaptured({command, "-t", "127.0.0.9"});
+        EXPECT_EQ(missing.exitCode, 4) << command;
+        EXPECT_EQ(missing.errors, "kvreflash: the target '127.0.0.9' is not accessible\n");
+        const ToolRun unknown = runCaptured({command, "-t", "no such host"});
+        EXPECT_EQ(unknown.exitCode, 4) << command;
+        EXPECT_EQ(unknown.errors, "kvreflash: 'no such host' is not an IPv4 address or a known host name\n");
+    }
+    target_.add(fault("scan"));
+    for (const char* command : {"elements", "connect", "plan", "verify", "update", "reboot"}) {
+        const ToolRun done = run(command);
+        EXPECT_EQ(done.exitCode, 4) << command;
+        EXPECT_EQ(done.errors, "kvreflash: the inventory of the target '127.0.0.1' cannot be read\n");
     }
 }
 
 TEST_F(Session, WhoGivesNoTargetIsToldHow) {
     for (const char* command : {"plan", "update"}) {
         const ToolRun done = runCaptured({command, "-a", archive_.folder().text()});
-        EXPECT_EQ(done.exitCode, 1) << command;
+        EXPECT_EQ(done.exitCode, 4) << command;
         EXPECT_THAT(done.output, EndsWith("ERROR: No IP address or hostname specified!\n"));
         EXPECT_EQ(done.errors, "kvreflash: give the target with -t HOST\n");
     }
@@ -87,11 +102,28 @@ TEST_F(Session, WhoGivesNoTargetIsToldHow) {
                                       "kvreflash: give the target with -t HOST\n"));
 }
 
+TEST_F(Session, ARefusedLockEndsWithFive) {
+    target_.add(fault("lock").error(77, "Somebody else has it."));
+    const ToolRun done = run("update");
+    EXPECT_EQ(done.exitCode, 5);
+    EXPECT_EQ(done.errors, "kvreflash: the target could not be locked: Somebody else has it.\n");
+}
+
+TEST_F(Session, ATargetWithoutANodeToLockEndsWithFour) {
+    TargetBuilder target;
+    target.add(completeBoard("IOMODULE", "QB4120", 2815).element(completeElement(1)));
+    const ToolRun done =
+        runCaptured({"update", "-a", archive_.folder().text(), "-t", "127.0.0.1", "--emulate", target.write()});
+    EXPECT_EQ(done.exitCode, 4);
+    EXPECT_EQ(done.errors, "kvreflash: the target has no processor node that can be locked\n");
+}
+
 TEST_F(Session, AFailedRunEndsWithOne) {
     target_.add(fault("transferFile"));
     const ToolRun done = run("update");
     EXPECT_EQ(done.exitCode, 1);
     EXPECT_THAT(done.output, HasSubstr("Update failed!"));
+    EXPECT_EQ(done.errors, "kvreflash: 1 element failed; the first is 'QB4120, SN 2815, Firmware'\n");
 }
 
 TEST_F(Session, AnErrorCollectedByTheWayEndsWithOne) {
@@ -100,6 +132,7 @@ TEST_F(Session, AnErrorCollectedByTheWayEndsWithOne) {
         const ToolRun done = run(command);
         EXPECT_EQ(done.exitCode, 1) << command;
         EXPECT_THAT(done.output, HasSubstr("\nReported errors:\n"));
+        EXPECT_EQ(done.errors, "kvreflash: 1 error reported\n");
     }
 }
 
@@ -114,13 +147,19 @@ TEST_F(Session, ATargetThatTheArchiveDoesNotSupportEndsWithTwo) {
     const ToolRun refused = runCaptured(update);
     EXPECT_EQ(refused.exitCode, 2);
     EXPECT_THAT(refused.output, EndsWith("ERROR: The target system is not supported by this firmware archive.\n"));
-    EXPECT_EQ(refused.errors, "kvreflash: there is no entry for 'QB4120, SN 2815, Firmware'\n");
+    const std::string reason =
+        "kvreflash: the archive does not support the target: it has no entry for 'QB4120, SN 2815, "
+        "Firmware'\n";
+    EXPECT_EQ(refused.errors, reason);
     Arguments plan{"plan"};
     plan.insert(plan.end(), line.begin(), line.end());
-    EXPECT_EQ(runCaptured(plan).exitCode, 0) << "a plan is shown all the same";
+    const ToolRun planned = runCaptured(plan);
+    EXPECT_EQ(planned.exitCode, 2);
+    EXPECT_THAT(planned.output, HasSubstr("QB4120, SN 2815, Firmware ")) << "the plan is shown all the same";
+    EXPECT_EQ(planned.errors, reason);
 }
 
-TEST_F(Session, OfManyElementsWithoutEntryTheFirstThreeAreNamed) {
+TEST_F(Session, EachElementWithoutEntryIsNamed) {
     ItemBuilder node = completeBoard("HCN", "NODE", 7);
     for (std::uint32_t id = 2; id <= 6; ++id) {
         node.element(completeElement(id, "E" + std::to_string(id)));
@@ -130,22 +169,21 @@ TEST_F(Session, OfManyElementsWithoutEntryTheFirstThreeAreNamed) {
     const ToolRun done =
         runCaptured({"update", "-a", archive_.folder().text(), "-t", "127.0.0.1", "--emulate", target.write()});
     EXPECT_EQ(done.exitCode, 2);
-    EXPECT_EQ(done.errors,
-              "kvreflash: there is no entry for 'NODE, SN 7, E2', 'NODE, SN 7, E3', 'NODE, SN 7, E4' and 2 more\n");
+    EXPECT_EQ(done.errors, "kvreflash: the archive does not support the target: it has no entry for 'NODE, SN 7, E2', "
+                           "'NODE, SN 7, E3', 'NODE, SN 7, E4', 'NODE, SN 7, E5', 'NODE, SN 7, E6'\n");
 }
 
-TEST_F(Session, AnEmulatedTargetThatCannotBeLoadedEndsWithOneBeforeAnything) {
+TEST_F(Session, AnEmulatedTargetThatCannotBeLoadedEndsWithFourBeforeAnything) {
     const ScratchFolder nothing;
-    for (const char* command : {"version", "content", "update"}) {
+    for (const char* command : {"version", "content", "check", "update"}) {
         Arguments arguments{command, "--emulate", nothing.text()};
         if (std::string(command) != "version") {
             arguments.insert(arguments.end(), {"-a", archive_.folder().text()});
         }
         const ToolRun done = runCaptured(arguments);
-        EXPECT_EQ(done.exitCode, 1);
+        EXPECT_EQ(done.exitCode, 4);
         EXPECT_EQ(done.output, "");
-        EXPECT_THAT(done.errors, StartsWith("kvreflash: "));
-        EXPECT_THAT(done.errors, HasSubstr("target.json"));
+        EXPECT_THAT(done.errors, StartsWith("kvreflash: " + nothing.text() + "/target.json: "));
     }
 }
 
@@ -170,7 +208,7 @@ TEST_F(Session, AnEventsFileIsCreatedBeforePrepare) {
     const ScratchFolder folder;
     const std::string events = folder.write("events", "of an earlier update");
     const ToolRun done = runCaptured({"update", "-a", "missing", "--events", events});
-    EXPECT_EQ(done.exitCode, 1);
+    EXPECT_EQ(done.exitCode, 3);
     EXPECT_THAT(done.output, HasSubstr("ERROR: Failed to read firmware archive.\n"));
     EXPECT_EQ(folder.read("events"), "");
 }
@@ -204,71 +242,89 @@ TEST_F(Session, EventsGoIntoTheFileOrToStandardError) {
     EXPECT_THAT(toErrors.output, HasSubstr("Update completed successfully!"));
 }
 
-TEST_F(Session, WithJsonTheDocumentStandsAloneOnStandardOutput) {
-    for (const char* command : {"content", "elements", "plan"}) {
-        const ToolRun text = run(command);
-        const ToolRun records = run(command, {"--json"});
-        EXPECT_EQ(records.exitCode, 0);
-        EXPECT_EQ(records.errors, text.output) << command;
-        EXPECT_FALSE(KvNJson::json::parse(records.output).is_invalid()) << command;
-        EXPECT_TRUE(records.output.ends_with("}\n"));
+TEST_F(Session, ADisabledElementIsLeftOutByAnyOfItsNames) {
+    for (const char* name : {"0", "000", "HCN[1]/UPDATE_INFO[1]/UPDATE_ELEMENT[1]", "QB4120, SN 2815, Firmware"}) {
+        const ToolRun done = run("update", {"--disable", name});
+        EXPECT_EQ(done.exitCode, 0) << name;
+        EXPECT_EQ(done.errors, "") << name;
+        EXPECT_EQ(done.output.find("Updating:"), std::string::npos) << name;
     }
+    EXPECT_THAT(run("update").output, HasSubstr("Updating:"));
 }
 
-TEST_F(Session, TheDocumentIsWrittenEvenWhenTheRunFails) {
-    target_.add(fault("getValue").at("HCN[1]/UPDATE_INFO[1]/UPDATE_ELEMENT[1]"));
-    for (const char* command : {"elements", "plan"}) {
-        const ToolRun done = run(command, {"--json"});
-        EXPECT_EQ(done.exitCode, 1) << command;
-        const KvNJson::json document = KvNJson::json::parse(done.output);
-        ASSERT_FALSE(document.is_invalid()) << command;
-        EXPECT_EQ(document.view().find("elements").size(), 1U);
-        EXPECT_THAT(done.errors, HasSubstr("\nReported errors:\n"));
-    }
-}
-
-TEST_F(Session, NoDocumentIsWrittenWhenPrepareFails) {
-    for (const char* command : {"content", "plan"}) {
-        const ToolRun done = runCaptured({command, "--json", "-a", "missing"});
-        EXPECT_EQ(done.exitCode, 1);
-        EXPECT_EQ(done.output, "");
-        EXPECT_THAT(done.errors, HasSubstr("ERROR: Failed to read firmware archive.\n"));
-    }
-    const ToolRun done = runCaptured({"elements", "--json"});
-    EXPECT_EQ(done.exitCode, 1);
-    EXPECT_EQ(done.output, "");
-    EXPECT_THAT(done.errors, HasSubstr("ERROR: No IP address or hostname specified!\n"));
-}
-
-TEST_F(Session, DisabledElementsAreLeftOutOfTheUpdate) {
-    const ToolRun all = run("update", {"--disable", "0"});
-    EXPECT_EQ(all.exitCode, 0);
-    EXPECT_EQ(all.output.find("Updating:"), std::string::npos);
-    const ToolRun none = run("update", {"--disable", "1", "--disable", "4294967295"});
-    EXPECT_THAT(none.output, HasSubstr("Updating:"));
-    EXPECT_EQ(all.errors, "");
-}
-
-TEST_F(Session, DisablingAnElementThatIsNotThereIsToldAndChangesNothing) {
-    const ToolRun done = run("update", {"--disable", "1", "--disable", "0", "--disable", "4294967295"});
+TEST_F(Session, AFileOfTheTargetIsDisabledByItsPath) {
+    archive_.add(entry("a.cfg").target("QB4120", "cfg/a.cfg"));
+    archive_.write();
+    const ToolRun done = run("update", {"--disable", "cfg/a.cfg", "--disable", "0"});
     EXPECT_EQ(done.exitCode, 0);
-    EXPECT_EQ(done.errors, "kvreflash: --disable: the target has no element 1\n"
-                           "kvreflash: --disable: the target has no element 4294967295\n");
+    EXPECT_EQ(done.output.find("Updating:"), std::string::npos);
 }
 
-TEST_F(Session, FiltersThatLetNothingThroughAreTold) {
+TEST_F(Session, DisablingAnElementThatIsNotThereEndsWithEightBeforeAnything) {
+    for (const char* name : {"1", "4294967295", "99999999999999999999", "UserFirmware", "userfirmware",
+                             "QB4120, SN 2815, Firmware ", "HCN[1]", ""}) {
+        const ToolRun done = run("update", {"--disable", "0", "--disable", name});
+        EXPECT_EQ(done.exitCode, 8) << name;
+        EXPECT_EQ(done.errors, "kvreflash: --disable: the target has no element '" + std::string(name) + "'\n");
+        EXPECT_EQ(done.output.find("Updating:"), std::string::npos) << name;
+    }
+    EXPECT_EQ(run("update", {"--disable", "1", "--disable", "0", "--disable", "x"}).errors,
+              "kvreflash: --disable: the target has no element '1'; the target has no element 'x'\n");
+    EXPECT_FALSE(target_.folder().has("state"));
+}
+
+TEST_F(Session, DisablingAnElementOfANameThatSeveralHaveEndsWithEight) {
+    archive_.add(entry("other.bin").board("QB4120", 2));
+    archive_.write();
+    TargetBuilder target;
+    target.add(
+        completeBoard("HCN", "QB4120", 7).element(completeElement(1, "Same")).element(completeElement(2, "Same")));
+    const ToolRun done = runCaptured({"update", "-a", archive_.folder().text(), "-t", "127.0.0.1", "--emulate",
+                                      target.write(), "--disable", "QB4120, SN 7, Same"});
+    EXPECT_EQ(done.exitCode, 8);
+    EXPECT_EQ(done.errors, "kvreflash: --disable: several elements are called 'QB4120, SN 7, Same': 0 1\n");
+}
+
+TEST_F(Session, WhatPrepareSaysComesBeforeWhatIsDisabled) {
+    const ToolRun done = runCaptured({"update", "-a", "missing", "-t", "127.0.0.1", "--disable", "99"});
+    EXPECT_EQ(done.exitCode, 3);
+    EXPECT_EQ(done.errors.find("--disable"), std::string::npos);
+}
+
+TEST_F(Session, FiltersThatLetNothingThroughEndWithEight) {
     const std::string sentence = "kvreflash: no element of the target passes the filters\n";
-    for (const char* command : {"elements", "plan", "update"}) {
-        for (const Arguments& filter :
-             {Arguments{"-b", "QB9999"}, {"-s", "1"}, {"-e", "Firmware"}, {"--configuration"}}) {
+    target_.rebootLookups(1);
+    for (const char* command : {"elements", "connect", "plan", "verify", "explain", "update", "reboot"}) {
+        for (const Arguments& filter : {Arguments{"-b", "QB9999"}, {"-s", "1"}, {"-e", "Firmware"}}) {
             const ToolRun done = run(command, filter);
-            EXPECT_EQ(done.exitCode, 0) << command << filter.front();
+            EXPECT_EQ(done.exitCode, 8) << command << filter.front();
             EXPECT_EQ(done.errors, sentence) << command << filter.front();
         }
-        EXPECT_EQ(run(command, {"-b", "QB4120", "-s", "2815", "-e", "UserFirmware"}).errors, "") << command;
     }
-    EXPECT_EQ(run("connect", {"-b", "QB9999"}).errors, "");
-    EXPECT_EQ(run("plan", {"--json", "-b", "QB9999"}).errors, run("plan", {"-b", "QB9999"}).output + sentence);
+    EXPECT_FALSE(target_.folder().has("state")) << "nothing was updated or rebooted";
+}
+
+TEST_F(Session, WhatOnlyLooksShowsWhatThereIsAlthoughNothingPassesTheFilters) {
+    const ToolRun elements = run("elements", {"-b", "QB9999"});
+    EXPECT_THAT(elements.output, HasSubstr("Korvel Device Update Tool"));
+    EXPECT_EQ(run("plan", {"--json", "-b", "QB9999"}).errors,
+              run("plan", {"-b", "QB9999"}).output + "kvreflash: no element of the target passes the filters\n");
+}
+
+TEST_F(Session, FiltersThatLetSomethingThroughAreFine) {
+    for (const char* command : {"elements", "connect", "plan", "update", "reboot"}) {
+        const ToolRun done = run(command, {"-b", "QB9999,QB4120", "-s", "2815", "-e", "UserFirmware Nothing"});
+        EXPECT_EQ(done.exitCode, 0) << command;
+        EXPECT_EQ(done.errors, "") << command;
+    }
+}
+
+TEST_F(Session, TheKindOfElementsIsNoFilter) {
+    for (const char* command : {"elements", "connect", "plan", "update"}) {
+        const ToolRun done = run(command, {"--configuration"});
+        EXPECT_EQ(done.exitCode, 0) << command;
+        EXPECT_EQ(done.errors, "") << command;
+    }
 }
 
 TEST_F(Session, ATargetWithoutElementsIsNoMatterOfFilters) {
@@ -283,13 +339,13 @@ TEST_F(Session, ARebootFollowsAnUpdateThatSucceeded) {
     EXPECT_EQ(run("update").exitCode, 0);
     EXPECT_EQ(run("connect").exitCode, 0) << "nobody asked for a reboot";
     EXPECT_EQ(run("update", {"--reboot"}).exitCode, 0);
-    EXPECT_EQ(run("connect").exitCode, 1);
+    EXPECT_EQ(run("connect").exitCode, 4);
     EXPECT_EQ(run("connect").exitCode, 0);
 }
 
 TEST_F(Session, NoRebootFollowsAnUpdateThatFailed) {
     target_.rebootLookups(1).add(fault("lock"));
-    EXPECT_EQ(run("update", {"--reboot"}).exitCode, 1);
+    EXPECT_EQ(run("update", {"--reboot"}).exitCode, 5);
     EXPECT_EQ(run("connect").exitCode, 0);
 }
 
@@ -307,6 +363,7 @@ TEST_F(Session, ARebootThatDoesNotHappenEndsWithOne) {
         const ToolRun done = run(more.empty() ? "reboot" : "update", more);
         EXPECT_EQ(done.exitCode, 1);
         EXPECT_THAT(done.output, HasSubstr("ERROR: Device cannot be rebooted. Command failed.\n"));
+        EXPECT_EQ(done.errors, "kvreflash: the target was not rebooted: the reset failed\n");
     }
 }
 

@@ -96,8 +96,8 @@ TEST_F(TerminalOutput, ControlCharactersOfTheToolsOwnMessagesAreMadeVisible) {
         const RedirectedStream errors(stderr, terminal_.path());
         EXPECT_EQ(runTool({"version", "\x1B[2J"}), 64);
     }
-    EXPECT_EQ(terminal_.shown(), "kvreflash: version: unexpected argument '\\x1B[2J'\n"
-                                 "Run 'kvreflash --help' or 'kvreflash COMMAND --help'.\n");
+    EXPECT_EQ(terminal_.shown(), "kvreflash: version: unexpected argument '\\x1B[2J'; "
+                                 "run 'kvreflash --help' or 'kvreflash COMMAND --help'\n");
 }
 
 TEST_F(TerminalOutput, WithJsonEachStreamIsAsItIs) {

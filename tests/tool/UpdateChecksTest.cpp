@@ -1,18 +1,16 @@
 #include "KvCVersion.h"
 #include "ToolRack.h"
 #include "UpdateFiles.h"
-#include "Verification.h"
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
+#include <filesystem>
 
 namespace {
 
 using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 
 /// Elements of the processor board whose update files are firmware images of version 2.0 and checksum 2, as the
@@ -44,16 +42,23 @@ TEST_F(Preflight, AnUpdateOfSoundFilesRuns) {
     expectInstalled(true);
 }
 
+/// What a preflight says that refuses to run.
+std::string refusal(const std::string& findings, const char* count) {
+    return findings + "kvreflash: nothing was touched: the preflight has found " + count + "\n";
+}
+
 TEST_F(Preflight, EveryFaultIsToldAndTheRackIsLeftAlone) {
     archive.removeFile("node1.bin");
     writeImage("node2.bin", "2.0.1", 7);
     const ToolRun result = run("update", {"--preflight"});
-    EXPECT_EQ(1, result.exitCode);
-    EXPECT_EQ("", result.output);
-    EXPECT_EQ("kvreflash: preflight: node1.bin: not found\n"
-              "kvreflash: preflight: node2.bin: its checksum is 7, the description says 2\n"
-              "kvreflash: preflight: node2.bin: its version is 2.0.1, the description says 2.0\n",
+    EXPECT_EQ(3, result.exitCode);
+    EXPECT_THAT(result.output, AllOf(Not(HasSubstr("Updating:")), Not(HasSubstr("Transferring"))));
+    EXPECT_EQ(refusal("kvreflash: preflight: node1.bin: not found\n"
+                      "kvreflash: preflight: node2.bin: its checksum is 7, the description says 2\n"
+                      "kvreflash: preflight: node2.bin: its version is 2.0.1, the description says 2.0\n",
+                      "3 faults"),
               result.errors);
+    EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(rack()) / "state"));
     expectInstalled(false);
 }
 
@@ -65,7 +70,8 @@ TEST_F(Preflight, FilesThatAreNotInstalledAreNotLookedAt) {
 TEST_F(Preflight, AFolderInPlaceOfAFileCannotBeRead) {
     archive.removeFile("node1.bin");
     std::filesystem::create_directory(archive.folder().path() / "node1.bin");
-    EXPECT_EQ("kvreflash: preflight: node1.bin: cannot be read\n", run("update", {"--preflight"}).errors);
+    EXPECT_EQ(refusal("kvreflash: preflight: node1.bin: cannot be read\n", "1 fault"),
+              run("update", {"--preflight"}).errors);
 }
 
 TEST_F(Preflight, AVersionThatTheDescriptionDoesNotGiveAndAPlainFileAreNotCompared) {
@@ -80,35 +86,60 @@ TEST_F(Preflight, ErrorsOfTheScanDoNotKeepItFromLooking) {
     boards.push_back(board("IOMODULE", "IO", 8).element(updateElement(1, "Incomplete")));
     archive.removeFile("node1.bin");
     const ToolRun result = run("update", {"--preflight"});
-    EXPECT_EQ(1, result.exitCode);
-    EXPECT_EQ("kvreflash: preflight: node1.bin: not found\n", result.errors);
+    EXPECT_EQ(3, result.exitCode);
+    EXPECT_THAT(result.errors, AllOf(HasSubstr("kvreflash: preflight: the target reported an error: "),
+                                     HasSubstr("kvreflash: preflight: node1.bin: not found\n")));
     expectInstalled(false);
+}
+
+TEST_F(Preflight, ErrorsOfTheScanRefuseSoundFilesToo) {
+    boards.push_back(board("IOMODULE", "IO", 8).element(updateElement(1, "Incomplete")));
+    const ToolRun result = run("update", {"--preflight"});
+    EXPECT_EQ(4, result.exitCode);
+    EXPECT_THAT(result.errors, AllOf(HasSubstr("kvreflash: preflight: the target reported an error: "),
+                                     HasSubstr("\nkvreflash: nothing was touched: the preflight has found ")));
+    EXPECT_THAT(result.output, Not(HasSubstr("Updating:")));
+    expectInstalled(false);
+}
+
+/// The plan that is checked is the one that would run: a scan that fails ends both.
+TEST_F(Preflight, AScanThatFailsInstallsNothing) {
+    target.add(fault("scan"));
+    writeImage("node1.bin", "7.5", 2);
+    const ToolRun result = run("update", {"--preflight", "--verify"});
+    EXPECT_EQ(4, result.exitCode);
+    EXPECT_THAT(result.output, AllOf(Not(HasSubstr("Updating:")), Not(HasSubstr("Verification:"))));
+    EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(rack()) / "state"));
 }
 
 TEST_F(Preflight, FindingsAreReported) {
     archive.removeFile("node1.bin");
     const ScratchFolder reports;
-    EXPECT_EQ(1, run("update", {"--preflight", "--report", reports.text() + "/report.json"}).exitCode);
-    EXPECT_THAT(reports.read("report.json"), HasSubstr("preflight: node1.bin: not found"));
+    EXPECT_EQ(3, run("update", {"--preflight", "--report", reports.text() + "/report.json"}).exitCode);
+    const KvNJson::json report = KvNJson::json::parse(reports.read("report.json"));
+    EXPECT_THAT(std::string(report.view().find("messages").get_string()), HasSubstr("preflight: node1.bin: not found"));
+    EXPECT_EQ("archive", report.view().find("failure").get_string());
+    EXPECT_EQ("not-started", report.view().find("elements").at(0).find("outcome").get_string());
 }
 
 TEST_F(Preflight, WithoutAPlanTheSessionTellsWhy) {
     const ToolRun result = run("update", {"--preflight", "-d", "none.json"});
-    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ(3, result.exitCode);
     EXPECT_THAT(result.output, EndsWith("ERROR: Failed to read firmware archive.\n"));
-    EXPECT_EQ("", result.errors);
+    EXPECT_THAT(result.errors, AllOf(HasSubstr("none.json"), Not(HasSubstr("preflight"))));
 }
 
 TEST_F(Verify, WhatTheTargetReportsAsExpectedIsCounted) {
     const ToolRun result = run("update", {"--verify"});
     EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ("", result.errors);
     EXPECT_THAT(result.output, EndsWith("    Update completed successfully!\n\nVerification: 2 as expected\n"));
 }
 
 TEST_F(Verify, WhatDiffersIsShownAndFails) {
     writeImage("node2.bin", "2.1", 9);
     const ToolRun result = run("update", {"--verify"});
-    EXPECT_EQ(1, result.exitCode);
+    EXPECT_EQ(6, result.exitCode);
     EXPECT_THAT(result.output,
                 EndsWith("\n"
                          "No. | Update element  | Expected | Found | Expected checksum | Found checksum | Result \n"
@@ -116,32 +147,121 @@ TEST_F(Verify, WhatDiffersIsShownAndFails) {
                          "1   | NODE, SN 7, Two | 2.0      | 2.1   | 2                 | 9              | differs\n"
                          "\n"
                          "Verification: 1 as expected, 1 differs\n"));
+    EXPECT_EQ("kvreflash: the target does not report what it should: 1 different\n", result.errors);
 }
 
-TEST_F(Verify, WhatIsAsBeforeMayShowAtAReboot) {
+TEST_F(Verify, WhatIsAsBeforeIsUnchangedAndFails) {
     node.element(completeElement(3, "Three").activatedAtReboot());
     archive.add(entry("node3.bin").board("NODE", 3));
     writeImage("node3.bin", "2.0", 2);
     const ToolRun result = run("update", {"--verify"});
-    EXPECT_EQ(0, result.exitCode);
-    EXPECT_THAT(result.output,
-                EndsWith("| activates at reboot\n\nVerification: 2 as expected, 1 activates at reboot\n"));
+    EXPECT_EQ(6, result.exitCode);
+    EXPECT_THAT(result.output, EndsWith("| unchanged\n\nVerification: 2 as expected, 1 unchanged\n"));
+    EXPECT_THAT(result.errors, EndsWith(": 1 unchanged\n"));
 }
 
 TEST_F(Verify, FilesThatAreNoElementsAreNotJudged) {
     archive.add(entry("plain.bin").target("NODE", "cfg/plain.cfg"));
     const ToolRun result = run("update", {"--verify"});
     EXPECT_EQ(0, result.exitCode);
-    EXPECT_THAT(result.output,
-                EndsWith("| not reported by the target\n\nVerification: 2 as expected, 1 not reported by "
-                         "the target\n"));
+    EXPECT_THAT(result.output, EndsWith("| not listed\n\nVerification: 2 as expected, 1 not listed\n"));
+    EXPECT_THAT(run("update", {"--verify"}).output, EndsWith("Verification: 0 as expected, 1 not listed\n"));
+    EXPECT_EQ(0, run("update", {"--verify"}).exitCode) << "files alone never count";
 }
 
-TEST_F(Verify, AFailedUpdateIsNotVerified) {
+TEST_F(Verify, AFailedUpdateIsLookedAtAndKeepsItsClass) {
     archive.removeFile("node1.bin");
+    writeImage("node2.bin", "2.1", 9);
     const ToolRun result = run("update", {"--verify"});
     EXPECT_EQ(1, result.exitCode);
+    EXPECT_THAT(result.output, EndsWith("Verification: 0 as expected, 1 differs\n"));
+    EXPECT_THAT(result.errors, HasSubstr("missing"));
+    EXPECT_THAT(result.errors, Not(HasSubstr("does not report")));
+}
+
+TEST_F(Verify, ARefusedLockIsLookedAtAndNothingCountsAsUpdated) {
+    target.add(fault("lock"));
+    const ScratchFolder reports;
+    const ToolRun result = run("update", {"--verify", "--report", reports.text() + "/report.json"});
+    EXPECT_EQ(5, result.exitCode);
+    EXPECT_THAT(result.output, EndsWith("Verification: 0 as expected\n"));
+    const std::string report = reports.read("report.json");
+    EXPECT_THAT(report, AllOf(HasSubstr("\"failure\": \"locked\""), HasSubstr("\"outcome\": \"not-started\"")));
+    EXPECT_THAT(report, AllOf(Not(HasSubstr("\"updated\"")), HasSubstr("\"as-expected\": 0")));
+}
+
+TEST_F(Verify, AFailedLookFails) {
+    target.add(fault("scan").occurrence(2));
+    const ToolRun result = run("update", {"--verify"});
+    EXPECT_EQ(6, result.exitCode);
+    EXPECT_THAT(result.output, HasSubstr("    Update completed successfully!\n\n"
+                                         "Verification: the target cannot be looked at: "));
+    EXPECT_THAT(result.output, EndsWith("Errors of the look:\n       ERROR 0x2fff (Host PC): Fault at scan.\n"));
+    EXPECT_THAT(result.errors, HasSubstr("kvreflash: the target could not be looked at: "));
+}
+
+TEST_F(Verify, AFailedLookOfAReportIsSaidThereAndChangesNoCode) {
+    target.add(fault("scan").occurrence(2));
+    const ScratchFolder reports;
+    const ToolRun result = run("update", {"--report", reports.text() + "/report.html"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ("", result.errors);
+    EXPECT_THAT(reports.read("report.html"), AllOf(HasSubstr("<p>The target cannot be looked at afterwards: "),
+                                                   HasSubstr("Fault at scan."), HasSubstr("Update completed")));
+}
+
+TEST_F(Verify, AReportAloneSaysWhatDiffersAndChangesNoCode) {
+    writeImage("node2.bin", "2.1", 9);
+    const ScratchFolder reports;
+    const ToolRun result = run("update", {"--report", reports.text() + "/report.html"});
+    EXPECT_EQ(0, result.exitCode);
     EXPECT_THAT(result.output, Not(HasSubstr("Verification:")));
+    EXPECT_THAT(reports.read("report.html"), HasSubstr("class=\"fault\">differs"));
+}
+
+/// What an update says when the K-th reading of an address fails, for every K; empty behind the last one.
+std::vector<ToolRun> runsWithEachFailedReading(const ArchiveFolder& archive, const std::string& address) {
+    std::vector<ToolRun> runs;
+    for (std::uint32_t reading = 1; reading < 200; ++reading) {
+        TargetBuilder target;
+        target.add(completeBoard("HCN", "NODE", 7).element(completeElement(1, "One")).element(completeElement(2)));
+        target.add(completeBoard("IOMODULE", "IO", 8).element(completeElement(1, "Bystander")));
+        target.add(fault("getValue").at(address).occurrence(reading));
+        runs.push_back(runCaptured(
+            {"update", "--verify", "-a", archive.folder().text(), "-t", "127.0.0.1", "--emulate", target.write()}));
+        if (runs.back().exitCode == 0) {
+            return runs;
+        }
+    }
+    ADD_FAILURE() << "no end of readings";
+    return runs;
+}
+
+TEST_F(Verify, ErrorsThatTheLookMeetsAreListedAndAreErrorsWhenNothingElseIsWrong) {
+    archive.write();
+    std::size_t looks = 0;
+    for (const ToolRun& done : runsWithEachFailedReading(archive, "IOMODULE[1]/UPDATE_INFO[1]/UPDATE_ELEMENT[1]")) {
+        if (done.exitCode != 0 && done.output.find("Reported errors") == std::string::npos) {
+            ++looks;
+            EXPECT_EQ(1, done.exitCode);
+            EXPECT_THAT(done.output, HasSubstr("\nVerification: 2 as expected\nErrors of the look:\n       ERROR "));
+            EXPECT_THAT(done.errors, HasSubstr("kvreflash: the look at the target met 1 error"));
+        }
+    }
+    EXPECT_GT(looks, 5U);
+}
+
+TEST_F(Verify, NoFailedReadingOfAnUpdatedElementIsAsExpected) {
+    archive.write();
+    const std::vector<ToolRun> runs = runsWithEachFailedReading(archive, "HCN[1]/UPDATE_INFO[1]/UPDATE_ELEMENT[1]");
+    ASSERT_GT(runs.size(), 10U);
+    std::size_t verifications = 0;
+    for (const ToolRun& done : runs) {
+        verifications += done.exitCode == 6 ? 1 : 0;
+        EXPECT_TRUE(&done == &runs.back() || done.exitCode != 0) << done.output;
+        EXPECT_TRUE(done.exitCode == 0 || done.errors.ends_with("\n")) << "the last line says why";
+    }
+    EXPECT_GT(verifications, 2U);
 }
 
 /// A target that can be rebooted.
@@ -169,97 +289,60 @@ TEST_F(VerifyAfterReboot, ATargetThatStaysAwayIsNotWaitedForLonger) {
     addFirmware(completeElement(1, "UserFirmware").activatedAtReboot());
     target.rebootLookups(8);
     const ToolRun result = run("update", {"--verify", "--reboot", "--wait", "3"});
-    EXPECT_EQ(1, result.exitCode);
-    EXPECT_THAT(result.output, EndsWith("(at most 3 s) ...\n\nVerification: the target cannot be scanned.\n"));
+    EXPECT_EQ(6, result.exitCode);
+    EXPECT_THAT(
+        result.output,
+        HasSubstr("(at most 3 s) ...\n\nVerification: the target cannot be looked at: the target '127.0.0.1' is "
+                  "not accessible\n"));
 }
 
 TEST_F(VerifyAfterReboot, WhatIsAsBeforeEvenThenDiffers) {
     addFirmware(completeElement(1, "UserFirmware").parameter("CHECKSUM_CRC32", std::uint64_t(5)));
     archive.folder().write("node1.bin", firmwareImage(KvCVersion("23.2"), 5));
-    const ToolRun result = run("update", {"--verify", "--reboot"});
-    EXPECT_EQ(1, result.exitCode);
+    const ToolRun result = run("update", {"--verify", "--reboot", "--wait", "2"});
+    EXPECT_EQ(6, result.exitCode);
     EXPECT_THAT(result.output, EndsWith("Verification: 0 as expected, 1 differs\n"));
 }
 
-KvTPlannedElement planned(const char* version, std::optional<std::uint32_t> checksum) {
-    KvTPlannedElement element;
-    element.address = "A";
-    element.file = 0;
-    element.availableVersion = KvCVersion(version);
-    element.availableChecksum = checksum;
-    return element;
+TEST_F(VerifyAfterReboot, ATargetWhoseScanFailsOrIsIncompleteIsAskedAgain) {
+    addFirmware(completeElement(1, "UserFirmware"));
+    target.add(fault("scan").occurrence(2)).add(fault("scan").occurrence(3).noErrors());
+    EXPECT_THAT(run("update", {"--verify", "--reboot", "--wait", "2"}).output,
+                EndsWith("\n\nVerification: 1 as expected\n"));
 }
 
-KvEVerified judged(const KvTPlannedElement& element, const KvTInstalled& found) {
-    const std::vector<KvTPlannedElement> elements{element};
-    return verifyElements(elements, {{"A", found}}, true).at(0).result;
+TEST_F(VerifyAfterReboot, TheLastAnswerCountsAndEachSecondHasOne) {
+    addFirmware(completeElement(1, "UserFirmware"));
+    target.add(fault("scan").occurrence(2)).add(fault("scan").occurrence(3));
+    EXPECT_EQ(6, run("update", {"--verify", "--reboot", "--wait", "1"}).exitCode);
 }
 
-/// What a rebooted target answers, one scan after the other.
-class RebootingTarget : public testing::Test {
-protected:
-    using Answer = std::optional<KvTInstalledElements>;
-
-    /// The answer that is taken after so many seconds of waiting.
-    [[nodiscard]] Answer taken(const std::vector<Answer>& answers, std::uint32_t seconds) const {
-        std::size_t asked = 0;
-        const auto scan = [&] { return answers.at(asked++); };
-        testing::internal::CaptureStdout();
-        Answer answer = scanAfterReboot(scan, elements, seconds);
-        EXPECT_THAT(testing::internal::GetCapturedStdout(), HasSubstr("(at most " + std::to_string(seconds) + " s)"));
-        EXPECT_EQ(answers.size(), asked);
-        return answer;
-    }
-    static bool isNew(const Answer& answer) { return answer && answer->at("A").version == KvCVersion("2.0"); }
-
-    const std::vector<KvTPlannedElement> elements{planned("2.0", 2)};
-    const Answer away;
-    const Answer empty = KvTInstalledElements();
-    const Answer before = KvTInstalledElements{{"A", {KvCVersion("1.0"), 1, true, true}}};
-    const Answer after = KvTInstalledElements{{"A", {KvCVersion("2.0"), 2, true, true}}};
-
-private:
-    EnvironmentVariable timeScale_{"KV_TIME_SCALE", "0"};
-};
-
-TEST_F(RebootingTarget, IsAskedAgainWhileItStillAnswersAsBefore) {
-    EXPECT_TRUE(isNew(taken({before, before, away, after}, 9)));
+TEST_F(VerifyAfterReboot, WithoutWaitingItIsAskedOnce) {
+    addFirmware(completeElement(1, "UserFirmware"));
+    target.add(fault("scan").occurrence(2));
+    const ToolRun result = run("update", {"--verify", "--reboot", "--wait", "0"});
+    EXPECT_EQ(6, result.exitCode);
+    EXPECT_THAT(result.output, HasSubstr("(at most 0 s) ...\n\nVerification: the target cannot be looked at: "));
 }
 
-TEST_F(RebootingTarget, IsAskedAgainWhileBoardsAreMissing) {
-    EXPECT_TRUE(isNew(taken({away, empty, after}, 9)));
+TEST_F(VerifyAfterReboot, ARebootThatDoesNotHappenIsTheReasonAndWhatIsThereIsShown) {
+    addFirmware(completeElement(1, "UserFirmware").activatedAtReboot());
+    target.add(fault("KvHIM_FORCE_resetDevice"));
+    const ToolRun result = run("update", {"--verify", "--reboot"});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_THAT(result.output, EndsWith("Verification: 0 as expected, 1 unchanged\n"));
+    EXPECT_THAT(result.output, Not(HasSubstr("Waiting")));
+    EXPECT_THAT(result.errors, HasSubstr("kvreflash: the target was not rebooted"));
 }
 
-TEST_F(RebootingTarget, IsJudgedByItsLastAnswer) {
-    EXPECT_FALSE(isNew(taken({away, before, before}, 2)));
-    EXPECT_EQ(std::nullopt, taken({before, away}, 1));
-    EXPECT_TRUE(isNew(taken({after}, 0)));
-}
-
-TEST(VerifiedElements, UnknownVersionsAndChecksumsAreNotCompared) {
-    const KvTInstalled found{KvCVersion("2.0"), 2, true, true};
-    EXPECT_EQ(KvEVerified::asExpected, judged(planned("2.0", 2), found));
-    EXPECT_EQ(KvEVerified::asExpected, judged(planned("", 2), found));
-    EXPECT_EQ(KvEVerified::asExpected, judged(planned("2.0", std::nullopt), found));
-    EXPECT_EQ(KvEVerified::asExpected, judged(planned("2.0", 2), {KvCVersion(), std::nullopt, true, true}));
-    EXPECT_EQ(KvEVerified::asExpected, judged(planned("2.0", 2), {KvCVersion("2.0"), 0, true, true}));
-    EXPECT_EQ(KvEVerified::differs, judged(planned("2.0", 3), found));
-    EXPECT_EQ(KvEVerified::differs, judged(planned("2.0.1", 2), found));
-    EXPECT_EQ(KvEVerified::differs, judged(planned("2.0", 2), {KvCVersion("2.0"), 2, false, true}));
-}
-
-TEST(VerifiedElements, AnElementThatIsGoneIsMissing) {
-    const std::vector<KvTPlannedElement> elements{planned("2.0", 2)};
-    const std::vector<KvTVerifiedElement> verified = verifyElements(elements, {{"B", {}}}, false);
-    EXPECT_EQ(KvEVerified::missing, verified.at(0).result);
-    EXPECT_TRUE(verified.at(0).isFault());
-}
-
-TEST(VerifiedElements, OnlyUpdatedElementsAreLookedAt) {
-    std::vector<KvTPlannedElement> elements{planned("2.0", 2), planned("2.0", 2)};
-    elements[0].disabled = true;
-    elements[1].file = noArchiveFile;
-    EXPECT_THAT(verifyElements(elements, {}, false), IsEmpty());
+TEST_F(VerifyAfterReboot, AReportAloneDoesNotLookAtATargetThatReboots) {
+    addFirmware(completeElement(1, "UserFirmware").activatedAtReboot());
+    target.rebootLookups(8);
+    const ScratchFolder reports;
+    EXPECT_EQ(0, run("update", {"--reboot", "--report", reports.text() + "/report.json"}).exitCode);
+    const KvNJson::json report = KvNJson::json::parse(reports.read("report.json"));
+    EXPECT_TRUE(report.view().find("look").is_null());
+    EXPECT_EQ("rebooted", report.view().find("stage").get_string());
 }
 
 } // namespace

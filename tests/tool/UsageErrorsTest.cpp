@@ -17,7 +17,7 @@ void expectRefused(const Arguments& arguments, const std::string& reason) {
     ASSERT_FALSE(read.line.has_value());
     EXPECT_EQ(read.answer.exitCode, usageError);
     EXPECT_EQ(read.answer.output, "");
-    EXPECT_EQ(read.answer.errors, "kvreflash: " + reason + "\nRun 'kvreflash --help' or 'kvreflash COMMAND --help'.\n");
+    EXPECT_EQ(read.answer.errors, "kvreflash: " + reason + "; run 'kvreflash --help' or 'kvreflash COMMAND --help'\n");
 }
 
 Arguments joined(Arguments first, const Arguments& second) {
@@ -72,7 +72,7 @@ std::vector<Use> allUses(bool belonging) {
 
 TEST(UsageErrors, AnOptionIsRefusedByEveryCommandThatItDoesNotBelongTo) {
     const std::vector<Use> uses = allUses(false);
-    EXPECT_EQ(uses.size(), 392U);
+    EXPECT_EQ(uses.size(), 408U);
     for (const Use& use : uses) {
         const bool byName = use.given.front().starts_with("--");
         expectRefused(joined(smallestCommandLine(use.command), use.given),
@@ -82,7 +82,7 @@ TEST(UsageErrors, AnOptionIsRefusedByEveryCommandThatItDoesNotBelongTo) {
 
 TEST(UsageErrors, AnOptionIsTakenByEveryCommandThatItBelongsTo) {
     const std::vector<Use> uses = allUses(true);
-    EXPECT_EQ(uses.size(), 258U);
+    EXPECT_EQ(uses.size(), 292U);
     for (const Use& use : uses) {
         const Arguments needed = joined(commandLineWithout(*use.option, use.command), use.option->needs);
         const Arguments line = joined(needed, use.given);
@@ -176,8 +176,11 @@ TEST(UsageErrors, AWordThatAnOptionDoesNotKnowIsRefused) {
                   "--no-progress contradicts --progress plain");
     expectRefused({"update", "-a", "folder", "--wait", "1s"}, "--wait: '1s' is not a decimal number up to 4294967295");
     expectRefused({"check", "-a", "folder", "--format", "xml"}, "--format: 'xml' is none of text, json");
+    expectRefused({"update", "-a", "folder", "--progress", ""}, "--progress: '' is none of line, plain, none");
+    expectRefused({"check", "-a", "folder", "--format", ""}, "--format: '' is none of text, json");
     expectRefused({"plan", "-a", "folder", "--report", "report.txt"},
                   "--report: 'report.txt' ends neither with .html nor with .json");
+    expectRefused({"check", "-a", "folder", "--json", "--format", "text"}, "--json contradicts --format text");
 }
 
 TEST(UsageErrors, WaitingForNothingIsRefused) {
@@ -220,16 +223,16 @@ TEST(UsageErrors, AnUnknownOptionIsRefused) {
     }
 }
 
-TEST(UsageErrors, OnlyADecimalNumberUpTo32BitsDisablesAnElement) {
+TEST(UsageErrors, OnlyADecimalNumberUpTo32BitsIsATimeToWait) {
+    const Arguments line{"update", "-a", "folder", "--verify", "--reboot"};
     for (const char* text : {"", "x", "1x", "0x1", "+1", "1.0", "1e3", " 1", "1 ", "1,2", "[1]", "{}", "4294967296",
                              "99999999999999999999", "\xD9\xA3"}) {
-        expectRefused({"update", "-a", "folder", "--disable", text},
-                      "--disable: '" + std::string(text) + "' is not a decimal number up to 4294967295");
+        expectRefused(joined(line, {"--wait", text}),
+                      "--wait: '" + std::string(text) + "' is not a decimal number up to 4294967295");
     }
-    expectRefused({"update", "-a", "folder", "--disable=-1"},
-                  "--disable: '-1' is not a decimal number up to 4294967295");
-    expectRefused({"update", "-a", "folder", "--disable", "1", "--disable", "x"},
-                  "--disable: 'x' is not a decimal number up to 4294967295");
+    expectRefused(joined(line, {"--wait=-1"}), "--wait: '-1' is not a decimal number up to 4294967295");
+    EXPECT_EQ(readCaptured(joined(line, {"--wait", "4294967295"})).line->waitSeconds, 4294967295U);
+    EXPECT_EQ(readCaptured(joined(line, {"--wait", "007"})).line->waitSeconds, 7U);
 }
 
 TEST(UsageErrors, ArgumentsThatAreNotUtf8AreRefused) {
@@ -249,7 +252,7 @@ TEST(UsageErrors, TheFirstFaultIsTold) {
 TEST(UsageErrors, NothingIsRunOrWritten) {
     const ScratchFolder folder;
     const std::string events = (folder.path() / "events").string();
-    const ToolRun run = runCaptured({"update", "-a", folder.text(), "--events", events, "--disable", "x"});
+    const ToolRun run = runCaptured({"update", "-a", folder.text(), "--events", events, "--wait", "x"});
     EXPECT_EQ(run.exitCode, usageError);
     EXPECT_EQ(run.output, "");
     EXPECT_TRUE(folder.list().empty());

@@ -37,11 +37,12 @@ class ExamplesTest(ScratchTest):
         self.assertTrue((self.rack / "state").is_dir())
 
     def check_refused(self, folder):
-        """Nothing but the reader's own message about the description file."""
+        """With the reader's own message about the description file."""
         done = run("content", "-a", folder)
         message = f"ERROR: Cannot open archive description file {folder}\\archive.json\n"
-        self.assertEqual(done.code, 1)
+        self.assertEqual(done.code, 3)
         self.assertIn(message, done.output.decode())
+        self.assertEqual(done.errors.decode(), message.replace("ERROR", "kvreflash"))
 
 
 class PathsTest(ExamplesTest):

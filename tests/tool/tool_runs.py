@@ -45,10 +45,13 @@ def command_of(*line):
     return [*shlex.split(arguments.launcher), str(arguments.tool.resolve()), *map(str, line)]
 
 
-def run(*line, folder=None, **options):
-    """Runs the tool with these arguments, in `folder`; sleeps take no time."""
+def run(*line, folder=None, trace=None, **options):
+    """Runs the tool with these arguments, in `folder`; sleeps take no time. Its calls are appended to the file `trace`
+    of that folder."""
     environment = {key: value for key, value in os.environ.items() if not key.startswith("KV_")}
     environment.update({"LC_ALL": "C.UTF-8", "KV_TIME_SCALE": "0"})
+    if trace:
+        environment["KV_TRACE"] = trace
     process = subprocess.run(command_of(*line), cwd=folder, env=environment, stdin=subprocess.DEVNULL, capture_output=True,
                              check=False, timeout=300, **options)
     if arguments.fold_crlf:

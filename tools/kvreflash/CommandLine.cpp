@@ -1,8 +1,8 @@
 #include "CommandLine.h"
 
 #include "EmulatedTargets.h"
-#include "TextConversion.h"
 #include "ToolOutput.h"
+#include "Utf8.h"
 
 #include <CLI/CLI.hpp>
 
@@ -27,8 +27,14 @@ constexpr const char* helpFooter =
     "docs/emulation.md.\n\n"
     "Exit codes:\n"
     "  0    success\n"
-    "  1    failed\n"
+    "  1    an element or file failed, errors were reported, a reboot did not happen, or something could not be "
+    "written\n"
     "  2    the archive does not support the target\n"
+    "  3    the archive was refused\n"
+    "  4    the target was not reached or cannot be scanned\n"
+    "  5    the target could not be locked\n"
+    "  6    the target does not report what it should\n"
+    "  8    no element passes the filters, or an element that was named does not exist\n"
     "  64   usage error\n"
     "  130  ended by an interrupt\n\n"
     "kvreflash COMMAND --help tells the options of a command.";
@@ -58,7 +64,7 @@ struct Command {
 
 constexpr std::array commands = {
     Command{"version", KvETask::session, showVersion, 0, "Print the version of the library."},
-    Command{"check", KvETask::check, showArchiveVersion, archiveOptions | checkOptions,
+    Command{"check", KvETask::check, showArchiveVersion, archiveOptions | checkOptions | jsonOption,
             "Find everything that is wrong with an archive."},
     Command{"archive-version", KvETask::session, showArchiveVersion, archiveOptions,
             "Print the version of a firmware archive."},
@@ -81,6 +87,8 @@ constexpr std::array commands = {
     Command{"update", KvETask::session, performUpdate,
             archiveOptions | targetOptions | forceOption | updateOptions | reportOption,
             "Update a target from an archive."},
+    Command{"verify", KvETask::session, showUpdatePlan, archiveOptions | targetOptions | jsonOption | reportOption,
+            "Update nothing and state whether the target is what the archive says."},
     Command{"reboot", KvETask::session, connectOnly, targetOptions, "Connect to a target and reboot it."}};
 
 /// The texts of the options as they were given.
@@ -89,9 +97,9 @@ struct Texts {
     std::string descriptionFileName = "archive.json";
     std::string target;
     std::vector<std::string> disabled;
-    std::string progress;
-    std::string waitSeconds;
-    std::string format;
+    std::optional<std::string> progress;
+    std::optional<std::string> waitSeconds;
+    std::optional<std::string> format;
 };
 
 /// An option that takes a value and may be given several times.
@@ -140,13 +148,14 @@ void addUpdateOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
                    "How progress is shown: line, plain (a line for every tenth) or none (default: line)")
         ->type_name("HOW");
     app.add_flag("--no-progress", line.options.noProgress, "The same as --progress none");
-    addRepeatable(app, "--disable", texts.disabled, "N",
-                  "Leave the element of this number out of the update: No. of a plan made with the same filters; "
-                  "repeatable (default: none)");
+    addRepeatable(
+        app, "--disable", texts.disabled, "ELEMENT",
+        "Leave this element out of the update: its number (No. of a plan made with the same filters), address "
+        "in the inventory, target path or display name; repeatable (default: none)");
     app.add_flag("--reboot", line.reboot, "Reboot the target after a successful update");
     app.add_flag("--preflight", line.preflight, "Check every update file of the plan before the target is touched");
     app.add_flag("--verify", line.verify,
-                 "Scan the target again after a successful update and judge by what it reports then");
+                 "Look at the target again after the update and judge by what it reports then");
     app.add_option("--wait", texts.waitSeconds,
                    "With --verify and --reboot: how many seconds the target has to show the update (default: 300)")
         ->type_name("SECONDS");
@@ -156,8 +165,9 @@ void addUpdateOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
 }
 
 void addCheckOptions(CLI::App& app, KvTCommandLine& line, Texts& texts) {
-    app.add_flag("--strict", line.strict, "Exit code 1 for warnings too");
-    app.add_option("--format", texts.format, "How findings are written: text or json (default: text)")
+    app.add_flag("--strict", line.strict, "Refuse an archive with warnings, too");
+    app.add_option("--format", texts.format,
+                   "How findings are written: text or json (the same as --json) (default: text)")
         ->type_name("FORMAT");
 }
 
@@ -214,7 +224,9 @@ void addCommand(CLI::App& app, const Command& command, KvTCommandLine& line, Tex
     sub.group("Commands");
     sub.footer(helpFooter);
     sub.callback([&line, &command] {
+        line.command = command.name;
         line.task = command.task;
+        line.verifiesOnly = std::string_view(command.name) == "verify";
         line.options.mode = command.mode;
         line.reboot = line.reboot || std::string_view(command.name) == "reboot";
     });
@@ -249,17 +261,17 @@ Value oneOf(const char* option, const std::string& text,
     refuse(option + (": '" + text) + "' is none of " + known);
 }
 
-void convertProgress(const std::string& text, KvTCommandLine& line) {
+void convertProgress(const std::optional<std::string>& text, KvTCommandLine& line) {
     constexpr std::array<std::pair<const char*, KvEProgress>, 3> ways{
         {{"line", KvEProgress::line}, {"plain", KvEProgress::plain}, {"none", KvEProgress::none}}};
     const bool isOff = line.options.noProgress;
     line.progress = isOff ? KvEProgress::none : KvEProgress::line;
-    if (text.empty()) {
+    if (!text) {
         return;
     }
-    line.progress = oneOf("--progress", text, ways);
+    line.progress = oneOf("--progress", *text, ways);
     if (isOff && line.progress != KvEProgress::none) {
-        refuse("--no-progress contradicts --progress " + text);
+        refuse("--no-progress contradicts --progress " + *text);
     }
     line.options.noProgress = line.progress != KvEProgress::line;
 }
@@ -270,25 +282,32 @@ void convertReport(const std::optional<std::string>& path) {
     }
 }
 
-void convertTexts(const Texts& texts, KvTCommandLine& line) {
-    line.options.archiveFolder = utf8ToWide(texts.archiveFolder.c_str());
-    line.options.descriptionFileName = utf8ToWide(texts.descriptionFileName.c_str());
-    line.options.target = utf8ToWide(texts.target.c_str());
-    for (const std::string& number : texts.disabled) {
-        line.disabledElements.push_back(numberOf("--disable", number));
+void convertFormat(const std::optional<std::string>& text, KvTCommandLine& line) {
+    constexpr std::array<std::pair<const char*, bool>, 2> formats{{{"text", false}, {"json", true}}};
+    if (!text) {
+        return;
     }
+    const bool isJson = oneOf("--format", *text, formats);
+    if (line.json && !isJson) {
+        refuse("--json contradicts --format " + *text);
+    }
+    line.json = isJson;
+}
+
+void convertTexts(const Texts& texts, KvTCommandLine& line) {
+    line.options.archiveFolder = wideOf(texts.archiveFolder);
+    line.options.descriptionFileName = wideOf(texts.descriptionFileName);
+    line.options.target = wideOf(texts.target);
+    line.disabledElements = texts.disabled;
     convertProgress(texts.progress, line);
     convertReport(line.reportFile);
-    if (!texts.waitSeconds.empty()) {
-        line.waitSeconds = numberOf("--wait", texts.waitSeconds);
+    if (texts.waitSeconds) {
+        line.waitSeconds = numberOf("--wait", *texts.waitSeconds);
         if (!line.verify || !line.reboot) {
             refuse("--wait needs --verify and --reboot");
         }
     }
-    if (!texts.format.empty()) {
-        constexpr std::array<std::pair<const char*, bool>, 2> formats{{{"text", false}, {"json", true}}};
-        line.json = oneOf("--format", texts.format, formats);
-    }
+    convertFormat(texts.format, line);
     if (line.task == KvETask::matrix && line.emulatedTargets.empty()) {
         refuse("matrix needs at least one --emulate");
     }
@@ -370,7 +389,7 @@ void checkOptionUse(const CLI::App& command, const std::vector<std::string>& arg
 
 void checkArguments(const CLI::App& app, const std::vector<std::string>& arguments) {
     for (std::size_t index = 0; index < arguments.size(); ++index) {
-        if (utf8ToWide(arguments[index].c_str()).empty() && !arguments[index].empty()) {
+        if (wideOf(arguments[index]).empty() && !arguments[index].empty()) {
             refuse("argument " + std::to_string(index + 1) + " is not valid UTF-8");
         }
     }
@@ -410,8 +429,7 @@ std::variant<KvTCommandLine, ExitCode> readCommandLine(const std::vector<std::st
         writeText(stdout, app.help());
         return exitSuccess;
     } catch (const CLI::ParseError& error) {
-        say(error.what());
-        writeText(stderr, "Run 'kvreflash --help' or 'kvreflash COMMAND --help'.\n");
+        say(error.what() + std::string("; run 'kvreflash --help' or 'kvreflash COMMAND --help'"));
         return exitUsage;
     }
     return line;

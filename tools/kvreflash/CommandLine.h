@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ExitCodes.h"
 #include "KvTOptions.h"
 
 #include <cstdint>
@@ -7,16 +8,6 @@
 #include <string>
 #include <variant>
 #include <vector>
-
-/// Exit codes of the tool.
-enum ExitCode : int {
-    exitSuccess = 0,
-    exitFailed = 1,
-    exitTargetNotSupported = 2,
-    exitUsage = 64,
-    /// Ended by an interrupt.
-    exitInterrupted = 130
-};
 
 /// What the tool does.
 enum class KvETask : std::uint8_t {
@@ -26,7 +17,7 @@ enum class KvETask : std::uint8_t {
     check,
     /// Writes a target as an emulated one.
     capture,
-    /// Tells why each element is or is not updated.
+    /// Explains why each element is or is not updated.
     explain,
     /// Plans for many emulated targets.
     matrix
@@ -43,12 +34,14 @@ enum class KvEProgress : std::uint8_t {
 
 /// What the user asked for.
 struct KvTCommandLine {
+    /// Name of the command.
+    std::string command;
     KvETask task = KvETask::session;
     KvNReflasher::KvTOptions options{};
     /// Folders of the emulated targets to be served.
     std::vector<std::string> emulatedTargets;
-    /// Indices of elements to be left out of the update.
-    std::vector<std::uint32_t> disabledElements;
+    /// Elements to be left out of the update: numbers, addresses, target paths or display names.
+    std::vector<std::string> disabledElements;
     /// Reset the target after a successful run.
     bool reboot = false;
     /// Write a JSON document.
@@ -62,6 +55,8 @@ struct KvTCommandLine {
     bool preflight = false;
     /// Scan the target again after the update and judge by that.
     bool verify = false;
+    /// Update nothing, and judge what the target has.
+    bool verifiesOnly = false;
     /// How long a rebooted target is waited for.
     std::uint32_t waitSeconds = 300;
     /// Of a check: warnings count as errors.

@@ -5,13 +5,13 @@
 
 namespace {
 
-/// Why the folder cannot be served; empty when it is.
-std::string serve(const std::string& folder) {
-    const KvEmulation::KvTServeResult result = KvEmulation::serve(folder);
+/// Serves the folder and says what is odd with it.
+KvEmulation::KvTServeResult serve(const std::string& folder) {
+    KvEmulation::KvTServeResult result = KvEmulation::serve(folder);
     for (const std::string& warning : result.warnings) {
         say("warning: " + warning);
     }
-    return result.served ? std::string() : result.error;
+    return result;
 }
 
 } // namespace
@@ -20,17 +20,18 @@ bool canEmulate() {
     return true;
 }
 
-bool serveEmulatedTargets(const std::vector<std::string>& folders) {
+std::string serveEmulatedTargets(const std::vector<std::string>& folders) {
     for (const std::string& folder : folders) {
-        if (const std::string error = serve(folder); !error.empty()) {
-            say(error);
-            return false;
+        if (const KvEmulation::KvTServeResult result = serve(folder); !result.served) {
+            return result.error;
         }
     }
-    return true;
+    return {};
 }
 
-std::string serveAlone(const std::string& folder) {
+std::string serveAlone(const std::string& folder, std::string& address) {
     KvEmulation::reset();
-    return serve(folder);
+    const KvEmulation::KvTServeResult result = serve(folder);
+    address = result.addresses.empty() ? std::string() : result.addresses.front();
+    return result.served ? std::string() : result.error;
 }

@@ -1,8 +1,8 @@
 #include "RunningUpdate.h"
 #include "Tool.h"
 
-#include "TextConversion.h"
 #include "ToolOutput.h"
+#include "Utf8.h"
 
 #include <exception>
 #include <windows.h>
@@ -26,7 +26,7 @@ int wmain(int argumentCount, wchar_t** arguments) {
         SetConsoleCtrlHandler(answerConsoleEvent, TRUE);
         std::vector<std::string> narrow;
         for (int index = 1; index < argumentCount; ++index) {
-            narrow.push_back(wideToUtf8(arguments[index]));
+            narrow.push_back(utf8Of(arguments[index]));
             if (narrow.back().empty() && *arguments[index] != L'\0') {
                 say("argument " + std::to_string(index) + " is not valid Unicode");
                 return exitUsage;

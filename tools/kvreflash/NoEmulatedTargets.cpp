@@ -6,10 +6,10 @@ bool canEmulate() {
     return false;
 }
 
-bool serveEmulatedTargets(const std::vector<std::string>& folders) {
-    return folders.empty();
+std::string serveEmulatedTargets(const std::vector<std::string>& folders) {
+    return folders.empty() ? std::string() : "the platform cannot emulate targets";
 }
 
-std::string serveAlone(const std::string& folder) {
+std::string serveAlone(const std::string& folder, std::string& /*address*/) {
     return folder + ": the platform cannot emulate targets";
 }

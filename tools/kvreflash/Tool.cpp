@@ -1,22 +1,15 @@
 #include "Tool.h"
 
 #include "ArchiveCheck.h"
-#include "EmulatedTargets.h"
+#include "Conclusion.h"
 #include "PlanExplanation.h"
 #include "PlanMatrix.h"
 #include "SessionTask.h"
 #include "TargetCapture.h"
-#include "ToolOutput.h"
-
-#include <cstdio>
 
 namespace {
 
 ExitCode runTask(const KvTCommandLine& line) {
-    // Each session of a matrix serves its own.
-    if (line.task != KvETask::matrix && !serveEmulatedTargets(line.emulatedTargets)) {
-        return exitFailed;
-    }
     switch (line.task) {
     case KvETask::session:
         return runSession(line);
@@ -36,12 +29,8 @@ ExitCode runTask(const KvTCommandLine& line) {
 
 ExitCode runTool(const std::vector<std::string>& arguments) {
     const auto line = readCommandLine(arguments);
-    const auto* const answered = std::get_if<ExitCode>(&line);
-    const ExitCode result = answered != nullptr ? *answered : runTask(std::get<KvTCommandLine>(line));
-    // Whoever wrote to standard output, the library or the tool: what was lost shows here.
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-        say("cannot write to standard output");
-        return result == exitSuccess ? exitFailed : result;
+    if (const auto* const answered = std::get_if<ExitCode>(&line)) {
+        return *answered == exitSuccess ? conclude({}) : *answered;
     }
-    return result;
+    return runTask(std::get<KvTCommandLine>(line));
 }

@@ -1,8 +1,8 @@
 #include "ToolOutput.h"
 
 #include "FilePath.h"
-#include "MessageText.h"
 #include "Terminal.h"
+#include "VisibleText.h"
 
 #include <cerrno>
 #include <filesystem>
@@ -15,13 +15,13 @@ void writeText(std::FILE* stream, const std::string& text) {
 }
 
 void say(const std::string& text) {
-    writeText(stderr, "kvreflash: " + text + "\n");
+    writeText(stderr, "kvreflash: " + visibleInLine(text) + "\n");
 }
 
-void sayFileFailure(const char* what, const std::string& path) {
+std::string fileFailure(const char* what, const std::string& path) {
     const int told = errno;
     // Not every system says so.
     std::error_code ignored;
     const bool isFolder = std::filesystem::is_directory(filePath(path), ignored);
-    say(what + (" '" + path) + "': " + std::generic_category().message(isFolder ? EISDIR : told));
+    return what + (" '" + path) + "': " + std::generic_category().message(isFolder ? EISDIR : told);
 }

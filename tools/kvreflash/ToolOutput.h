@@ -7,9 +7,9 @@
 /// terminal. What could not be written shows in the stream's error indicator.
 void writeText(std::FILE* stream, const std::string& text);
 
-/// Says something of the tool's own, in one line on standard error.
+/// Says something of the tool's own, in one line on standard error, with control characters made visible.
 void say(const std::string& text);
 
-/// Says that something cannot be done with a file, and why: what the system has told last. `what` is such as "cannot
+/// A sentence: something cannot be done with a file, and why, as the system has said last. `what` is such as "cannot
 /// create".
-void sayFileFailure(const char* what, const std::string& path);
+[[nodiscard]] std::string fileFailure(const char* what, const std::string& path);

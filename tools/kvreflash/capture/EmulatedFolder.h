@@ -2,11 +2,12 @@
 
 #include <string>
 
-// Folders of emulated targets (UTF-8) that are to be made. What is wrong is said.
+// Folders of emulated targets (UTF-8) that are to be made. Each function returns why something cannot be done, in one
+// sentence; empty if it can.
 
-/// True when `folder` is missing or an empty folder.
-[[nodiscard]] bool canHoldNewTarget(const std::string& folder);
+/// `folder` must be missing, or an empty folder.
+[[nodiscard]] std::string faultOfNewTarget(const std::string& folder);
 
-/// Writes `description` as the target.json of `folder`, which is made when it is missing; the folder above it must
-/// exist. False when that fails: nothing is left of it then.
-[[nodiscard]] bool writeNewTarget(const std::string& folder, const std::string& description);
+/// Writes `description` as the target.json of `folder`, which is made if it is missing; the folder above it must exist.
+/// Nothing is left of it if that fails.
+[[nodiscard]] std::string writeNewTarget(const std::string& folder, const std::string& description);

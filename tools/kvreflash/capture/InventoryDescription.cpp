@@ -1,14 +1,14 @@
 #include "InventoryDescription.h"
 
-#include "CallJudgement.h"
+#include "KvCErrorManager.h"
 #include "KvCInventoryItem.h"
 #include "KvNInventoryIDs.h"
-#include "OwnedErrorList.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -121,11 +121,14 @@ json valueOf(Number number) {
 template <typename Value>
 std::optional<json> readAs(KvCErrorListPool& errors, const KvCInventoryItem& item, const KvCInventoryAddress& path) {
     Value value{};
-    if (!callSucceeds(errors, [&] { item.getValue(errors, path, value); })) {
-        return std::nullopt;
-    }
-    return valueOf(value);
+    const std::uint32_t before = errors.getErrorCount();
+    item.getValue(errors, path, value);
+    return errors.getErrorCount() == before ? std::optional(valueOf(value)) : std::nullopt;
 }
+
+struct ErrorListRelease {
+    void operator()(KvCErrorList* list) const { KvCErrorManager::getInstance()->deleteErrorList(list); }
+};
 
 using ValueReader = std::optional<json> (*)(KvCErrorListPool&, const KvCInventoryItem&, const KvCInventoryAddress&);
 
@@ -257,7 +260,8 @@ private:
 
     KvTInventoryDescription result_;
     /// Of the reads.
-    OwnedErrorList errors_ = OwnedErrorList::create();
+    const std::unique_ptr<KvCErrorList, ErrorListRelease> errors_{
+        KvCErrorManager::getInstance()->createErrorList(0, 1, 20, 5, 300)};
 };
 
 } // namespace

@@ -1,0 +1,405 @@
+#!/usr/bin/env python3
+"""Writes the JSON Schemas of the documents, each a file that needs no other, from the parts that they share. The words
+of enumerations are those of src/documents/DocumentCodes.cpp.
+
+usage: make_schemas.py [--check]    --check: writes nothing; exit code 1 if a file is not what this script would write
+"""
+
+import json
+import re
+import sys
+from pathlib import Path
+
+PROJECT = Path(__file__).resolve().parent.parent
+SCHEMAS = PROJECT / "docs" / "schemas"
+CODES = PROJECT / "src" / "documents" / "DocumentCodes.cpp"
+
+MAX_32 = 0xFFFFFFFF
+TIME = r"^[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}(\.[0-9]+)?(Z|[+-][0-9]{2}:[0-9]{2})$"
+
+
+def words(table):
+    """The words of an enumeration, from the table of this name in the sources; without "none", which is null."""
+    code = CODES.read_text(encoding="utf-8")
+    found = re.search(rf"constexpr auto {table} =\s*wordsUpTo<\w+::\w+>\((.*?)\);", code, re.DOTALL)
+    return [word for word in re.findall(r'"([^"]*)"', found.group(1)) if word != "none"]
+
+
+# Values. `null`, where there is one, says what null means.
+
+def with_null(schema, null):
+    if null is None:
+        return schema
+    described = {"description": f"{schema['description']} Null: {null}."}
+    if "enum" in schema:
+        return {**described, "enum": [*schema["enum"], None]}
+    if "$ref" in schema:
+        return {**described, "anyOf": [{"$ref": schema["$ref"]}, {"type": "null"}]}
+    return {**schema, **described, "type": [schema["type"], "null"]}
+
+
+def text(description, null=None, **rules):
+    return with_null({"description": description, "type": "string", **rules}, null)
+
+
+def number(description, null=None, maximum=MAX_32, minimum=0):
+    return with_null({"description": description, "type": "integer", "minimum": minimum, "maximum": maximum}, null)
+
+
+def count(description, minimum=0):
+    return {"description": description, "type": "integer", "minimum": minimum}
+
+
+def flag(description, null=None):
+    return with_null({"description": description, "type": "boolean"}, null)
+
+
+def word(description, table, null=None):
+    return with_null({"description": description, "enum": words(table)}, null)
+
+
+def part(name, description, null=None):
+    """A record that the file defines."""
+    return with_null({"description": description, "$ref": f"#/$defs/{name}"}, null)
+
+
+def list_of(description, items, **rules):
+    return {"description": description, "type": "array", "items": items, **rules}
+
+
+def records(name, description):
+    return list_of(description, {"$ref": f"#/$defs/{name}"})
+
+
+def together(*names):
+    """These members are there together or not at all."""
+    return {names[0]: list(names[1:]), **{name: [names[0]] for name in names[1:]}}
+
+
+def record(description, properties, optional=(), dependent=None):
+    schema = {"description": description, "type": "object",
+              "required": [name for name in properties if name not in optional], "properties": properties}
+    if dependent:
+        schema["dependentRequired"] = dependent
+    return schema
+
+
+# Parts.
+
+VERDICT = {
+    "failure": word("The class of the failure.", "failureWords", "success"),
+    "retryable": flag("The same may succeed if it is tried again."),
+    "message": text("Why it failed, in one line; empty after a success."),
+}
+
+IDENTITY = record("What the archive says of itself.", {
+    "archiveName": text("Name."),
+    "archiveVersion": text("Version."),
+    "productName": text("Product that it belongs to."),
+    "formatVersion": text("Version of the description's format."),
+    "archiveVariant": text("Variant; empty if there is none."),
+})
+
+ENTRY = record("An entry of the archive.", {
+    "name": text("Name of the update file, relative to the archive folder."),
+    "version": text("Version of its contents.", "not known"),
+    "index": number("Position in the description's files, from 0; ignored entries count."),
+    "fileIndex": number("Position among the accepted entries, from 0."),
+    "checksumCrc32": number("CRC-32 of its contents.", "not known"),
+    "mode": word("standard: updates what differs; upgrade: what has a lower version.", "entryModeWords"),
+    "sequence": number("Entries of a lower sequence are installed in an earlier phase."),
+})
+
+INSTALLED = record("What the target reports as installed on an element.", {
+    "version": text("Version.", "not known"),
+    "checksumCrc32": number("CRC-32; 0: the target reports none, but has a place for it.", "not reported"),
+    "valid": flag("It is complete and can be used.", "not reported"),
+    "active": flag("It is what the board runs.", "not reported"),
+})
+
+ELEMENT = {
+    "index": number("Position in the element list, from 0: the No. of the plan."),
+    "boardType": text("Type of the board that carries it; may be empty."),
+    "serialNumber": number("Serial number of the board; the upper 8 bits may hold a sub-number."),
+    "boardName": text("Name or type of the board, and its variant in parentheses."),
+    "unitPath": text("Name of the unit, followed by its rack and instance names if it has them."),
+    "slot": number("Slot that the board is in.", "the board has no slot"),
+    "slotCount": number("How many slots the board takes; 0: it has no slot."),
+    "displayName": text("The element's name in tables and messages."),
+    "typeName": text("What kind of element it is, such as Firmware or FPGA."),
+    "isFileSystemElement": flag("A file in the target's file system rather than something that is flashed."),
+    "valid": flag("What is installed is complete and can be used; false if that is not reported."),
+    "active": flag("What is installed is what the board runs; false if that is not reported."),
+    "installedVersion": text("Installed version.", "not known"),
+    "custom": flag("It is a custom element."),
+    "phase": number("Phase of the update, from 0.", "it is not updated"),
+    "hasArchiveFile": flag("An entry of the archive matches it."),
+    "archiveFileIndex": number("The fileIndex of the entry.", "no entry"),
+    "availableVersion": text("Version of the entry.", "not known, or no entry"),
+    "checksumMismatch": flag("The installed checksum differs from that of the entry, or the entry's is not known.",
+                             "no entry, an entry of the mode upgrade, or no checksum or 0 is reported"),
+    "disabled": flag("It takes no part in the update."),
+    "name": text("Its name in the inventory, which --element looks for."),
+    "address": text("Address of the inventory item; empty for a file that the inventory does not list."),
+    "boardAddress": text("Address of the board that carries it."),
+    "boardVariant": text("Variant of the board."),
+    "boardId": number("Identifier of the board."),
+    "unitName": text("Name of the unit; may be empty, as the following two."),
+    "unitInstanceName": text("Name of the unit's instance."),
+    "rackName": text("Name of the rack."),
+    "elementId": number("Identifier of the element."),
+    "targetPath": text("Path of a file, below the root of the target's file system; else empty."),
+    "hwCompatibilityId": number("Hardware compatibility identifier."),
+    "swCompatibilityId": number("Software compatibility identifier."),
+    "installed": part("installed", "What the target reports of it before the update."),
+    "installedChecksum": number("The installed checksum.", "not reported"),
+    "entry": part("entry", "The entry that it takes.", "no entry"),
+    "availableChecksum": number("The checksum of the entry.", "not known, or no entry"),
+    "decision": {"description": "Whether it is updated. Null: the session reads no archive.",
+                 "enum": ["update", "leave", None]},
+    "reasons": list_of("Why; empty without a decision.", {"enum": words("reasonWords")}, uniqueItems=True),
+    "upToDate": flag("What is installed is what the entry offers, or newer if the entry's mode is upgrade."),
+}
+
+VERSION = record("A version and its components.", {
+    "text": text("The printed form."),
+    "major": number("Major release.", maximum=0xFF),
+    "minor": number("Minor release.", maximum=0xFF),
+    "maintenance": number("Maintenance release.", maximum=0xFF),
+    "servicePackBuild": number("0: release, 1: alpha, 2: beta.", maximum=0xFF),
+    "servicePackNumber": number("Service pack number.", maximum=0xFFFF),
+    "patchLevel": number("Patch level.", maximum=0xFFFF),
+})
+
+COMPARED = {
+    "description": "A text, a number, null, or an array of these.",
+    "type": ["string", "integer", "null", "array"],
+    "items": {"type": ["string", "integer", "null"]},
+}
+
+TRIED_ENTRY = record("An entry that was tried for an element.", {
+    "name": ENTRY["properties"]["name"],
+    "index": ENTRY["properties"]["index"],
+    "fileIndex": ENTRY["properties"]["fileIndex"],
+    "failedTest": word("The first test that failed.", "matchTestWords", "none, the entry was chosen"),
+    "archiveValue": part("comparedValue", "What the description has for the failed test."),
+    "elementValue": part("comparedValue", "What the element has for the failed test."),
+})
+
+HIDDEN_ELEMENT = record("An element of the target that the session does not look at.", {
+    "displayName": ELEMENT["displayName"],
+    "address": text("Address of the inventory item."),
+    "hiddenBy": list_of("What hides it.", {"enum": words("hiddenByWords")}, minItems=1, uniqueItems=True),
+})
+
+FINDING = record("Something that is to be said about the archive.", {
+    "severity": word("The archive is refused for an error; a warning is about what may not be meant.", "severityWords"),
+    "code": text("The kind of finding.", pattern="^[a-z]+(-[a-z]+)*$"),
+    "file": text("Path of the description."),
+    "line": count("Line of the description, from 1.", minimum=1),
+    "column": count("Column in characters, from 1.", minimum=1),
+    "path": text("JSON path of the value concerned, such as $.files[3].boards[0].id.", pattern="^\\$"),
+    "message": text("What is the matter."),
+    "hint": text("What to do; may be empty."),
+})
+
+ERROR = record("An error that the device access libraries have reported.", {
+    "code": number("Its number."),
+    "text": text("What it says."),
+    "originNode": number("Serial number of the node that reported it; 0: the host."),
+    "seconds": with_null({"description": "Seconds since the time base of the error manager.", "type": "number"},
+                         "not known"),
+    "mainModule": number("Main module."),
+    "subModule": number("Sub-module."),
+    "function": text("Function; empty if it is not known."),
+    "line": number("Line.", "not known"),
+})
+
+OUTCOME = {
+    "outcome": word("What became of the element.", "resultWords"),
+    "failedCall": word("The call that made it fail.", "failedCallWords", "none"),
+    "state": number("What the target answered to the last status query: 1 running, 2 succeeded, anything else failed.",
+                    "it answered none"),
+    "message": text("What the session said of a file that could not be written; else empty."),
+    "errors": records("error", "The errors of its calls, then those that the target reported for it."),
+}
+
+VERIFIED = {
+    "after": part("installed", "What the target reports of it in the end.",
+                  "it was not looked at, or does not list the element"),
+    "verification": word("How that fits the plan.", "verifiedWords", "the element was not judged"),
+    "leftByPlan": flag("It reports the checksum 0 and differs: a plan leaves it, a forced update does not.",
+                       "the element was not judged"),
+}
+
+FILE_OUTCOME = record("What became of an update file in one phase.", {
+    "name": ENTRY["properties"]["name"],
+    "fileIndex": ENTRY["properties"]["fileIndex"],
+    "phase": number("The phase, from 0."),
+    "targetPath": text("Path in the target's file system for a file that is written there; else empty."),
+    "outcome": word("What became of it.", "resultWords"),
+})
+
+LOOK = record("How the target was looked at in the end.", {
+    "succeeded": flag("False: it could not be reached or scanned."),
+    "message": text("Why not, in one line; else empty."),
+    "errors": records("error", "The errors that the look collected."),
+})
+
+COUNTS = record("Number of verified elements with each result.",
+                {result: count("Number of elements.") for result in words("verifiedWords")})
+
+PLAN_GROUP = ("archive", "targetAddress", "supported", "unsupportedElements", "phaseCount", "elements")
+
+FILES = records("entry", "The accepted entries of the archive, in their order.")
+
+
+def plan_members(elements):
+    return {
+        "archive": part("archive", "The archive.", "the session reads none"),
+        "files": FILES,
+        "targetAddress": text("IPv4 address of the target."),
+        "supported": flag("False: an update would refuse the target."),
+        "unsupportedElements": list_of("Indices of the elements that decide that: elements of processor boards without "
+                                       "an entry.", number("Index of an element."), uniqueItems=True),
+        "phaseCount": number("Number of phases."),
+        "elements": records("element", elements),
+    }
+
+
+IN_ORDER = "The elements in the order of the element list."
+PLANNED_PARTS = {"installed": INSTALLED, "entry": ENTRY}
+
+
+def element(more=None, **rules):
+    return record("An element of the target and what an update does to it.", {**ELEMENT, **(more or {})}, **rules)
+
+
+def document(name, title, members, parts, optional=(), dependent=None, commands=None, never_required=()):
+    """The schema of a document; those of `commands` are of one form. A document of a success has the optional members,
+    too, but for those that are never required."""
+    names = [f"kvreflash.{command}" for command in commands or (name,)]
+    kind = {"const": names[0]} if len(names) == 1 else {"enum": names}
+    form = record("What kind of document it is.", {
+        "name": {"description": "The kind, named after the command.", **kind},
+        "version": {"description": "Version of the format.", "const": 1},
+    })
+    schema = record(title + ".", {"format": form, **VERDICT, **members}, optional, dependent)
+    del schema["description"]
+    if optional:
+        schema["if"] = {"properties": {"failure": {"const": None}}}
+        schema["then"] = {"required": [member for member in optional if member not in never_required]}
+    return {"$schema": "https://json-schema.org/draft/2020-12/schema", "$id": f"urn:kvreflash:schema:{name}:1",
+            "title": title, **schema, "$defs": parts}
+
+
+def content():
+    return document("content", "Content of a firmware archive", {
+        "archive": part("archive", "The archive."),
+        "files": FILES,
+    }, {"archive": IDENTITY, "entry": ENTRY}, ("archive", "files"), together("archive", "files"))
+
+
+def elements():
+    return document("elements", "Update elements of a target", {"elements": records("element", IN_ORDER)},
+                    {"element": element(), **PLANNED_PARTS}, ("elements",))
+
+
+def plan():
+    return document("plan", "Plan of an update", plan_members(IN_ORDER),
+                    {"archive": IDENTITY, "element": element(), **PLANNED_PARTS}, PLAN_GROUP, together(*PLAN_GROUP))
+
+
+def explain():
+    explained = element({
+        "installedVersionRead": part("version", "How the installed version is read.", "not known"),
+        "availableVersionRead": part("version", "How the entry's version is read.", "not known, or no entry"),
+        "triedEntries": records("triedEntry", "The entries for the board type, in their order, up to the chosen one."),
+        "entriesForOtherBoardTypes": count("Number of other entries before the chosen one or, without one, in the "
+                                           "archive."),
+    })
+    return document("explain", "Explanation of a plan", {
+        "elements": records("element", "The elements that were asked for, in the order of the element list."),
+        "hiddenElements": records("hiddenElement", "The elements of the target that the session does not look at."),
+    }, {"element": explained, **PLANNED_PARTS, "version": VERSION, "triedEntry": TRIED_ENTRY, "comparedValue": COMPARED,
+        "hiddenElement": HIDDEN_ELEMENT}, ("elements", "hiddenElements"), together("elements", "hiddenElements"))
+
+
+def matrix():
+    target = record("A target and what an update would do to it.", {
+        "folder": text("Folder of the emulated target, as it was given."),
+        "address": text("First address of the target; empty if it has none or cannot be loaded."),
+        **VERDICT,
+        "supported": flag("False: an update would refuse the target."),
+        "elements": records("element", IN_ORDER),
+    }, ("supported", "elements"), together("supported", "elements"))
+    state = word("What an update would do to it.", "outlookWords")
+    return document("matrix", "Plans for several targets", {
+        "archive": part("archive", "The archive."),
+        "targets": records("target", "The targets in the order of the command line."),
+        "unmatchedEntries": records("entry", "The entries that no element of any planned target takes."),
+    }, {"archive": IDENTITY, "target": target, "element": element({"state": state}), **PLANNED_PARTS},
+        ("archive", "unmatchedEntries"), together("archive", "unmatchedEntries"))
+
+
+def check():
+    return document("check", "Findings on a firmware archive", {
+        "findings": records("finding", "The findings in the order of the description."),
+        "errors": count("Number of errors."),
+        "warnings": count("Number of warnings."),
+    }, {"finding": FINDING})
+
+
+def report():
+    target = record("The target.", {
+        "given": text("As it was given."),
+        "address": text("IPv4 address; empty if the target was not scanned."),
+    })
+    reported = element({**OUTCOME, **VERIFIED}, optional=tuple(OUTCOME), dependent=together(*OUTCOME))
+    outcome = {
+        "stage": word("How far the session came; each value includes those before it.", "stageWords"),
+        "fileOutcomes": records("fileOutcome", "The update files in the order in which they were transferred or "
+                                               "written; those that were never begun follow."),
+        "errors": records("error", "The errors that belong to no element."),
+    }
+    return document("report", "Report of a session", {
+        "toolVersion": text("Version of kvreflash."),
+        "begin": text("Begin of the session.", pattern=TIME),
+        "end": text("End of the session.", pattern=TIME),
+        "exitCode": number("Exit code of kvreflash, but for a report that cannot be written.", maximum=255),
+        "target": part("target", "The target."),
+        "archiveFolder": text("Folder of the archive; empty if the session reads none."),
+        **plan_members(IN_ORDER),
+        **outcome,
+        "verificationCounts": part("counts", "What the verification has found.", "nothing was verified"),
+        "look": part("look", "How the target was looked at in the end.", "nothing was verified"),
+        "messages": text("What the session said, without progress that was overwritten."),
+    }, {"target": target, "archive": IDENTITY, "element": reported, **PLANNED_PARTS, "error": ERROR,
+        "fileOutcome": FILE_OUTCOME, "counts": COUNTS, "look": LOOK},
+        (*PLAN_GROUP, "files", *outcome), {**together(*PLAN_GROUP), **together(*outcome)},
+        ("plan", "update", "verify", "reboot"), ("files",))
+
+
+DOCUMENTS = {"content": content, "elements": elements, "plan": plan, "explain": explain, "matrix": matrix,
+             "check": check, "report": report}
+
+
+def schema_texts():
+    """{file name: contents}"""
+    return {f"{name}.schema.json": json.dumps(make(), indent=4, ensure_ascii=False) + "\n"
+            for name, make in DOCUMENTS.items()}
+
+
+def main():
+    stale = {name: contents for name, contents in schema_texts().items()
+             if not (SCHEMAS / name).exists() or (SCHEMAS / name).read_text(encoding="utf-8") != contents}
+    for name, contents in stale.items():
+        if "--check" in sys.argv[1:]:
+            print(f"docs/schemas/{name} is not what scripts/make_schemas.py writes")
+        else:
+            (SCHEMAS / name).write_text(contents, encoding="utf-8")
+    return 1 if stale and "--check" in sys.argv[1:] else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,93 @@
+#include "KvDocuments.h"
+
+#include <array>
+#include <cstddef>
+
+namespace KvNReflasher {
+
+namespace {
+
+/// The words of an enumeration, in its order; `last` is its last value.
+template <auto last, typename... Word>
+consteval auto wordsUpTo(Word... word) {
+    static_assert(sizeof...(word) == static_cast<std::size_t>(last) + 1, "each value has one word");
+    return std::array<const char*, sizeof...(word)>{word...};
+}
+
+constexpr auto failureWords =
+    wordsUpTo<KvEFailure::none>("archive", "target", "stale", "unsupported", "selection", "locked", "stopped",
+                                "elements", "errors", "reboot", "verification", "output", "none");
+constexpr auto entryModeWords = wordsUpTo<KvEEntryMode::upgrade>("standard", "upgrade");
+constexpr auto reasonWords = wordsUpTo<KvEReason::carrierBoardMissing>(
+    "version-differs", "checksum-differs", "invalid", "inactive", "forced", "up-to-date", "newer-installed", "no-entry",
+    "feature-level", "custom-left-out", "disabled", "carrier-board-missing");
+constexpr auto matchTestWords =
+    wordsUpTo<KvEMatchTest::none>("board-type", "board-variant", "board-id", "addressing", "id", "target-path",
+                                  "hw-compatibility-id", "sw-compatibility-id", "none");
+constexpr auto hiddenByWords = wordsUpTo<KvEHiddenBy::configuration>("board-type-filter", "serial-number-filter",
+                                                                     "element-name-filter", "configuration");
+constexpr auto resultWords = wordsUpTo<KvEResult::inProgress>("not-planned", "not-started", "file-missing", "cancelled",
+                                                              "failed", "updated", "in-progress");
+constexpr auto verifiedWords =
+    wordsUpTo<KvEVerified::differs>("not-listed", "gone", "as-expected", "not-judged", "unchanged", "differs");
+static_assert(verifiedWords.size() == verifiedCount);
+constexpr auto stageWords = wordsUpTo<KvEStage::rebooted>("created", "archive-read", "target-found", "target-scanned",
+                                                          "prepared", "locked", "phases-run", "ended", "rebooted");
+constexpr auto failedCallWords = wordsUpTo<KvEFailedCall::writeFile>("none", "transfer-file", "update", "update-status",
+                                                                     "update-errors", "write-file");
+constexpr auto outlookWords = wordsUpTo<KvEOutlook::disabled>("would-update", "up-to-date", "no-entry", "disabled");
+static_assert(outlookWords.size() == outlookCount);
+constexpr auto severityWords = wordsUpTo<KvESeverity::warning>("error", "warning");
+
+template <typename Words, typename Value>
+const char* wordOf(const Words& words, Value value) {
+    return words.at(static_cast<std::size_t>(value));
+}
+
+} // namespace
+
+const char* codeOf(KvEFailure failure) {
+    return wordOf(failureWords, failure);
+}
+
+const char* codeOf(KvEEntryMode mode) {
+    return wordOf(entryModeWords, mode);
+}
+
+const char* codeOf(KvEReason reason) {
+    return wordOf(reasonWords, reason);
+}
+
+const char* codeOf(KvEMatchTest test) {
+    return wordOf(matchTestWords, test);
+}
+
+const char* codeOf(KvEHiddenBy reason) {
+    return wordOf(hiddenByWords, reason);
+}
+
+const char* codeOf(KvEResult result) {
+    return wordOf(resultWords, result);
+}
+
+const char* codeOf(KvEVerified result) {
+    return wordOf(verifiedWords, result);
+}
+
+const char* codeOf(KvEStage stage) {
+    return wordOf(stageWords, stage);
+}
+
+const char* codeOf(KvEFailedCall call) {
+    return wordOf(failedCallWords, call);
+}
+
+const char* codeOf(KvEOutlook outlook) {
+    return wordOf(outlookWords, outlook);
+}
+
+const char* codeOf(KvESeverity severity) {
+    return wordOf(severityWords, severity);
+}
+
+} // namespace KvNReflasher

@@ -1,0 +1,69 @@
+#include "OutcomeRecords.h"
+
+#include "JsonValues.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace KvNReflasher {
+
+using KvNJson::json;
+
+json errorRecord(const KvTErrorInfo& error) {
+    json record = json::makeObject();
+    record.set("code", error.code);
+    record.set("text", textValue(error.text));
+    record.set("originNode", error.originNode);
+    record.set("seconds", error.seconds != 0 ? json(error.seconds) : json());
+    record.set("mainModule", error.mainModule);
+    record.set("subModule", error.subModule);
+    record.set("function", textValue(error.function));
+    record.set("line", error.line != 0 ? json(error.line) : json());
+    return record;
+}
+
+json errorRecords(const std::vector<KvTErrorInfo>& errors) {
+    return listOf(errors, errorRecord);
+}
+
+json fileOutcomeRecord(const KvTFileOutcome& file) {
+    json record = json::makeObject();
+    record.set("name", textValue(file.fileName));
+    record.set("fileIndex", file.fileIndex);
+    record.set("phase", file.phase);
+    record.set("targetPath", textValue(file.targetPath));
+    record.set("outcome", codeOf(file.result));
+    return record;
+}
+
+json lookRecord(const KvTLook& look) {
+    json record = json::makeObject();
+    record.set("succeeded", look.succeeded);
+    record.set("message", textValue(look.message));
+    record.set("errors", errorRecords(look.errors));
+    return record;
+}
+
+json verifiedCounts(const KvTVerification& verification) {
+    json counts = json::makeObject();
+    for (std::size_t index = 0; index < verifiedCount; ++index) {
+        const auto result = static_cast<KvEVerified>(index);
+        counts.set(codeOf(result), static_cast<std::uint64_t>(verification.count(result)));
+    }
+    return counts;
+}
+
+void setOutcome(json& record, const KvTElementOutcome& outcome) {
+    record.set("outcome", codeOf(outcome.result));
+    record.set("failedCall", codeOrNull(outcome.failedCall));
+    record.set("state", valueOrNull(outcome.state));
+    record.set("message", textValue(outcome.message));
+    record.set("errors", errorRecords(outcome.errors));
+}
+
+void setVerified(json& record, const KvTVerifiedElement* verified) {
+    record.set("verification", verified != nullptr ? json(codeOf(verified->result)) : json());
+    record.set("leftByPlan", verified != nullptr ? json(verified->leftByPlan) : json());
+}
+
+} // namespace KvNReflasher

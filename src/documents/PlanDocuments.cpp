@@ -1,0 +1,55 @@
+#include "DocumentFrame.h"
+#include "ElementRecords.h"
+#include "JsonValues.h"
+#include "KvDocuments.h"
+#include "PlanMembers.h"
+
+#include <cstdint>
+
+// What is on the target, what an update does to it, and why.
+
+namespace KvNReflasher {
+
+using KvNJson::json;
+
+namespace {
+
+json explanationRecord(const KvTPlan& plan, const KvTExplanation& explanation) {
+    const KvTPlannedElement& element = plan.elements.at(explanation.index);
+    json record = plannedElementRecord(element);
+    record.set("installedVersionRead", versionComponents(element.installed.version));
+    record.set("availableVersionRead", element.entry ? versionComponents(element.entry->version) : json());
+    record.set("triedEntries", listOf(explanation.tried, triedEntryRecord));
+    record.set("entriesForOtherBoardTypes", static_cast<std::uint64_t>(explanation.otherBoardCount));
+    return record;
+}
+
+} // namespace
+
+std::string elementsDocument(const KvTPlan* plan, const KvTVerdict& verdict) {
+    json document = framedDocument("elements", verdict);
+    if (plan != nullptr) {
+        document.set("elements", listOf(plan->elements, plannedElementRecord));
+    }
+    return documentText(document);
+}
+
+std::string planDocument(const KvTPlan* plan, const std::vector<KvTArchiveEntry>& entries, const KvTVerdict& verdict) {
+    json document = framedDocument("plan", verdict);
+    setPlanMembers(document, plan, &entries, plannedElementRecord);
+    return documentText(document);
+}
+
+std::string explainDocument(const KvTPlan* plan, const std::vector<KvTExplanation>& explanations,
+                            const std::vector<KvTHiddenElement>& hidden, const KvTVerdict& verdict) {
+    json document = framedDocument("explain", verdict);
+    if (plan != nullptr) {
+        document.set("elements", listOf(explanations, [plan](const KvTExplanation& explanation) {
+                         return explanationRecord(*plan, explanation);
+                     }));
+        document.set("hiddenElements", listOf(hidden, hiddenElementRecord));
+    }
+    return documentText(document);
+}
+
+} // namespace KvNReflasher

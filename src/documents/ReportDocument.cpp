@@ -1,0 +1,95 @@
+#include "DocumentFrame.h"
+#include "ElementRecords.h"
+#include "JsonValues.h"
+#include "KvDocuments.h"
+#include "OutcomeRecords.h"
+#include "PlanMembers.h"
+
+#include <cstdint>
+#include <vector>
+
+// What a session has planned, what it has done, and what the target reports afterwards.
+
+namespace KvNReflasher {
+
+using KvNJson::json;
+
+namespace {
+
+json targetRecord(const KvTReportFacts& facts, const KvTPlan* plan) {
+    json record = json::makeObject();
+    record.set("given", textValue(facts.target));
+    record.set("address", plan != nullptr ? textValue(plan->targetAddress) : json(""));
+    return record;
+}
+
+void setFacts(json& document, const KvTReportFacts& facts, const KvTPlan* plan) {
+    document.set("toolVersion", textValue(facts.toolVersion));
+    document.set("begin", textValue(facts.begin));
+    document.set("end", textValue(facts.end));
+    document.set("exitCode", static_cast<std::uint32_t>(facts.exitCode));
+    document.set("target", targetRecord(facts, plan));
+    document.set("archiveFolder", textValue(facts.archiveFolder));
+}
+
+/// The records of a session's elements.
+class ElementReports {
+public:
+    explicit ElementReports(const KvTSessionRecord& session) : session_(session) {
+        if (session_.plan != nullptr && session_.verification != nullptr) {
+            verified_.resize(session_.plan->elements.size());
+            for (const KvTVerifiedElement& element : session_.verification->elements) {
+                verified_.at(element.index) = &element;
+            }
+        }
+    }
+
+    [[nodiscard]] json operator()(const KvTPlannedElement& element) const {
+        json record = plannedElementRecord(element);
+        if (session_.outcome != nullptr && element.index < session_.outcome->elements.size()) {
+            setOutcome(record, session_.outcome->elements[element.index]);
+        }
+        record.set("after", after(element));
+        setVerified(record, element.index < verified_.size() ? verified_[element.index] : nullptr);
+        return record;
+    }
+
+private:
+    /// What the look has found; null if the target was not looked at or does not list the element.
+    [[nodiscard]] json after(const KvTPlannedElement& element) const {
+        if (session_.verification == nullptr) {
+            return {};
+        }
+        const auto& found = session_.verification->look.elements;
+        const bool isFound = element.index < found.size() && found[element.index];
+        return isFound ? installedRecord(*found[element.index]) : json();
+    }
+
+    const KvTSessionRecord& session_;
+    /// By the index of the element.
+    std::vector<const KvTVerifiedElement*> verified_;
+};
+
+void setOutcomeMembers(json& document, const KvTOutcome& outcome) {
+    document.set("stage", codeOf(outcome.stage));
+    document.set("fileOutcomes", listOf(outcome.files, fileOutcomeRecord));
+    document.set("errors", errorRecords(outcome.errors));
+}
+
+} // namespace
+
+std::string reportDocument(const KvTSessionRecord& session, const KvTReportFacts& facts) {
+    json document = framedDocument(facts.command, session.verdict);
+    setFacts(document, facts, session.plan);
+    setPlanMembers(document, session.plan, session.entries, ElementReports(session));
+    if (session.outcome != nullptr) {
+        setOutcomeMembers(document, *session.outcome);
+    }
+    const KvTVerification* verification = session.verification;
+    document.set("verificationCounts", verification != nullptr ? verifiedCounts(*verification) : json());
+    document.set("look", verification != nullptr ? lookRecord(verification->look) : json());
+    document.set("messages", textValue(facts.messages));
+    return documentText(document);
+}
+
+} // namespace KvNReflasher

@@ -1,0 +1,128 @@
+#include "PlanValue.h"
+
+#include "ArchiveEntries.h"
+#include "UpdateDecision.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+using namespace KvNReflasher;
+
+namespace {
+
+std::string textOf(const KvCString& text) {
+    return std::string(text.view());
+}
+
+/// What was found, without a plan.
+KvTPlannedElement foundElement(const KvTUpdateElement& element) {
+    KvTPlannedElement found;
+    found.index = element.index;
+    found.boardType = textOf(element.boardType);
+    found.boardVariant = textOf(element.boardVariant);
+    found.boardId = element.boardId;
+    found.serialNumber = element.serialNumber;
+    found.boardName = textOf(element.boardName);
+    found.unitName = textOf(element.unitName);
+    found.unitInstanceName = textOf(element.unitInstanceName);
+    found.rackName = textOf(element.rackName);
+    found.slot = element.slot;
+    found.slotCount = element.slotCount;
+    found.displayName = textOf(element.displayName);
+    found.typeName = textOf(element.typeName);
+    found.name = textOf(element.name);
+    found.address = textOf(element.elementAddress.toString());
+    found.boardAddress = textOf(element.boardAddress.toString());
+    found.elementId = element.elementId;
+    found.isFileSystemElement = element.isFileSystemElement;
+    found.targetPath = textOf(element.location);
+    found.hwCompatibilityId = element.hwCompatibilityId;
+    found.swCompatibilityId = element.swCompatibilityId;
+    found.custom = element.custom != 0;
+    found.installed = installedOn(element);
+    found.disabled = element.disabled;
+    return found;
+}
+
+/// The processor boards need an entry for each of their update elements.
+bool isOnNode(const KvTUpdateElement& element, const KvCTargetInventory& inventory) {
+    const KvCInventoryAddress* hcn = inventory.hcnAddress();
+    const KvCInventoryAddress* cn = inventory.cnAddress();
+    return (hcn != nullptr && element.boardAddress == *hcn) || (cn != nullptr && element.boardAddress == *cn);
+}
+
+} // namespace
+
+KvTInstalled installedOn(const KvTUpdateElement& element) {
+    KvTInstalled installed;
+    installed.version = knownVersion(element.version);
+    installed.hasVersion = element.hasVersion;
+    if (element.hasChecksum) {
+        installed.checksumCrc32 = element.checksumCrc32;
+    }
+    if (element.hasValid) {
+        installed.valid = element.valid;
+    }
+    if (element.hasActive) {
+        installed.active = element.active;
+    }
+    return installed;
+}
+
+KvTPlan makeElementList(const KvCTargetInventory& inventory, const KvCString& address) {
+    KvTPlan plan;
+    plan.targetAddress = textOf(address);
+    plan.elements.reserve(inventory.elements().size());
+    std::transform(inventory.elements().begin(), inventory.elements().end(), std::back_inserter(plan.elements),
+                   foundElement);
+    return plan;
+}
+
+KvTPlan makePlan(const KvCFirmwareArchive& archive, const KvCTargetInventory& inventory, const KvCString& address,
+                 std::uint32_t phaseCount, const KvTOptions& options) {
+    KvTPlan plan = makeElementList(inventory, address);
+    plan.archive = archiveIdentityOf(archive.info());
+    plan.phaseCount = phaseCount;
+    plan.configurationElements = options.configurationElements;
+    auto planned = plan.elements.begin();
+    for (const KvTUpdateElement& element : inventory.elements()) {
+        const KvTArchiveFile* file = element.hasArchiveFile() ? &archive.files()[element.archiveFileIndex] : nullptr;
+        planned->decision = decisionOn(element, file, options);
+        planned->upToDate = element.upToDate;
+        if (file != nullptr) {
+            planned->entry = archiveEntryOf(*file, element.archiveFileIndex);
+        } else if (!element.isFileSystemElement && isOnNode(element, inventory)) {
+            plan.unsupportedElements.push_back(element.index);
+        }
+        if (planned->decision.update) {
+            planned->phase = element.phase;
+        }
+        ++planned;
+    }
+    plan.supported = plan.unsupportedElements.empty();
+    return plan;
+}
+
+void disable(KvTPlannedElement& element) {
+    std::vector<KvEReason>& reasons = element.decision.reasons;
+    reasons.reserve(reasons.size() + 1); // without memory nothing changes
+    if (element.decision.update) {
+        reasons.clear();
+    }
+    const auto place = std::lower_bound(reasons.begin(), reasons.end(), KvEReason::disabled);
+    if (place == reasons.end() || *place != KvEReason::disabled) {
+        reasons.insert(place, KvEReason::disabled);
+    }
+    element.decision.update = false;
+    element.phase.reset();
+    element.disabled = true;
+}
+
+std::string unsupportedMessage(const KvTPlan& plan) {
+    std::string names;
+    for (const std::uint32_t index : plan.unsupportedElements) {
+        names.append(names.empty() ? "'" : ", '").append(plan.elements[index].displayName).append("'");
+    }
+    return "the archive does not support the target: it has no entry for " + names;
+}

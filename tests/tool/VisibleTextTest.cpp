@@ -1,0 +1,76 @@
+#include "VisibleText.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+TEST(VisibleOnTerminal, OnlyLineFeedCarriageReturnAndTabStay) {
+    for (int value = 0; value < 0x20; ++value) {
+        const std::string text(1, static_cast<char>(value));
+        char escaped[5];
+        std::snprintf(escaped, sizeof escaped, "\\x%02X", static_cast<unsigned char>(value));
+        const bool stays = value == '\n' || value == '\r' || value == '\t';
+        EXPECT_EQ(visibleOnTerminal(text), stays ? text : escaped) << value;
+    }
+    EXPECT_EQ(visibleOnTerminal("\x7F"), "\\x7F");
+    EXPECT_EQ(visibleOnTerminal(" ~"), " ~");
+}
+
+TEST(VisibleOnTerminal, ControlCharactersBehindAsciiAreShownByTheirNumbers) {
+    for (int value = 0x80; value < 0xA0; ++value) {
+        const std::string text{'\xC2', static_cast<char>(value)};
+        char escaped[5];
+        std::snprintf(escaped, sizeof escaped, "\\x%02X", static_cast<unsigned char>(value));
+        EXPECT_EQ(visibleOnTerminal(text), escaped);
+        EXPECT_EQ(visibleOnTerminal(text.substr(1)), escaped) << "a byte of its own";
+    }
+    EXPECT_EQ(visibleOnTerminal("\xC2\xA0"), "\xC2\xA0");
+}
+
+TEST(VisibleOnTerminal, OtherTextStays) {
+    for (const char* text : {"", "plain", "\xC3\xBC\xE2\x82\xAC\xF0\x9F\x94\xA7", "\\x1B", "100%\r\n\t"}) {
+        EXPECT_EQ(visibleOnTerminal(text), text);
+    }
+}
+
+TEST(VisibleOnTerminal, ABrokenCharacterHidesNoControlCharacter) {
+    EXPECT_EQ(visibleOnTerminal("\xE2\x1B[2J"), "\xE2\\x1B[2J");
+    EXPECT_EQ(visibleOnTerminal("\xF0\x9F\x1B"), "\xF0\\x9F\\x1B");
+    EXPECT_EQ(visibleOnTerminal("\xC2\x1B"), "\xC2\\x1B");
+    EXPECT_EQ(visibleOnTerminal("\xC2\xC2\x9B"), "\xC2\\x9B");
+    EXPECT_EQ(visibleOnTerminal("\xFF\x07\xC3"), "\xFF\\x07\xC3");
+}
+
+TEST(VisibleOnTerminal, AnEscapeSequenceDoesNothing) {
+    EXPECT_EQ(visibleOnTerminal("a\x1B[31mred\x1B]0;title\x07\b\n"), "a\\x1B[31mred\\x1B]0;title\\x07\\x08\n");
+}
+
+TEST(VisibleOnTerminal, AZeroCharacterEndsNothing) {
+    EXPECT_EQ(visibleOnTerminal(std::string("a\0b", 3)), "a\\x00b");
+}
+
+TEST(VisibleOnTerminal, CharactersThatTurnTheDirectionOrTakeNoPlaceAreShown) {
+    const std::vector<std::pair<const char*, const char*>> rows{
+        {"\xD8\x9C", "\\u{061C}"},     {"\xE2\x80\x8B", "\\u{200B}"}, {"\xE2\x80\x8F", "\\u{200F}"},
+        {"\xE2\x80\xA8", "\\u{2028}"}, {"\xE2\x80\xAE", "\\u{202E}"}, {"\xE2\x81\xA6", "\\u{2066}"},
+        {"\xE2\x81\xA0", "\\u{2060}"}, {"\xEF\xBB\xBF", "\\u{FEFF}"}};
+    for (const auto& [text, shown] : rows) {
+        EXPECT_EQ(visibleOnTerminal(std::string("a") + text + "b"), std::string("a") + shown + "b");
+        EXPECT_EQ(visibleInLine(text), shown);
+    }
+    for (const char* text : {"\xE2\x80\x8A", "\xE2\x80\x90", "\xE2\x80\xA7", "\xE2\x80\xAF", "\xE2\x81\xB0"}) {
+        EXPECT_EQ(visibleOnTerminal(text), text) << "a neighbour of them";
+    }
+}
+
+TEST(VisibleInLine, NoCharacterEndsTheLine) {
+    EXPECT_EQ(visibleInLine("a\nb\rc\td\x1B"), "a\\x0Ab\\x0Dc\\x09d\\x1B");
+    EXPECT_EQ(visibleInLine("gr\xC3\xBCn \xE2\x82\xAC \xC2\x9B"), "gr\xC3\xBCn \xE2\x82\xAC \\x9B");
+}
+
+} // namespace

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "KvTOutcome.h"
+
+/// Exit codes of the tool.
+enum ExitCode : int {
+    exitSuccess = 0,
+    exitFailed = 1,
+    exitTargetNotSupported = 2,
+    exitArchive = 3,
+    exitTarget = 4,
+    exitLocked = 5,
+    exitVerification = 6,
+    exitStopped = 7,
+    exitSelection = 8,
+    exitStale = 9,
+    exitUsage = 64,
+    /// Ended by an interrupt.
+    exitInterrupted = 130
+};
+
+/// The exit code of a command that ends with this failure.
+[[nodiscard]] ExitCode exitCodeOf(KvNReflasher::KvEFailure failure);

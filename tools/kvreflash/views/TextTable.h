@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// Rows of cells (UTF-8); the first row is the heading. Rows may differ in length. Each cell takes one line, whatever
+/// it holds.
+using KvTTextTable = std::vector<std::vector<std::string>>;
+
+/// Shown for what is not known.
+inline constexpr const char* unknownText = "---";
+
+/// The table with columns as wide as their longest cell, " | " between them, and a rule below the heading.
+[[nodiscard]] std::string tableText(KvTTextTable rows);
