@@ -54,7 +54,6 @@ std::string itemStep(std::ptrdiff_t position) {
 class ThrowingAllocator {
 public:
     // The names are those that it asks for.
-    static constexpr bool kNeedFree = true;
     static void* Malloc(std::size_t size) { return size != 0 ? ::operator new(size) : nullptr; }
     static void* Realloc(void* block, std::size_t size, std::size_t newSize) {
         void* const result = Malloc(newSize);
