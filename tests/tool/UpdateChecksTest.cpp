@@ -335,6 +335,16 @@ TEST_F(VerifyAfterReboot, ARebootThatDoesNotHappenIsTheReasonAndWhatIsThereIsSho
     EXPECT_THAT(result.errors, HasSubstr("kvreflash: the target was not rebooted"));
 }
 
+TEST_F(VerifyAfterReboot, ARebootThatDoesNotHappenStaysTheReasonWhateverTheLookMeets) {
+    addFirmware(completeElement(1, "UserFirmware"));
+    target.add(fault("KvHIM_FORCE_resetDevice")).add(fault("deleteRootHandle"));
+    const ToolRun result = run("update", {"--verify", "--reboot"});
+    EXPECT_EQ(1, result.exitCode);
+    EXPECT_THAT(result.output, HasSubstr("Verification: 1 as expected\nErrors of the look:\n       ERROR "));
+    EXPECT_THAT(result.errors, HasSubstr("kvreflash: the target was not rebooted"));
+    EXPECT_THAT(result.errors, Not(HasSubstr("the look")));
+}
+
 TEST_F(VerifyAfterReboot, AReportAloneDoesNotLookAtATargetThatReboots) {
     addFirmware(completeElement(1, "UserFirmware").activatedAtReboot());
     target.rebootLookups(8);

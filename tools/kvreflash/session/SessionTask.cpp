@@ -122,8 +122,10 @@ private:
 
     void sayVerification() {
         writeText(line_.json ? stderr : stdout, verificationText(*session_->plan(), *verification_));
-        // Whatever has failed before comes first.
-        verdict_.add(verdictOf(*verification_));
+        // Of a command that has failed the class stays.
+        if (verdict_.isSuccess()) {
+            verdict_ = verdictOf(*verification_);
+        }
     }
 
     [[nodiscard]] KvTVerification verifyNow(bool wasRebooted) {

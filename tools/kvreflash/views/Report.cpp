@@ -49,9 +49,10 @@ const KvTVerifiedElement* KvTReport::verificationOf(const KvTPlannedElement& ele
         return nullptr;
     }
     const auto& verified = verification->elements;
-    const auto found = std::find_if(verified.begin(), verified.end(),
-                                    [&](const KvTVerifiedElement& one) { return one.index == element.index; });
-    return found != verified.end() ? &*found : nullptr;
+    const auto found =
+        std::lower_bound(verified.begin(), verified.end(), element.index,
+                         [](const KvTVerifiedElement& one, std::uint32_t index) { return one.index < index; });
+    return found != verified.end() && found->index == element.index ? &*found : nullptr;
 }
 
 std::string withoutOverwritten(const std::string& messages) {
