@@ -41,8 +41,8 @@ using KvTMessageCallback = void (*)(const std::wstring& text);
 ///
 /// After a prepare() that returned 1, and before the first one, there are no update elements, and getArchiveFiles()
 /// returns the entries that were accepted before the failure. After a result of 2 the queries return everything, with
-/// all elements disabled. A second prepare() begins anew: nothing of the first one is left but the handle of the target,
-/// which is not given back. run() changes nothing that the queries return.
+/// all elements disabled. A second prepare() begins anew: nothing of the first one is left but the handle of the
+/// target, which is not given back. run() changes nothing that the queries return.
 ///
 /// Texts go to standard output or to the message callback; a text may hold several lines. The description that mode 3
 /// dumps comes as one text if there is a callback. Off Windows standard output is written as bytes: a program that has

@@ -109,9 +109,9 @@ public:
 
     // Between prepare() and run().
 
-    /// Leaves an element out of the update. `element` (UTF-8): digits only are its index; anything else is compared byte
-    /// by byte with the inventory addresses, then with the target paths of files that are not listed, then with the
-    /// display names; the first of these that names an element counts.
+    /// Leaves an element out of the update. `element` (UTF-8): digits only are its index; anything else is compared
+    /// byte by byte with the inventory addresses, then with the target paths of files that are not listed, then with
+    /// the display names; the first of these that names an element counts.
     virtual KvNReflasher::KvTDisabling disableElement(const std::string& element) = 0;
     /// Checks what an update of this plan would use: each update file must exist, be readable, and state no other
     /// version or checksum than the entry; and no error may have been collected. Returns a sentence for each fault. If

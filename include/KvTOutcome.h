@@ -10,7 +10,8 @@
 #include <utility>
 #include <vector>
 
-// The outcome of a session: a value that says how far the session came and what became of each element. Texts are UTF-8.
+// The outcome of a session: a value that says how far the session came and what became of each element. Texts are
+// UTF-8.
 
 namespace KvNReflasher {
 
@@ -182,8 +183,8 @@ struct KvTVerifiedElement {
     KvEVerified result = KvEVerified::notJudged;
     /// Nothing if the target does not list it.
     std::optional<KvTInstalled> found;
-    /// The element reports the checksum 0 and differs: a plan takes that for up to date and leaves the element; a forced
-    /// update does not.
+    /// The element reports the checksum 0 and differs: a plan takes that for up to date and leaves the element; a
+    /// forced update does not.
     bool leftByPlan = false;
 };
 

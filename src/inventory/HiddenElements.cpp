@@ -31,9 +31,8 @@ public:
         walkInventory(*dropped, messages.writer(), options, root_, elements, nodes);
         std::vector<KvTHiddenElement> seen;
         for (const KvTUpdateElement& element : elements) {
-            seen.push_back({std::string(element.displayName.view()),
-                            std::string(element.elementAddress.toString().view()),
-                            {}});
+            seen.push_back(
+                {std::string(element.displayName.view()), std::string(element.elementAddress.toString().view()), {}});
         }
         return seen;
     }

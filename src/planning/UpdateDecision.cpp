@@ -12,8 +12,8 @@ constexpr std::uint32_t carriedElementId = 1;
 constexpr std::uint32_t firstCarrierCompatibility = 0x20100;
 constexpr std::uint32_t secondCarrierCompatibility = 0x30100;
 
-/// Mode upgrade looks at versions alone, and takes the greater one only. A zero version of the entry leaves the decision
-/// to the checksum.
+/// Mode upgrade looks at versions alone, and takes the greater one only. A zero version of the entry leaves the
+/// decision to the checksum.
 bool callsForOtherVersion(const KvTUpdateElement& element, const KvTArchiveFile& file) {
     if (file.mode == upgradeMode) {
         return file.version > element.version;

@@ -8,9 +8,8 @@
 #include <vector>
 
 /// Why an element that `file` matches needs an update, in the order of KvEReason; empty if it is up to date.
-[[nodiscard]] std::vector<KvNReflasher::KvEReason> outOfDateReasons(const KvTUpdateElement& element,
-                                                                    const KvTArchiveFile& file,
-                                                                    const KvNReflasher::KvTOptions& options);
+[[nodiscard]] std::vector<KvNReflasher::KvEReason>
+outOfDateReasons(const KvTUpdateElement& element, const KvTArchiveFile& file, const KvNReflasher::KvTOptions& options);
 
 /// What the planner has decided on an element, and why. `file` is the matching entry, or null.
 [[nodiscard]] KvNReflasher::KvTDecision decisionOn(const KvTUpdateElement& element, const KvTArchiveFile* file,

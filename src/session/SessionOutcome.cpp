@@ -78,8 +78,8 @@ KvTVerdict KvCReflasher::verdictOfUpdate() const {
         return {KvEFailure::target, "the target has no processor node that can be locked"};
     }
     if (!update.wasLocked) {
-        return {KvEFailure::locked, "the target could not be locked" +
-                                        (errors_.empty() ? std::string() : ": " + errors_.back().text)};
+        return {KvEFailure::locked,
+                "the target could not be locked" + (errors_.empty() ? std::string() : ": " + errors_.back().text)};
     }
     return verdictOfElements();
 }
@@ -161,8 +161,7 @@ KvTOutcome KvCReflasher::makeOutcome() const {
     outcome.verdict = verdict_;
     outcome.elements = elementOutcomes();
     outcome.files = fileOutcomes();
-    outcome.errors =
-        stage_ ? errors_ : errorEntriesOf(KvCErrorManager::getInstance()->getMasterErrorList());
+    outcome.errors = stage_ ? errors_ : errorEntriesOf(KvCErrorManager::getInstance()->getMasterErrorList());
     return outcome;
 }
 

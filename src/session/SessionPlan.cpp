@@ -40,7 +40,8 @@ std::vector<std::uint32_t> elementsNamed(const KvTPlan& plan, const std::string&
         const bool exists = result.ec == std::errc() && index < plan.elements.size();
         return exists ? std::vector{index} : std::vector<std::uint32_t>();
     }
-    auto elements = elementsWith(plan, [&](const auto& element) { return element.isListed() && element.address == text; });
+    auto elements =
+        elementsWith(plan, [&](const auto& element) { return element.isListed() && element.address == text; });
     if (elements.empty()) {
         elements =
             elementsWith(plan, [&](const auto& element) { return !element.isListed() && element.targetPath == text; });
@@ -58,9 +59,8 @@ const KvTPlan* KvCReflasher::plan() const {
 }
 
 std::vector<KvTArchiveEntry> KvCReflasher::archiveEntries() const {
-    return withoutException(std::vector<KvTArchiveEntry>(), [this] {
-        return archiveEntriesOf(preparation_.archive().files());
-    });
+    return withoutException(std::vector<KvTArchiveEntry>(),
+                            [this] { return archiveEntriesOf(preparation_.archive().files()); });
 }
 
 KvTExplanation KvCReflasher::explain(std::uint32_t index) {
@@ -77,13 +77,13 @@ KvTExplanation KvCReflasher::explain(std::uint32_t index) {
 }
 
 std::vector<KvTHiddenElement> KvCReflasher::hiddenElements() const {
-    return withoutException(std::vector<KvTHiddenElement>(), [this] { return preparation_.inventory().hiddenElements(); });
+    return withoutException(std::vector<KvTHiddenElement>(),
+                            [this] { return preparation_.inventory().hiddenElements(); });
 }
 
 std::vector<KvTForeignPath> KvCReflasher::foreignPaths() const {
-    return withoutException(std::vector<KvTForeignPath>(), [this] {
-        return foreignPathsOf(preparation_.archive(), options_.archiveFolder);
-    });
+    return withoutException(std::vector<KvTForeignPath>(),
+                            [this] { return foreignPathsOf(preparation_.archive(), options_.archiveFolder); });
 }
 
 KvTDisabling KvCReflasher::disableElement(const std::string& element) {
