@@ -189,7 +189,7 @@ TEST_F(Explain, ErrorsOfTheScanAreToldAndFail) {
 
 TEST_F(Explain, NamesOfTheTargetEndNoLine) {
     node.element(completeElement(1, "One\nresult\tup to date"));
-    archive.add(entry("a\nb.bin").board("NODE", 1));
+    archive.addWithoutFile(entry("a\nb.bin").board("NODE", 1)); // not every system has such names
     EXPECT_THAT(text(), HasSubstr("0  NODE, SN 7, One\\x0Aresult\\x09up to date\n"));
     EXPECT_THAT(text(), HasSubstr("0 a\\x0Ab.bin: chosen\n"));
 }
