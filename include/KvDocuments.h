@@ -17,7 +17,7 @@
 
 namespace KvNReflasher {
 
-/// What a session has done, for the documents of a session.
+/// Plan, outcome and verification of a session, for its documents.
 struct KvTSessionRecord {
     /// The verdict of the whole command, which may say more than the session's own.
     KvTVerdict verdict;
@@ -31,7 +31,7 @@ struct KvTSessionRecord {
     const std::vector<KvTArchiveEntry>* entries = nullptr;
 };
 
-/// What surrounds a session, for its report.
+/// Facts about the run of a session, for its report.
 struct KvTReportFacts {
     /// "plan", "update", "verify" or "reboot"; part of the format's name.
     std::string command;
@@ -44,7 +44,7 @@ struct KvTReportFacts {
     /// Empty if the session reads no archive.
     std::string archiveFolder;
     int exitCode = 0;
-    /// What the session has printed.
+    /// The messages of the session.
     std::string messages;
 };
 
@@ -59,7 +59,7 @@ struct KvTMatrixTarget {
     std::optional<KvTPlan> plan;
 };
 
-/// What becomes of an element in an update, in one word.
+/// The plan of an element in one word.
 enum class KvEOutlook : std::uint8_t { wouldUpdate, upToDate, noEntry, disabled };
 inline constexpr std::size_t outlookCount = 4;
 [[nodiscard]] KV_REFLASH_API KvEOutlook outlookOf(const KvTPlannedElement& element);

@@ -21,7 +21,7 @@ enum class KvESeverity : std::uint8_t {
 /// Something that is to be said about an archive.
 struct KvTFinding {
     KvESeverity severity = KvESeverity::error;
-    /// What kind of finding it is, for programs; docs/archive-check.md lists them.
+    /// Kind of finding, for programs; docs/archive-check.md lists them.
     std::string code;
     /// Place in the description, from 1; columns count characters.
     std::size_t line = 1;
@@ -30,7 +30,7 @@ struct KvTFinding {
     std::string path = "$";
     /// One sentence: what is the matter.
     std::string message;
-    /// What to do; may be empty.
+    /// Advice on how to mend it; may be empty.
     std::string hint;
 };
 
@@ -41,7 +41,7 @@ struct KvTArchiveContent {
     std::vector<KvTArchiveEntry> entries;
     /// Whether the archive was accepted, and why not. If it was not, the other fields are incomplete.
     KvTVerdict verdict;
-    /// What reading it has printed in a session; UTF-8.
+    /// The messages that a session prints while it reads the archive; UTF-8.
     std::string messages;
 };
 
@@ -59,7 +59,7 @@ public:
     KvIArchive& operator=(const KvIArchive&) = delete;
     virtual ~KvIArchive() = default;
 
-    /// What a session reads of it.
+    /// Returns the content as a session reads it.
     [[nodiscard]] virtual KvNReflasher::KvTArchiveContent content() const = 0;
     /// Everything that is wrong with it, and everything that may not do what is expected, in the order of the
     /// description.

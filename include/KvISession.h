@@ -12,7 +12,7 @@ class KvCInventoryItem;
 
 namespace KvNReflasher {
 
-/// What an event is about.
+/// Subject of an event.
 enum class KvEEvent : std::uint8_t {
     /// A phase begins; `value` is its number from 0, or 0xFFFFFFFF after the last one.
     phase,
@@ -57,7 +57,7 @@ struct KvTForeignPath {
     bool isRead = false;
 };
 
-/// What came of a request to disable an element.
+/// Result of a request to disable an element.
 struct KvTDisabling {
     /// The elements that were named. Exactly one: it is disabled. Otherwise none is.
     std::vector<std::uint32_t> elements;
@@ -120,7 +120,8 @@ public:
 
     // At any time.
 
-    /// What came of the session so far. When memory is exhausted the verdict is a failure of the class errors.
+    /// Returns the outcome of the session so far. When memory is exhausted the verdict is a failure of the class
+    /// errors.
     [[nodiscard]] virtual KvNReflasher::KvTOutcome outcome() const = 0;
 
     // After run().
@@ -139,7 +140,7 @@ namespace KvNReflasher {
 [[nodiscard]] KV_REFLASH_API KvTVerification verifyPlan(const KvTPlan& plan);
 /// Class unsupported if the archive does not support the target.
 [[nodiscard]] KV_REFLASH_API KvTVerdict verdictOf(const KvTPlan& plan);
-/// What a verification means for a session: class verification if an element differs, is unchanged or gone, or if
+/// Returns the verdict on a verification: class verification if an element differs, is unchanged or gone, or if
 /// elements of the inventory were looked for and none could be judged, or if the look failed; class errors if the look
 /// has collected errors.
 [[nodiscard]] KV_REFLASH_API KvTVerdict verdictOf(const KvTVerification& verification);

@@ -15,7 +15,7 @@
 
 namespace KvNReflasher {
 
-/// What kind of failure ended a session; the first one counts when several apply.
+/// Class of a failure; the first one counts if several apply.
 enum class KvEFailure : std::uint8_t {
     /// The archive was refused.
     archive,
@@ -96,7 +96,7 @@ enum class KvEStage : std::uint8_t {
     rebooted
 };
 
-/// What became of an element, or of an update file, in a session.
+/// Result of a session for one element or update file.
 enum class KvEResult : std::uint8_t {
     notPlanned,
     notStarted,
@@ -124,20 +124,20 @@ enum class KvEFailedCall : std::uint8_t {
     writeFile
 };
 
-/// What became of an element.
+/// Outcome of a session for one element.
 struct KvTElementOutcome {
     KvEResult result = KvEResult::notPlanned;
     KvEFailedCall failedCall = KvEFailedCall::none;
     /// What the target answered to the last status query: 1 running, 2 succeeded, anything else failed; nothing if it
     /// did not answer any.
     std::optional<std::uint32_t> state;
-    /// What the session said of a file that could not be written, without line end.
+    /// The session's message about a file that could not be written, without line end.
     std::string message;
     /// The errors of its calls, then those that the target reported for it.
     std::vector<KvTErrorInfo> errors;
 };
 
-/// What became of an update file in one phase.
+/// Outcome of one phase for one update file.
 struct KvTFileOutcome {
     std::uint32_t fileIndex = 0;
     std::string fileName;
@@ -148,7 +148,7 @@ struct KvTFileOutcome {
     KvEResult result = KvEResult::notStarted;
 };
 
-/// What the target reports at one moment.
+/// The reports of the target at one moment.
 struct KvTLook {
     /// False: the target could not be reached or scanned.
     bool succeeded = false;
@@ -188,7 +188,7 @@ struct KvTVerifiedElement {
     bool leftByPlan = false;
 };
 
-/// What the target reports, held against the plan.
+/// The reports of the target beside the plan.
 struct KvTVerification {
     KvTLook look;
     /// In the order of the plan: those that the session updated or, without an update, those that have an entry and are
@@ -203,7 +203,7 @@ struct KvTVerification {
     }
 };
 
-/// What came of a session.
+/// The outcome of a session.
 struct KvTOutcome {
     KvEStage stage = KvEStage::created;
     KvTVerdict verdict;

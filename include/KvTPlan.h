@@ -24,15 +24,15 @@ struct KvTVersion {
     friend bool operator==(const KvTVersion&, const KvTVersion&) = default;
 };
 
-/// What the target reports as installed on an element. A parameter that the element does not have is nothing.
+/// The installed image of an element, as the target reports it. A parameter that the element does not have is nothing.
 struct KvTInstalled {
     /// Nothing for the zero version, too, which states none.
     std::optional<KvTVersion> version;
     /// CRC-32 of what is installed; 0: the element has the parameter, but no checksum is known.
     std::optional<std::uint32_t> checksumCrc32;
-    /// What is installed is complete and can be used.
+    /// The installed image is complete and can be used.
     std::optional<bool> valid;
-    /// What is installed is what the board runs.
+    /// The board runs the installed image.
     std::optional<bool> active;
     /// The element has a version, even if it is the zero version.
     bool hasVersion = false;
@@ -40,7 +40,7 @@ struct KvTInstalled {
     friend bool operator==(const KvTInstalled&, const KvTInstalled&) = default;
 };
 
-/// What the archive says of itself.
+/// The archive's information about itself.
 struct KvTArchiveIdentity {
     std::string archiveName;
     std::string archiveVersion;
@@ -81,9 +81,9 @@ enum class KvEReason : std::uint8_t {
     /// Mode standard: the entry has another version. Mode upgrade: the entry has a greater version.
     versionDiffers,
     checksumDiffers,
-    /// What is installed is not valid.
+    /// The installed image is not valid.
     invalid,
-    /// What is installed is not active.
+    /// The installed image is not active.
     inactive,
     /// The element is up to date, and the update is forced.
     forced,
@@ -138,7 +138,7 @@ struct KvTPlannedElement {
     std::uint32_t slotCount = 0;
     /// The element's name in tables and results.
     std::string displayName;
-    /// What kind of element it is, such as "Firmware" or "FPGA".
+    /// Kind of element, such as "Firmware" or "FPGA".
     std::string typeName;
     /// The name that the inventory has of it, such as "UserFirmware".
     std::string name;
@@ -164,14 +164,14 @@ struct KvTPlannedElement {
     std::optional<std::uint32_t> phase;
     /// The element takes no part in the update. An element without an entry need not be disabled.
     bool disabled = false;
-    /// What is installed is what the entry offers, or newer if the entry's mode is upgrade.
+    /// The entry offers nothing else than is installed or, in mode upgrade, nothing newer.
     bool upToDate = false;
 
     /// The inventory of the target lists it; other elements are files that only the archive knows.
     [[nodiscard]] bool isListed() const { return !address.empty(); }
 };
 
-/// What an update of the target does.
+/// The plan of an update of one target.
 struct KvTPlan {
     /// Nothing if the session reads no archive.
     std::optional<KvTArchiveIdentity> archive;
@@ -213,7 +213,7 @@ struct KvTTriedEntry {
     std::string fileName;
     /// The first test that it failed.
     KvEMatchTest failedTest = KvEMatchTest::none;
-    /// What that test compared, as JSON texts; "null" if the description or the element states nothing.
+    /// The values that this test compared, as JSON texts; "null" if the description or the element states nothing.
     std::string archiveValue = "null";
     std::string elementValue = "null";
 };
@@ -227,7 +227,7 @@ struct KvTExplanation {
     std::size_t otherBoardCount = 0;
 };
 
-/// What keeps an element of the target out of a session.
+/// Reasons why a session does not look at an element of the target.
 enum class KvEHiddenBy : std::uint8_t {
     boardTypeFilter,
     serialNumberFilter,
