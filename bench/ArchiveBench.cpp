@@ -1,5 +1,6 @@
 // Reading an archive and printing what is in it.
 
+#include "ArchivePrintouts.h"
 #include "BenchData.h"
 #include "EntryRules.h"
 #include "KvNJson.h"
@@ -93,7 +94,7 @@ BENCHMARK(checksumCompletion)->Apply(atAllSizes);
 void contentTable(benchmark::State& state) {
     LoadedArchive loaded(KvEArchiveShape::usual, sizeOf(state));
     for (auto iteration : state) {
-        loaded.archive().printArchiveContent();
+        printArchiveContent(loaded.writer(), loaded.archive());
     }
     state.SetComplexityN(state.range(0));
 }
@@ -102,7 +103,7 @@ BENCHMARK(contentTable)->Apply(atAllSizes);
 void descriptionDump(benchmark::State& state) {
     LoadedArchive loaded(KvEArchiveShape::usual, sizeOf(state));
     for (auto iteration : state) {
-        loaded.archive().dumpDescription();
+        dumpDescription(loaded.writer(), loaded.archive());
     }
     state.SetComplexityN(state.range(0));
 }

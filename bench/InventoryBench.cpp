@@ -1,6 +1,7 @@
 // Scanning a target and printing what is on it.
 
 #include "BenchData.h"
+#include "ElementTables.h"
 #include "KvCErrorManager.h"
 #include "KvCTargetInventory.h"
 #include "KvEmulation.h"
@@ -31,9 +32,12 @@ private:
     BenchFolder folder_;
 };
 
+KvCErrorListPool& errors() {
+    return KvCErrorManager::getInstance()->getMasterErrorList();
+}
+
 void scan(KvCTargetInventory& inventory, std::size_t count) {
-    KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
-    if (!inventory.scanInventory(errors, "127.0.0.1") || errors.getErrorCount() != 0 ||
+    if (!inventory.scanInventory("127.0.0.1") || errors().getErrorCount() != 0 ||
         inventory.elements().size() != count) {
         giveUp("a target was not scanned");
     }
@@ -46,7 +50,7 @@ void targetScan(benchmark::State& state) {
     const SilentWriter silent;
     const KvNReflasher::KvTOptions options{};
     for (auto iteration : state) {
-        std::optional<KvCTargetInventory> inventory(std::in_place, silent.writer(), options);
+        std::optional<KvCTargetInventory> inventory(std::in_place, silent.writer(), options, errors());
         scan(*inventory, count);
     }
     state.SetComplexityN(state.range(0));
@@ -58,10 +62,10 @@ void elementTable(benchmark::State& state) {
     const ServedTarget target(count);
     const SilentWriter silent;
     const KvNReflasher::KvTOptions options{};
-    KvCTargetInventory inventory(silent.writer(), options);
+    KvCTargetInventory inventory(silent.writer(), options, errors());
     scan(inventory, count);
     for (auto iteration : state) {
-        inventory.printElementTable();
+        printElementTable(silent.writer(), options, inventory);
     }
     state.SetComplexityN(state.range(0));
 }

@@ -1,15 +1,15 @@
 // Bringing an archive and a target together. There are as many elements as entries.
 
 #include "BenchData.h"
+#include "ElementIndex.h"
 #include "KvCTargetInventory.h"
 #include "KvCUpdatePlanner.h"
-#include "UnmatchedElements.h"
+#include "PlanTables.h"
 
 #include <benchmark/benchmark.h>
 
 #include <cstddef>
-#include <list>
-#include <vector>
+#include <utility>
 
 namespace {
 
@@ -18,16 +18,19 @@ class Bench {
 public:
     Bench(KvEArchiveShape shape, const benchmark::State& state)
         : loaded_(shape, static_cast<std::size_t>(state.range(0))) {
-        inventory_.elements() = elementsFor(shape, static_cast<std::size_t>(state.range(0)));
+        for (KvTUpdateElement& element : elementsFor(shape, static_cast<std::size_t>(state.range(0)))) {
+            inventory_.addElement(std::move(element));
+        }
     }
 
-    [[nodiscard]] const std::vector<KvTArchiveFile>& files() { return loaded_.archive().files(); }
-    [[nodiscard]] std::list<KvTUpdateElement>& elements() { return inventory_.elements(); }
+    [[nodiscard]] const KvCConsoleWriter& writer() const { return loaded_.writer(); }
+    [[nodiscard]] const KvCFirmwareArchive& archive() { return loaded_.archive(); }
+    [[nodiscard]] const KvCTargetInventory& inventory() const { return inventory_; }
     [[nodiscard]] KvCUpdatePlanner& planner() { return planner_; }
 
     /// Every element must take its own entry.
     void check() {
-        for (const KvTUpdateElement& element : elements()) {
+        for (const KvTUpdateElement& element : inventory_.elements()) {
             if (element.archiveFileIndex != element.index || element.upToDate != (element.index % 2 == 0)) {
                 giveUp("an element was not planned as it must be");
             }
@@ -36,20 +39,21 @@ public:
 
 private:
     LoadedArchive loaded_;
-    KvCTargetInventory inventory_{loaded_.writer(), loaded_.options()};
-    KvCUpdatePlanner planner_{loaded_.writer(), loaded_.options(), loaded_.archive(), inventory_};
+    KvCTargetInventory inventory_{loaded_.writer(), loaded_.options(),
+                                  KvCErrorManager::getInstance()->getMasterErrorList()};
+    KvCUpdatePlanner planner_{loaded_.options(), loaded_.archive(), inventory_};
 };
 
 /// All entries find their elements.
 void matching(benchmark::State& state, KvEArchiveShape shape) {
     Bench bench(shape, state);
     for (auto iteration : state) {
-        UnmatchedElements unmatched(bench.elements());
+        ElementIndex unmatched(bench.inventory().elements());
         std::size_t count = 0;
-        for (const KvTArchiveFile& file : bench.files()) {
-            count += unmatched.take(file).size();
+        for (const KvTArchiveFile& file : bench.archive().files()) {
+            count += takeMatching(unmatched, file).size();
         }
-        if (count != bench.elements().size()) {
+        if (count != bench.inventory().elements().size()) {
             giveUp("an element did not find its entry");
         }
     }
@@ -71,7 +75,7 @@ void planTable(benchmark::State& state) {
     bench.planner().plan();
     bench.check();
     for (auto iteration : state) {
-        bench.planner().printUpdatePlan();
+        printUpdatePlan(bench.writer(), bench.archive(), bench.inventory());
     }
     state.SetComplexityN(state.range(0));
 }

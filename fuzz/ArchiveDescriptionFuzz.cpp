@@ -35,25 +35,26 @@ public:
         options_.descriptionFileName = descriptionName;
         options_.mode = KvNReflasher::dumpArchiveDescription;
         KvCErrorListPool& errors = emptyMasterErrorList();
-        isAccepted_ = archive_.readArchive(errors);
+        isAccepted_ = archive_.readArchive();
         require(errors.getErrorCount() == 0, "What is wrong with an archive is printed.");
         messages_ = Transcript::take();
     }
 
     [[nodiscard]] bool isAccepted() const { return isAccepted_; }
     [[nodiscard]] const std::string& messages() const { return messages_; }
+    [[nodiscard]] const KvCConsoleWriter& writer() const { return transcript_.writer(); }
     [[nodiscard]] const KvCFirmwareArchive& archive() const { return archive_; }
 
     [[nodiscard]] std::string dump() const {
-        archive_.dumpDescription();
+        dumpDescription(writer(), archive_);
         return Transcript::take();
     }
     [[nodiscard]] std::string content() const {
-        archive_.printArchiveContent();
+        printArchiveContent(writer(), archive_);
         return Transcript::take();
     }
     [[nodiscard]] std::string version() const {
-        archive_.printArchiveVersion();
+        printArchiveVersion(writer(), archive_);
         return Transcript::take();
     }
 

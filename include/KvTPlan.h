@@ -133,6 +133,8 @@ struct KvTPlannedElement {
     std::string unitName;
     std::string unitInstanceName;
     std::string rackName;
+    /// These three as tables show them: "UNIT: RACK / INSTANCE".
+    std::string unitPath;
     std::uint32_t slot = 0;
     /// 0: the board has no slot.
     std::uint32_t slotCount = 0;

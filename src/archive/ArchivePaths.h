@@ -2,7 +2,7 @@
 
 #include "KvCString.h"
 #include "KvTOptions.h"
-#include "TextConversions.h"
+#include "KvCStringConversion.h"
 
 #include <string>
 

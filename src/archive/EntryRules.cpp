@@ -167,8 +167,6 @@ public:
     }
     /// The entry needs a feature level that is not supported; nothing else of it was looked at.
     [[nodiscard]] bool skipped() const { return skipped_; }
-    /// "targetPath" occurs in the entry or in an element of its "boards".
-    [[nodiscard]] bool targetPathFound() const { return targetPathFound_; }
 
 private:
     [[nodiscard]] bool checkFeatureLevel() {
@@ -274,7 +272,6 @@ KvTEntryVerdict checkEntry(KvCArchiveFindings& findings, jsonView entry, std::ui
     return {.outcome = !sound            ? refused
                        : rules.skipped() ? skipped
                                          : accepted,
-            .hasTargetPath = rules.targetPathFound(),
             .goOn = goOn};
 }
 
@@ -285,6 +282,5 @@ KvTEntryVerdict checkIgnoredEntry(KvCArchiveFindings& findings, jsonView entry, 
     const bool goOn = rules.checkRest();
     const bool sound = findings.errorCount() == errorsBefore;
     return {.outcome = sound ? KvEEntryOutcome::accepted : KvEEntryOutcome::refused,
-            .hasTargetPath = rules.targetPathFound(),
             .goOn = goOn};
 }

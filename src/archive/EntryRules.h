@@ -17,8 +17,6 @@ enum class KvEEntryOutcome : std::uint8_t {
 /// What the rules found out about a file entry.
 struct KvTEntryVerdict {
     KvEEntryOutcome outcome = KvEEntryOutcome::refused;
-    /// The entry or an element of its "boards" has "targetPath".
-    bool hasTargetPath = false;
     /// False: the findings want the reading to end.
     bool goOn = true;
 };

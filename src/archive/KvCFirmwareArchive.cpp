@@ -59,14 +59,22 @@ std::optional<json> takeFiles(json& document, KvCArchiveFindings& findings) {
 
 } // namespace
 
-bool KvCFirmwareArchive::readArchive(KvCErrorListPool& /*errors*/) {
+bool KvCFirmwareArchive::readArchive() {
     KvCArchiveFindings findings(writer_);
     const bool isRead = parseDescription(descriptionFilePath(options_), findings) && completeFromUpdateFiles(findings);
     refusal_ = findings.firstError();
     return isRead;
 }
 
-bool KvCFirmwareArchive::readDescriptionFile(KvCErrorListPool& /*errors*/) {
+bool KvCFirmwareArchive::readArchiveOrReport() {
+    const bool isRead = readArchive();
+    if (!isRead) {
+        writer_.print(L"ERROR: Failed to read firmware archive.\n");
+    }
+    return isRead;
+}
+
+bool KvCFirmwareArchive::readDescriptionFile() {
     KvCArchiveFindings findings(writer_);
     const bool isRead = parseDescription(descriptionFilePath(options_), findings);
     refusal_ = findings.firstError();
@@ -106,7 +114,7 @@ void KvCFirmwareArchive::readFiles(json& files, KvCArchiveFindings& findings) {
     for (std::size_t index = 0; index < count; ++index) {
         const KvTEntryVerdict verdict = checkEntry(findings, files.view().at(index), static_cast<std::uint32_t>(index));
         if (verdict.outcome == KvEEntryOutcome::accepted) {
-            files_.push_back(takeEntry(files, index, verdict.hasTargetPath));
+            files_.push_back(makeArchiveFile(files.takeItem(index), static_cast<std::uint32_t>(index), info_.archiveVersion));
             maxSequence_ = std::max(maxSequence_, files_.back().sequence);
         } else if (verdict.outcome == KvEEntryOutcome::skipped) {
             ++ignoredEntryCount_;
@@ -125,33 +133,8 @@ void KvCFirmwareArchive::keepIgnoredEntry(json& files, std::size_t index) {
     const KvTEntryVerdict verdict =
         checkIgnoredEntry(findings, files.view().at(index), static_cast<std::uint32_t>(index));
     if (verdict.outcome == KvEEntryOutcome::accepted) {
-        ignoredFiles_.push_back(takeEntry(files, index, verdict.hasTargetPath));
+        ignoredFiles_.push_back(makeArchiveFile(files.takeItem(index), static_cast<std::uint32_t>(index), info_.archiveVersion));
     }
-}
-
-/// Moves entry `index` out of the description.
-KvTArchiveFile KvCFirmwareArchive::takeEntry(json& files, std::size_t index, bool hasTargetPath) const {
-    KvTArchiveFile file;
-    file.descriptionIndex = static_cast<std::uint32_t>(index);
-    file.description = files.takeItem(index);
-    const EntryProperties properties(file.description.view());
-    file.name = KvCString(properties[KvEProperty::name].get_string());
-    file.sequence = static_cast<std::uint32_t>(properties[KvEProperty::sequence].get_unsigned());
-    file.hasTargetPath = hasTargetPath;
-    const jsonView version = properties[KvEProperty::version];
-    if (!version.is_valid()) {
-        file.version = info_.archiveVersion;
-    } else if (version.is_null()) {
-        file.version = KvCVersion();
-    } else {
-        file.version = versionOf(version);
-    }
-    if (const jsonView checksum = properties[KvEProperty::checksumCrc32]; checksum.is_valid()) {
-        file.checksumCrc32 = static_cast<std::uint32_t>(checksum.get_unsigned());
-    }
-    const jsonView mode = properties[KvEProperty::mode];
-    file.mode = mode.is_string() && mode.get_string() == "upgrade" ? upgradeMode : standardMode;
-    return file;
 }
 
 bool KvCFirmwareArchive::completeFromUpdateFiles(KvCArchiveFindings& findings) {

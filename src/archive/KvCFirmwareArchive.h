@@ -1,13 +1,13 @@
 #pragma once
 
 #include "ArchiveFindings.h"
-#include "KvCErrorManager.h"
 #include "KvTArchiveFile.h"
 #include "KvTOptions.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// The firmware archive of a session: its description and the checksums of its update files. Read once; failures are
@@ -18,12 +18,14 @@ public:
     KvCFirmwareArchive(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options)
         : writer_(writer), options_(options) {}
 
-    /// Reads the description file, then the checksums that it leaves out. True when both succeeded. `errors` is the
-    /// session's list; nothing here adds to it, all failures are printed.
-    [[nodiscard]] bool readArchive(KvCErrorListPool& errors);
+    /// Reads the description file, then the checksums that it leaves out. True when both succeeded.
+    [[nodiscard]] bool readArchive();
 
-    /// Reads and checks the description file that the options name. `errors` as above.
-    [[nodiscard]] bool readDescriptionFile(KvCErrorListPool& errors);
+    /// As readArchive(), and says so if that failed.
+    [[nodiscard]] bool readArchiveOrReport();
+
+    /// Reads and checks the description file that the options name.
+    [[nodiscard]] bool readDescriptionFile();
 
     /// Reads and checks the description file at `path`; what is wrong goes to `findings`. False when it was refused,
     /// with what was accepted before left in place.
@@ -37,17 +39,15 @@ public:
     /// `findings`. False when there are any.
     [[nodiscard]] bool completeFromUpdateFiles(KvCArchiveFindings& findings);
 
-    /// Prints the version of the archive, always with its maintenance component.
-    void printArchiveVersion() const;
-    /// Prints the table of the entries.
-    void printArchiveContent() const;
-    /// Prints the description as it was understood, with the checksums completed.
-    void dumpDescription() const;
-
     [[nodiscard]] const KvTArchiveInfo& info() const { return info_; }
     /// The accepted entries, in the order of the description.
-    [[nodiscard]] std::vector<KvTArchiveFile>& files() { return files_; }
     [[nodiscard]] const std::vector<KvTArchiveFile>& files() const { return files_; }
+    /// Replaces the accepted entries.
+    void setFiles(std::vector<KvTArchiveFile> files) { files_ = std::move(files); }
+    /// Counts an element that entry `file` was matched to.
+    void countMatch(std::uint32_t file) { ++files_[file].matchCount; }
+    /// Notes that the update file of entry `file` was not found.
+    void noteMissing(std::uint32_t file) { files_[file].fileMissing = true; }
     /// Highest sequence of the accepted entries; 0 when there are none.
     [[nodiscard]] std::uint32_t maxSequence() const { return maxSequence_; }
     /// Entries that are ignored for their feature level, as far as the other rules accept them.
@@ -62,7 +62,6 @@ private:
     [[nodiscard]] bool readDocument(std::optional<KvNJson::json> document, const std::wstring& path,
                                     KvCArchiveFindings& findings);
     void readFiles(KvNJson::json& files, KvCArchiveFindings& findings);
-    [[nodiscard]] KvTArchiveFile takeEntry(KvNJson::json& files, std::size_t index, bool hasTargetPath) const;
     void keepIgnoredEntry(KvNJson::json& files, std::size_t index);
     [[nodiscard]] bool completeFromUpdateFile(KvTArchiveFile& file, KvCArchiveFindings& findings,
                                               std::uint32_t& opened);

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "EntrySelection.h"
 #include "KvCString.h"
 #include "KvCVersion.h"
 #include "KvNJson.h"
 
 #include <cstdint>
+#include <memory>
+#include <vector>
 
 /// Stands for an identifier or checksum that is not known.
 inline constexpr std::uint32_t unknownValue = 0xFFFFFFFE;
@@ -28,14 +31,22 @@ struct KvTArchiveFile {
     KvCString name;
     /// Entries of lower sequence are updated in an earlier phase.
     std::uint32_t sequence = 0;
-    /// Version of the file's contents; zero when the description says null.
+    /// Version of the file's contents; zero if the description says null, the archive's if it says nothing.
     KvCVersion version = unknownVersion();
+    /// The description writes a version, not null.
+    bool hasOwnVersion = false;
     /// CRC-32 of the update file, from the description or from the file.
     std::uint32_t checksumCrc32 = unknownValue;
+    /// The description writes a checksum other than unknownValue.
+    bool hasOwnChecksum = false;
     /// Index of the entry in the description's "files".
     std::uint32_t descriptionIndex = 0;
-    /// The entry's JSON object, "boards" included; the board keys are read from it.
-    KvNJson::json description;
+    /// The entry's JSON object, "boards" included. Copies of the record share it: the fields below look into it.
+    std::shared_ptr<const KvNJson::json> description;
+    /// The boards and places that the entry is meant for.
+    std::vector<KvTEntrySelection> selections;
+    /// The place that the entry itself names.
+    KvTEntryAddress address;
     /// The file is written into the target's file system instead of updating an element.
     bool hasTargetPath = false;
     /// One of KvEUpdateMode.
@@ -56,3 +67,8 @@ struct KvTArchiveInfo {
     KvCString archiveVariant;
     KvCString archiveName;
 };
+
+/// Decodes a sound entry: `description` is element `descriptionIndex` of "files". `archiveVersion` is the version of an
+/// entry that writes none.
+[[nodiscard]] KvTArchiveFile makeArchiveFile(KvNJson::json description, std::uint32_t descriptionIndex,
+                                             const KvCVersion& archiveVersion);

@@ -5,7 +5,7 @@
 #include "KvCInventoryData.h"
 #include "KvNInventoryIDs.h"
 #include "OwnedErrorList.h"
-#include "TextConversions.h"
+#include "KvCStringConversion.h"
 
 #include <array>
 #include <cstddef>

@@ -1,36 +1,19 @@
 #include "EntryConditions.h"
 
-#include "EntryProperties.h"
-
 #include <algorithm>
 
-namespace {
-
-/// An absent variant stands for none, an absent number for 0.
-constexpr std::array<std::uint64_t, comparedValues.size()> absentValues = {ValueSets::nullValue, 0, 0, 0};
-
-} // namespace
-
-std::uint64_t ValueSets::numberOfScalar(KvNJson::jsonView value) {
-    if (value.is_string()) {
-        return textNumbers_.try_emplace(value.get_string(), textNumbers_.size() + 1).first->second;
-    }
-    return value.is_null() ? nullValue : value.get_unsigned();
-}
-
-std::uint32_t ValueSets::numberOf(KvNJson::jsonView value, std::uint64_t absent) {
+std::uint32_t ValueSets::numberOf(const KvTAllowedValues& allowed) {
     Values values;
-    if (value.is_valid()) {
-        forEachScalar(value, [&](KvNJson::jsonView scalar) { values.push_back(numberOfScalar(scalar)); });
-    } else {
-        values.push_back(absent);
+    for (std::size_t index = 0; index < allowed.size(); ++index) {
+        if (const std::optional<KvTComparedValue> value = allowed.at(index)) {
+            values.push_back(*value);
+        }
     }
     std::sort(values.begin(), values.end());
     values.erase(std::unique(values.begin(), values.end()), values.end());
     const auto [found, isNew] = numbers_.try_emplace(std::move(values), static_cast<std::uint32_t>(sets_.size()));
     if (isNew) {
-        const Values& kept = found->first;
-        sets_.push_back(kept.empty() ? Set{&kept} : Set{&kept, kept.front(), kept.back()});
+        sets_.push_back(&found->first);
     }
     return found->second;
 }
@@ -39,24 +22,25 @@ bool ValueSets::isWithin(std::uint32_t part, std::uint32_t whole) const {
     if (part == whole || isEmpty(part)) {
         return true;
     }
-    const Set& inner = sets_[part];
-    const Set& outer = sets_[whole];
-    return inner.least >= outer.least && inner.greatest <= outer.greatest &&
-           std::includes(outer.values->begin(), outer.values->end(), inner.values->begin(), inner.values->end());
+    const Values& inner = *sets_[part];
+    const Values& outer = *sets_[whole];
+    // The least and the greatest value mostly decide already.
+    return !outer.empty() && inner.front() >= outer.front() && inner.back() <= outer.back() &&
+           std::includes(outer.begin(), outer.end(), inner.begin(), inner.end());
 }
 
 KvTConditions EntryConditions::of(const KvTEntrySelection& selection) {
     KvTConditions conditions{};
-    for (std::size_t index = 0; index < comparedValues.size(); ++index) {
-        const KvTSelectedValue& selected = selection.*comparedValues[index];
-        if (!selected.inherited) {
-            conditions[index] = sets_.numberOf(selected.value, absentValues[index]);
+    for (std::size_t index = 0; index < conditions.size(); ++index) {
+        const KvTAllowedValues& allowed = selection.*comparedProperties[index].allowed;
+        if (!allowed.isShared()) {
+            conditions[index] = sets_.numberOf(allowed);
             continue;
         }
-        if (!inherited_[index]) {
-            inherited_[index] = sets_.numberOf(selected.value, absentValues[index]);
+        if (!shared_[index]) {
+            shared_[index] = sets_.numberOf(allowed);
         }
-        conditions[index] = *inherited_[index];
+        conditions[index] = *shared_[index];
     }
     return conditions;
 }

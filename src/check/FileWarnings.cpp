@@ -1,7 +1,6 @@
 #include "FileWarnings.h"
 
 #include "ArchivePaths.h"
-#include "EntryProperties.h"
 #include "Files.h"
 #include "ForeignPaths.h"
 #include "HeaderComparison.h"
@@ -32,11 +31,9 @@ public:
         }
         const OutlineValue entry = checked_.outlineOf(file);
         const FileState& state = stateOf(file.name);
-        const KvNJson::jsonView checksum = file.description.view().find(propertyKey(KvEProperty::checksumCrc32));
-        const bool isTold = checksum.is_valid() && static_cast<std::uint32_t>(checksum.get_unsigned()) != unknownValue;
         if (!state.exists || state.status == KvEReadStatus::cannotOpen) {
             // Where the reader needs the file, this is an error already.
-            if (isTold) {
+            if (file.hasOwnChecksum) {
                 warnOfAbsence(entry.find("name"), state);
             }
             return;
@@ -44,7 +41,7 @@ public:
         if (state.status != KvEReadStatus::success) {
             return;
         }
-        if (isTold) {
+        if (file.hasOwnChecksum) {
             compareChecksum(entry.find("checksumCrc32"), file, state.header);
         }
         compareVersion(entry, file, state.header);

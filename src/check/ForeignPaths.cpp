@@ -2,15 +2,13 @@
 
 #include "Files.h"
 #include "TextConversion.h"
-#include "TextConversions.h"
+#include "KvCStringConversion.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <set>
 
 namespace {
-
-using KvNJson::jsonView;
 
 constexpr std::string_view separators = "/\\";
 
@@ -73,19 +71,17 @@ std::string_view upToZero(std::string_view text) {
     return text.substr(0, text.find('\0'));
 }
 
-void addTargetPath(jsonView object, std::set<std::string_view>& paths) {
-    if (const jsonView path = object.find("targetPath"); path.is_string()) {
-        paths.insert(path.get_string());
-    }
-}
-
 /// Those of the entry and of its boards.
-std::set<std::string_view> targetPathsOf(jsonView entry) {
+std::set<std::string_view> targetPathsOf(const KvTArchiveFile& file) {
     std::set<std::string_view> paths;
-    addTargetPath(entry, paths);
-    const jsonView boards = entry.find("boards");
-    for (std::size_t board = 0; board < boards.size(); ++board) {
-        addTargetPath(boards.at(board), paths);
+    const auto add = [&](const KvTEntryAddress& address) {
+        if (address.targetPath) {
+            paths.insert(*address.targetPath);
+        }
+    };
+    add(file.address);
+    for (const KvTEntrySelection& selection : file.selections) {
+        add(selection.address);
     }
     return paths;
 }
@@ -132,7 +128,7 @@ std::vector<KvNReflasher::KvTForeignPath> foreignPathsOf(const KvCFirmwareArchiv
         if (leavesArchiveFolder(archiveFolder, file.name.view())) {
             add(file.name.view(), true);
         }
-        for (const std::string_view path : targetPathsOf(file.description.view())) {
+        for (const std::string_view path : targetPathsOf(file)) {
             if (leavesTargetRoot(path)) {
                 add(path, false);
             }

@@ -2,7 +2,6 @@
 
 #include "ArchiveEntries.h"
 #include "ArchiveFindingSearch.h"
-#include "KvCErrorManager.h"
 #include "KvCFirmwareArchive.h"
 #include "MessageCapture.h"
 
@@ -22,8 +21,7 @@ KvTArchiveContent KvCArchive::content() const {
     const MessageCapture messages;
     KvCFirmwareArchive archive(messages.writer(), options_);
     KvTArchiveContent content;
-    if (!archive.readArchive(KvCErrorManager::getInstance()->getMasterErrorList())) {
-        messages.writer().print(L"ERROR: Failed to read firmware archive.\n");
+    if (!archive.readArchiveOrReport()) {
         content.verdict = {.failure = KvEFailure::archive, .message = archive.refusal()};
     }
     content.identity = archiveIdentityOf(archive.info());

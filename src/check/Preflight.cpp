@@ -1,7 +1,6 @@
 #include "Preflight.h"
 
 #include "ArchivePaths.h"
-#include "EntryProperties.h"
 #include "Files.h"
 #include "HeaderComparison.h"
 #include "UpdateFileReaders.h"
@@ -10,7 +9,7 @@
 
 namespace {
 
-std::string textOf(const KvCVersion& version) {
+std::string versionTextOf(const KvCVersion& version) {
     return std::string(version.getAsString().view());
 }
 
@@ -24,10 +23,9 @@ void compareHeader(const KvTUpdateFileHeader& header, const KvTArchiveFile& file
         findings.push_back(name + ": its checksum is " + std::to_string(header.checksum) + ", the description says " +
                            std::to_string(file.checksumCrc32));
     }
-    const KvNJson::jsonView version = EntryProperties(file.description.view())[KvEProperty::version];
-    if (version.is_string() && tellsOtherVersion(header, file)) {
-        findings.push_back(name + ": its version is " + textOf(header.version) + ", the description says " +
-                           textOf(file.version));
+    if (file.hasOwnVersion && tellsOtherVersion(header, file)) {
+        findings.push_back(name + ": its version is " + versionTextOf(header.version) + ", the description says " +
+                           versionTextOf(file.version));
     }
 }
 

@@ -105,7 +105,7 @@ constexpr std::array propertyTexts = {
     PropertyText{KvEProperty::boardVariant, "a text, null for boards without variant, or an array of such"},
     PropertyText{KvEProperty::boardType, "a text, or an array of texts"}};
 
-const RuleText& textOf(KvEArchiveRule rule) {
+const RuleText& ruleTextOf(KvEArchiveRule rule) {
     return ruleTexts[static_cast<std::size_t>(rule)];
 }
 
@@ -176,11 +176,11 @@ void adviseOnMandatory(OutlineValue entry, KvTRuleAdvice& advice) {
 } // namespace
 
 std::string_view codeOf(KvEArchiveRule rule) {
-    return textOf(rule).code;
+    return ruleTextOf(rule).code;
 }
 
 KvTRuleAdvice adviceOn(const KvTArchiveFinding& finding, OutlineValue root) {
-    const RuleText& text = textOf(finding.rule);
+    const RuleText& text = ruleTextOf(finding.rule);
     const OutlineValue subject = subjectOf(finding, text.subject, root);
     KvTRuleAdvice advice{.code = text.code, .place = memberOf(subject, text.keys), .hint = std::string(text.hint)};
     if (finding.rule == mandatoryProperties) {

@@ -2,14 +2,12 @@
 
 #include "EntryConditions.h"
 #include "EntryMatching.h"
-#include "EntryProperties.h"
 
 #include <algorithm>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace {
@@ -33,8 +31,13 @@ struct Candidate {
 /// Tells places of different board types or addresses apart.
 std::string placeOf(std::string_view boardType, const KvTEntrySelection& selection) {
     std::string place = std::to_string(boardType.size()).append(":").append(boardType);
-    return selection.hasTargetPath ? place.append("/").append(selection.targetPath.value_or(""))
-                                   : place.append("#").append(std::to_string(selection.id.value_or(0)));
+    const KvTEntryAddress& address = selection.address;
+    return address.targetPath ? place.append("/").append(*address.targetPath)
+                              : place.append("#").append(std::to_string(address.id.value_or(0)));
+}
+
+bool isEmptyArray(KvNJson::jsonView value) {
+    return value.is_array() && value.size() == 0;
 }
 
 /// Goes through the entries in their order and holds each against those before it.
@@ -63,31 +66,22 @@ public:
     }
 
 private:
-    /// What the entry offers to each of its board types, of which only the first selection counts. Left out is what
-    /// matches nothing.
+    /// What the entry offers to each of its board types. Left out is what matches nothing.
     std::vector<Choice> choicesOf(const KvTArchiveFile& file) {
         std::vector<Choice> choices;
-        std::unordered_set<std::string_view> seen;
         conditions_.beginEntry();
-        const std::vector<KvTEntrySelection> selections = selectionsOf(file);
-        for (std::size_t index = 0; index < selections.size(); ++index) {
-            const KvTEntrySelection& selection = selections[index];
+        for (std::size_t index = 0; index < file.selections.size(); ++index) {
+            const KvTEntrySelection& selection = file.selections[index];
+            if (selection.boardTypes.empty() && !isEmptyArray(selection.writtenBoardTypes)) {
+                warnOfUnreachable(file, index);
+            }
             const KvTConditions conditions = conditions_.of(selection);
             const bool matches = std::none_of(conditions.begin(), conditions.end(),
                                               [this](std::uint32_t set) { return conditions_.sets().isEmpty(set); });
-            bool hasTypes = false;
-            bool isChosen = false;
-            forEachScalar(selection.boardType, [&](KvNJson::jsonView scalar) {
-                const std::string_view type = scalar.get_string();
-                hasTypes = true;
-                const bool isFirst = seen.insert(type).second;
-                isChosen = isChosen || isFirst;
-                if (isFirst && matches) {
-                    choices.push_back({placeOf(type, selection), conditions});
+            for (const std::string_view boardType : selection.boardTypes) {
+                if (matches) {
+                    choices.push_back({placeOf(boardType, selection), conditions});
                 }
-            });
-            if (hasTypes && !isChosen) {
-                warnOfUnreachable(file, index);
             }
         }
         return choices;

@@ -13,15 +13,6 @@ using KvNJson::json;
 
 namespace {
 
-/// The unit's name, followed by its rack and instance names if it has them.
-std::string unitPathOf(const KvTPlannedElement& element) {
-    if (element.rackName.empty() && element.unitInstanceName.empty()) {
-        return element.unitName;
-    }
-    const bool both = !element.rackName.empty() && !element.unitInstanceName.empty();
-    return element.unitName + ": " + element.rackName + (both ? " / " : "") + element.unitInstanceName;
-}
-
 /// Null if the checksums do not decide.
 json checksumMismatch(const KvTPlannedElement& element) {
     const std::uint32_t installed = element.installed.checksumCrc32.value_or(0);
@@ -38,7 +29,7 @@ void setQueryFields(json& record, const KvTPlannedElement& element) {
     record.set("boardType", textValue(element.boardType));
     record.set("serialNumber", element.serialNumber);
     record.set("boardName", textValue(element.boardName));
-    record.set("unitPath", textValue(unitPathOf(element)));
+    record.set("unitPath", textValue(element.unitPath));
     record.set("slot", element.slotCount != 0 ? json(element.slot) : json());
     record.set("slotCount", element.slotCount);
     record.set("displayName", textValue(element.displayName));

@@ -1,73 +1,78 @@
 #include "KvCTargetInventory.h"
 
 #include "ElementNames.h"
-#include "ElementTables.h"
 #include "ExhaustedMemory.h"
 #include "KvCConsoleWriter.h"
 #include "KvNInventoryIDs.h"
 #include "ScannedTree.h"
-#include "TableLayout.h"
 
 #include <utility>
 
-namespace {
-
-std::vector<KvCString> headingRow() {
-    return {"Update element", "Version"};
-}
-
-std::vector<KvCString> elementRow(const KvTUpdateElement& element) {
-    std::vector<KvCString> row = {element.displayName, versionCell(element.version)};
-    addStatusMarker(row, element);
-    return row;
-}
-
-void printUnitFrame(const KvCConsoleWriter& writer, const std::wstring& title) {
-    const std::wstring line(title.size() + 4, L'*');
-    writer.print(L"\n%s\n* %s *\n%s\n", line.c_str(), title.c_str(), line.c_str());
-}
-
-} // namespace
-
 KvCTargetInventory::~KvCTargetInventory() {
     fileSystemTemplate_.reset();
-    attempt([this] {
-        if (rootHandle_ != nullptr) { // without one the list of errors need not come to be
-            release(KvCErrorManager::getInstance()->getMasterErrorList());
-        }
-    });
+    attempt([this] { release(); });
 }
 
 void KvCTargetInventory::clear() {
     elements_.clear();
+    byIndex_.clear();
     fileSystemTemplate_.reset();
     nodes_ = {};
     hiddenElements_.clear();
 }
 
-void KvCTargetInventory::release(KvCErrorListPool& errors) {
+void KvCTargetInventory::release() {
     if (rootHandle_ != nullptr) {
-        KvCInventoryManager::getInstance()->deleteRootHandle(errors, std::exchange(rootHandle_, nullptr));
+        KvCInventoryManager::getInstance()->deleteRootHandle(errors_, std::exchange(rootHandle_, nullptr));
     }
 }
 
-bool KvCTargetInventory::scanInventory(KvCErrorListPool& errors, const KvCString& address) {
+bool KvCTargetInventory::scanInventory(const KvCString& address) {
     KvCInventoryManager& manager = *KvCInventoryManager::getInstance();
-    if (manager.createRootHandleByIpAddressList(errors, address.c_str(), rootHandle_) != 0) {
+    if (manager.createRootHandleByIpAddressList(errors_, address.c_str(), rootHandle_) != 0) {
         return false;
     }
     ScannedTree tree;
-    if (manager.scan(errors, rootHandle_, tree.out()) != 0 || tree.root() == nullptr) {
+    if (manager.scan(errors_, rootHandle_, tree.out()) != 0 || tree.root() == nullptr) {
         return false;
     }
-    walkInventory(errors, writer_, options_, *tree.root(), elements_, nodes_);
+    walkInventory(errors_, writer_, options_, *tree.root(), elements_, nodes_);
+    listByIndex();
     buildFileSystemTemplate();
-    determineRebootSupport(errors, *tree.root(), rebootSupportStatus_);
+    determineRebootSupport(errors_, *tree.root(), rebootSupportStatus_);
     if (options_.verbose) {
         writer_.print(L"Reboot support status: %u\n", rebootSupportStatus_);
     }
     showTree(*tree.root());
     return true;
+}
+
+void KvCTargetInventory::listByIndex() {
+    byIndex_.clear();
+    byIndex_.reserve(elements_.size());
+    for (KvTUpdateElement& element : elements_) {
+        byIndex_.push_back(&element);
+    }
+}
+
+KvTUpdateElement& KvCTargetInventory::append(KvTUpdateElement element) {
+    element.index = static_cast<std::uint32_t>(elements_.size());
+    byIndex_.push_back(&elements_.emplace_back(std::move(element)));
+    return elements_.back();
+}
+
+const KvTUpdateElement& KvCTargetInventory::addFileElement(std::string_view targetPath) {
+    KvTUpdateElement& element = append(*fileSystemTemplate_);
+    element.location = KvCString(targetPath);
+    if (const std::size_t separator = targetPath.find_last_of("/\\"); separator != std::string_view::npos) {
+        element.name += " (";
+        element.name += targetPath.substr(separator + 1);
+        element.name += ")";
+    }
+    makeElementNames(element.boardName, element.boardType, element.serialNumber, element.name, element.typeName,
+                     element.displayName);
+    element.createErrorLists();
+    return element;
 }
 
 /// To whoever has asked for it; the session itself needs the tree no more.
@@ -115,34 +120,4 @@ void KvCTargetInventory::buildFileSystemTemplate() {
     makeElementNames(element->boardName, element->boardType, element->serialNumber, element->name, element->typeName,
                      element->displayName);
     fileSystemTemplate_ = std::move(element);
-}
-
-void KvCTargetInventory::printElementTable() const {
-    if (options_.verbose) {
-        printUnitTables();
-        return;
-    }
-    KvTTable table = {headingRow()};
-    for (const KvTUpdateElement& element : elements_) {
-        table.push_back(elementRow(element));
-    }
-    printTable(writer_, table);
-}
-
-/// One table for each run of elements of a unit. Elements of no unit at the head of the list have no frame and no
-/// heading.
-void KvCTargetInventory::printUnitTables() const {
-    KvTTable table;
-    std::wstring title;
-    for (const KvTUpdateElement& element : elements_) {
-        const std::wstring elementTitle = unitTitle(element);
-        if (elementTitle != title) {
-            printTable(writer_, table);
-            table = {headingRow()};
-            printUnitFrame(writer_, elementTitle);
-            title = elementTitle;
-        }
-        table.push_back(elementRow(element));
-    }
-    printTable(writer_, table);
 }

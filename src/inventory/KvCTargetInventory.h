@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <list>
 #include <memory>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -22,9 +23,10 @@ class KvCConsoleWriter;
 /// What the target holds: its update elements, the addresses of its nodes, and whether it can be rebooted.
 class KvCTargetInventory {
 public:
-    /// Both must outlive the object.
-    KvCTargetInventory(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options)
-        : writer_(writer), options_(options) {}
+    /// All must outlive the object; `errors` receives the errors of the session.
+    KvCTargetInventory(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options,
+                       KvCErrorListPool& errors)
+        : writer_(writer), options_(options), errors_(errors) {}
     KvCTargetInventory(const KvCTargetInventory&) = delete;
     KvCTargetInventory& operator=(const KvCTargetInventory&) = delete;
     /// Gives the root handle back.
@@ -41,19 +43,25 @@ public:
 
     /// Forgets the elements of an earlier scan.
     void clear();
-    /// Gives the root handle back; errors go to `errors`.
-    void release(KvCErrorListPool& errors);
+    /// Gives the root handle back.
+    void release();
 
     /// Opens the target at `address` and reads its inventory. False when it cannot be opened or scanned; faults inside
     /// the inventory print warnings and leave the item out.
-    [[nodiscard]] bool scanInventory(KvCErrorListPool& errors, const KvCString& address);
-
-    /// Prints the table of the elements; with the verbose option one for each unit.
-    void printElementTable() const;
+    [[nodiscard]] bool scanInventory(const KvCString& address);
 
     /// In the order of the walk, grouped by unit; each record's index is its position.
-    [[nodiscard]] std::list<KvTUpdateElement>& elements() { return elements_; }
     [[nodiscard]] const std::list<KvTUpdateElement>& elements() const { return elements_; }
+    /// Element number `index` of elements(), which must exist: what was found, the plan, the run.
+    /// @{
+    [[nodiscard]] const KvTUpdateElement& element(std::uint32_t index) const { return *byIndex_[index]; }
+    [[nodiscard]] KvTElementPlan& planOf(std::uint32_t index) { return *byIndex_[index]; }
+    [[nodiscard]] KvTElementRun& runOf(std::uint32_t index) { return *byIndex_[index]; }
+    /// @}
+    /// Adds an element to the end of the list; its index becomes its position.
+    void addElement(KvTUpdateElement element) { append(std::move(element)); }
+    /// Adds an element that stands for the file at `targetPath`: a copy of the template, which must exist.
+    const KvTUpdateElement& addFileElement(std::string_view targetPath);
     /// Stands for files that no element of the target claims; null when the target takes none.
     [[nodiscard]] const KvTUpdateElement* fileSystemTemplate() const { return fileSystemTemplate_.get(); }
     /// Replaces the template that a scan has built; null: the target takes no such files.
@@ -69,13 +77,16 @@ public:
     [[nodiscard]] std::uint32_t rebootSupportStatus() const { return rebootSupportStatus_; }
 
 private:
+    KvTUpdateElement& append(KvTUpdateElement element);
+    void listByIndex();
     void showTree(const KvCInventoryItem& root);
     void buildFileSystemTemplate();
-    void printUnitTables() const;
 
     const KvCConsoleWriter& writer_;
     const KvNReflasher::KvTOptions& options_;
+    KvCErrorListPool& errors_;
     std::list<KvTUpdateElement> elements_;
+    std::vector<KvTUpdateElement*> byIndex_;
     std::unique_ptr<KvTUpdateElement> fileSystemTemplate_;
     KvCInventoryRootHandle* rootHandle_ = nullptr;
     KvTNodeAddresses nodes_;

@@ -47,8 +47,42 @@ struct KvTElementFailure {
     std::vector<KvNReflasher::KvTErrorInfo> writeErrors;
 };
 
-/// One updatable element found on the target, with its board and unit, its plan and its execution state.
-struct KvTUpdateElement {
+/// What is decided on an element before an update; only planning and the disabling of elements change it.
+struct KvTElementPlan {
+    /// Index of the matching archive entry, or noArchiveFile.
+    std::uint32_t archiveFileIndex = noArchiveFile;
+    /// Meaningful for an enabled element with an archive entry.
+    std::uint32_t phase = 0;
+    bool upToDate = false;
+    /// The element takes no part in the update.
+    bool disabled = false;
+    /// Why the matching entry has to be installed; empty if it need not be, or if there is none.
+    std::vector<KvNReflasher::KvEReason> outOfDateReasons;
+    /// No entry matches, but one would that is ignored for its feature level.
+    bool matchesIgnoredEntry = false;
+
+    [[nodiscard]] bool hasArchiveFile() const { return archiveFileIndex != noArchiveFile; }
+};
+
+/// How far the update of an element has come; only the running update changes it.
+struct KvTElementRun {
+    KvEUpdateState updateState = notToBeUpdated;
+    /// Failed status queries in a row.
+    std::uint32_t pollFailures = 0;
+    /// What the target has answered to the last status query.
+    std::optional<std::uint32_t> targetState;
+    /// The target was asked for the errors of the finished update.
+    bool errorsCollected = false;
+    KvTElementFailure failure;
+
+    /// The running update has begun with the element, whatever came of it: it was neither left out nor cancelled.
+    [[nodiscard]] bool wasTried() const {
+        return updateState == updateStarted || updateState == updateFailed || updateState == updateFinished;
+    }
+};
+
+/// One updatable element: its board and unit and what the scan has found, which stays as it is; its plan; its run.
+struct KvTUpdateElement : KvTElementPlan, KvTElementRun {
     /// Grouping key of the element list. Points into the scanned tree: not to be followed after the scan.
     const KvCInventoryItem* unitItem = nullptr;
 
@@ -101,36 +135,9 @@ struct KvTUpdateElement {
     KvCString displayName;
     KvCString typeName;
 
-    // Plan.
-    /// Index of the matching archive entry, or noArchiveFile.
-    std::uint32_t archiveFileIndex = noArchiveFile;
-    /// Meaningful for an enabled element with an archive entry.
-    std::uint32_t phase = 0;
-    bool upToDate = false;
-    /// The element takes no part in the update.
-    bool disabled = false;
-    /// Why the matching entry has to be installed; empty if it need not be, or if there is none.
-    std::vector<KvNReflasher::KvEReason> outOfDateReasons;
-    /// No entry matches, but one would that is ignored for its feature level.
-    bool matchesIgnoredEntry = false;
-
-    // Execution.
-    KvEUpdateState updateState = notToBeUpdated;
-    /// Failed status queries in a row.
-    std::uint32_t pollFailures = 0;
-    /// What the target has answered to the last status query.
-    std::optional<std::uint32_t> targetState;
-    /// The target was asked for the errors of the finished update.
-    bool errorsCollected = false;
-    KvTElementFailure failure;
     /// Indexed by KvEErrorListIndex; created once the element is in the list.
     std::array<OwnedErrorList, 2> errorLists;
 
-    [[nodiscard]] bool hasArchiveFile() const { return archiveFileIndex != noArchiveFile; }
-    /// The running update has begun with the element, whatever came of it: it was neither left out nor cancelled.
-    [[nodiscard]] bool wasTried() const {
-        return updateState == updateStarted || updateState == updateFailed || updateState == updateFinished;
-    }
     /// An error was collected for this element. Needs the lists of createErrorLists().
     [[nodiscard]] bool hasErrors() const {
         return errorLists[callErrors]->getErrorCount() != 0 || errorLists[targetErrors]->getErrorCount() != 0;

@@ -1,6 +1,8 @@
 #include "Explanation.h"
 
-#include "EntryProperties.h"
+#include <algorithm>
+#include <optional>
+#include <variant>
 
 namespace {
 
@@ -23,8 +25,20 @@ json copyOf(jsonView value) {
     return copy;
 }
 
-json variantOf(const KvTUpdateElement& element) {
-    return element.boardVariant.isEmpty() ? json() : json(element.boardVariant);
+json jsonOf(const KvTComparedValue& value) {
+    if (const auto* text = std::get_if<std::string_view>(&value)) {
+        return *text;
+    }
+    const auto* number = std::get_if<std::uint64_t>(&value);
+    return number != nullptr ? json(*number) : json();
+}
+
+json idOrNull(const std::optional<std::uint32_t>& id) {
+    return id ? json(*id) : json();
+}
+
+const char* addressingOf(bool isFile) {
+    return isFile ? "targetPath" : "id";
 }
 
 /// The values that a failed test has compared.
@@ -34,32 +48,26 @@ struct Compared {
 };
 
 Compared comparedBy(KvEMatchTest test, const KvTUpdateElement& element, const KvTEntrySelection& selection) {
-    switch (test) {
-    case KvEMatchTest::boardType:
-        return {copyOf(selection.boardType), element.boardType};
-    case KvEMatchTest::boardVariant:
-        return {copyOf(selection.boardVariant.value), variantOf(element)};
-    case KvEMatchTest::boardId:
-        return {copyOf(selection.boardId.value), element.boardId};
-    case KvEMatchTest::addressing:
-        return {selection.hasTargetPath ? "targetPath" : "id", element.isFileSystemElement ? "targetPath" : "id"};
-    case KvEMatchTest::id:
-        return {selection.id ? json(*selection.id) : json(), element.elementId};
-    case KvEMatchTest::targetPath:
-        return {selection.targetPath ? json(*selection.targetPath) : json(), element.location};
-    case KvEMatchTest::hwCompatibilityId:
-        return {copyOf(selection.hwCompatibilityId.value), element.hwCompatibilityId};
-    case KvEMatchTest::swCompatibilityId:
-        return {copyOf(selection.swCompatibilityId.value), element.swCompatibilityId};
-    case KvEMatchTest::none:
-        break;
+    const KvTEntryAddress& address = selection.address;
+    if (test == KvEMatchTest::addressing) {
+        return {addressingOf(address.targetPath.has_value()), addressingOf(element.isFileSystemElement)};
     }
-    return {};
+    if (test == KvEMatchTest::id) {
+        return {idOrNull(address.id), element.elementId};
+    }
+    if (test == KvEMatchTest::targetPath) {
+        return {json(address.targetPath.value_or("")), element.location};
+    }
+    const auto* const property = std::find_if(comparedProperties.begin(), comparedProperties.end(),
+                                              [=](const KvTComparedProperty& one) { return one.test == test; });
+    if (property == comparedProperties.end()) {
+        return {};
+    }
+    return {copyOf((selection.*property->allowed).written()), jsonOf(property->valueOf(element))};
 }
 
 KvTTriedEntry tryEntry(const KvTUpdateElement& element, const KvTArchiveFile& file, std::uint32_t fileIndex) {
-    const std::vector<KvTEntrySelection> selections = selectionsOf(file);
-    const KvTEntrySelection* selection = decidingSelection(element, selections);
+    const KvTEntrySelection* selection = decidingSelection(element, file);
     KvTTriedEntry entry;
     entry.fileIndex = fileIndex;
     entry.descriptionIndex = file.descriptionIndex;
@@ -84,13 +92,10 @@ Explainer::Explainer(const std::vector<KvTArchiveFile>& files) : files_(files) {
 
 /// Lists the entry once under each of its board types.
 void Explainer::listEntry(const KvTArchiveFile& entry, std::uint32_t file) {
-    for (const KvTEntrySelection& selection : selectionsOf(entry)) {
-        forEachScalar(selection.boardType, [&](jsonView boardType) {
-            std::vector<std::uint32_t>& entries = entriesOfBoardType_[boardType.get_string()];
-            if (entries.empty() || entries.back() != file) {
-                entries.push_back(file);
-            }
-        });
+    for (const KvTEntrySelection& selection : entry.selections) {
+        for (const std::string_view boardType : selection.boardTypes) {
+            entriesOfBoardType_[boardType].push_back(file);
+        }
     }
 }
 

@@ -1,6 +1,7 @@
 #include "PlanValue.h"
 
 #include "ArchiveEntries.h"
+#include "ElementNames.h"
 #include "UpdateDecision.h"
 
 #include <algorithm>
@@ -11,7 +12,7 @@ using namespace KvNReflasher;
 
 namespace {
 
-std::string textOf(const KvCString& text) {
+std::string utf8Of(const KvCString& text) {
     return std::string(text.view());
 }
 
@@ -19,24 +20,25 @@ std::string textOf(const KvCString& text) {
 KvTPlannedElement foundElement(const KvTUpdateElement& element) {
     KvTPlannedElement found;
     found.index = element.index;
-    found.boardType = textOf(element.boardType);
-    found.boardVariant = textOf(element.boardVariant);
+    found.boardType = utf8Of(element.boardType);
+    found.boardVariant = utf8Of(element.boardVariant);
     found.boardId = element.boardId;
     found.serialNumber = element.serialNumber;
-    found.boardName = textOf(element.boardName);
-    found.unitName = textOf(element.unitName);
-    found.unitInstanceName = textOf(element.unitInstanceName);
-    found.rackName = textOf(element.rackName);
+    found.boardName = utf8Of(element.boardName);
+    found.unitName = utf8Of(element.unitName);
+    found.unitInstanceName = utf8Of(element.unitInstanceName);
+    found.rackName = utf8Of(element.rackName);
+    found.unitPath = unitPathOf(element, utf8Of);
     found.slot = element.slot;
     found.slotCount = element.slotCount;
-    found.displayName = textOf(element.displayName);
-    found.typeName = textOf(element.typeName);
-    found.name = textOf(element.name);
-    found.address = textOf(element.elementAddress.toString());
-    found.boardAddress = textOf(element.boardAddress.toString());
+    found.displayName = utf8Of(element.displayName);
+    found.typeName = utf8Of(element.typeName);
+    found.name = utf8Of(element.name);
+    found.address = utf8Of(element.elementAddress.toString());
+    found.boardAddress = utf8Of(element.boardAddress.toString());
     found.elementId = element.elementId;
     found.isFileSystemElement = element.isFileSystemElement;
-    found.targetPath = textOf(element.location);
+    found.targetPath = utf8Of(element.location);
     found.hwCompatibilityId = element.hwCompatibilityId;
     found.swCompatibilityId = element.swCompatibilityId;
     found.custom = element.custom != 0;
@@ -72,7 +74,7 @@ KvTInstalled installedOn(const KvTUpdateElement& element) {
 
 KvTPlan makeElementList(const KvCTargetInventory& inventory, const KvCString& address) {
     KvTPlan plan;
-    plan.targetAddress = textOf(address);
+    plan.targetAddress = utf8Of(address);
     plan.elements.reserve(inventory.elements().size());
     std::transform(inventory.elements().begin(), inventory.elements().end(), std::back_inserter(plan.elements),
                    foundElement);

@@ -3,8 +3,8 @@
 #include "ErrorEntries.h"
 #include "ErrorReport.h"
 #include "ExhaustedMemory.h"
-#include "TextConversions.h"
-#include "ToolVersion.h"
+#include "KvCStringConversion.h"
+#include "LibraryVersion.h"
 
 #include <algorithm>
 #include <string>
@@ -130,16 +130,15 @@ bool KvCReflasher::reboot() {
 }
 
 bool KvCReflasher::resetTarget() {
-    KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
     std::vector<KvTErrorInfo> before;
-    attempt([&] { before = errorEntriesOf(errors); }); // a reboot does not need it
-    if (preparation_.targetAccess().rebootDevice(errors)) {
+    attempt([&] { before = errorEntriesOf(errors_); }); // a reboot does not need it
+    if (preparation_.targetAccess().rebootDevice()) {
         return true;
     }
     writer_.print(L"ERROR: Device cannot be rebooted. Command failed.\n");
-    printErrorReport(writer_, options_, errors, reportIndentation);
-    for (KvTErrorInfo& error : errorsSince(before, errors)) {
-        errors_.push_back(std::move(error));
+    printErrorReport(writer_, options_, errors_, reportIndentation);
+    for (KvTErrorInfo& error : errorsSince(before, errors_)) {
+        otherErrors_.push_back(std::move(error));
     }
     return false;
 }

@@ -68,7 +68,7 @@ protected:
 
 private:
     [[nodiscard]] bool runSession();
-    [[nodiscard]] bool runMode(KvCErrorListPool& errors);
+    [[nodiscard]] bool runMode();
     [[nodiscard]] bool resetTarget();
     /// Notes a failure of the session. When memory is exhausted it has no message.
     template <typename MakeMessage>
@@ -83,25 +83,30 @@ private:
             noteFailure(KvNReflasher::KvEFailure::errors, [] { return std::string("out of memory"); });
         }
     }
-    void concludeRun(KvCErrorListPool& errors, bool succeeded);
+    void concludeRun(bool succeeded);
     [[nodiscard]] KvNReflasher::KvTVerdict verdictOfUpdate() const;
     [[nodiscard]] KvNReflasher::KvTVerdict verdictOfElements() const;
     [[nodiscard]] KvNReflasher::KvTOutcome makeOutcome() const;
     [[nodiscard]] KvNReflasher::KvEStage stage() const;
-    [[nodiscard]] static std::vector<std::string> collectedErrors();
+    [[nodiscard]] std::vector<std::string> collectedErrors() const;
     [[nodiscard]] std::vector<KvNReflasher::KvTElementOutcome> elementOutcomes() const;
     [[nodiscard]] std::vector<KvNReflasher::KvTFileOutcome> fileOutcomes() const;
 
     const KvNReflasher::KvTOptions options_;
     KvTCallbacks callbacks_;
     const KvCConsoleWriter writer_{callbacks_};
-    KvCPreparation preparation_{writer_, options_};
-    KvCUpdateDriver driver_{writer_, callbacks_, options_, preparation_.planner(), preparation_.targetAccess()};
+    /// The errors of the session, of which the error manager has one list.
+    KvCErrorListPool& errors_ = KvCErrorManager::getInstance()->getMasterErrorList();
+    KvCPreparation preparation_{writer_, options_, errors_};
+    KvCUpdateDriver driver_{
+        {writer_, callbacks_, options_, preparation_.archive(), preparation_.inventory(), errors_},
+        preparation_.planner(),
+        preparation_.targetAccess()};
     /// Made when an explanation is first asked for.
     std::optional<Explainer> explainer_;
     /// What has come after prepare().
     KvNReflasher::KvTVerdict verdict_;
     std::optional<KvNReflasher::KvEStage> stage_;
     /// The errors that belong to no element.
-    std::vector<KvNReflasher::KvTErrorInfo> errors_;
+    std::vector<KvNReflasher::KvTErrorInfo> otherErrors_;
 };

@@ -1,7 +1,7 @@
-#include "ElementTables.h"
+#include "ElementNames.h"
 #include "ExhaustedMemory.h"
 #include "KvCReflasher.h"
-#include "TextConversions.h"
+#include "KvCStringConversion.h"
 
 #include <memory>
 
@@ -20,7 +20,7 @@ KvTUpdateElementInfo elementInfo(const KvTUpdateElement& element, std::uint32_t 
             .boardType = toWide(element.boardType),
             .serialNumber = element.serialNumber,
             .boardName = toWide(element.boardName),
-            .unitPath = unitTitle(element),
+            .unitPath = unitPathOf(element, toWide),
             .slot = element.slot,
             .slotCount = element.slotCount,
             .displayName = toWide(element.displayName),

@@ -1,8 +1,11 @@
+#include "ArchivePrintouts.h"
+#include "ElementTables.h"
 #include "ErrorEntries.h"
 #include "ErrorReport.h"
 #include "ExhaustedMemory.h"
 #include "KvCReflasher.h"
-#include "ToolVersion.h"
+#include "LibraryVersion.h"
+#include "PlanTables.h"
 
 namespace {
 
@@ -19,7 +22,7 @@ void printToolVersion(const KvCConsoleWriter& writer) {
 std::uint32_t KvCReflasher::prepare() {
     verdict_ = {};
     stage_.reset();
-    errors_.clear();
+    otherErrors_.clear();
     explainer_.reset();
     driver_.forgetRun();
     const std::uint32_t status =
@@ -30,7 +33,7 @@ std::uint32_t KvCReflasher::prepare() {
     if (status != prepareReady) {
         attempt([this] {
             verdict_ = preparation_.verdict();
-            errors_ = errorEntriesOf(KvCErrorManager::getInstance()->getMasterErrorList());
+            otherErrors_ = errorEntriesOf(errors_);
         });
         noteOutOfMemory();
     }
@@ -47,35 +50,34 @@ bool KvCReflasher::run() {
 }
 
 bool KvCReflasher::runSession() {
-    KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
-    const bool done = runMode(errors);
-    const bool succeeded = !printReportedErrors(writer_, options_, errors) && done;
-    concludeRun(errors, succeeded);
+    const bool done = runMode();
+    const bool succeeded = !printReportedErrors(writer_, options_, errors_) && done;
+    concludeRun(succeeded);
     return succeeded;
 }
 
-bool KvCReflasher::runMode(KvCErrorListPool& errors) {
+bool KvCReflasher::runMode() {
     switch (options_.mode) {
     case showVersion:
         printToolVersion(writer_);
         return true;
     case showArchiveVersion:
-        preparation_.archive().printArchiveVersion();
+        printArchiveVersion(writer_, preparation_.archive());
         return true;
     case showArchiveContent:
-        preparation_.archive().printArchiveContent();
+        printArchiveContent(writer_, preparation_.archive());
         return true;
     case dumpArchiveDescription:
-        preparation_.archive().dumpDescription();
+        dumpDescription(writer_, preparation_.archive());
         return true;
     case showTargetElements:
-        preparation_.inventory().printElementTable();
+        printElementTable(writer_, options_, preparation_.inventory());
         return true;
     case showUpdatePlan:
-        preparation_.planner().printUpdatePlan();
+        printUpdatePlan(writer_, preparation_.archive(), preparation_.inventory());
         return true;
     case performUpdate:
-        return driver_.run(errors);
+        return driver_.run();
     default: // connectOnly and unknown modes print nothing
         return true;
     }

@@ -56,19 +56,19 @@ std::string counted(std::size_t count, const char* noun) {
 } // namespace
 
 /// Takes down what has failed in a run.
-void KvCReflasher::concludeRun(KvCErrorListPool& errors, bool succeeded) {
+void KvCReflasher::concludeRun(bool succeeded) {
     const KvTUpdateRun& update = driver_.lastRun();
-    errors_ = errorEntriesOf(errors, 0, update.elementErrorsBegin);
-    std::vector<KvTErrorInfo> later = errorEntriesOf(errors, update.elementErrorsEnd);
-    std::move(later.begin(), later.end(), std::back_inserter(errors_));
+    otherErrors_ = errorEntriesOf(errors_, 0, update.elementErrorsBegin);
+    std::vector<KvTErrorInfo> later = errorEntriesOf(errors_, update.elementErrorsEnd);
+    std::move(later.begin(), later.end(), std::back_inserter(otherErrors_));
     if (succeeded) {
         return;
     }
     if (options_.mode == performUpdate) {
         verdict_.add(verdictOfUpdate());
     }
-    if (!errors_.empty()) {
-        verdict_.add({KvEFailure::errors, counted(errors_.size(), "error") + " reported"});
+    if (!otherErrors_.empty()) {
+        verdict_.add({KvEFailure::errors, counted(otherErrors_.size(), "error") + " reported"});
     }
 }
 
@@ -79,7 +79,7 @@ KvTVerdict KvCReflasher::verdictOfUpdate() const {
     }
     if (!update.wasLocked) {
         return {KvEFailure::locked,
-                "the target could not be locked" + (errors_.empty() ? std::string() : ": " + errors_.back().text)};
+                "the target could not be locked" + (otherErrors_.empty() ? std::string() : ": " + otherErrors_.back().text)};
     }
     return verdictOfElements();
 }
@@ -161,7 +161,7 @@ KvTOutcome KvCReflasher::makeOutcome() const {
     outcome.verdict = verdict_;
     outcome.elements = elementOutcomes();
     outcome.files = fileOutcomes();
-    outcome.errors = stage_ ? errors_ : errorEntriesOf(KvCErrorManager::getInstance()->getMasterErrorList());
+    outcome.errors = stage_ ? otherErrors_ : errorEntriesOf(errors_);
     return outcome;
 }
 

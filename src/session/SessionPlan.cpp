@@ -65,14 +65,14 @@ std::vector<KvTArchiveEntry> KvCReflasher::archiveEntries() const {
 
 KvTExplanation KvCReflasher::explain(std::uint32_t index) {
     return withoutException(KvTExplanation(), [this, index] {
-        const auto& elements = preparation_.inventory().elements();
-        if (index >= elements.size()) {
+        const KvCTargetInventory& inventory = preparation_.inventory();
+        if (index >= inventory.elements().size()) {
             return KvTExplanation();
         }
         if (!explainer_) {
             explainer_.emplace(preparation_.archive().files());
         }
-        return explainer_->explain(*std::next(elements.begin(), index));
+        return explainer_->explain(inventory.element(index));
     });
 }
 
@@ -125,9 +125,9 @@ std::vector<std::string> KvCReflasher::preflight() {
 }
 
 /// One sentence for each error that the session has collected so far.
-std::vector<std::string> KvCReflasher::collectedErrors() {
+std::vector<std::string> KvCReflasher::collectedErrors() const {
     std::vector<std::string> sentences;
-    for (const KvTErrorInfo& error : errorEntriesOf(KvCErrorManager::getInstance()->getMasterErrorList())) {
+    for (const KvTErrorInfo& error : errorEntriesOf(errors_)) {
         sentences.push_back("the target reported an error: " + error.text);
     }
     return sentences;

@@ -7,7 +7,7 @@
 #include "HostInterfaceHandles.h"
 #include "KvCConsoleWriter.h"
 #include "OwnedErrorList.h"
-#include "TextConversions.h"
+#include "KvCStringConversion.h"
 
 #include <algorithm>
 #include <string_view>

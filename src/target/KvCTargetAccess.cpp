@@ -6,7 +6,7 @@
 #include "KvNRtosAbstraction.h"
 #include "Network.h"
 #include "TextConversion.h"
-#include "TextConversions.h"
+#include "KvCStringConversion.h"
 
 #include <array>
 #include <vector>
@@ -77,12 +77,12 @@ private:
 
 } // namespace
 
-bool KvCTargetAccess::resolveTarget(KvCErrorListPool& errors) {
+bool KvCTargetAccess::resolveTarget() {
     if (!options_.target.empty() && isLetter(options_.target.front())) {
         return resolveName();
     }
     std::uint32_t address = 0;
-    if (parseAddress(errors, toUtf8(options_.target), address)) {
+    if (parseAddress(errors_, toUtf8(options_.target), address)) {
         ipAddress_ = addressText(address);
     }
     return !ipAddress_.isEmpty();
@@ -152,9 +152,9 @@ std::int32_t KvCTargetAccess::findDevice(KvCErrorListPool& errors, KvHIMDeviceHa
     return status;
 }
 
-bool KvCTargetAccess::checkTargetAccessible(KvCErrorListPool& errors) const {
-    DeviceHandle device(errors);
-    const std::int32_t status = device.createBy([&](KvHIMDeviceHandle& handle) { return findDevice(errors, handle); });
+bool KvCTargetAccess::checkTargetAccessible() const {
+    DeviceHandle device(errors_);
+    const std::int32_t status = device.createBy([&](KvHIMDeviceHandle& handle) { return findDevice(errors_, handle); });
     if (status == serviceUnreachable) {
         writer_.print(L"\nERROR: Unable to communicate with the Korvel Hostlink!\n"
                       L"       Maybe the Korvel Setup was not properly installed or the service\n"
@@ -175,15 +175,15 @@ bool KvCTargetAccess::checkTargetAccessible(KvCErrorListPool& errors) const {
     return false;
 }
 
-bool KvCTargetAccess::rebootDevice(KvCErrorListPool& errors) const {
-    DeviceHandle device(errors);
-    const std::int32_t status = device.createBy([&](KvHIMDeviceHandle& handle) { return findDevice(errors, handle); });
+bool KvCTargetAccess::rebootDevice() const {
+    DeviceHandle device(errors_);
+    const std::int32_t status = device.createBy([&](KvHIMDeviceHandle& handle) { return findDevice(errors_, handle); });
     if (status != 0 || device.get() == nullptr) {
         writer_.print(L"ERROR: Cannot access device with IP address %hs (error code: %i)!\n", ipAddress_.c_str(),
                       status);
         return false;
     }
-    if (KvHIM_FORCE_resetDevice(errors, device.get(), 0) != 0) {
+    if (KvHIM_FORCE_resetDevice(errors_, device.get(), 0) != 0) {
         // The message shows the status of the lookup, which is 0 here, not that of the reset.
         writer_.print(L"ERROR: Cannot reboot device with IP address %hs (error code: %i)!\n", ipAddress_.c_str(),
                       status);

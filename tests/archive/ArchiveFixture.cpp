@@ -74,13 +74,13 @@ bool ArchiveTest::readDescription(std::string_view text) {
 
 bool ArchiveTest::readDescriptionAgain(std::string_view text) {
     beginReading(text);
-    return archive_->readDescriptionFile(masterErrors());
+    return archive_->readDescriptionFile();
 }
 
 bool ArchiveTest::readArchive(std::string_view text) {
     archive_.emplace(writer(), options_);
     beginReading(text);
-    return archive_->readArchive(masterErrors());
+    return archive_->readArchive();
 }
 
 std::string ArchiveTest::printed(const std::function<void()>& print) {

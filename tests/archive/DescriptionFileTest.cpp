@@ -29,7 +29,7 @@ TEST_F(DescriptionFile, AGoodDescriptionIsReadWithoutAWord) {
 
 TEST_F(DescriptionFile, AMissingFileIsReportedWithItsPath) {
     KvCFirmwareArchive fresh(writer(), options());
-    EXPECT_FALSE(fresh.readArchive(KvCErrorManager::getInstance()->getMasterErrorList()));
+    EXPECT_FALSE(fresh.readArchive());
     EXPECT_EQ(cannotOpen(pathOf(L"archive.json")), messages());
 }
 
@@ -153,7 +153,7 @@ TEST_F(DescriptionFile, TheFileIsClosedBeforeAnythingIsSaid) {
     for (const std::string& text : {std::string("no JSON"), ArchiveBuilder().entry(R"({"featureLevel": 3})").text()}) {
         writeFile("archive.json", text);
         KvCFirmwareArchive fresh(counting, options());
-        static_cast<void>(fresh.readArchive(KvCErrorManager::getInstance()->getMasterErrorList()));
+        static_cast<void>(fresh.readArchive());
     }
     EXPECT_EQ(std::vector<std::size_t>(2, before), openFileCounts());
 }

@@ -44,11 +44,6 @@ protected:
         }
         mostErrors_ = std::max(mostErrors_, findings.errors().size());
         accepted_ += isAccepted ? 1U : 0U;
-
-        // What was accepted can be shown.
-        checked.printArchiveContent();
-        checked.printArchiveVersion();
-        checked.dumpDescription();
         return !HasFailure();
     }
 

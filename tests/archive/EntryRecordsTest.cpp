@@ -12,7 +12,7 @@ TEST_F(EntryRecords, AFreshRecordKnowsNothing) {
     EXPECT_EQ(0U, fresh.sequence);
     EXPECT_EQ(0xFFFFFFFEU, fresh.version.getAsULong64());
     EXPECT_EQ(0xFFFFFFFEU, fresh.checksumCrc32);
-    EXPECT_TRUE(fresh.description.view().is_null());
+    EXPECT_EQ(nullptr, fresh.description);
     EXPECT_FALSE(fresh.hasTargetPath);
     EXPECT_EQ(0U, fresh.mode);
     EXPECT_EQ(0U, fresh.matchCount);
@@ -42,7 +42,7 @@ TEST_F(EntryRecords, TheDescriptionIsTheWholeEntry) {
     const std::string entry = R"({"comment":[1,{"a":null}],"name":"a","sequence":1,"boards":[{"boardType":["A","B"],)"
                               R"("boardVariant":null,"id":3,"more":0.5}],"version":null})";
     ASSERT_TRUE(readDescription(ArchiveBuilder().entry(entry)));
-    EXPECT_EQ(entry, file(0).description.dump());
+    EXPECT_EQ(entry, file(0).description->dump());
 }
 
 TEST_F(EntryRecords, AVersionThatIsAbsentIsThatOfTheArchive) {
@@ -105,9 +105,10 @@ TEST_F(EntryRecords, ATargetPathIsFoundInTheEntryAndInAnyOfItsBoards) {
 TEST_F(EntryRecords, RecordsCanBeCopied) {
     ASSERT_TRUE(readDescription(ArchiveBuilder().entry(goodEntry())));
     KvTArchiveFile copy = file(0);
-    archive().files().clear();
+    archive().setFiles({});
     EXPECT_EQ("a.bin", copy.name.view());
-    EXPECT_EQ("QB", copy.description.view().find("boardType").get_string());
+    EXPECT_EQ("QB", copy.description->view().find("boardType").get_string());
+    EXPECT_EQ("QB", copy.selections.at(0).boardTypes.at(0));
 }
 
 } // namespace

@@ -33,7 +33,7 @@ std::string CheckTest::codes(std::string_view description) {
 std::string CheckTest::readersFirstError() const {
     const MessageCapture messages;
     KvCFirmwareArchive archive(messages.writer(), options_);
-    const bool isRead = archive.readArchive(KvCErrorManager::getInstance()->getMasterErrorList());
+    const bool isRead = archive.readArchive();
     const std::string& text = messages.text();
     const std::size_t error = text.find("ERROR: ");
     EXPECT_EQ(isRead, error == std::string::npos);

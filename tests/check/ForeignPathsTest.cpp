@@ -120,7 +120,7 @@ protected:
         folder().write("archive.json", description.text());
         const MessageCapture messages;
         KvCFirmwareArchive archive(messages.writer(), options());
-        isRead_ = archive.readDescriptionFile(KvCErrorManager::getInstance()->getMasterErrorList());
+        isRead_ = archive.readDescriptionFile();
         // What was read counts, not what the file says now.
         std::filesystem::remove(folder().path() / "archive.json");
         std::vector<std::string> paths;

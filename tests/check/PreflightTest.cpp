@@ -33,7 +33,7 @@ protected:
         folder().write("archive.json", description.text());
         const MessageCapture messages;
         KvCFirmwareArchive archive(messages.writer(), options());
-        EXPECT_TRUE(archive.readDescriptionFile(KvCErrorManager::getInstance()->getMasterErrorList()));
+        EXPECT_TRUE(archive.readDescriptionFile());
         return preflightFindings(archive, options(), plan);
     }
     /// An entry of version 2.0 and checksum 2.

@@ -186,7 +186,7 @@ TEST_F(CheckShadows, WhatIsToldIsSoAndMostIsFound) {
         const std::vector<KvTFinding> findings = check(text);
         const MessageCapture messages;
         KvCFirmwareArchive archive(messages.writer(), options());
-        ASSERT_TRUE(archive.readDescriptionFile(KvCErrorManager::getInstance()->getMasterErrorList()));
+        ASSERT_TRUE(archive.readDescriptionFile());
         const std::set<std::string> shadowed = shadowedEntries(archive);
         for (const KvTFinding& finding : findings) {
             if (finding.code == "shadowed-entry") {

@@ -2,7 +2,7 @@
 #include "KeptMessages.h"
 #include "KvCConsoleWriter.h"
 #include "ModuleVersion.h"
-#include "ToolVersion.h"
+#include "LibraryVersion.h"
 #include "WideFormat.h"
 
 #include <gtest/gtest.h>

@@ -67,7 +67,7 @@ TEST_F(FileTransferTest, OneEntryInTwoPhasesIsTransferredAndDeletedInEach) {
     archive.add(entry("a.bin").board("IO1", 1));
     addBoard(2, completeElement(1).polls(1), 2);
     prepare();
-    element(1).phase = 1;
+    planOf(1).phase = 1;
     EXPECT_TRUE(run());
     EXPECT_THAT(log.events({Kind::call}),
                 ElementsAre("lock HCN[1] 65539", R"(transferFile HCN[1] ARCHIVE\a.bin)", "update2 IOMODULE[1] 1",

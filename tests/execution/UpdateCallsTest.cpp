@@ -99,7 +99,7 @@ TEST_F(UpdateCallsTest, ElementsOfOneEntryShareItsFileWithinAPhaseOnly) {
     archive.add(entry("a.bin").board("IO1", 1));
     addBoard(2, completeElement(1), 2);
     prepare();
-    element(2).phase = 1;
+    planOf(2).phase = 1;
     EXPECT_TRUE(run());
     EXPECT_THAT(manager().textsOf("update2"),
                 ElementsAre("update2 root IOMODULE[1] lock 1 file1", "update2 root IOMODULE[2] lock 1 file1",

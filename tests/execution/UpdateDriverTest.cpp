@@ -184,9 +184,9 @@ TEST_F(UpdateDriverTest, EnabledElementsWithAnEntryAreUpdatedAndNoOthers) {
     addNodeElement(2, completeElement(2));
     node.element(completeElement(3));
     prepare();
-    element(1).disabled = true;
+    planOf(1).disabled = true;
     for (std::size_t index = 0; index < 3; ++index) {
-        element(index).updateState = updateCancelled;
+        runOf(index).updateState = updateCancelled;
     }
     EXPECT_TRUE(run());
     EXPECT_THAT(states(), ElementsAre(5, 0, 0));
@@ -198,7 +198,7 @@ TEST_F(UpdateDriverTest, AllPhasesAreToldInAscendingOrderEvenWhenNothingIsLeftOf
     addNodeElement(2, completeElement(2).polls(1), 7);
     addNodeElement(3, completeElement(3).polls(1), 0xFFFFFFFF);
     prepare();
-    element(1).disabled = true;
+    planOf(1).disabled = true;
     EXPECT_TRUE(run());
     EXPECT_THAT(log.notificationsOf("phase"), ElementsAre("phase 0", "phase 1", "phase 2", "phase 4294967295"));
     EXPECT_THAT(log.callsOf("update2"), ElementsAre("update2 HCN[1] 1", "update2 HCN[1] 3"));
@@ -221,7 +221,7 @@ TEST_F(UpdateDriverTest, AnElementThatFailedEarlierIsNotCollectedByItsPhase) {
     prepare();
     log.setObserver([this](const std::string& event) {
         if (event == "phase 1") {
-            element(1).updateState = updateFailed;
+            runOf(1).updateState = updateFailed;
         }
     });
     EXPECT_FALSE(run());

@@ -320,7 +320,7 @@ TEST_F(UpdateResultsTest, ElementsThatNeverStartedAreFailuresWithoutDetails) {
     addNodeElement(1, completeElement(1, "One").polls(1));
     addNodeElement(2, completeElement(2, "Two").polls(1));
     prepare();
-    element(1).phase = 7; // the plan has one phase only
+    planOf(1).phase = 7; // the plan has one phase only
     EXPECT_FALSE(run());
     EXPECT_THAT(states(), ElementsAre(5, 1));
     EXPECT_EQ(results(), failureOf("NODE, Two") + failedVerdict);
@@ -329,7 +329,7 @@ TEST_F(UpdateResultsTest, ElementsThatNeverStartedAreFailuresWithoutDetails) {
 TEST_F(UpdateResultsTest, ElementsThatWereNotToBeUpdatedAreNotListedWhateverTheirErrors) {
     addNodeElement(1, completeElement(1).polls(1));
     prepare();
-    element(0).disabled = true;
+    planOf(0).disabled = true;
     element(0).errorLists[callErrors]->addError(oldError());
     EXPECT_TRUE(run());
     EXPECT_EQ(results(), successVerdict);

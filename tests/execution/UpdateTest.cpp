@@ -21,17 +21,17 @@ void UpdateTest::prepare() {
 
 void UpdateTest::beginSession() {
     session_.emplace(callbacks_, options);
-    ASSERT_TRUE(session_->archive.readArchive(errors()));
-    ASSERT_TRUE(session_->access.resolveTarget(errors()));
-    ASSERT_TRUE(session_->access.checkTargetAccessible(errors()));
-    ASSERT_TRUE(session_->inventory.scanInventory(errors(), session_->access.ipAddress()));
+    ASSERT_TRUE(session_->archive.readArchive());
+    ASSERT_TRUE(session_->access.resolveTarget());
+    ASSERT_TRUE(session_->access.checkTargetAccessible());
+    ASSERT_TRUE(session_->inventory.scanInventory(session_->access.ipAddress()));
     session_->planner.plan();
     EXPECT_EQ(textsOf(errors()), std::vector<std::string>());
     log.clear();
 }
 
 bool UpdateTest::run() {
-    return session_->driver.run(errors());
+    return session_->driver.run();
 }
 
 bool UpdateTest::update() {
@@ -39,8 +39,8 @@ bool UpdateTest::update() {
     return run();
 }
 
-KvTUpdateElement& UpdateTest::element(std::size_t index) {
-    std::list<KvTUpdateElement>& elements = session_->inventory.elements();
+const KvTUpdateElement& UpdateTest::element(std::size_t index) {
+    const std::list<KvTUpdateElement>& elements = session_->inventory.elements();
     if (index >= elements.size()) {
         ADD_FAILURE() << "there is no element " << index;
         index = 0;

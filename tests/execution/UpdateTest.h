@@ -38,7 +38,12 @@ protected:
     void close() override { session_.reset(); }
 
     /// The element at this place of the element list.
-    [[nodiscard]] KvTUpdateElement& element(std::size_t index);
+    [[nodiscard]] const KvTUpdateElement& element(std::size_t index);
+    /// Its plan and its run, to be changed.
+    /// @{
+    [[nodiscard]] KvTElementPlan& planOf(std::size_t index) { return session_->inventory.planOf(element(index).index); }
+    [[nodiscard]] KvTElementRun& runOf(std::size_t index) { return session_->inventory.runOf(element(index).index); }
+    /// @}
     [[nodiscard]] KvCFirmwareArchive& readArchive() { return session_->archive; }
     /// The states of all elements.
     [[nodiscard]] std::vector<std::uint32_t> states();
@@ -54,8 +59,9 @@ private:
     /// The parts of a session, as the updater object holds them.
     struct Session {
         Session(const KvTCallbacks& callbacks, const KvNReflasher::KvTOptions& options)
-            : writer(callbacks), access(writer, options), archive(writer, options), inventory(writer, options),
-              planner(writer, options, archive, inventory), driver(writer, callbacks, options, planner, access) {}
+            : writer(callbacks), access(writer, options, errors()), archive(writer, options),
+              inventory(writer, options, errors()), planner(options, archive, inventory),
+              driver({writer, callbacks, options, archive, inventory, errors()}, planner, access) {}
 
         KvCConsoleWriter writer;
         KvCTargetAccess access;

@@ -43,7 +43,7 @@ protected:
         inventory.emplace(messages.writer(), options);
         inventory->findHiddenElements();
         EXPECT_TRUE(target.serve().served);
-        EXPECT_TRUE(inventory->scanInventory(errors(), "127.0.0.1"));
+        EXPECT_TRUE(inventory->scanInventory("127.0.0.1"));
         std::vector<std::pair<std::string, std::vector<KvEHiddenBy>>> elements;
         for (const KvTHiddenElement& element : inventory->hiddenElements()) {
             elements.emplace_back(element.displayName, element.hiddenBy);
@@ -98,7 +98,7 @@ TEST_F(HiddenElements, WarningsOfTheTreeAreNotRepeated) {
     options.verbose = true;
     inventory.emplace(messages.writer(), options);
     EXPECT_TRUE(target.serve().served);
-    EXPECT_TRUE(inventory->scanInventory(errors(), "127.0.0.1"));
+    EXPECT_TRUE(inventory->scanInventory("127.0.0.1"));
     const std::wstring once = printed();
     const std::vector<std::string> errorsOnce = takeErrors();
     KeptMessages::forget();

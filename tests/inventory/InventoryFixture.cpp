@@ -6,7 +6,7 @@
 
 void InventoryTest::SetUp() {
     KvEmulation::reset();
-    inventory.emplace(messages.writer(), options);
+    inventory.emplace(messages.writer(), options, errors());
 }
 
 void InventoryTest::TearDown() {
@@ -20,7 +20,7 @@ void InventoryTest::TearDown() {
 
 bool InventoryTest::tryScan() {
     static_cast<void>(target.serve());
-    return inventory->scanInventory(errors(), "127.0.0.1");
+    return inventory->scanInventory("127.0.0.1");
 }
 
 void InventoryTest::scan() {
@@ -28,7 +28,7 @@ void InventoryTest::scan() {
 }
 
 void InventoryTest::scanAgain() {
-    inventory.emplace(messages.writer(), options);
+    inventory.emplace(messages.writer(), options, errors());
     KvEmulation::reset();
     scan();
 }

@@ -60,7 +60,7 @@ TEST_F(InventoryScanTest, AnEmptyTargetIsScanned) {
     options.verbose = true;
     TargetBuilder empty;
     static_cast<void>(empty.address("127.0.0.9").serve());
-    EXPECT_TRUE(inventory->scanInventory(errors(), "127.0.0.9"));
+    EXPECT_TRUE(inventory->scanInventory("127.0.0.9"));
     EXPECT_EQ(count(), 0U);
     EXPECT_EQ(printed(), L"Reboot support status: 4\n");
 }
@@ -69,7 +69,7 @@ TEST_F(InventoryScanTest, TheTargetIsOpenedAtTheAddressGiven) {
     TargetBuilder other;
     static_cast<void>(other.address("10.1.2.3").add(carrier("HCN", "other")).serve());
     static_cast<void>(target.serve());
-    EXPECT_TRUE(inventory->scanInventory(errors(), "10.1.2.3"));
+    EXPECT_TRUE(inventory->scanInventory("10.1.2.3"));
     EXPECT_THAT(names(), ElementsAre("other"));
 }
 

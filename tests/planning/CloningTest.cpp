@@ -133,7 +133,7 @@ TEST_F(Cloning, TheNameEndsWithTheFilesName) {
           NameRow{R"(\\etc/net.ini)", "Updatable file (net.ini)"}, NameRow{"/net.ini", "Updatable file (net.ini)"},
           NameRow{"net.ini", "Updatable file"}, NameRow{"", "Updatable file"}, NameRow{"/etc/", "Updatable file ()"},
           NameRow{"/", "Updatable file ()"}, NameRow{"/etc/net (2).ini", "Updatable file (net (2).ini)"}}) {
-        elements().clear();
+        forgetTarget();
         archiveHas({"'boardType': 'X', 'targetPath': '" + row.targetPath + "'"});
         targetTakesFiles(fileSystemTemplate());
         plan();
@@ -193,7 +193,7 @@ TEST_F(Cloning, TheTemplateStaysAsItIs) {
     archiveHas({"'boardType': 'X', 'targetPath': '/a'", "'boardType': 'X', 'targetPath': '/b'"});
     targetTakesFiles(fileSystemTemplate());
     plan();
-    const KvTUpdateElement& kept = *planner().inventory().fileSystemTemplate();
+    const KvTUpdateElement& kept = *inventory().fileSystemTemplate();
     EXPECT_EQ("*", kept.location.view());
     EXPECT_EQ("Updatable file", kept.name.view());
     EXPECT_EQ(noArchiveFile, kept.archiveFileIndex);
@@ -210,7 +210,7 @@ TEST_F(Cloning, EachElementHasTwoErrorListsOfItsOwn) {
         ASSERT_NE(nullptr, clone.errorLists[targetErrors].get());
         EXPECT_FALSE(clone.hasErrors());
     }
-    elements().clear();
+    forgetTarget();
     EXPECT_EQ(0U, KvEmulation::ledger().errorLists);
 }
 

@@ -159,17 +159,15 @@ TEST_F(DecisionReasons, ACustomElementThatIsLeftOutSaysSoBesideTheRest) {
                                  {KvEReason::noEntry, KvEReason::customLeftOut, KvEReason::carrierBoardMissing}}};
     options().disableCustomElements = true;
     for (const Row& row : rows) {
-        elements().clear();
+        forgetTarget();
         archiveHas({row.entry});
-        targetHas(row.element);
-        elements().front().custom = 1;
-        elements().front().disabled = true; // as a scan leaves it
+        targetHas(ElementBuilder(row.element).custom().disabled()); // as a scan leaves it
         plan();
         EXPECT_FALSE(decision().update);
         EXPECT_EQ(row.reasons, decision().reasons);
     }
     options().disableCustomElements = false;
-    elements().front().disabled = false;
+    planOf(0).disabled = false;
     EXPECT_THAT(decision().reasons, ElementsAre(KvEReason::noEntry, KvEReason::carrierBoardMissing));
 }
 
@@ -180,7 +178,7 @@ TEST_F(DecisionReasons, AFileNeedsNoActiveAndAConfigurationElementNeither) {
     EXPECT_THAT(decision().reasons, ElementsAre(KvEReason::upToDate));
     options().configurationElements = true;
     archiveHas({standardEntry});
-    elements().clear();
+    forgetTarget();
     targetHas(upToDate().inactive());
     plan();
     EXPECT_THAT(decision().reasons, ElementsAre(KvEReason::upToDate));

@@ -69,7 +69,7 @@ TEST_F(ElementMatching, WithoutEntriesOrElementsNothingHappens) {
     targetHas(element("X", 1));
     plan();
     EXPECT_THAT(archiveFileIndices(), ElementsAre(noArchiveFile));
-    elements().clear();
+    forgetTarget();
     archiveHas({"'boardType': 'X', 'id': 1"});
     plan();
     EXPECT_THAT(matchCounts(), ElementsAre(0));

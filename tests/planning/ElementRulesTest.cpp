@@ -39,7 +39,7 @@ constexpr std::array carrierRows = {
 
 TEST_F(ElementRules, AnUnmatchedFpgaElementWithoutItsCarrierIsDisabled) {
     for (const CarrierRow& row : carrierRows) {
-        elements().clear();
+        forgetTarget();
         targetHas(element(row.boardType, row.id).software(row.software));
         EXPECT_EQ(row.lacksCarrier, lacksCarrierBoard(elementAt(0))) << row.situation;
         plan();
@@ -47,50 +47,17 @@ TEST_F(ElementRules, AnUnmatchedFpgaElementWithoutItsCarrierIsDisabled) {
         EXPECT_EQ(noArchiveFile, elementAt(0).archiveFileIndex) << row.situation;
         EXPECT_FALSE(elementAt(0).upToDate) << row.situation;
     }
-    EXPECT_EQ("", messages());
 }
 
 TEST_F(ElementRules, AnFpgaElementThatAnEntryClaimsIsNeverDisabled) {
-    options().verbose = true;
     archiveHas({"'boardType': 'FPGA_TP1', 'id': 1, 'boardId': 2"});
     targetHas(element("FPGA_TP1", 1).boardId(2));
     plan();
     EXPECT_FALSE(elementAt(0).disabled);
-    EXPECT_EQ("The update process takes 1 phases!\n", messages());
 }
 
 TEST_F(ElementRules, OtherPropertiesDoNotKeepTheElementEnabled) {
     targetHas(element("FPGA_TP1", 1).invalid().inactive().variant("V").boardId(1).hardware(withQb5150).checksum(1));
     plan();
     EXPECT_TRUE(elementAt(0).disabled);
-}
-
-TEST_F(ElementRules, TheVerboseOptionTellsWhichElementsWereDisabled) {
-    options().verbose = true;
-    targetHas(element("FPGA_TP1", 1).shownAs("Carrier, SN 5, FPGA"));
-    targetHas(element("FPGA_TP1", 1).software(withQb5170).shownAs("not this one"));
-    targetHas(element("FPGA_TP1", 1).shownAs("\xC3\x84, 100 %s"));
-    plan();
-    EXPECT_EQ("Update element \"Carrier, SN 5, FPGA\" has been disabled, because no QB5150 or QB5170 has been "
-              "detected.\n"
-              "Update element \"\xC3\x84, 100 %s\" has been disabled, because no QB5150 or QB5170 has been detected.\n"
-              "The update process takes 0 phases!\n",
-              messages());
-}
-
-TEST_F(ElementRules, AnElementThatIsDisabledAlreadyIsToldOfToo) {
-    options().verbose = true;
-    targetHas(element("FPGA_TP1", 1).disabled().shownAs("custom"));
-    plan();
-    EXPECT_EQ("Update element \"custom\" has been disabled, because no QB5150 or QB5170 has been detected.\n"
-              "The update process takes 0 phases!\n",
-              messages());
-}
-
-TEST_F(ElementRules, ADisabledFpgaElementIsNotListedAsUnsupported) {
-    targetHas(element("FPGA_TP1", 1).shownAs("without carrier"));
-    targetHas(element("FPGA_TP1", 1).software(withQb5150).shownAs("with carrier"));
-    plan();
-    EXPECT_EQ("\nUnsupported update elements (will be ignored):\n        with carrier\n\n",
-              printed([this] { planner().printUnsupportedElements(); }));
 }

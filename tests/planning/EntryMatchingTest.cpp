@@ -1,6 +1,6 @@
+#include "ElementIndex.h"
 #include "EntryMatching.h"
 #include "PlanningBuilders.h"
-#include "UnmatchedElements.h"
 
 #include <gtest/gtest.h>
 
@@ -19,14 +19,15 @@ bool matches(const std::string& entry, const ElementBuilder& builder) {
     std::vector<KvTArchiveFile> files = filesOf({entry});
     KvCString targetPath;
     const bool result = matchesFile(builder.build(), files.at(0), targetPath);
-    std::list<KvTUpdateElement> elements{builder.build()};
-    EXPECT_EQ(result ? 1U : 0U, UnmatchedElements(elements).take(files.at(0)).size()) << entry;
+    const std::list<KvTUpdateElement> elements{builder.build()};
+    ElementIndex index(elements);
+    EXPECT_EQ(result ? 1U : 0U, takeMatching(index, files.at(0)).size()) << entry;
     return result;
 }
 
 KvEMatchTest failingTest(const std::string& entry, const ElementBuilder& builder) {
     const KvTArchiveFile file = fileOf(entry);
-    return firstFailingTest(builder.build(), selectionsOf(file).at(0));
+    return firstFailingTest(builder.build(), file.selections.at(0));
 }
 
 /// The numbers from 0 that match the entry as the property that `set` gives the element.
@@ -98,8 +99,7 @@ TEST(BoardSelection, AnEmptyArrayOfBoardTypesMatchesNoElement) {
 }
 
 TEST(BoardSelection, ADescriptionWithoutBoardTypeMatchesNoElement) {
-    KvTArchiveFile file;
-    file.description = KvNJson::json::parse(R"({"id": 1})");
+    const KvTArchiveFile file = makeArchiveFile(KvNJson::json::parse(R"({"id": 1})"), 0, KvCVersion());
     KvCString targetPath;
     EXPECT_FALSE(matchesFile(element("", 1).build(), file, targetPath));
     EXPECT_FALSE(matchesFile(element("X", 1).build(), file, targetPath));

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -12,7 +13,7 @@ namespace {
 /// The values that an element is compared with by, and the names that the rows below give them.
 struct ElementValue {
     const char* name;
-    KvTElementValue value;
+    KvTComparedValue value;
 };
 
 const std::array elementValues = {ElementValue{"null", {}},
@@ -22,9 +23,9 @@ const std::array elementValues = {ElementValue{"null", {}},
                                   ElementValue{"empty text", ""},
                                   ElementValue{"text 1", "1"},
                                   ElementValue{"text null", "null"},
-                                  ElementValue{"number 0", std::uint32_t{0}},
-                                  ElementValue{"number 1", std::uint32_t{1}},
-                                  ElementValue{"number 4294967295", std::uint32_t{0xFFFFFFFF}}};
+                                  ElementValue{"number 0", std::uint64_t{0}},
+                                  ElementValue{"number 1", std::uint64_t{1}},
+                                  ElementValue{"number 4294967295", std::uint64_t{0xFFFFFFFF}}};
 
 /// A value of a description and the names of all element values that match it.
 struct Row {
@@ -37,7 +38,7 @@ std::vector<std::string> matchingValues(const char* archiveValue) {
     EXPECT_FALSE(value.is_invalid()) << archiveValue;
     std::vector<std::string> names;
     for (const ElementValue& element : elementValues) {
-        if (matchesValue(value.view(), element.value)) {
+        if (matchesValue(KvTAllowedValues(value.view(), false, KvEAbsentValue::none), element.value)) {
             names.emplace_back(element.name);
         }
     }
@@ -109,8 +110,10 @@ TEST(MatchesValue, AnArrayInAnArrayMatchesNothing) {
     expectRows({{R"([["A"]])", {}}, {"[[null], [0]]", {}}, {R"([[1], 1])", {"number 1"}}, {"[[]]", {}}});
 }
 
-TEST(MatchesValue, AMissingValueMatchesNothing) {
+TEST(MatchesValue, AMissingValueStandsForThatOfAnElementWithoutTheProperty) {
     for (const ElementValue& element : elementValues) {
-        EXPECT_FALSE(matchesValue(KvNJson::jsonView(), element.value)) << element.name;
+        const std::string_view name = element.name;
+        EXPECT_EQ(name == "null", matchesValue(KvTAllowedValues(KvEAbsentValue::none), element.value)) << name;
+        EXPECT_EQ(name == "number 0", matchesValue(KvTAllowedValues(KvEAbsentValue::zero), element.value)) << name;
     }
 }

@@ -63,7 +63,7 @@ bool valueMatches(jsonView archiveValue, const json& elementValue) {
 }
 
 bool entryMatches(const KvTUpdateElement& element, const KvTArchiveFile& file, std::string& targetPath) {
-    const jsonView entry = file.description.view();
+    const jsonView entry = file.description->view();
     const jsonView board = selectedBoard(entry, json(element.boardType));
     if (!board.is_valid()) {
         return false;

@@ -14,7 +14,7 @@ protected:
     /// What the planner's decisions look like to clients.
     KvTPlan planValue() {
         plan();
-        return makePlan(planner().archive(), planner().inventory(), "127.0.0.1", planner().phaseCount(), options());
+        return makePlan(archive(), inventory(), "127.0.0.1", planner().phaseCount(), options());
     }
 };
 
@@ -97,7 +97,7 @@ TEST_F(PlanValue, OnlyElementsThatAreUpdatedHaveAPhase) {
 
 TEST_F(PlanValue, AListOfElementsHasNoDecisions) {
     targetHas(element("X", 1).shownAs("One"));
-    const KvTPlan value = makeElementList(planner().inventory(), "127.0.0.1");
+    const KvTPlan value = makeElementList(inventory(), "127.0.0.1");
     ASSERT_EQ(1U, value.elements.size());
     EXPECT_EQ("One", value.elements[0].displayName);
     EXPECT_FALSE(value.archive.has_value());

@@ -48,7 +48,7 @@ std::vector<KvTArchiveFile> filesOf(const std::vector<std::string>& entries) {
     KvCFirmwareArchive archive(writer, options);
     readEntries(archive, writer, entries);
     EXPECT_EQ(entries.size(), archive.files().size());
-    return std::move(archive.files());
+    return archive.files();
 }
 
 KvTArchiveFile fileOf(const std::string& members) {
@@ -133,6 +133,11 @@ ElementBuilder& ElementBuilder::inactive() {
 
 ElementBuilder& ElementBuilder::disabled() {
     element_.disabled = true;
+    return *this;
+}
+
+ElementBuilder& ElementBuilder::custom() {
+    element_.custom = 1;
     return *this;
 }
 

@@ -38,6 +38,7 @@ public:
     ElementBuilder& invalid();
     ElementBuilder& inactive();
     ElementBuilder& disabled();
+    ElementBuilder& custom();
 
     [[nodiscard]] const KvTUpdateElement& build() const { return element_; }
 

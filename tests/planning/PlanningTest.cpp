@@ -8,14 +8,9 @@
 #include <memory>
 
 void PlanningTest::TearDown() {
-    inventory_.elements().clear();
+    inventory_.clear();
     EXPECT_TRUE(KvEmulation::ledger().isClean());
     EXPECT_EQ(0U, KvCErrorManager::getInstance()->getMasterErrorList().getErrorCount());
-}
-
-void PlanningTest::targetHas(const ElementBuilder& element) {
-    KvTUpdateElement& added = inventory_.elements().emplace_back(element.build());
-    added.index = static_cast<std::uint32_t>(inventory_.elements().size() - 1);
 }
 
 void PlanningTest::targetTakesFiles(const KvTUpdateElement& fileSystemTemplate) {

@@ -122,9 +122,9 @@ TEST_F(UpdateDecision, EverySituationIsDecidedByTheRules) {
         options().forceUpdate = (set & 1U) != 0;
         options().configurationElements = (set & 2U) != 0;
         archiveHas(entries);
-        elements().clear();
+        forgetTarget();
         for (std::uint32_t number = 0; number < situations.size(); ++number) {
-            elements().push_back(elementOf(situations[number], number));
+            targetHas(elementOf(situations[number], number));
         }
         plan();
         std::uint32_t number = 0;

@@ -66,14 +66,14 @@ protected:
     static KvCErrorListPool& errors() { return KvCErrorManager::getInstance()->getMasterErrorList(); }
     bool resolve(const wchar_t* target) {
         options_.target = target;
-        return access_.resolveTarget(errors());
+        return access_.resolveTarget();
     }
     [[nodiscard]] const KvCTargetAccess& access() const { return access_; }
 
 private:
     KeptMessages messages_;
     KvNReflasher::KvTOptions options_{};
-    KvCTargetAccess access_{messages_.writer(), options_};
+    KvCTargetAccess access_{messages_.writer(), options_, errors()};
 };
 
 TEST_F(AddressTextTest, ATextIsWrittenIntoAZeroedBufferOf256Characters) {

@@ -28,7 +28,7 @@ protected:
         service().forget();
         errors().reset();
         options_.target = L"10.0.0.7";
-        ASSERT_TRUE(access_.resolveTarget(errors()));
+        ASSERT_TRUE(access_.resolveTarget());
     }
     void TearDown() override {
         EXPECT_THAT(service().held(), IsEmpty());
@@ -56,7 +56,7 @@ protected:
 
     KeptMessages messages_;
     KvNReflasher::KvTOptions options_{};
-    KvCTargetAccess access_{messages_.writer(), options_};
+    KvCTargetAccess access_{messages_.writer(), options_, errors()};
 };
 
 TEST_F(DeviceLookupCallsTest, ADeviceIsFoundWithTheseCallsInThisOrder) {
@@ -74,7 +74,7 @@ TEST_F(DeviceLookupCallsTest, ADeviceIsFoundWithTheseCallsInThisOrder) {
 }
 
 TEST_F(DeviceLookupCallsTest, WithoutAnAddressThereIsNoDevice) {
-    const KvCTargetAccess unresolved(messages_.writer(), options_);
+    const KvCTargetAccess unresolved(messages_.writer(), options_, errors());
     EXPECT_EQ(failingLookup(unresolved), -1);
     EXPECT_THAT(service().calls(), ElementsAre("createFilter(1)", "setFilterParameter(filter1, 8, 1)",
                                                "setFilterParameter(filter1, 9, 0)", "deleteFilter(filter1)"));
@@ -167,7 +167,7 @@ TEST_F(DeviceLookupCallsTest, AListOf1000DevicesOrMoreIsNotFetched) {
 
 TEST_F(DeviceLookupCallsTest, TheCheckShowsTheStatusOfAListThatIsNotFetched) {
     service().answer("getDeviceList", {.status = bufferTooSmall, .addsError = true, .count = 1000});
-    EXPECT_FALSE(access().checkTargetAccessible(errors()));
+    EXPECT_FALSE(access().checkTargetAccessible());
     EXPECT_EQ(messages(), L"ERROR: Device with IP address 10.0.0.7 not found (error code: 21)!\n");
 }
 
@@ -244,7 +244,7 @@ TEST_F(DeviceLookupCallsTest, OnlyStatusesCountInTheLookup) {
 }
 
 TEST_F(DeviceLookupCallsTest, TheCheckGivesTheHandleBackAtOnce) {
-    EXPECT_TRUE(access().checkTargetAccessible(errors()));
+    EXPECT_TRUE(access().checkTargetAccessible());
     EXPECT_EQ(service().calls().back(), "deleteDeviceHandle(device1)");
     EXPECT_THAT(service().errorLists(), testing::Each(&errors()));
     EXPECT_EQ(messages(), L"");
@@ -252,19 +252,19 @@ TEST_F(DeviceLookupCallsTest, TheCheckGivesTheHandleBackAtOnce) {
 
 TEST_F(DeviceLookupCallsTest, TheCheckDoesNotMindAHandleThatCannotBeGivenBack) {
     service().answer("deleteDeviceHandle", {.status = 7, .addsError = true});
-    EXPECT_TRUE(access().checkTargetAccessible(errors()));
+    EXPECT_TRUE(access().checkTargetAccessible());
     EXPECT_EQ(errors().getErrorCount(), 1U);
     EXPECT_EQ(messages(), L"");
 }
 
 TEST_F(DeviceLookupCallsTest, TheCheckFailsWithoutAHandle) {
     service().answer("createDeviceHandle", {.leavesHandle = true});
-    EXPECT_FALSE(access().checkTargetAccessible(errors()));
+    EXPECT_FALSE(access().checkTargetAccessible());
     EXPECT_EQ(messages(), L"ERROR: Device with IP address 10.0.0.7 not found (error code: 0)!\n");
 }
 
 TEST_F(DeviceLookupCallsTest, ARebootResetsTheDeviceAndGivesTheHandleBack) {
-    EXPECT_TRUE(access().rebootDevice(errors()));
+    EXPECT_TRUE(access().rebootDevice());
     const std::vector<std::string>& calls = service().calls();
     ASSERT_EQ(calls.size(), 11U);
     EXPECT_EQ(calls[9], "FORCE_resetDevice(device1, 0)");
@@ -275,20 +275,20 @@ TEST_F(DeviceLookupCallsTest, ARebootResetsTheDeviceAndGivesTheHandleBack) {
 
 TEST_F(DeviceLookupCallsTest, ARebootIsJudgedByTheStatusOfTheReset) {
     service().answer("FORCE_resetDevice", {.addsError = true});
-    EXPECT_TRUE(access().rebootDevice(errors()));
+    EXPECT_TRUE(access().rebootDevice());
     EXPECT_EQ(errors().getErrorCount(), 1U);
     EXPECT_EQ(messages(), L"");
 }
 
 TEST_F(DeviceLookupCallsTest, ARebootWithoutAHandleIsNotTried) {
     service().answer("createDeviceHandle", {.leavesHandle = true});
-    EXPECT_FALSE(access().rebootDevice(errors()));
+    EXPECT_FALSE(access().rebootDevice());
     EXPECT_EQ(service().operations().back(), "createDeviceHandle");
     EXPECT_EQ(messages(), L"ERROR: Cannot access device with IP address 10.0.0.7 (error code: 0)!\n");
 }
 
 TEST_F(DeviceLookupCallsTest, ARebootSucceedsEvenWhenTheHandleCannotBeGivenBack) {
     service().answer("deleteDeviceHandle", {.status = 7, .addsError = true});
-    EXPECT_TRUE(access().rebootDevice(errors()));
+    EXPECT_TRUE(access().rebootDevice());
     EXPECT_EQ(messages(), L"");
 }

@@ -93,7 +93,7 @@ TEST_F(DeviceLookupTest, NoDeviceAtTheAddressIsNotFound) {
     serve();
     expectFailure(-1);
     EXPECT_EQ(errors().getErrorCount(), 0U);
-    EXPECT_FALSE(access.checkTargetAccessible(errors()));
+    EXPECT_FALSE(access.checkTargetAccessible());
     EXPECT_EQ(printed(), L"ERROR: Device with IP address 127.0.0.1 not found (error code: -1)!\n");
 }
 
@@ -102,21 +102,21 @@ TEST_F(DeviceLookupTest, TwoDevicesAtTheAddressAreNotFound) {
     serve();
     expectFailure(-1);
     EXPECT_EQ(errors().getErrorCount(), 0U);
-    EXPECT_FALSE(access.checkTargetAccessible(errors()));
+    EXPECT_FALSE(access.checkTargetAccessible());
     EXPECT_EQ(printed(), L"ERROR: Device with IP address 127.0.0.1 not found (error code: -1)!\n");
 }
 
 TEST_F(DeviceLookupTest, TheCheckSucceedsInSilence) {
     options.verbose = true;
     serve();
-    EXPECT_TRUE(access.checkTargetAccessible(errors()));
+    EXPECT_TRUE(access.checkTargetAccessible());
     EXPECT_EQ(printed(), L"");
     EXPECT_EQ(errors().getErrorCount(), 0U);
 }
 
 TEST_F(DeviceLookupTest, WithoutAServiceTheCheckSaysSo) {
     expectFailure(33);
-    EXPECT_FALSE(access.checkTargetAccessible(errors()));
+    EXPECT_FALSE(access.checkTargetAccessible());
     EXPECT_EQ(printed(), unreachableMessage);
     EXPECT_EQ(errors().getErrorCount(), 0U);
 }
@@ -125,7 +125,7 @@ TEST_F(DeviceLookupTest, AnOutdatedServiceIsToldByTheCheck) {
     target.serviceStatus(46);
     serve();
     expectFailure(46);
-    EXPECT_FALSE(access.checkTargetAccessible(errors()));
+    EXPECT_FALSE(access.checkTargetAccessible());
     EXPECT_EQ(printed(), outdatedMessage);
 }
 
@@ -141,7 +141,7 @@ TEST_F(DeviceLookupTest, TheTwoStatusesHaveTheirMessagesWhereverTheyArise) {
             TargetBuilder faulty;
             faulty.add(faultAt(call).status(row.status));
             static_cast<void>(faulty.serve());
-            EXPECT_FALSE(access.checkTargetAccessible(errors()));
+            EXPECT_FALSE(access.checkTargetAccessible());
             EXPECT_EQ(printed(), row.message) << call.operation;
         }
     }
@@ -162,7 +162,7 @@ TEST_F(DeviceLookupTest, AnyOtherStatusIsShownByTheCheck) {
         TargetBuilder faulty;
         faulty.serviceStatus(row.status);
         static_cast<void>(faulty.serve());
-        EXPECT_FALSE(access.checkTargetAccessible(errors()));
+        EXPECT_FALSE(access.checkTargetAccessible());
         EXPECT_EQ(printed(), row.message);
     }
 }
@@ -172,7 +172,7 @@ using DeviceRebootTest = DeviceLookupTest;
 TEST_F(DeviceRebootTest, TheTargetIsReset) {
     target.rebootLookups(2);
     serve();
-    EXPECT_TRUE(access.rebootDevice(errors()));
+    EXPECT_TRUE(access.rebootDevice());
     EXPECT_EQ(printed(), L"");
     EXPECT_EQ(lookUp().status, -1);
     EXPECT_EQ(lookUp().status, -1);
@@ -181,7 +181,7 @@ TEST_F(DeviceRebootTest, TheTargetIsReset) {
 
 TEST_F(DeviceRebootTest, AFailingResetShowsTheStatusOfTheLookup) {
     serveWith(fault("KvHIM_FORCE_resetDevice").status(5));
-    EXPECT_FALSE(access.rebootDevice(errors()));
+    EXPECT_FALSE(access.rebootDevice());
     EXPECT_EQ(printed(), L"ERROR: Cannot reboot device with IP address 127.0.0.1 (error code: 0)!\n");
     EXPECT_EQ(errors().getErrorCount(), 1U);
 }
@@ -191,10 +191,10 @@ TEST_F(DeviceRebootTest, AFailingResetIsToldBeforeTheHandleIsGivenBack) {
     KvTCallbacks callbacks;
     callbacks.message = SessionLog::onMessage;
     const KvCConsoleWriter writer(callbacks);
-    KvCTargetAccess logged(writer, options);
-    ASSERT_TRUE(logged.resolveTarget(errors()));
+    KvCTargetAccess logged(writer, options, errors());
+    ASSERT_TRUE(logged.resolveTarget());
     serveWith(fault("KvHIM_FORCE_resetDevice").status(5));
-    EXPECT_FALSE(logged.rebootDevice(errors()));
+    EXPECT_FALSE(logged.rebootDevice());
     const std::vector<std::string> events = log.events();
     ASSERT_GT(events.size(), 3U);
     EXPECT_THAT(std::vector(events.end() - 3, events.end()),
@@ -206,7 +206,7 @@ TEST_F(DeviceRebootTest, AFailingResetIsToldBeforeTheHandleIsGivenBack) {
 TEST_F(DeviceRebootTest, ATargetThatCannotBeFoundIsNotReset) {
     target.address("127.0.0.2").rebootLookups(1);
     serve();
-    EXPECT_FALSE(access.rebootDevice(errors()));
+    EXPECT_FALSE(access.rebootDevice());
     EXPECT_EQ(printed(), L"ERROR: Cannot access device with IP address 127.0.0.1 (error code: -1)!\n");
     EXPECT_FALSE(target.folder().has("state"));
 }
@@ -219,7 +219,7 @@ TEST_F(DeviceRebootTest, AFaultOfTheLookupIsShownAndNothingIsReset) {
             TargetBuilder faulty;
             faulty.add(faultAt(call).status(status));
             static_cast<void>(faulty.serve());
-            EXPECT_FALSE(access.rebootDevice(errors()));
+            EXPECT_FALSE(access.rebootDevice());
             EXPECT_EQ(printed(), L"ERROR: Cannot access device with IP address 127.0.0.1 (error code: " +
                                      std::to_wstring(status) + L")!\n");
             EXPECT_TRUE(KvEmulation::ledger().isClean());

@@ -85,7 +85,7 @@ protected:
     ScratchFolder archive_;
     KeptMessages printed_;
     KvNReflasher::KvTOptions options_{};
-    KvCTargetAccess access_{printed_.writer(), options_};
+    KvCTargetAccess access_{printed_.writer(), options_, errors()};
     std::optional<KvCDirectFileWriter> writer_;
     std::vector<std::wstring> messages_;
 };

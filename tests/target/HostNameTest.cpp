@@ -37,7 +37,7 @@ protected:
 
     bool resolve(const std::wstring& target) {
         options_.target = target;
-        return access_.resolveTarget(errors());
+        return access_.resolveTarget();
     }
     [[nodiscard]] std::string address() const { return access_.ipAddress().c_str(); }
     void beVerbose() { options_.verbose = true; }
@@ -46,7 +46,7 @@ protected:
 private:
     KeptMessages messages_;
     KvNReflasher::KvTOptions options_{};
-    KvCTargetAccess access_{messages_.writer(), options_};
+    KvCTargetAccess access_{messages_.writer(), options_, errors()};
 };
 
 TEST_F(HostNameTest, ANameGivesTheDottedTextOfItsAddress) {
@@ -81,8 +81,8 @@ TEST_F(HostNameTest, ANameThatCannotBeResolvedIsToldBeforeTheSocketServiceIsStop
     KvNReflasher::KvTOptions options{};
     options.target = L"nowhere";
     options.verbose = true;
-    KvCTargetAccess access(writer, options);
-    EXPECT_FALSE(access.resolveTarget(errors()));
+    KvCTargetAccess access(writer, options, errors());
+    EXPECT_FALSE(access.resolveTarget());
     EXPECT_THAT(network().calls,
                 ElementsAre("start", "resolve nowhere", "ERROR: Hostname cannot be resolved!\\n", "stop"));
 }

@@ -9,7 +9,7 @@ TargetTest::TargetTest() {
 
 void TargetTest::SetUp() {
     KvEmulation::reset();
-    ASSERT_TRUE(access.resolveTarget(errors()));
+    ASSERT_TRUE(access.resolveTarget());
 }
 
 void TargetTest::TearDown() {

@@ -32,5 +32,5 @@ protected:
     TargetBuilder target;
     KvNReflasher::KvTOptions options{};
     KeptMessages messages;
-    KvCTargetAccess access{messages.writer(), options};
+    KvCTargetAccess access{messages.writer(), options, errors()};
 };

@@ -40,14 +40,14 @@ KvTLook lookAtTarget(const KvTOptions& options, const KvTPlan& plan) {
     const KvTOptions lookOptions = optionsOfLook(options);
     const OwnedErrorList errors = OwnedErrorList::create();
     const MessageCapture messages;
-    KvCPreparation target(messages.writer(), lookOptions);
+    KvCPreparation target(messages.writer(), lookOptions, *errors);
     KvTLook look;
-    look.succeeded = target.connect(*errors);
+    look.succeeded = target.connect();
     look.message = target.verdict().message;
     if (look.succeeded) {
         takeDown(target.inventory(), plan, look);
     }
-    target.inventory().release(*errors);
+    target.inventory().release();
     look.errors = errorEntriesOf(*errors);
     return look;
 }

@@ -1,4 +1,4 @@
-#include "TextConversions.h"
+#include "KvCStringConversion.h"
 
 #include <gtest/gtest.h>
 

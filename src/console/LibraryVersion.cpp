@@ -1,4 +1,4 @@
-#include "ToolVersion.h"
+#include "LibraryVersion.h"
 
 #include "ModuleVersion.h"
 

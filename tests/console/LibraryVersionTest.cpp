@@ -1,4 +1,4 @@
-#include "ToolVersion.h"
+#include "LibraryVersion.h"
 
 #include <gtest/gtest.h>
 

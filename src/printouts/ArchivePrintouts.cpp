@@ -1,3 +1,5 @@
+#include "ArchivePrintouts.h"
+
 #include "BlockPrinter.h"
 #include "EntryProperties.h"
 #include "KvCConsoleWriter.h"
@@ -13,58 +15,43 @@ namespace {
 using KvNJson::json;
 using KvNJson::jsonView;
 
-/// The texts of a board type value, joined by commas.
-std::string boardTypes(jsonView value) {
+/// The board types of a selection as they are written, joined by commas.
+std::string boardTypesText(const KvTEntrySelection& selection) {
     std::string text;
     const char* separator = "";
-    forEachScalar(value, [&](jsonView boardType) {
+    forEachScalar(selection.writtenBoardTypes, [&](jsonView boardType) {
         text.append(separator).append(boardType.get_string());
         separator = ",";
     });
     return text;
 }
 
-/// The identifier or target path of an object; false when it has neither.
-bool addressOf(const EntryProperties& properties, std::string& text) {
-    if (const jsonView id = properties[KvEProperty::id]; id.is_valid()) {
-        text = KvCString(static_cast<std::uint32_t>(id.get_unsigned())).view();
-        return true;
-    }
-    if (const jsonView path = properties[KvEProperty::targetPath]; path.is_valid()) {
-        text = path.get_string();
-        return true;
-    }
-    return false;
+std::string addressText(const KvTEntryAddress& address) {
+    return address.id ? std::to_string(*address.id) : std::string(address.targetPath.value_or(""));
 }
 
-/// The cells of an entry that tell what it is for.
+/// The cells that show what an entry is for.
 struct EntryCells {
     std::string boardType;
     std::string address;
 };
 
-void addBoard(EntryCells& cells, const EntryProperties& board) {
-    const std::string types = boardTypes(board[KvEProperty::boardType]);
+void addSelection(EntryCells& cells, const KvTEntrySelection& selection) {
+    const std::string types = boardTypesText(selection);
     cells.boardType.append(cells.boardType.empty() ? "" : ",").append(types);
-    std::string address;
-    if (addressOf(board, address)) {
-        cells.address.append(cells.address.empty() ? "" : ", ").append(types).append(": ").append(address);
+    if (!selection.isAddressShared) {
+        cells.address.append(cells.address.empty() ? "" : ", ").append(types).append(": ");
+        cells.address.append(addressText(selection.address));
     }
 }
 
 EntryCells entryCells(const KvTArchiveFile& file) {
-    const EntryProperties entry(file.description.view());
     EntryCells cells;
-    if (const jsonView boards = entry[KvEProperty::boards]; boards.is_valid()) {
-        for (std::size_t index = 0; index < boards.size(); ++index) {
-            addBoard(cells, EntryProperties(boards.at(index)));
-        }
-    } else {
-        cells.boardType = boardTypes(entry[KvEProperty::boardType]);
+    for (const KvTEntrySelection& selection : file.selections) {
+        addSelection(cells, selection);
     }
-    std::string address;
-    if (addressOf(entry, address)) {
-        cells.address.append(cells.address.empty() ? "" : ", others: ").append(address);
+    if (file.address.isGiven()) {
+        cells.address.append(cells.address.empty() ? "" : ", others: ").append(addressText(file.address));
     }
     return cells;
 }
@@ -106,11 +93,11 @@ std::string dumped(const json& value) {
 
 /// The entry as it was read, with its checksum.
 std::string dumpedEntry(const KvTArchiveFile& file) {
-    const jsonView read = file.description.view().find(propertyKey(KvEProperty::checksumCrc32));
+    const jsonView read = file.description->view().find(propertyKey(KvEProperty::checksumCrc32));
     if (file.checksumCrc32 == unknownValue || (read.is_valid() && read.get_unsigned() == file.checksumCrc32)) {
-        return dumped(file.description);
+        return dumped(*file.description);
     }
-    json entry = file.description;
+    json entry = *file.description;
     entry.set(propertyKey(KvEProperty::checksumCrc32), file.checksumCrc32);
     return dumped(entry);
 }
@@ -131,19 +118,19 @@ void appendIndented(std::string& text, std::string_view lines, std::size_t level
 
 } // namespace
 
-void KvCFirmwareArchive::printArchiveContent() const {
+void printArchiveContent(const KvCConsoleWriter& writer, const KvCFirmwareArchive& archive) {
     KvTTable table = {{"BoardType", "File", "Version", "Checksum", "Id/TargetPath"}};
-    table.reserve(files_.size() + 1);
-    for (const KvTArchiveFile& file : files_) {
+    table.reserve(archive.files().size() + 1);
+    for (const KvTArchiveFile& file : archive.files()) {
         table.push_back(contentRow(file));
     }
-    printTable(writer_, table);
+    printTable(writer, table);
 }
 
-void KvCFirmwareArchive::printArchiveVersion() const {
-    const KvCVersion& version = info_.archiveVersion;
+void printArchiveVersion(const KvCConsoleWriter& writer, const KvCFirmwareArchive& archive) {
+    const KvCVersion& version = archive.info().archiveVersion;
     if (version.getMai() != 0) {
-        writer_.print(L"%hs\n", version.getAsString().c_str());
+        writer.print(L"%hs\n", version.getAsString().c_str());
         return;
     }
     const KvCVersion shown(version.getMar(), version.getMir(), maintenancePlaceholder, version.getSpb(),
@@ -152,30 +139,30 @@ void KvCFirmwareArchive::printArchiveVersion() const {
     const std::size_t firstDot = text.find('.');
     if (firstDot == std::string::npos) {
         // A version of an unknown build is shown as a number, which has no place for the component.
-        writer_.print(L"%hs\n", version.getAsString().c_str());
+        writer.print(L"%hs\n", version.getAsString().c_str());
         return;
     }
     const std::size_t secondDot = text.find('.', firstDot + 1);
     text[secondDot + 1] = '0';
-    writer_.print(L"%hs\n", text.c_str());
+    writer.print(L"%hs\n", text.c_str());
 }
 
 // The text is that of one document which holds copies of all entries; it is put together from theirs. A client parses
 // what one call of its message callback brings.
-void KvCFirmwareArchive::dumpDescription() const {
-    BlockPrinter printer(writer_, writer_.hasReceiver() ? BlockPrinter::wholeText : BlockPrinter::blockSize);
+void dumpDescription(const KvCConsoleWriter& writer, const KvCFirmwareArchive& archive) {
+    BlockPrinter printer(writer, writer.hasReceiver() ? BlockPrinter::wholeText : BlockPrinter::blockSize);
     printer.text().append("{\n    \"info\": ");
-    appendIndented(printer.text(), dumped(describedInfo(info_)), 1);
+    appendIndented(printer.text(), dumped(describedInfo(archive.info())), 1);
     printer.text() += ',';
     printer.endLine();
-    printer.text().append("    \"files\": ").append(files_.empty() ? "null" : "[");
-    for (const KvTArchiveFile& file : files_) {
-        printer.text().append(&file == &files_.front() ? "" : ",");
+    printer.text().append("    \"files\": ").append(archive.files().empty() ? "null" : "[");
+    for (const KvTArchiveFile& file : archive.files()) {
+        printer.text().append(&file == &archive.files().front() ? "" : ",");
         printer.endLine();
         printer.text().append(indentation * 2, ' ');
         appendIndented(printer.text(), dumpedEntry(file), 2);
     }
-    if (!files_.empty()) {
+    if (!archive.files().empty()) {
         printer.endLine();
         printer.text().append("    ]");
     }

@@ -2,9 +2,10 @@
 
 #include "ErrorReport.h"
 #include "KvCConsoleWriter.h"
+#include "PlanTables.h"
 #include "PlanValue.h"
-#include "TextConversions.h"
-#include "ToolVersion.h"
+#include "KvCStringConversion.h"
+#include "LibraryVersion.h"
 
 #include <utility>
 
@@ -32,7 +33,6 @@ bool needsPlan(std::uint32_t mode) {
 } // namespace
 
 KvEPrepareStatus KvCPreparation::prepare() {
-    KvCErrorListPool& errors = KvCErrorManager::getInstance()->getMasterErrorList();
     // What an earlier preparation has left refers to an archive that is read anew.
     stage_ = KvEStage::created;
     verdict_ = {};
@@ -40,10 +40,10 @@ KvEPrepareStatus KvCPreparation::prepare() {
     if (needsBanner(options_.mode)) {
         printBanner();
     }
-    if (needsArchive(options_.mode) && !readArchive(errors)) {
+    if (needsArchive(options_.mode) && !readArchive()) {
         return prepareFailed;
     }
-    if (needsTarget(options_.mode) && !prepareTarget(errors)) {
+    if (needsTarget(options_.mode) && !prepareTarget()) {
         return prepareFailed;
     }
     if (options_.mode == performUpdate && !checkSupport()) {
@@ -64,21 +64,21 @@ bool KvCPreparation::refuse(KvEFailure failure, std::string message) {
     return false;
 }
 
-bool KvCPreparation::readArchive(KvCErrorListPool& errors) {
-    if (!archive_.readArchive(errors)) {
-        writer_.print(L"ERROR: Failed to read firmware archive.\n");
+bool KvCPreparation::readArchive() {
+    if (!archive_.readArchiveOrReport()) {
         return refuse(KvEFailure::archive, archive_.refusal());
     }
     stage_ = KvEStage::archiveRead;
     return true;
 }
 
-bool KvCPreparation::prepareTarget(KvCErrorListPool& errors) {
-    if (!connect(errors)) {
+bool KvCPreparation::prepareTarget() {
+    if (!connect()) {
         return false;
     }
     if (needsPlan(options_.mode)) {
         planner_.plan();
+        printPlanNotes(writer_, options_, inventory_, planner_.phaseCount());
         plan_ = makePlan(archive_, inventory_, targetAccess_.ipAddress(), planner_.phaseCount(), options_);
     } else {
         plan_ = makeElementList(inventory_, targetAccess_.ipAddress());
@@ -91,23 +91,23 @@ void KvCPreparation::printBanner() const {
                   getToolVersion().getAsString().c_str());
 }
 
-bool KvCPreparation::connect(KvCErrorListPool& errors) {
+bool KvCPreparation::connect() {
     if (options_.target.empty()) {
         writer_.print(L"ERROR: No IP address or hostname specified!\n");
         return refuse(KvEFailure::target, "no target was given");
     }
     const std::string target(toUtf8(options_.target).view());
-    if (!targetAccess_.resolveTarget(errors)) {
+    if (!targetAccess_.resolveTarget()) {
         writer_.print(L"ERROR: Invalid IP address or hostname (%s)!\n", options_.target.c_str());
         return refuse(KvEFailure::target, "'" + target + "' is not an IPv4 address or a known host name");
     }
-    if (!targetAccess_.checkTargetAccessible(errors)) {
+    if (!targetAccess_.checkTargetAccessible()) {
         writer_.print(L"ERROR: The target system is inaccessible!\n");
-        printErrorReport(writer_, options_, errors, reportIndentation);
+        printErrorReport(writer_, options_, errors_, reportIndentation);
         return refuse(KvEFailure::target, "the target '" + target + "' is not accessible");
     }
     stage_ = KvEStage::targetFound;
-    if (!inventory_.scanInventory(errors, targetAccess_.ipAddress())) {
+    if (!inventory_.scanInventory(targetAccess_.ipAddress())) {
         writer_.print(L"ERROR: Cannot read target device information.\n\tPower-cycle the system and retry.\n\tIf the "
                       L"problem persists, contact Korvel support.\n");
         return refuse(KvEFailure::target, "the inventory of the target '" + target + "' cannot be read");
@@ -121,22 +121,19 @@ bool KvCPreparation::checkSupport() {
     if (plan_->supported) {
         return true;
     }
-    for (KvTUpdateElement& element : inventory_.elements()) {
-        element.disabled = true;
+    for (const KvTUpdateElement& element : inventory_.elements()) {
+        inventory_.planOf(element.index).disabled = true;
     }
     writer_.print(L"ERROR: The target system is not supported by this firmware archive.\n");
     return refuse(KvEFailure::unsupported, unsupportedMessage(*plan_));
 }
 
 void KvCPreparation::disableElement(std::uint32_t index) {
-    std::uint32_t position = 0;
-    for (KvTUpdateElement& element : inventory_.elements()) {
-        if (position++ == index) {
-            if (plan_) {
-                disable(plan_->elements[index]);
-            }
-            element.disabled = true;
-            return;
-        }
+    if (index >= inventory_.elements().size()) {
+        return;
     }
+    if (plan_) {
+        disable(plan_->elements[index]);
+    }
+    inventory_.planOf(index).disabled = true;
 }

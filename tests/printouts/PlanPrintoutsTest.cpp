@@ -1,6 +1,9 @@
+#include "PlanTables.h"
 #include "PlanningTest.h"
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -14,13 +17,16 @@ std::string rule(std::size_t length) {
 class PlanPrintouts : public PlanningTest {
 protected:
     [[nodiscard]] std::string planTable() {
-        return printed([this] { planner().printUpdatePlan(); });
+        return printed([this] { printUpdatePlan(writer(), archive(), inventory()); });
+    }
+    [[nodiscard]] std::string notes() {
+        return printed([this] { printPlanNotes(writer(), options(), inventory(), planner().phaseCount()); });
     }
     [[nodiscard]] std::string unsupported() {
-        return printed([this] { planner().printUnsupportedElements(); });
+        return printed([this] { printUnsupportedElements(writer(), inventory()); });
     }
     [[nodiscard]] std::string upToDate() {
-        return printed([this] { planner().printUpToDateElements(); });
+        return printed([this] { printUpToDateElements(writer(), options(), inventory()); });
     }
 };
 
@@ -90,7 +96,9 @@ TEST_F(PlanPrintouts, AnElementDisabledBeforeHasNoPhaseAndKeepsTheRest) {
 
 TEST_F(PlanPrintouts, AChecksumThatIsNotKnownIsPrintedAsItIs) {
     archiveHas({"'boardType': 'X', 'id': 1, 'version': '2.0'"});
-    files().front().checksumCrc32 = unknownValue;
+    std::vector<KvTArchiveFile> entries = files();
+    entries.front().checksumCrc32 = unknownValue;
+    archiveHasFiles(std::move(entries));
     targetHas(element("X", 1).checksum(0).shownAs("A"));
     targetHas(element("X", 1).checksum(unknownValue).shownAs("B"));
     targetHas(element("X", 1).shownAs("C"));
@@ -181,7 +189,7 @@ TEST_F(PlanPrintouts, WithoutUnsupportedElementsTheirListIsEmpty) {
     targetHas(element("X", 2).disabled());
     plan();
     EXPECT_EQ("", unsupported());
-    elements().clear();
+    forgetTarget();
     EXPECT_EQ("", unsupported());
 }
 
@@ -210,6 +218,14 @@ TEST_F(PlanPrintouts, TheListOfUnsupportedElementsKnowsNoOptions) {
     EXPECT_EQ("\nUnsupported update elements (will be ignored):\n        A\n\n", unsupported());
 }
 
+TEST_F(PlanPrintouts, ADisabledFpgaElementIsNotListedAsUnsupported) {
+    targetHas(element("FPGA_TP1", 1).shownAs("without carrier"));
+    targetHas(element("FPGA_TP1", 1).software(0x20100).shownAs("with carrier"));
+    plan();
+    EXPECT_EQ("\nUnsupported update elements (will be ignored):\n        with carrier\n\n",
+              unsupported());
+}
+
 // The list of elements that need no update.
 
 TEST_F(PlanPrintouts, WithoutUpToDateElementsTheirListIsEmpty) {
@@ -218,7 +234,7 @@ TEST_F(PlanPrintouts, WithoutUpToDateElementsTheirListIsEmpty) {
     targetHas(element("X", 2));
     plan();
     EXPECT_EQ("", upToDate());
-    elements().clear();
+    forgetTarget();
     EXPECT_EQ("", upToDate());
 }
 
@@ -251,6 +267,46 @@ TEST_F(PlanPrintouts, AForcedUpdateListsNoUpToDateElements) {
 
 TEST_F(PlanPrintouts, AnElementWithoutEntryIsNotListedAsUpToDate) {
     targetHas(element("X", 1));
-    elements().front().upToDate = true;
+    planOf(0).upToDate = true;
     EXPECT_EQ("", upToDate());
+}
+
+// The notes on a plan.
+
+TEST_F(PlanPrintouts, TheVerboseOptionNamesTheElementsThatWereDisabled) {
+    options().verbose = true;
+    targetHas(element("FPGA_TP1", 1).shownAs("Carrier, SN 5, FPGA"));
+    targetHas(element("FPGA_TP1", 1).software(0x30100).shownAs("not this one"));
+    targetHas(element("FPGA_TP1", 1).shownAs("\xC3\x84, 100 %s"));
+    plan();
+    EXPECT_EQ("Update element \"Carrier, SN 5, FPGA\" has been disabled, because no QB5150 or QB5170 has been "
+              "detected.\n"
+              "Update element \"\xC3\x84, 100 %s\" has been disabled, because no QB5150 or QB5170 has been detected.\n"
+              "The update process takes 0 phases!\n",
+              notes());
+}
+
+TEST_F(PlanPrintouts, AnElementThatWasDisabledBeforeIsNamedToo) {
+    options().verbose = true;
+    targetHas(element("FPGA_TP1", 1).disabled().shownAs("custom"));
+    plan();
+    EXPECT_EQ("Update element \"custom\" has been disabled, because no QB5150 or QB5170 has been detected.\n"
+              "The update process takes 0 phases!\n",
+              notes());
+}
+
+TEST_F(PlanPrintouts, TheVerboseOptionStatesTheNumberOfPhases) {
+    options().verbose = true;
+    EXPECT_EQ("The update process takes 0 phases!\n", notes());
+    archiveHas({"'boardType': 'X', 'id': 1", "'boardType': 'X', 'id': 2, 'sequence': 9"});
+    targetHas(element("X", 1));
+    targetHas(element("X", 2));
+    plan();
+    EXPECT_EQ("The update process takes 2 phases!\n", notes());
+}
+
+TEST_F(PlanPrintouts, NotesAreForTheVerboseOptionAlone) {
+    targetHas(element("FPGA_TP1", 1));
+    plan();
+    EXPECT_EQ("", notes());
 }

@@ -1,4 +1,5 @@
 #include "ArchiveFixture.h"
+#include "ArchivePrintouts.h"
 #include "BinaryFile.h"
 
 #include <string>
@@ -10,11 +11,11 @@ namespace {
 class ArchivePrintouts : public ArchiveTest {
 protected:
     std::string content() {
-        return printed([this] { archive().printArchiveContent(); });
+        return printed([this] { printArchiveContent(writer(), archive()); });
     }
     std::string versionLine(std::string_view archiveVersion) {
         EXPECT_TRUE(readDescription(ArchiveBuilder().info("archiveVersion", joined("\"", archiveVersion, "\""))));
-        return printed([this] { archive().printArchiveVersion(); });
+        return printed([this] { printArchiveVersion(writer(), archive()); });
     }
     /// The board type and id cells of the one entry.
     std::pair<std::string, std::string> cellsOf(const ObjectText& entry) {

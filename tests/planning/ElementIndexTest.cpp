@@ -1,4 +1,4 @@
-#include "UnmatchedElements.h"
+#include "ElementIndex.h"
 #include "PlanningBuilders.h"
 
 #include <gmock/gmock.h>
@@ -25,6 +25,7 @@ constexpr std::uint32_t none = noArchiveFile;
 struct Taken {
     /// Of each element, the entry that took it; `none` of those that were left.
     std::vector<std::uint32_t> byEntry;
+    /// How many times an element was held against a selection.
     std::size_t comparisons = 0;
 };
 
@@ -36,15 +37,20 @@ Taken take(const std::vector<std::string>& entries, const std::vector<ElementBui
     }
     Taken result;
     result.byEntry.resize(elements.size(), none);
-    UnmatchedElements unmatched(elements);
+    ElementIndex index(elements);
     const std::vector<KvTArchiveFile> files = filesOf(entries);
     for (std::uint32_t file = 0; file < files.size(); ++file) {
-        for (const KvTUpdateElement* element : unmatched.take(files[file])) {
-            EXPECT_EQ(none, result.byEntry.at(element->index));
-            result.byEntry.at(element->index) = file;
+        for (const KvTEntrySelection& selection : files[file].selections) {
+            const auto isTaken = [&](const KvTUpdateElement& element) {
+                ++result.comparisons;
+                return isMeantFor(selection, element);
+            };
+            for (const KvTUpdateElement* element : index.take(selection, isTaken)) {
+                EXPECT_EQ(none, result.byEntry.at(element->index));
+                result.byEntry.at(element->index) = file;
+            }
         }
     }
-    result.comparisons = unmatched.comparisonCount();
     return result;
 }
 
@@ -100,19 +106,19 @@ std::vector<std::uint32_t> oneByOne(std::uint32_t count) {
 
 } // namespace
 
-TEST(UnmatchedElements, WithoutEntriesOrElementsNothingIsTaken) {
+TEST(ElementIndex, WithoutEntriesOrElementsNothingIsTaken) {
     EXPECT_THAT(entriesOf({}, {element("X", 1)}), ElementsAre(none));
     EXPECT_THAT(entriesOf({"'boardType': 'X', 'id': 1"}, {}), IsEmpty());
 }
 
-TEST(UnmatchedElements, TheFirstEntryTakesAllThatItIsMeantFor) {
+TEST(ElementIndex, TheFirstEntryTakesAllThatItIsMeantFor) {
     EXPECT_THAT(
         entriesOf({"'boardType': 'X', 'id': 2", "'boardType': 'X', 'id': 1", "'boardType': ['X', 'Y'], 'id': 1"},
                   {element("X", 1), element("Y", 1), element("X", 1), element("X", 3)}),
         ElementsAre(1, 2, 1, none));
 }
 
-TEST(UnmatchedElements, EveryCombinationOfAllowedValuesIsTakenAndNoOther) {
+TEST(ElementIndex, EveryCombinationOfAllowedValuesIsTakenAndNoOther) {
     const std::string entry = "'boardType': 'X', 'id': 1, 'boardVariant': ['A', null, 'C'], 'boardId': [7, 3],"
                               "'hwCompatibilityId': [0, 4294967295], 'swCompatibilityId': [5, 1]";
     std::vector<ElementBuilder> allowed;
@@ -138,7 +144,7 @@ TEST(UnmatchedElements, EveryCombinationOfAllowedValuesIsTakenAndNoOther) {
     EXPECT_EQ(expected, entriesOf({entry}, all));
 }
 
-TEST(UnmatchedElements, AnEntryWithoutAnyAllowedValueTakesNothing) {
+TEST(ElementIndex, AnEntryWithoutAnyAllowedValueTakesNothing) {
     EXPECT_THAT(entriesOf({"'boardType': 'X', 'id': 1, 'swCompatibilityId': []", "'boardType': [], 'id': 1",
                            "'boardType': 'X', 'id': 1, 'boardVariant': ['', 'unknown']",
                            "'boardType': 'X', 'id': 1, 'boardId': 4294967296"},
@@ -146,13 +152,13 @@ TEST(UnmatchedElements, AnEntryWithoutAnyAllowedValueTakesNothing) {
                 ElementsAre(none));
 }
 
-TEST(UnmatchedElements, OfEachBoardTypeTheFirstSelectionDecidesAlone) {
+TEST(ElementIndex, OfEachBoardTypeTheFirstSelectionDecidesAlone) {
     EXPECT_THAT(entriesOf({"'boards': [{'boardType': ['X', 'Y'], 'id': 1}, {'boardType': ['Y', 'Z'], 'id': 2}]"},
                           {element("X", 1), element("X", 2), element("Y", 1), element("Y", 2), element("Z", 2)}),
                 ElementsAre(0, none, 0, none, 0));
 }
 
-TEST(UnmatchedElements, SelectionsShareTheEntrysValuesAndKeepTheirOwn) {
+TEST(ElementIndex, SelectionsShareTheEntrysValuesAndKeepTheirOwn) {
     EXPECT_THAT(entriesOf({"'boardId': [3, 4], 'boards': [{'boardType': 'X', 'id': 1}, "
                            "{'boardType': 'Y', 'id': 1, 'boardId': 5}, {'boardType': 'Z', 'id': 1}]"},
                           {element("X", 1).boardId(4), element("X", 1).boardId(5), element("Y", 1).boardId(5),
@@ -160,14 +166,14 @@ TEST(UnmatchedElements, SelectionsShareTheEntrysValuesAndKeepTheirOwn) {
                 ElementsAre(0, none, 0, none, 0, none));
 }
 
-TEST(UnmatchedElements, AnyLocationTakesTheFirstPathOfItsBoard) {
+TEST(ElementIndex, AnyLocationTakesTheFirstPathOfItsBoard) {
     EXPECT_THAT(entriesOf({"'boardType': 'Y', 'targetPath': '/a'", "'boardType': 'X', 'targetPath': '/b'",
                            "'boardType': 'X', 'targetPath': '/a'", "'boardType': 'X', 'targetPath': '*'"},
                           {fileElement("X", "*"), fileElement("X", "/a"), fileElement("X", "/c"), element("X", 0)}),
                 ElementsAre(1, 2, none, none));
 }
 
-TEST(UnmatchedElements, ATextThatOnlyOtherPropertiesHaveIsNoMatch) {
+TEST(ElementIndex, ATextThatOnlyOtherPropertiesHaveIsNoMatch) {
     EXPECT_THAT(entriesOf({"'boardType': 'X', 'targetPath': 'Y', 'boardVariant': 'Z'"},
                           {fileElement("X", "Y").variant("Z"), fileElement("Y", "Z").variant("X"),
                            fileElement("X", "X").variant("Z"), fileElement("X", "Y").variant("Y"),
@@ -175,7 +181,7 @@ TEST(UnmatchedElements, ATextThatOnlyOtherPropertiesHaveIsNoMatch) {
                 ElementsAre(0, none, none, none, none, none));
 }
 
-TEST(UnmatchedElements, OtherBoardsCostNoComparison) {
+TEST(ElementIndex, OtherBoardsCostNoComparison) {
     const Taken taken =
         take(manyEntries([](std::uint32_t number) { return "'boardType': 'T" + numberText(number) + "', 'id': 1"; }),
              {element("T7", 2), element("X", 1)});
@@ -183,7 +189,7 @@ TEST(UnmatchedElements, OtherBoardsCostNoComparison) {
     EXPECT_EQ(0U, taken.comparisons);
 }
 
-TEST(UnmatchedElements, ManyElementsOfOneBoardTypeCostAComparisonEach) {
+TEST(ElementIndex, ManyElementsOfOneBoardTypeCostAComparisonEach) {
     const Taken taken =
         take(manyEntries([](std::uint32_t number) { return "'boardType': 'X', 'id': " + numberText(number); }),
              manyElements([](std::uint32_t number) { return element("X", number); }));
@@ -191,14 +197,14 @@ TEST(UnmatchedElements, ManyElementsOfOneBoardTypeCostAComparisonEach) {
     EXPECT_EQ(many, taken.comparisons);
 }
 
-TEST(UnmatchedElements, ManyEntriesForOneElementCostNothingOnceItIsTaken) {
+TEST(ElementIndex, ManyEntriesForOneElementCostNothingOnceItIsTaken) {
     const Taken taken =
         take(manyEntries([](std::uint32_t) { return std::string("'boardType': 'X', 'id': 1"); }), {element("X", 1)});
     EXPECT_THAT(taken.byEntry, ElementsAre(0));
     EXPECT_EQ(1U, taken.comparisons);
 }
 
-TEST(UnmatchedElements, ElementsThatDifferInOneValueAloneCostFewComparisonsEach) {
+TEST(ElementIndex, ElementsThatDifferInOneValueAloneCostFewComparisonsEach) {
     const Taken variants = take(
         manyEntries([](std::uint32_t number) {
             return "'boardType': 'X', 'id': 1, 'boardVariant': 'V" + numberText(number) + "'";
@@ -223,7 +229,7 @@ TEST(UnmatchedElements, ElementsThatDifferInOneValueAloneCostFewComparisonsEach)
     }
 }
 
-TEST(UnmatchedElements, ManyBoardTypesOfAnEntryCostAComparisonEach) {
+TEST(ElementIndex, ManyBoardTypesOfAnEntryCostAComparisonEach) {
     const std::string types = quotedNumbers(manyValues, "T");
     const Taken taken = take({"'boardType': " + types + ", 'id': 1", "'boardType': " + types + ", 'id': 2"},
                              listOf<ElementBuilder>(manyValues, [](std::uint32_t number) {
@@ -233,7 +239,7 @@ TEST(UnmatchedElements, ManyBoardTypesOfAnEntryCostAComparisonEach) {
     EXPECT_EQ(manyValues, taken.comparisons);
 }
 
-TEST(UnmatchedElements, ManyBoardsOfAnEntryWithOneLongArrayCostAComparisonEach) {
+TEST(ElementIndex, ManyBoardsOfAnEntryWithOneLongArrayCostAComparisonEach) {
     const std::string boards =
         arrayOf(manyValues, [](std::uint32_t number) { return "{'boardType': 'T" + numberText(number) + "'}"; });
     const Taken taken = take({"'id': 1, 'hwCompatibilityId': " + numbers(manyValues) + ", 'boards': " + boards},
@@ -244,7 +250,7 @@ TEST(UnmatchedElements, ManyBoardsOfAnEntryWithOneLongArrayCostAComparisonEach) 
     EXPECT_EQ(manyValues, taken.comparisons);
 }
 
-TEST(UnmatchedElements, ManyBoardsOfOneTypeAreOne) {
+TEST(ElementIndex, ManyBoardsOfOneTypeAreOne) {
     const std::string boards = arrayOf(
         manyValues, [](std::uint32_t number) { return "{'boardType': 'X', 'id': " + numberText(number) + "}"; });
     const Taken taken = take({"'boards': " + boards}, {element("X", 0), element("X", 1)});
@@ -252,7 +258,7 @@ TEST(UnmatchedElements, ManyBoardsOfOneTypeAreOne) {
     EXPECT_EQ(1U, taken.comparisons);
 }
 
-TEST(UnmatchedElements, ManyTargetPathsCostAComparisonEach) {
+TEST(ElementIndex, ManyTargetPathsCostAComparisonEach) {
     std::vector<ElementBuilder> elements =
         manyElements([](std::uint32_t number) { return fileElement("X", "/" + numberText(number)).hardware(number); });
     elements.push_back(fileElement("X", "*").hardware(many - 1));
@@ -267,7 +273,7 @@ TEST(UnmatchedElements, ManyTargetPathsCostAComparisonEach) {
     EXPECT_GE(3 * many, taken.comparisons);
 }
 
-TEST(UnmatchedElements, ArraysThatMultiplyCostNoMoreThanTheElements) {
+TEST(ElementIndex, ArraysThatMultiplyCostNoMoreThanTheElements) {
     const std::string all = numbers(manyValues);
     const Taken taken =
         take({"'boardType': " + quotedNumbers(manyValues, "T") +
@@ -277,4 +283,16 @@ TEST(UnmatchedElements, ArraysThatMultiplyCostNoMoreThanTheElements) {
               element("T0", 1).variant("V0"), element("T0", 1).variant("V0").boardId(manyValues), element("T0", 1)});
     EXPECT_THAT(taken.byEntry, ElementsAre(0, 0, none, none));
     EXPECT_GE(8U, taken.comparisons);
+}
+
+TEST(ElementIndex, ATestThatFailsLeavesTheElement) {
+    const std::list<KvTUpdateElement> elements{element("X", 1).build()};
+    ElementIndex index(elements);
+    const KvTArchiveFile file = fileOf("'boardType': 'X', 'id': 1");
+    const auto take = [&](bool isTaken) {
+        return index.take(file.selections.at(0), [=](const KvTUpdateElement& /*element*/) { return isTaken; });
+    };
+    EXPECT_THAT(take(false), IsEmpty());
+    EXPECT_THAT(take(true), ElementsAre(&elements.front()));
+    EXPECT_THAT(take(true), IsEmpty());
 }

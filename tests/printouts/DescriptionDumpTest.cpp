@@ -1,8 +1,9 @@
 #include "ArchiveFixture.h"
+#include "ArchivePrintouts.h"
 #include "BinaryFile.h"
 #include "BlockPrinter.h"
-#include "KvCErrorManager.h"
 #include "KvNJson.h"
+#include "RandomDescriptions.h"
 #include "RedirectedStream.h"
 
 #include <cstdio>
@@ -17,7 +18,7 @@ protected:
     DescriptionDump() { options().mode = KvNReflasher::dumpArchiveDescription; }
 
     std::string dump() {
-        return printed([this] { archive().dumpDescription(); });
+        return printed([this] { dumpDescription(writer(), archive()); });
     }
 };
 
@@ -197,19 +198,33 @@ TEST_F(DescriptionDump, OnStandardOutputTheTextIsTheSame) {
     ASSERT_TRUE(readArchive(longArchive()));
     const std::string text = dump();
     const KvTCallbacks noCallbacks;
-    const KvCConsoleWriter writer(noCallbacks);
-    KvCFirmwareArchive archive(writer, options());
-    ASSERT_TRUE(archive.readArchive(KvCErrorManager::getInstance()->getMasterErrorList()));
+    const KvCConsoleWriter standardOutput(noCallbacks);
     const RedirectedStream output(stdout);
-    archive.dumpDescription();
+    dumpDescription(standardOutput, archive());
     EXPECT_EQ(text, output.received());
+}
+
+TEST_F(DescriptionDump, WhateverIsAcceptedCanBeShown) {
+    RandomDescriptions random(5);
+    std::size_t shown = 0;
+    for (unsigned round = 0; round < 2000; ++round) {
+        JsonModel description = random.description(4);
+        random.mutate(description);
+        if (readDescription(description.write())) {
+            EXPECT_TRUE(printed([this] { printArchiveContent(writer(), archive()); }).ends_with('\n'));
+            EXPECT_TRUE(printed([this] { printArchiveVersion(writer(), archive()); }).ends_with('\n'));
+            EXPECT_FALSE(KvNJson::json::parse(dump()).is_invalid()) << description.write();
+            ++shown;
+        }
+    }
+    EXPECT_LT(100U, shown);
 }
 
 TEST_F(DescriptionDump, TheArchiveItselfIsLeftAsItWas) {
     writeFile("image", imageFile(21).bytes());
     ASSERT_TRUE(readArchive(ArchiveBuilder().entry(goodEntry().set("name", "\"image\"").remove("checksumCrc32"))));
     const std::string once = dump();
-    EXPECT_FALSE(file(0).description.view().contains("checksumCrc32"));
+    EXPECT_FALSE(file(0).description->view().contains("checksumCrc32"));
     EXPECT_EQ(once, dump());
 }
 

@@ -1,4 +1,6 @@
 #include "ElementTables.h"
+#include "ElementNames.h"
+#include "KvCStringConversion.h"
 #include "TableLayout.h"
 
 #include "InventoryFixture.h"
@@ -35,7 +37,7 @@ std::wstring titleOf(const char* unitName, const char* rackName, const char* uni
     element.unitName = unitName;
     element.rackName = rackName;
     element.unitInstanceName = unitInstanceName;
-    return unitTitle(element);
+    return unitPathOf(element, toWide);
 }
 
 } // namespace
@@ -75,7 +77,7 @@ protected:
     std::wstring table() {
         scan();
         KeptMessages::forget();
-        inventory->printElementTable();
+        printElementTable(messages.writer(), options, *inventory);
         return printed();
     }
     static ItemBuilder unitBoard(const char* unitName, const char* elementName) {

@@ -20,16 +20,16 @@ enum KvEPrepareStatus : std::uint32_t { prepareReady = 0, prepareFailed = 1, pre
 /// What a session knows before it runs: the archive, the target and the plan that brings them together.
 class KvCPreparation {
 public:
-    /// Both must outlive the object.
-    KvCPreparation(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options)
-        : writer_(writer), options_(options) {}
+    /// All must outlive the object; `errors` receives the errors of the session.
+    KvCPreparation(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options, KvCErrorListPool& errors)
+        : writer_(writer), options_(options), errors_(errors) {}
 
     /// Reads the archive, finds and scans the target, and plans, as far as the options' mode asks for it; prints what
     /// fails.
     [[nodiscard]] KvEPrepareStatus prepare();
 
     /// The part of prepare() that finds and scans the target, whatever the mode; prints why that failed.
-    [[nodiscard]] bool connect(KvCErrorListPool& errors);
+    [[nodiscard]] bool connect();
 
     /// Forgets what was found on the target, and the plan.
     void forgetTarget();
@@ -49,21 +49,22 @@ public:
     [[nodiscard]] const KvCFirmwareArchive& archive() const { return archive_; }
     [[nodiscard]] KvCTargetInventory& inventory() { return inventory_; }
     [[nodiscard]] const KvCTargetInventory& inventory() const { return inventory_; }
-    [[nodiscard]] KvCUpdatePlanner& planner() { return planner_; }
+    [[nodiscard]] const KvCUpdatePlanner& planner() const { return planner_; }
 
 private:
     void printBanner() const;
     [[nodiscard]] bool refuse(KvNReflasher::KvEFailure failure, std::string message);
-    [[nodiscard]] bool readArchive(KvCErrorListPool& errors);
-    [[nodiscard]] bool prepareTarget(KvCErrorListPool& errors);
+    [[nodiscard]] bool readArchive();
+    [[nodiscard]] bool prepareTarget();
     [[nodiscard]] bool checkSupport();
 
     const KvCConsoleWriter& writer_;
     const KvNReflasher::KvTOptions& options_;
-    KvCTargetAccess targetAccess_{writer_, options_};
+    KvCErrorListPool& errors_;
+    KvCTargetAccess targetAccess_{writer_, options_, errors_};
     KvCFirmwareArchive archive_{writer_, options_};
-    KvCTargetInventory inventory_{writer_, options_};
-    KvCUpdatePlanner planner_{writer_, options_, archive_, inventory_};
+    KvCTargetInventory inventory_{writer_, options_, errors_};
+    KvCUpdatePlanner planner_{options_, archive_, inventory_};
     KvNReflasher::KvEStage stage_ = KvNReflasher::KvEStage::created;
     KvNReflasher::KvTVerdict verdict_;
     std::optional<KvNReflasher::KvTPlan> plan_;

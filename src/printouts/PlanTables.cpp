@@ -1,7 +1,9 @@
+#include "PlanTables.h"
+
 #include "ElementTables.h"
 #include "KvCConsoleWriter.h"
-#include "KvCUpdatePlanner.h"
 #include "TableLayout.h"
+#include "UpdateDecision.h"
 
 namespace {
 
@@ -34,49 +36,65 @@ std::vector<KvCString> planRow(const KvTUpdateElement& element, std::uint32_t nu
 
 } // namespace
 
-void KvCUpdatePlanner::printUpdatePlan() const {
-    if (inventory_.elements().empty()) {
+void printPlanNotes(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options,
+                    const KvCTargetInventory& inventory, std::uint32_t phaseCount) {
+    if (!options.verbose) {
+        return;
+    }
+    for (const KvTUpdateElement& element : inventory.elements()) {
+        if (lacksCarrierBoard(element)) {
+            writer.print(L"Update element \"%hs\" has been disabled, because no QB5150 or QB5170 has been detected.\n",
+                         element.displayName.c_str());
+        }
+    }
+    writer.print(L"The update process takes %u phases!\n", phaseCount);
+}
+
+void printUpdatePlan(const KvCConsoleWriter& writer, const KvCFirmwareArchive& archive,
+                     const KvCTargetInventory& inventory) {
+    if (inventory.elements().empty()) {
         return;
     }
     KvTTable table = {{"No.", "Update element", "Installed", "Available", "Checksums", "Up-to-date", "Phase"}};
     std::uint32_t number = 0;
-    for (const KvTUpdateElement& element : inventory_.elements()) {
-        const KvTArchiveFile* file = element.hasArchiveFile() ? &archive_.files()[element.archiveFileIndex] : nullptr;
+    for (const KvTUpdateElement& element : inventory.elements()) {
+        const KvTArchiveFile* file = element.hasArchiveFile() ? &archive.files()[element.archiveFileIndex] : nullptr;
         table.push_back(planRow(element, number++, file));
     }
-    printTable(writer_, table);
+    printTable(writer, table);
 }
 
-void KvCUpdatePlanner::printUnsupportedElements() const {
+void printUnsupportedElements(const KvCConsoleWriter& writer, const KvCTargetInventory& inventory) {
     bool printed = false;
-    for (const KvTUpdateElement& element : inventory_.elements()) {
+    for (const KvTUpdateElement& element : inventory.elements()) {
         if (element.disabled || element.hasArchiveFile()) {
             continue;
         }
         if (!printed) {
-            writer_.print(L"\nUnsupported update elements (will be ignored):\n");
+            writer.print(L"\nUnsupported update elements (will be ignored):\n");
             printed = true;
         }
-        writer_.print(L"%*s%hs\n", listIndentation, L"", element.displayName.c_str());
+        writer.print(L"%*s%hs\n", listIndentation, L"", element.displayName.c_str());
     }
     if (printed) {
-        writer_.print(L"\n");
+        writer.print(L"\n");
     }
 }
 
-void KvCUpdatePlanner::printUpToDateElements() const {
-    if (options_.forceUpdate) {
+void printUpToDateElements(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options,
+                           const KvCTargetInventory& inventory) {
+    if (options.forceUpdate) {
         return;
     }
     bool printed = false;
-    for (const KvTUpdateElement& element : inventory_.elements()) {
+    for (const KvTUpdateElement& element : inventory.elements()) {
         if (!element.hasArchiveFile() || !element.upToDate) {
             continue;
         }
         if (!printed) {
-            writer_.print(L"\nNo update is required for these elements:\n");
+            writer.print(L"\nNo update is required for these elements:\n");
             printed = true;
         }
-        writer_.print(L"%*s%hs\n", listIndentation, L"", element.displayName.c_str());
+        writer.print(L"%*s%hs\n", listIndentation, L"", element.displayName.c_str());
     }
 }

@@ -1,0 +1,89 @@
+#include "EntrySelection.h"
+
+#include <unordered_set>
+
+namespace {
+
+using KvNJson::jsonView;
+
+/// Nothing for what is neither null nor a text nor an unsigned number.
+std::optional<KvTComparedValue> comparedValueOf(jsonView scalar) {
+    if (scalar.is_string()) {
+        return scalar.get_string();
+    }
+    if (scalar.is_number_unsigned()) {
+        return scalar.get_unsigned();
+    }
+    return scalar.is_null() ? std::optional(KvTComparedValue()) : std::nullopt;
+}
+
+/// The board types of a selection that are not in `seen`, which receives them.
+std::vector<std::string_view> newBoardTypes(jsonView written, std::unordered_set<std::string_view>& seen) {
+    std::vector<std::string_view> boardTypes;
+    forEachScalar(written, [&](jsonView boardType) {
+        if (boardType.is_string() && seen.insert(boardType.get_string()).second) {
+            boardTypes.push_back(boardType.get_string());
+        }
+    });
+    return boardTypes;
+}
+
+/// The values of `own`, an element of "boards" or the entry itself, completed by those of the entry.
+KvTEntrySelection completed(const EntryProperties& own, const EntryProperties& entry) {
+    const bool isEntry = &own == &entry;
+    const auto allowed = [&](KvEProperty property, KvEAbsentValue absentValue) {
+        const bool isOwn = !isEntry && own.has(property);
+        return KvTAllowedValues((isOwn ? own : entry)[property], !isOwn, absentValue);
+    };
+    KvTEntrySelection selection;
+    selection.writtenBoardTypes = own[KvEProperty::boardType];
+    selection.boardVariant = allowed(KvEProperty::boardVariant, KvEAbsentValue::none);
+    selection.boardId = allowed(KvEProperty::boardId, KvEAbsentValue::zero);
+    selection.hwCompatibilityId = allowed(KvEProperty::hwCompatibilityId, KvEAbsentValue::zero);
+    selection.swCompatibilityId = allowed(KvEProperty::swCompatibilityId, KvEAbsentValue::zero);
+    selection.address = addressOf(own);
+    selection.isAddressShared = isEntry || !selection.address.isGiven();
+    if (!selection.address.isGiven()) {
+        selection.address = addressOf(entry);
+    }
+    return selection;
+}
+
+} // namespace
+
+std::optional<KvTComparedValue> KvTAllowedValues::at(std::size_t index) const {
+    if (!written_.is_valid()) {
+        return absentValue_ == KvEAbsentValue::none ? KvTComparedValue() : std::uint64_t{0};
+    }
+    return comparedValueOf(written_.is_array() ? written_.at(index) : written_);
+}
+
+KvTEntryAddress addressOf(const EntryProperties& properties) {
+    KvTEntryAddress address;
+    if (const jsonView id = properties[KvEProperty::id]; id.is_number_unsigned()) {
+        address.id = static_cast<std::uint32_t>(id.get_unsigned());
+    }
+    if (const jsonView path = properties[KvEProperty::targetPath]; path.is_string()) {
+        address.targetPath = path.get_string();
+    }
+    return address;
+}
+
+std::vector<KvTEntrySelection> selectionsOf(const EntryProperties& entry) {
+    std::vector<KvTEntrySelection> selections;
+    std::unordered_set<std::string_view> seen;
+    const auto add = [&](const EntryProperties& own) {
+        selections.push_back(completed(own, entry));
+        selections.back().boardTypes = newBoardTypes(own[KvEProperty::boardType], seen);
+    };
+    const jsonView boards = entry[KvEProperty::boards];
+    if (!boards.is_valid()) {
+        add(entry);
+        return selections;
+    }
+    selections.reserve(boards.size());
+    for (std::size_t index = 0; index < boards.size(); ++index) {
+        add(EntryProperties(boards.at(index)));
+    }
+    return selections;
+}
