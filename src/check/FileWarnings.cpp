@@ -61,22 +61,19 @@ private:
 
     void warnOfAbsence(OutlineValue name, const FileState& state) {
         if (state.exists) {
-            findings_.warn("update-file-unreadable", name,
-                           "The update file " + inQuotes(name.text()) + " cannot be read.",
-                           "Make it a file that may be read.");
+            findings_.warn(KvECheckRule::updateFileUnreadable, name,
+                           "The update file " + inQuotes(name.text()) + " cannot be read.");
         } else {
-            findings_.warn("update-file-missing", name,
-                           "The update file " + inQuotes(name.text()) + " is not in the archive folder.",
-                           "Put the file into the archive folder, or remove the entry.");
+            findings_.warn(KvECheckRule::updateFileMissing, name,
+                           "The update file " + inQuotes(name.text()) + " is not in the archive folder.");
         }
     }
 
     void compareChecksum(OutlineValue value, const KvTArchiveFile& file, const KvTUpdateFileHeader& header) {
         if (tellsOtherChecksum(header, file)) {
-            findings_.warn("checksum-mismatch", value,
+            findings_.warn(KvECheckRule::checksumMismatch, value,
                            "The description tells the checksum " + std::to_string(file.checksumCrc32) +
-                               ", the update file " + std::to_string(header.checksum) + ".",
-                           "Write the file's checksum, leave \"checksumCrc32\" out, or put the right file in place.");
+                               ", the update file " + std::to_string(header.checksum) + ".");
         }
     }
 
@@ -87,11 +84,11 @@ private:
         }
         const std::string told(file.version.getAsString().view());
         const std::string found(header.version.getAsString().view());
-        findings_.warn("version-mismatch", value.isValid() ? value : entry,
+        findings_.warn(KvECheckRule::versionMismatch, value.isValid() ? value : entry,
                        (value.isValid() ? "The description tells the version " + told
                                         : "Without \"version\" the file has that of the archive, " + told) +
                            ", the update file tells " + found + ".",
-                       "Write \"version\": " + inQuotes(found) + ", or put the right file in place.");
+                       inQuotes(found));
     }
 
     const KvTCheckedArchive& checked_;

@@ -45,28 +45,27 @@ private:
 
 } // namespace
 
-void FindingList::add(KvESeverity severity, std::string_view code, OutlineValue value, std::string message,
-                      std::string hint) {
-    addAt(severity, code, value.offset(), std::move(message), std::move(hint));
+void FindingList::add(const KvTFindingRow& row, OutlineValue value, std::string message, std::string hint) {
+    addAt(row, value.offset(), std::move(message), std::move(hint));
     findings_.back().finding.path = value.path();
 }
 
-void FindingList::addAt(KvESeverity severity, std::string_view code, std::size_t offset, std::string message,
-                        std::string hint) {
+void FindingList::addAt(const KvTFindingRow& row, std::size_t offset, std::string message, std::string hint) {
     auto& [finding, place] = findings_.emplace_back();
     place = offset;
-    finding.severity = severity;
-    finding.code = code;
+    finding.severity = row.severity;
+    finding.code = row.code;
     finding.message = std::move(message);
     finding.hint = std::move(hint);
 }
 
-void FindingList::warn(std::string_view code, OutlineValue value, std::string message, std::string hint) {
-    add(KvESeverity::warning, code, value, std::move(message), std::move(hint));
+void FindingList::warn(KvECheckRule rule, OutlineValue value, std::string message, std::string_view hintText) {
+    const KvTFindingRow& row = findingRow(rule);
+    add(row, value, std::move(message), hintOf(row, hintText));
 }
 
-void FindingList::warnAtKey(std::string_view code, OutlineValue member, std::string message, std::string hint) {
-    warn(code, member, std::move(message), std::move(hint));
+void FindingList::warnAtKey(KvECheckRule rule, OutlineValue member, std::string message, std::string_view hintText) {
+    warn(rule, member, std::move(message), hintText);
     findings_.back().offset = member.keyOffset();
 }
 

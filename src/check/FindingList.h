@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FindingTable.h"
 #include "JsonOutline.h"
 #include "KvIArchive.h"
 
@@ -12,15 +13,13 @@
 class FindingList {
 public:
     /// Adds a finding on a value.
-    void add(KvNReflasher::KvESeverity severity, std::string_view code, OutlineValue value, std::string message,
-             std::string hint);
+    void add(const KvTFindingRow& row, OutlineValue value, std::string message, std::string hint);
     /// Adds a finding on the place at `offset`, where no value is known.
-    void addAt(KvNReflasher::KvESeverity severity, std::string_view code, std::size_t offset, std::string message,
-               std::string hint);
-    /// Adds a warning on a value.
-    void warn(std::string_view code, OutlineValue value, std::string message, std::string hint);
+    void addAt(const KvTFindingRow& row, std::size_t offset, std::string message, std::string hint);
+    /// Adds a warning on a value. `hintText` completes the rule's hint.
+    void warn(KvECheckRule rule, OutlineValue value, std::string message, std::string_view hintText = {});
     /// Adds a warning on a member, at its key.
-    void warnAtKey(std::string_view code, OutlineValue member, std::string message, std::string hint);
+    void warnAtKey(KvECheckRule rule, OutlineValue member, std::string message, std::string_view hintText = {});
 
     /// The findings in the order of the description, whose text is `text`; findings on one place as they were added.
     /// The list is empty then.

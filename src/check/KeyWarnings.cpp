@@ -45,7 +45,8 @@ bool contains(Keys keys, std::string_view key) {
 
 void warnOfUnknownKey(OutlineValue member, Keys known, FindingList& findings) {
     const std::string_view nearest = nearestWord(member.key(), known);
-    findings.warnAtKey("unknown-key", member, "The key " + inQuotes(member.key()) + " is not known and has no effect.",
+    findings.warnAtKey(KvECheckRule::unknownKey, member,
+                       "The key " + inQuotes(member.key()) + " is not known and has no effect.",
                        nearest.empty() ? std::string("Remove it; remarks go into \"comment\".")
                                        : "Did you mean " + inQuotes(nearest) + "?");
 }
@@ -61,9 +62,8 @@ void warnOfUnknownKeys(OutlineValue object, Keys known, Keys elsewhere, FindingL
             continue;
         }
         if (contains(elsewhere, member.key())) {
-            findings.warnAtKey("misplaced-key", member,
-                               "The key " + inQuotes(member.key()) + " has no effect in an element of \"boards\".",
-                               "Give it to the entry, or remove it.");
+            findings.warnAtKey(KvECheckRule::misplacedKey, member,
+                               "The key " + inQuotes(member.key()) + " has no effect in an element of \"boards\".");
         } else {
             warnOfUnknownKey(member, known, findings);
         }
@@ -83,9 +83,9 @@ void warnOfRepeatedKeys(OutlineValue object, FindingList& findings) {
     for (std::size_t index = 0; index < object.size(); ++index) {
         const OutlineValue member = object.at(index);
         if (!seen.insert(member.key()).second) {
-            findings.warnAtKey("duplicate-key", member,
-                               "The key " + inQuotes(member.key()) + " is given once more; only its last value counts.",
-                               "Remove the others.");
+            findings.warnAtKey(KvECheckRule::duplicateKey, member,
+                               "The key " + inQuotes(member.key()) +
+                                   " is given once more; only its last value counts.");
         }
     }
 }

@@ -27,19 +27,15 @@ public:
     void check(OutlineValue name) {
         const std::string_view text = name.text();
         if (leavesFolder(text)) {
-            findings_.warn("outside-archive", name,
-                           "The update file " + inQuotes(text) + " lies outside of the archive folder.",
-                           "Put the file into the archive folder and write its plain name.");
+            findings_.warn(KvECheckRule::outsideArchive, name,
+                           "The update file " + inQuotes(text) + " lies outside of the archive folder.");
         } else if (text.find_first_of(separators) != std::string_view::npos) {
-            findings_.warn("name-with-separator", name, "The name " + inQuotes(text) + " is a path.",
-                           "Put the file into the archive folder itself and write its plain name.");
+            findings_.warn(KvECheckRule::nameWithSeparator, name, "The name " + inQuotes(text) + " is a path.");
         }
         const std::string_view first = firstByLowerCase_.try_emplace(lowerCaseOf(text), text).first->second;
         if (first != text) {
-            findings_.warn("name-case", name,
-                           "The names " + inQuotes(text) + " and " + inQuotes(first) + " differ only in case.",
-                           "Write both the same way, or name one of the files differently: some systems take them for "
-                           "one file.");
+            findings_.warn(KvECheckRule::nameCase, name,
+                           "The names " + inQuotes(text) + " and " + inQuotes(first) + " differ only in case.");
         }
     }
 
@@ -73,19 +69,17 @@ void warnOfTargetPath(OutlineValue value, FindingList& findings) {
     const std::string_view path = value.text();
     const std::string quoted = inQuotes(path);
     if (leavesTargetRoot(path)) {
-        findings.warn("outside-target", value, "The target path " + quoted + " leads out of the target's file system.",
-                      R"(Write a path without ".." that leads upwards.)");
+        findings.warn(KvECheckRule::outsideTarget, value,
+                      "The target path " + quoted + " leads out of the target's file system.");
     } else if (path.find('\\') != std::string_view::npos) {
-        findings.warn("target-path-separator", value,
-                      "The target path " + quoted + R"( has a "\", which does not separate folders on the target.)",
-                      R"(Separate folders by "/".)");
+        findings.warn(KvECheckRule::targetPathSeparator, value,
+                      "The target path " + quoted + R"( has a "\", which does not separate folders on the target.)");
     } else if (repeatsTargetRoot(path)) {
-        findings.warn("target-path-with-root", value,
+        findings.warn(KvECheckRule::targetPathWithRoot, value,
                       "The target path " + quoted + " is taken below " + std::string(targetRoot) + ".",
-                      "Leave " + inQuotes(targetRoot) + " out.");
+                      inQuotes(targetRoot));
     } else if (path.empty() || path.ends_with('/')) {
-        findings.warn("target-path-without-name", value, "The target path " + quoted + " has no file name.",
-                      "Write the name of the file behind its folder.");
+        findings.warn(KvECheckRule::targetPathWithoutName, value, "The target path " + quoted + " has no file name.");
     }
 }
 

@@ -8,8 +8,6 @@
 #include <string>
 #include <utility>
 
-using KvNReflasher::KvESeverity;
-
 namespace {
 
 constexpr std::string_view blanks = " \t\r\n";
@@ -53,19 +51,18 @@ void addInvalidJson(FindingList& list, std::string message, std::string_view tex
     if (std::string hint = hintOnFault(text, offset); !hint.empty()) {
         reason = std::move(hint);
     }
-    list.addAt(KvESeverity::error, codeOf(KvEArchiveRule::descriptionIsJson), offset, std::move(message),
-               std::move(reason));
+    list.addAt(findingRow(KvEArchiveRule::descriptionIsJson), offset, std::move(message), std::move(reason));
 }
 
 } // namespace
 
 bool ReaderFindings::takeError(const KvTArchiveFinding& finding) {
-    taken_.push_back({finding, KvESeverity::error, messages_.text().size()});
+    taken_.push_back({finding, messages_.text().size()});
     return true;
 }
 
 void ReaderFindings::takeWarning(const KvTArchiveFinding& finding) {
-    taken_.push_back({finding, KvESeverity::warning, messages_.text().size()});
+    taken_.push_back({finding, messages_.text().size()});
     skippedEntries_.push_back(finding.entry);
 }
 
@@ -89,6 +86,6 @@ void ReaderFindings::addTo(FindingList& list, const JsonOutline& outline, std::s
             continue;
         }
         KvTRuleAdvice advice = adviceOn(finding, outline.root());
-        list.add(taken_[index].severity, advice.code, advice.place, std::move(message), std::move(advice.hint));
+        list.add(findingRow(finding.rule), advice.place, std::move(message), std::move(advice.hint));
     }
 }

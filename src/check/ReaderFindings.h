@@ -30,7 +30,6 @@ protected:
 private:
     struct Taken {
         KvTArchiveFinding finding;
-        KvNReflasher::KvESeverity severity = KvNReflasher::KvESeverity::error;
         /// Where its message begins in all messages.
         std::size_t messageBegin = 0;
     };

@@ -111,23 +111,20 @@ private:
     }
 
     void warnOfUnreachable(const KvTArchiveFile& file, std::size_t board) {
-        findings_.warn("unreachable-board", checked_.outlineOf(file).find("boards").at(board),
+        findings_.warn(KvECheckRule::unreachableBoard, checked_.outlineOf(file).find("boards").at(board),
                        "This element of \"boards\" is never chosen: an earlier one has its board types, and of each "
-                       "board type only the first element counts.",
-                       "Join it with the earlier one, or give it an entry of its own.");
+                       "board type only the first element counts.");
     }
 
     void warnOfShadow(const KvTArchiveFile& file, std::uint32_t earlier) {
         const std::string other = checked_.entries[earlier].value.path();
         if (file.hasTargetPath) {
-            findings_.warn("same-target-path", checked_.outlineOf(file),
-                           "Wherever this entry is written, " + other + " is written to the same file.",
-                           "Remove one of them, or write another \"targetPath\".");
+            findings_.warn(KvECheckRule::sameTargetPath, checked_.outlineOf(file),
+                           "Wherever this entry is written, " + other + " is written to the same file.");
         } else {
-            findings_.warn("shadowed-entry", checked_.outlineOf(file),
+            findings_.warn(KvECheckRule::shadowedEntry, checked_.outlineOf(file),
                            "This entry never updates anything: earlier entries, such as " + other +
-                               ", take all of its elements.",
-                           "Remove it, move it before the others, or narrow those down.");
+                               ", take all of its elements.");
         }
     }
 

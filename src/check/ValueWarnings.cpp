@@ -17,8 +17,8 @@ constexpr std::array<std::string_view, 3> comparedKeys = {"boardId", "hwCompatib
 
 void warnOfEmptyArray(OutlineValue value, const char* consequence, FindingList& findings) {
     if (value.kind() == KvEJsonKind::array && value.size() == 0) {
-        findings.warn("empty-array", value, "The array " + inQuotes(value.key()) + " is empty: " + consequence + ".",
-                      "Give it an element, or leave it out.");
+        findings.warn(KvECheckRule::emptyArray, value,
+                      "The array " + inQuotes(value.key()) + " is empty: " + consequence + ".");
     }
 }
 
@@ -29,9 +29,8 @@ bool isTooLarge(OutlineValue value) {
 
 void warnOfLargeNumber(OutlineValue value, const char* consequence, FindingList& findings) {
     if (isTooLarge(value)) {
-        findings.warn("number-too-large", value,
-                      "The number " + std::string(value.text()) + " has more than 32 bits: " + consequence + ".",
-                      "Write a number up to 4294967295.");
+        findings.warn(KvECheckRule::numberTooLarge, value,
+                      "The number " + std::string(value.text()) + " has more than 32 bits: " + consequence + ".");
     }
 }
 
@@ -56,15 +55,14 @@ void warnOfVersion(OutlineValue value, FindingList& findings) {
     const KvCVersion version(written.c_str());
     const std::string printed(version.getAsString().view());
     if (version != KvCVersion() && written.find('\0') == std::string::npos && printed != written) {
-        findings.warn("version-spelling", value, "The version " + inQuotes(written) + " prints as " + printed + ".",
-                      "Write " + inQuotes(printed) + " if that is meant.");
+        findings.warn(KvECheckRule::versionSpelling, value,
+                      "The version " + inQuotes(written) + " prints as " + printed + ".", inQuotes(printed));
     }
 }
 
 void warnOfEmptyVariant(OutlineValue value, FindingList& findings) {
     if (value.kind() == KvEJsonKind::text && value.text().empty()) {
-        findings.warn("empty-variant", value, R"(The board variant "" matches no board.)",
-                      "Write null for boards without variant.");
+        findings.warn(KvECheckRule::emptyVariant, value, R"(The board variant "" matches no board.)");
     }
     for (std::size_t index = 0; value.kind() == KvEJsonKind::array && index < value.size(); ++index) {
         warnOfEmptyVariant(value.at(index), findings);
@@ -74,9 +72,8 @@ void warnOfEmptyVariant(OutlineValue value, FindingList& findings) {
 void warnOfUpgradeToNothing(OutlineValue entry, FindingList& findings) {
     const OutlineValue version = entry.find("version");
     if (entry.find("mode").text() == "upgrade" && version.kind() == KvEJsonKind::null) {
-        findings.warn("upgrade-without-version", version,
-                      R"(An entry of the mode "upgrade" that has no version is never greater than what is installed.)",
-                      R"(Write the version, or the mode "standard".)");
+        findings.warn(KvECheckRule::upgradeWithoutVersion, version,
+                      R"(An entry of the mode "upgrade" that has no version is never greater than what is installed.)");
     }
 }
 
