@@ -16,14 +16,14 @@
 
 namespace {
 
-constexpr std::int32_t bufferTooSmall = 21;
+constexpr std::int32_t statusBufferTooSmall = 21;
 
 // Parameters of a device filter.
 constexpr std::uint32_t addressParameter = 6;
 constexpr std::uint32_t firstOptionParameter = 8;
 constexpr std::uint32_t lastOptionParameter = 9;
 
-Failure wrongHandle(const char* kind) {
+Failure noSuchHandle(const char* kind) {
     return {EmulationErrors::wrongHandle, std::string("The ") + kind + " is not valid (any more)."};
 }
 
@@ -31,7 +31,7 @@ std::int32_t statusOf(std::int64_t result) {
     return static_cast<std::int32_t>(result);
 }
 
-std::string_view textOf(const char* text) {
+std::string_view textOrEmpty(const char* text) {
     return text != nullptr ? text : "";
 }
 
@@ -129,7 +129,7 @@ std::int32_t KvHIM_setFilterParameter(KvCErrorListPool& errors, KvHIMFilterHandl
     return statusOf(call.run([&] {
         DeviceFilter* const record = call.service().filters.find(filter);
         return record != nullptr ? call.conclude(setParameter(*record, parameter, value, size))
-                                 : call.fail(wrongHandle("filter"));
+                                 : call.fail(noSuchHandle("filter"));
     }));
 }
 
@@ -138,7 +138,7 @@ std::int32_t KvHIM_applyFilter(KvCErrorListPool& errors, KvHIMFilterHandle filte
     return statusOf(call.run([&]() -> std::int64_t {
         DeviceFilter* const record = call.service().filters.find(filter);
         if (record == nullptr) {
-            return call.fail(wrongHandle("filter"));
+            return call.fail(noSuchHandle("filter"));
         }
         record->isApplied = true;
         return 0;
@@ -151,7 +151,7 @@ std::int32_t KvHIM_getDeviceList(KvCErrorListPool& errors, KvHIMFilterHandle fil
     return statusOf(call.run([&]() -> std::int64_t {
         DeviceFilter* const record = call.service().filters.find(filter);
         if (record == nullptr || !record->isApplied) {
-            return call.fail(wrongHandle(record == nullptr ? "filter" : "filter that was not applied"));
+            return call.fail(noSuchHandle(record == nullptr ? "filter" : "filter that was not applied"));
         }
         const std::vector<KvHIMSDeviceInfo> passing = passingDevices(call.service(), *record);
         const std::size_t room = devices != nullptr && capacity > 0 ? static_cast<std::size_t>(capacity) : 0;
@@ -159,7 +159,7 @@ std::int32_t KvHIM_getDeviceList(KvCErrorListPool& errors, KvHIMFilterHandle fil
         if (passing.size() > room) {
             call.fail({EmulationErrors::bufferTooSmall,
                        "The list has no room for " + std::to_string(passing.size()) + " devices."});
-            return bufferTooSmall;
+            return statusBufferTooSmall;
         }
         std::copy(passing.begin(), passing.end(), devices);
         return 0;
@@ -169,7 +169,7 @@ std::int32_t KvHIM_getDeviceList(KvCErrorListPool& errors, KvHIMFilterHandle fil
 std::int32_t KvHIM_deleteFilter(KvCErrorListPool& errors, KvHIMFilterHandle filter) {
     Call call(Operation::deleteFilter, errors);
     const bool wasAlive = call.service().filters.release(filter).has_value();
-    return statusOf(call.run([&] { return wasAlive ? 0 : call.fail(wrongHandle("filter")); }));
+    return statusOf(call.run([&] { return wasAlive ? 0 : call.fail(noSuchHandle("filter")); }));
 }
 
 std::int32_t KvHIM_createDeviceHandle(KvCErrorListPool& errors, const KvHIMSDeviceInfo& info,
@@ -192,7 +192,7 @@ std::int32_t KvHIM_deleteDeviceHandle(KvCErrorListPool& errors, KvHIMDeviceHandl
     Call call(Operation::deleteDeviceHandle, errors);
     bindToHandle(call, call.service().deviceHandles, device);
     const bool wasAlive = call.service().deviceHandles.release(device).has_value();
-    return statusOf(call.run([&] { return wasAlive ? 0 : call.fail(wrongHandle("device handle")); }));
+    return statusOf(call.run([&] { return wasAlive ? 0 : call.fail(noSuchHandle("device handle")); }));
 }
 
 std::int32_t KvHIM_FORCE_resetDevice(KvCErrorListPool& errors, KvHIMDeviceHandle device, std::uint32_t /*resetKind*/) {
@@ -200,7 +200,7 @@ std::int32_t KvHIM_FORCE_resetDevice(KvCErrorListPool& errors, KvHIMDeviceHandle
     const auto target = bindToHandle(call, call.service().deviceHandles, device);
     return statusOf(call.run([&] {
         return target != nullptr ? call.conclude(target->state().countReset(target->description().rebootLookups))
-                                 : call.fail(wrongHandle("device handle"));
+                                 : call.fail(noSuchHandle("device handle"));
     }));
 }
 
@@ -210,7 +210,7 @@ std::int32_t KvHIM_createFTClientHandle(KvCErrorListPool& errors, KvHIMDeviceHan
     const auto target = bindToHandle(call, call.service().deviceHandles, device);
     return statusOf(call.run([&]() -> std::int64_t {
         if (target == nullptr) {
-            return call.fail(wrongHandle("device handle"));
+            return call.fail(noSuchHandle("device handle"));
         }
         client = call.service().transferClients.add({target, HeldCount(Ledger::instance().transferClients)});
         return 0;
@@ -221,13 +221,13 @@ std::int32_t KvHIM_deleteFTClientHandle(KvCErrorListPool& errors, KvHIMFTClientH
     Call call(Operation::deleteFTClientHandle, errors);
     bindToHandle(call, call.service().transferClients, client);
     const bool wasAlive = call.service().transferClients.release(client).has_value();
-    return statusOf(call.run([&] { return wasAlive ? 0 : call.fail(wrongHandle("transfer client")); }));
+    return statusOf(call.run([&] { return wasAlive ? 0 : call.fail(noSuchHandle("transfer client")); }));
 }
 
 std::int32_t KvHIM_makeDir(KvCErrorListPool& errors, void* /*reserved*/, KvHIMFTClientHandle client, const char* parent,
                            const char* name) {
-    const std::string_view folder = textOf(parent);
-    const std::string_view newName = textOf(name);
+    const std::string_view folder = textOrEmpty(parent);
+    const std::string_view newName = textOrEmpty(name);
     Call call(Operation::makeDir, errors);
     call.addField("path", folder);
     call.addField("name", newName);
@@ -236,7 +236,7 @@ std::int32_t KvHIM_makeDir(KvCErrorListPool& errors, void* /*reserved*/, KvHIMFT
         return target != nullptr
                    ? call.conclude(
                          TargetFileSystem(target->state()).makeFolder(std::string(folder), std::string(newName)))
-                   : call.fail(wrongHandle("transfer client"));
+                   : call.fail(noSuchHandle("transfer client"));
     }));
 }
 
@@ -244,15 +244,15 @@ std::int64_t KvHIM_putFileU(KvCErrorListPool& errors, void* /*reserved*/, KvHIMF
                             const wchar_t* localPath, const char* folder, const char* name, KvHIMProgress progress,
                             void* context) {
     const std::wstring_view local(localPath != nullptr ? localPath : L"");
-    const std::string_view targetFolder = textOf(folder);
-    const std::string_view fileName = textOf(name);
+    const std::string_view targetFolder = textOrEmpty(folder);
+    const std::string_view fileName = textOrEmpty(name);
     Call call(Operation::putFileU, errors);
     call.addField("path", targetFolder);
     call.addField("name", fileName);
     const auto target = bindToHandle(call, call.service().transferClients, client);
     return call.run([&]() -> std::int64_t {
         if (target == nullptr) {
-            return call.fail(wrongHandle("transfer client"));
+            return call.fail(noSuchHandle("transfer client"));
         }
         const auto written = TargetFileSystem(target->state())
                                  .putFile(SystemFiles::localPathOf(utf8OfWide(local)), std::string(targetFolder),
@@ -263,19 +263,19 @@ std::int64_t KvHIM_putFileU(KvCErrorListPool& errors, void* /*reserved*/, KvHIMF
 
 std::int32_t KvHIM_renameFile(KvCErrorListPool& errors, void* /*reserved*/, KvHIMFTClientHandle client,
                               const char* folder, const char* oldName, const char* newName) {
-    const std::string_view targetFolder = textOf(folder);
-    const std::string_view name = textOf(newName);
+    const std::string_view targetFolder = textOrEmpty(folder);
+    const std::string_view name = textOrEmpty(newName);
     Call call(Operation::renameFile, errors);
     call.addField("path", targetFolder);
     call.addField("name", name);
     const auto target = bindToHandle(call, call.service().transferClients, client);
     return statusOf(call.run([&]() -> std::int64_t {
         if (target == nullptr) {
-            return call.fail(wrongHandle("transfer client"));
+            return call.fail(noSuchHandle("transfer client"));
         }
         const auto renamed =
             TargetFileSystem(target->state())
-                .renameFile(std::string(targetFolder), std::string(textOf(oldName)), std::string(name));
+                .renameFile(std::string(targetFolder), std::string(textOrEmpty(oldName)), std::string(name));
         return renamed.hasValue() ? call.conclude(installRenamed(*target, renamed.value()))
                                   : call.fail(renamed.failure());
     }));

@@ -15,10 +15,10 @@ namespace {
 
 OrFailure<InventoryTreeFile> readFile(const char* path) {
     const std::string text(path != nullptr ? path : "");
-    std::error_code fault;
-    const SystemFiles::File file = SystemFiles::openForReading(SystemFiles::localPathOf(text), fault);
+    std::error_code error;
+    const SystemFiles::File file = SystemFiles::openForReading(SystemFiles::localPathOf(text), error);
     if (file == nullptr) {
-        return fileFailure("read", text, fault);
+        return fileFailure("read", text, error);
     }
     std::string reason;
     InventoryTreeFile tree = readInventoryTreeFile(*file, reason);

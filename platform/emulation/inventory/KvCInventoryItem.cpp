@@ -2,6 +2,7 @@
 
 #include "Call.h"
 #include "InventoryTree.h"
+#include "ItemAddressText.h"
 #include "KvNInventoryIDs.h"
 
 #include <cstdint>
@@ -57,8 +58,8 @@ bool convert(const Value& value, KvCVersion& result) {
     return text != nullptr;
 }
 
-std::string placeOf(const KvCInventoryItem::Impl& item, const KvCInventoryAddress& path) {
-    return std::string(path.toString().view()) + " of " + std::string(item.description->address().toString().view());
+std::string parameterName(const KvCInventoryItem::Impl& item, const KvCInventoryAddress& path) {
+    return itemAddressText(path) + " of " + itemAddressText(item.description->address());
 }
 
 template <class Result>
@@ -66,12 +67,12 @@ std::int64_t readValue(Call& call, const KvCInventoryItem::Impl& item, const KvC
                        Result& result) {
     const KvCInventoryParameter* const parameter = item.description->parameter(path);
     if (parameter == nullptr) {
-        return call.fail({EmulationErrors::valueUnusable, "There is no parameter " + placeOf(item, path) + "."});
+        return call.fail({EmulationErrors::valueUnusable, "There is no parameter " + parameterName(item, path) + "."});
     }
     const auto installed = item.installed != nullptr ? installedValue(*item.installed, path) : std::nullopt;
     if (!convert(installed ? *installed : parameter->value(), result)) {
         return call.fail(
-            {EmulationErrors::valueUnusable, "The value of " + placeOf(item, path) + " is of another type."});
+            {EmulationErrors::valueUnusable, "The value of " + parameterName(item, path) + " is of another type."});
     }
     return 0;
 }

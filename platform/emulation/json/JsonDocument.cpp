@@ -9,7 +9,7 @@ bool beginsCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
 }
 
-std::string placeOf(std::string_view text, std::size_t offset) {
+std::string lineAndColumn(std::string_view text, std::size_t offset) {
     const std::string_view before = text.substr(0, std::min(offset, text.size()));
     const std::size_t lineBegin = before.rfind('\n') + 1;
     const std::string_view line = before.substr(lineBegin);
@@ -20,11 +20,11 @@ std::string placeOf(std::string_view text, std::size_t offset) {
 } // namespace
 
 KvNJson::json parseDocument(std::string_view text, std::string& reason) {
-    std::string fault;
+    std::string sentence;
     std::size_t offset = 0;
-    KvNJson::json document = KvNJson::json::parse(text, &fault, &offset);
+    KvNJson::json document = KvNJson::json::parse(text, &sentence, &offset);
     if (document.is_invalid()) {
-        reason = placeOf(text, offset) + ": " + fault;
+        reason = lineAndColumn(text, offset) + ": " + sentence;
     }
     return document;
 }

@@ -27,35 +27,35 @@ json::parse_options strictOptions() noexcept {
     return options;
 }
 
-struct FaultText {
-    json::error fault;
+struct ErrorText {
+    json::error error;
     const char* sentence;
 };
 
-constexpr std::array faultTexts{
-    FaultText{json::error::syntax, "This is not JSON syntax."},
-    FaultText{json::error::extra_data, "The text goes on after its value."},
-    FaultText{json::error::incomplete, "The text ends before its value is complete."},
-    FaultText{json::error::exponent_overflow, "The number is out of range."},
-    FaultText{json::error::too_deep, "Arrays and objects are nested deeper than 256 levels."},
-    FaultText{json::error::illegal_leading_surrogate, "One half of a surrogate pair stands alone."},
-    FaultText{json::error::illegal_trailing_surrogate, "One half of a surrogate pair stands alone."},
-    FaultText{json::error::expected_utf16_escape, "One half of a surrogate pair stands alone."},
-    FaultText{json::error::expected_hex_digit, R"("\u" needs four hexadecimal digits.)"},
+constexpr std::array errorTexts{
+    ErrorText{json::error::syntax, "This is not JSON syntax."},
+    ErrorText{json::error::extra_data, "The text goes on after its value."},
+    ErrorText{json::error::incomplete, "The text ends before its value is complete."},
+    ErrorText{json::error::exponent_overflow, "The number is out of range."},
+    ErrorText{json::error::too_deep, "Arrays and objects are nested deeper than 256 levels."},
+    ErrorText{json::error::illegal_leading_surrogate, "One half of a surrogate pair stands alone."},
+    ErrorText{json::error::illegal_trailing_surrogate, "One half of a surrogate pair stands alone."},
+    ErrorText{json::error::expected_utf16_escape, "One half of a surrogate pair stands alone."},
+    ErrorText{json::error::expected_hex_digit, R"("\u" needs four hexadecimal digits.)"},
 };
 
 } // namespace
 
-bool JsonValueBuilder::on_number_part(Text part, Fault& fault) {
+bool JsonValueBuilder::on_number_part(Text part, ErrorCode& error) {
     if (part.size() > longestNumber - numberParts_.size()) {
-        fault = json::error::exponent_overflow;
+        error = json::error::exponent_overflow;
         return false;
     }
     numberParts_.append(part.data(), part.size());
     return true;
 }
 
-bool JsonValueBuilder::on_double(double estimate, Text lastPart, Fault& fault) {
+bool JsonValueBuilder::on_double(double estimate, Text lastPart, ErrorCode& error) {
     // The parser's own value can be off by some units in the last place: the digits decide.
     std::string_view digits(lastPart.data(), lastPart.size());
     if (!numberParts_.empty()) {
@@ -66,7 +66,7 @@ bool JsonValueBuilder::on_double(double estimate, Text lastPart, Fault& fault) {
     if (std::from_chars(digits.data(), digits.data() + digits.size(), number).ec != std::errc()) {
         // Out of range at one of the two ends; there is no doubt at which.
         if (std::fabs(estimate) > 1.0) {
-            fault = json::error::exponent_overflow;
+            error = json::error::exponent_overflow;
             return false;
         }
         number = digits.front() == '-' ? -0.0 : 0.0;
@@ -87,33 +87,33 @@ bool JsonReader::read(std::string_view piece) {
     }
     hasBegun_ = true;
     try {
-        const std::size_t used = parser_.write_some(true, piece.data(), piece.size(), fault_);
+        const std::size_t used = parser_.write_some(true, piece.data(), piece.size(), error_);
         offset_ += used;
-        if (!fault_ && used < piece.size()) {
-            fault_ = json::error::extra_data;
+        if (!error_ && used < piece.size()) {
+            error_ = json::error::extra_data;
         }
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception&) {
-        fault_ = json::error::exception;
+        error_ = json::error::exception;
     }
-    return !fault_;
+    return !error_;
 }
 
 bool JsonReader::finish() {
     try {
-        parser_.write_some(false, "", 0, fault_);
+        parser_.write_some(false, "", 0, error_);
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception&) {
-        fault_ = json::error::exception;
+        error_ = json::error::exception;
     }
-    return !fault_;
+    return !error_;
 }
 
 std::string JsonReader::reason() const {
-    for (const FaultText& text : faultTexts) {
-        if (fault_ == text.fault) {
+    for (const ErrorText& text : errorTexts) {
+        if (error_ == text.error) {
             return text.sentence;
         }
     }

@@ -28,58 +28,58 @@ public:
     [[nodiscard]] boost::json::value release() noexcept { return values_.release(); }
 
     using Text = boost::json::string_view;
-    using Fault = boost::json::error_code;
+    using ErrorCode = boost::json::error_code;
 
-    bool on_document_begin(Fault& /*fault*/) noexcept { return true; }
-    bool on_document_end(Fault& /*fault*/) noexcept { return true; }
-    bool on_object_begin(Fault& /*fault*/) noexcept { return true; }
-    bool on_object_end(std::size_t count, Fault& /*fault*/) {
+    bool on_document_begin(ErrorCode& /*error*/) noexcept { return true; }
+    bool on_document_end(ErrorCode& /*error*/) noexcept { return true; }
+    bool on_object_begin(ErrorCode& /*error*/) noexcept { return true; }
+    bool on_object_end(std::size_t count, ErrorCode& /*error*/) {
         values_.push_object(count);
         return true;
     }
-    bool on_array_begin(Fault& /*fault*/) noexcept { return true; }
-    bool on_array_end(std::size_t count, Fault& /*fault*/) {
+    bool on_array_begin(ErrorCode& /*error*/) noexcept { return true; }
+    bool on_array_end(std::size_t count, ErrorCode& /*error*/) {
         values_.push_array(count);
         return true;
     }
-    bool on_key_part(Text part, std::size_t /*size*/, Fault& /*fault*/) {
+    bool on_key_part(Text part, std::size_t /*size*/, ErrorCode& /*error*/) {
         values_.push_chars(part);
         return true;
     }
-    bool on_key(Text lastPart, std::size_t /*size*/, Fault& /*fault*/) {
+    bool on_key(Text lastPart, std::size_t /*size*/, ErrorCode& /*error*/) {
         values_.push_key(lastPart);
         return true;
     }
-    bool on_string_part(Text part, std::size_t /*size*/, Fault& /*fault*/) {
+    bool on_string_part(Text part, std::size_t /*size*/, ErrorCode& /*error*/) {
         values_.push_chars(part);
         return true;
     }
-    bool on_string(Text lastPart, std::size_t /*size*/, Fault& /*fault*/) {
+    bool on_string(Text lastPart, std::size_t /*size*/, ErrorCode& /*error*/) {
         values_.push_string(lastPart);
         return true;
     }
-    bool on_number_part(Text part, Fault& fault);
-    bool on_int64(std::int64_t number, Text /*lastPart*/, Fault& /*fault*/) {
+    bool on_number_part(Text part, ErrorCode& error);
+    bool on_int64(std::int64_t number, Text /*lastPart*/, ErrorCode& /*error*/) {
         numberParts_.clear();
         values_.push_int64(number);
         return true;
     }
-    bool on_uint64(std::uint64_t number, Text /*lastPart*/, Fault& /*fault*/) {
+    bool on_uint64(std::uint64_t number, Text /*lastPart*/, ErrorCode& /*error*/) {
         numberParts_.clear();
         values_.push_uint64(number);
         return true;
     }
-    bool on_double(double estimate, Text lastPart, Fault& fault);
-    bool on_bool(bool value, Fault& /*fault*/) {
+    bool on_double(double estimate, Text lastPart, ErrorCode& error);
+    bool on_bool(bool value, ErrorCode& /*error*/) {
         values_.push_bool(value);
         return true;
     }
-    bool on_null(Fault& /*fault*/) {
+    bool on_null(ErrorCode& /*error*/) {
         values_.push_null();
         return true;
     }
-    bool on_comment_part(Text /*part*/, Fault& /*fault*/) noexcept { return true; }
-    bool on_comment(Text /*lastPart*/, Fault& /*fault*/) noexcept { return true; }
+    bool on_comment_part(Text /*part*/, ErrorCode& /*error*/) noexcept { return true; }
+    bool on_comment(Text /*lastPart*/, ErrorCode& /*error*/) noexcept { return true; }
 
 private:
     boost::json::value_stack values_;
@@ -111,7 +111,7 @@ private:
     // The parser holds values in the storage, which must outlive it.
     std::shared_ptr<boost::json::monotonic_resource> storage_;
     boost::json::basic_parser<JsonValueBuilder> parser_;
-    boost::json::error_code fault_;
+    boost::json::error_code error_;
     std::size_t offset_ = 0;
     bool hasBegun_ = false;
 };

@@ -46,11 +46,11 @@ boost::json::string_view boostText(std::string_view text) noexcept {
 }
 
 /// True of one JSON text from the stream's position to its end.
-bool readStream(JsonReader& reader, std::FILE* stream) {
+bool parseStream(JsonReader& reader, std::FILE* stream) {
     return forEachPiece(stream, [&reader](std::string_view piece) { return reader.read(piece); }) && reader.finish();
 }
 
-bool readText(JsonReader& reader, std::string_view text) {
+bool parseText(JsonReader& reader, std::string_view text) {
     while (!text.empty()) {
         const std::size_t size = std::min(text.size(), textPiece);
         if (!reader.read(text.substr(0, size))) {
@@ -236,13 +236,13 @@ void json::swap(json& other) noexcept {
 
 json json::parse(std::FILE* stream) {
     JsonReader reader;
-    const bool isValid = readStream(reader, stream);
+    const bool isValid = parseStream(reader, stream);
     return Factory::result(reader, isValid);
 }
 
 json json::parse(std::string_view text, std::string* reason, std::size_t* offset) {
     JsonReader reader;
-    const bool isValid = readText(reader, text);
+    const bool isValid = parseText(reader, text);
     if (!isValid && reason != nullptr) {
         *reason = reader.reason();
     }

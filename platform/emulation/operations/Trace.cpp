@@ -11,10 +11,10 @@ namespace {
 
 constexpr const char* variable = "KV_TRACE";
 
-void reportOnce(const std::filesystem::path& path, const std::error_code& fault) {
+void reportOnce(const std::filesystem::path& path, const std::error_code& error) {
     static std::atomic<bool> isReported{false};
     if (!isReported.exchange(true)) {
-        std::cerr << "The trace " << SystemFiles::textOf(path) << " cannot be written: " << fault.message() << '\n';
+        std::cerr << "The trace " << SystemFiles::textOf(path) << " cannot be written: " << error.message() << '\n';
     }
 }
 
@@ -34,7 +34,7 @@ void Trace::append(const KvNJson::json& line) {
         return;
     }
     const std::string text = line.dump(-1, ' ', false, KvNJson::error_handler_t::replace) + "\n";
-    if (const std::error_code fault = SystemFiles::appendWhole(*path, text)) {
-        reportOnce(*path, fault);
+    if (const std::error_code error = SystemFiles::appendWhole(*path, text)) {
+        reportOnce(*path, error);
     }
 }

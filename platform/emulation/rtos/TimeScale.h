@@ -15,8 +15,8 @@
     }
     const std::string_view digits(text);
     double scale = realTime;
-    const auto [end, fault] = std::from_chars(digits.data(), digits.data() + digits.size(), scale);
-    if (fault != std::errc() || end != digits.data() + digits.size()) {
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), scale);
+    if (error != std::errc() || end != digits.data() + digits.size()) {
         return realTime;
     }
     return !std::signbit(scale) && scale <= longestScale ? scale : realTime;

@@ -45,7 +45,7 @@ std::string hexOf(std::uint64_t number) {
 }
 
 /// A file name, without extension, for an address: readable, of bounded length and fit for every file system.
-std::string nameOf(const std::string& address) {
+std::string fileNameOf(const std::string& address) {
     constexpr std::size_t longestReadable = 80;
     std::string name;
     for (const char character : address) {
@@ -63,14 +63,14 @@ std::string nameOf(const std::string& address) {
     return name.substr(0, longestReadable) + "~" + hexOf(hashOf(address));
 }
 
-std::optional<std::string> readSmallFile(const fs::path& path, std::error_code& fault) {
-    const SystemFiles::File file = SystemFiles::openForReading(path, fault);
+std::optional<std::string> readSmallFile(const fs::path& path, std::error_code& error) {
+    const SystemFiles::File file = SystemFiles::openForReading(path, error);
     if (file == nullptr) {
         return std::nullopt;
     }
     auto text = readBytes(*file, largestStateFile);
     if (std::ferror(file.get()) != 0) {
-        fault = std::make_error_code(std::errc::io_error);
+        error = std::make_error_code(std::errc::io_error);
     }
     return text;
 }
@@ -78,19 +78,19 @@ std::optional<std::string> readSmallFile(const fs::path& path, std::error_code& 
 /// The record in a state file that is about to be replaced; the default when the file is absent or not understood.
 template <class Record>
 OrFailure<Record> readForChange(const fs::path& path, std::optional<Record> (*parse)(std::string_view)) {
-    std::error_code fault;
-    const auto text = readSmallFile(path, fault);
-    if (fault && !SystemFiles::isAbsent(fault)) {
-        return fileFailure("read", SystemFiles::textOf(path), fault);
+    std::error_code error;
+    const auto text = readSmallFile(path, error);
+    if (error && !SystemFiles::isAbsent(error)) {
+        return fileFailure("read", SystemFiles::textOf(path), error);
     }
     return (text ? parse(*text) : std::nullopt).value_or(Record());
 }
 
 Outcome writeNewFile(const fs::path& path, std::string_view bytes) {
-    std::error_code fault;
-    SystemFiles::File file = SystemFiles::createNew(path, fault);
+    std::error_code error;
+    SystemFiles::File file = SystemFiles::createNew(path, error);
     if (file == nullptr) {
-        return fileFailure("write", SystemFiles::textOf(path), fault);
+        return fileFailure("write", SystemFiles::textOf(path), error);
     }
     const bool isWritten = std::fwrite(bytes.data(), 1, bytes.size(), file.get()) == bytes.size();
     if (std::fclose(file.release()) != 0 || !isWritten) {
@@ -107,8 +107,8 @@ Outcome replaceFile(const fs::path& path, std::string_view bytes) {
     fs::remove(aside, ignored);
     Outcome failure = writeNewFile(aside, bytes);
     if (!failure) {
-        if (const std::error_code fault = SystemFiles::moveIntoPlace(aside, path)) {
-            failure = fileFailure("write", SystemFiles::textOf(path), fault);
+        if (const std::error_code error = SystemFiles::moveIntoPlace(aside, path)) {
+            failure = fileFailure("write", SystemFiles::textOf(path), error);
         }
     }
     if (failure) {
@@ -119,50 +119,50 @@ Outcome replaceFile(const fs::path& path, std::string_view bytes) {
 
 /// Creates the folder when it is missing; a link in its place is refused, for it may lead anywhere.
 Outcome createFolder(const fs::path& path) {
-    std::error_code fault;
-    fs::create_directory(path, fault);
+    std::error_code error;
+    fs::create_directory(path, error);
     std::error_code unknown;
     if (fs::symlink_status(path, unknown).type() == fs::file_type::directory) {
         return std::nullopt;
     }
-    const std::error_code reason = fault ? fault : std::make_error_code(std::errc::not_a_directory);
+    const std::error_code reason = error ? error : std::make_error_code(std::errc::not_a_directory);
     return fileFailure("create the folder", SystemFiles::textOf(path), reason);
 }
 
 /// The paths in a folder, sorted; none when it is missing.
-std::vector<fs::path> listFolder(const fs::path& folder, std::error_code& fault) {
-    std::vector<fs::path> paths = SystemFiles::pathsIn(folder, fault);
+std::vector<fs::path> listFolder(const fs::path& folder, std::error_code& error) {
+    std::vector<fs::path> paths = SystemFiles::pathsIn(folder, error);
     std::sort(paths.begin(), paths.end());
     return paths;
 }
 
 /// Deletes what is at `path`, of a folder everything in it too. No link is followed.
 std::error_code removeAll(const fs::path& path) {
-    std::error_code fault;
-    const fs::file_type type = fs::symlink_status(path, fault).type();
+    std::error_code error;
+    const fs::file_type type = fs::symlink_status(path, error).type();
     if (type == fs::file_type::not_found) {
         return {};
     }
     if (type == fs::file_type::directory) {
-        for (const fs::path& entry : SystemFiles::pathsIn(path, fault)) {
+        for (const fs::path& entry : SystemFiles::pathsIn(path, error)) {
             if (const std::error_code failure = removeAll(entry)) {
                 return failure;
             }
         }
-        if (fault) {
-            return fault;
+        if (error) {
+            return error;
         }
     }
-    fs::remove(path, fault);
-    return fault;
+    fs::remove(path, error);
+    return error;
 }
 
 std::string ignoredFile(const fs::path& path, const std::string& reason) {
     return SystemFiles::textOf(path) + ": " + reason;
 }
 
-std::string ignoredFile(const fs::path& path, const std::error_code& fault) {
-    return ignoredFile(path, fault ? fault.message() : "not a file of the emulation");
+std::string ignoredFile(const fs::path& path, const std::error_code& error) {
+    return ignoredFile(path, error ? error.message() : "not a file of the emulation");
 }
 
 } // namespace
@@ -172,12 +172,12 @@ StateStore::StateStore(const fs::path& folder) : state_(folder / "state") {}
 StateStore::Contents StateStore::read() const {
     Contents contents;
     readResets(contents);
-    std::error_code fault;
-    for (const fs::path& path : listFolder(state_ / elementFolder, fault)) {
+    std::error_code error;
+    for (const fs::path& path : listFolder(state_ / elementFolder, error)) {
         readElement(path, contents);
     }
-    if (fault && !SystemFiles::isAbsent(fault)) {
-        contents.ignored.push_back(ignoredFile(state_ / elementFolder, fault));
+    if (error && !SystemFiles::isAbsent(error)) {
+        contents.ignored.push_back(ignoredFile(state_ / elementFolder, error));
     }
     return contents;
 }
@@ -186,24 +186,24 @@ void StateStore::readElement(const fs::path& path, Contents& contents) const {
     if (path.extension() == asideExtension) {
         return;
     }
-    std::error_code fault;
-    const auto text = readSmallFile(path, fault);
+    std::error_code error;
+    const auto text = readSmallFile(path, error);
     auto state = text ? parseElementState(*text) : std::nullopt;
     if (state && elementPath(state->address) == path) {
         contents.elements.push_back(std::move(*state));
-    } else if (!SystemFiles::isAbsent(fault)) {
-        contents.ignored.push_back(ignoredFile(path, fault));
+    } else if (!SystemFiles::isAbsent(error)) {
+        contents.ignored.push_back(ignoredFile(path, error));
     }
 }
 
 void StateStore::readResets(Contents& contents) const {
     const fs::path path = state_ / countersFile;
-    std::error_code fault;
-    const auto text = readSmallFile(path, fault);
+    std::error_code error;
+    const auto text = readSmallFile(path, error);
     if (const auto counters = text ? parseResetCounters(*text) : std::nullopt) {
         contents.resets = counters->resets;
-    } else if (!SystemFiles::isAbsent(fault)) {
-        contents.ignored.push_back(ignoredFile(path, fault));
+    } else if (!SystemFiles::isAbsent(error)) {
+        contents.ignored.push_back(ignoredFile(path, error));
     }
 }
 
@@ -275,10 +275,10 @@ OrFailure<SystemFiles::FileLock> StateStore::lockForUpdate() {
         return std::move(*failure);
     }
     const fs::path path = state_ / updateLockFile;
-    std::error_code fault;
-    auto lock = SystemFiles::FileLock::take(path, SystemFiles::FileLock::Wait::no, fault);
-    if (fault) {
-        return fileFailure("lock", SystemFiles::textOf(path), fault);
+    std::error_code error;
+    auto lock = SystemFiles::FileLock::take(path, SystemFiles::FileLock::Wait::no, error);
+    if (error) {
+        return fileFailure("lock", SystemFiles::textOf(path), error);
     }
     if (!lock) {
         return Failure{EmulationErrors::targetLocked, "The target is locked by another owner."};
@@ -295,10 +295,10 @@ OrFailure<StateStore::TransferredFile> StateStore::createTransferredFile(std::ui
     }
     TransferredFile transferred;
     transferred.path = state_ / transferFolder / std::to_string(number);
-    std::error_code fault;
-    transferred.file = SystemFiles::createNew(transferred.path, fault);
+    std::error_code error;
+    transferred.file = SystemFiles::createNew(transferred.path, error);
     if (transferred.file == nullptr) {
-        return fileFailure("write", SystemFiles::textOf(transferred.path), fault);
+        return fileFailure("write", SystemFiles::textOf(transferred.path), error);
     }
     return transferred;
 }
@@ -312,10 +312,10 @@ OrFailure<SystemFiles::Folder> StateStore::openFileSystem() {
         return std::move(*failure);
     }
     const fs::path path = state_ / fileSystemFolder;
-    std::error_code fault;
-    auto folder = SystemFiles::Folder::open(path, fault);
+    std::error_code error;
+    auto folder = SystemFiles::Folder::open(path, error);
     if (!folder) {
-        return fileFailure("open", SystemFiles::textOf(path), fault);
+        return fileFailure("open", SystemFiles::textOf(path), error);
     }
     return std::move(*folder);
 }
@@ -330,10 +330,10 @@ OrFailure<SystemFiles::FileLock> StateStore::takeGuard() const {
         return std::move(*failure);
     }
     const fs::path path = state_ / guardFile;
-    std::error_code fault;
-    auto guard = SystemFiles::FileLock::take(path, SystemFiles::FileLock::Wait::untilFree, fault);
+    std::error_code error;
+    auto guard = SystemFiles::FileLock::take(path, SystemFiles::FileLock::Wait::untilFree, error);
     if (!guard) {
-        return fileFailure("lock", SystemFiles::textOf(path), fault);
+        return fileFailure("lock", SystemFiles::textOf(path), error);
     }
     return std::move(*guard);
 }
@@ -343,5 +343,5 @@ Outcome StateStore::writeCounters(const ResetCounters& counters) const {
 }
 
 fs::path StateStore::elementPath(const std::string& address) const {
-    return state_ / elementFolder / (nameOf(address) + stateExtension);
+    return state_ / elementFolder / (fileNameOf(address) + stateExtension);
 }

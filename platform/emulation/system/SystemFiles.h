@@ -21,9 +21,9 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-/// True of the fault of something that is not there.
-[[nodiscard]] inline bool isAbsent(const std::error_code& fault) {
-    return fault == std::errc::no_such_file_or_directory;
+/// True if `error` says that something does not exist.
+[[nodiscard]] inline bool isAbsent(const std::error_code& error) {
+    return error == std::errc::no_such_file_or_directory;
 }
 
 /// The path whose text is `utf8`.
@@ -37,12 +37,12 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 [[nodiscard]] std::optional<std::filesystem::path> pathFromEnvironment(const char* name);
 
 /// Opens a file for reading bytes; whatever is no regular file, as a folder, is refused.
-[[nodiscard]] File openForReading(const std::filesystem::path& path, std::error_code& fault);
+[[nodiscard]] File openForReading(const std::filesystem::path& path, std::error_code& error);
 /// Creates a file for writing bytes; whatever exists at `path`, be it a link, is a failure.
-[[nodiscard]] File createNew(const std::filesystem::path& path, std::error_code& fault);
-/// The paths in a folder, in no order; those found before a fault. (The standard library's iterators end the process
+[[nodiscard]] File createNew(const std::filesystem::path& path, std::error_code& error);
+/// The paths in a folder, in no order; those found before an error. (The standard library's iterators end the process
 /// when memory is exhausted.)
-[[nodiscard]] std::vector<std::filesystem::path> pathsIn(const std::filesystem::path& folder, std::error_code& fault);
+[[nodiscard]] std::vector<std::filesystem::path> pathsIn(const std::filesystem::path& folder, std::error_code& error);
 /// Renames a file, replacing the one that is at `to`, in one step for other processes.
 [[nodiscard]] std::error_code moveIntoPlace(const std::filesystem::path& from, const std::filesystem::path& to);
 /// Appends `bytes` to a file, which is created when missing, in one step for other processes.
@@ -55,9 +55,9 @@ public:
     enum class Wait : std::uint8_t { no, untilFree };
 
     /// Takes the lock on the file at `path`, which is created when missing and must be no link. Nothing without a
-    /// fault: another owner holds it (with Wait::no only).
+    /// error: another owner holds it (with Wait::no only).
     [[nodiscard]] static std::optional<FileLock> take(const std::filesystem::path& path, Wait wait,
-                                                      std::error_code& fault);
+                                                      std::error_code& error);
 
     FileLock(FileLock&& other) noexcept : handle_(std::exchange(other.handle_, none)) {}
     FileLock& operator=(FileLock&& other) noexcept {
@@ -85,15 +85,15 @@ private:
 class Folder {
 public:
     /// Opens the folder at `path`, whose last component must be no link.
-    [[nodiscard]] static std::optional<Folder> open(const std::filesystem::path& path, std::error_code& fault);
+    [[nodiscard]] static std::optional<Folder> open(const std::filesystem::path& path, std::error_code& error);
 
-    [[nodiscard]] std::optional<Folder> enter(const std::string& name, std::error_code& fault) const;
+    [[nodiscard]] std::optional<Folder> enter(const std::string& name, std::error_code& error) const;
     /// A folder or file that exists already is a failure.
     [[nodiscard]] std::error_code makeFolder(const std::string& name) const;
     /// Opens a regular file for reading bytes.
-    [[nodiscard]] File openFile(const std::string& name, std::error_code& fault) const;
+    [[nodiscard]] File openFile(const std::string& name, std::error_code& error) const;
     /// Creates a file for writing bytes in place of a regular file of that name.
-    [[nodiscard]] File createFile(const std::string& name, std::error_code& fault) const;
+    [[nodiscard]] File createFile(const std::string& name, std::error_code& error) const;
     /// Renames a regular file, replacing a regular file that has the new name.
     [[nodiscard]] std::error_code renameFile(const std::string& oldName, const std::string& newName) const;
 

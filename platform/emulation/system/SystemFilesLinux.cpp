@@ -47,16 +47,16 @@ struct DirectoryCloser {
     void operator()(DIR* directory) const noexcept { static_cast<void>(::closedir(directory)); }
 };
 
-/// The stream on `descriptor`; null with `fault` when the descriptor is not open.
-File streamOn(Descriptor descriptor, const char* mode, std::error_code& fault) {
-    fault.clear();
+/// The stream on `descriptor`; null with `error` when the descriptor is not open.
+File streamOn(Descriptor descriptor, const char* mode, std::error_code& error) {
+    error.clear();
     if (!descriptor.isOpen()) {
-        fault = lastError();
+        error = lastError();
         return nullptr;
     }
     File file(::fdopen(descriptor.number(), mode));
     if (file == nullptr) {
-        fault = lastError();
+        error = lastError();
         return nullptr;
     }
     static_cast<void>(descriptor.release());
@@ -64,7 +64,7 @@ File streamOn(Descriptor descriptor, const char* mode, std::error_code& fault) {
 }
 
 /// What is wrong with a file of this mode for who expects a regular file; nothing when it is one.
-std::error_code faultOfKind(mode_t mode) {
+std::error_code errorOfKind(mode_t mode) {
     if (S_ISLNK(mode)) {
         return std::make_error_code(std::errc::too_many_symbolic_link_levels);
     }
@@ -75,12 +75,12 @@ std::error_code faultOfKind(mode_t mode) {
 }
 
 /// The same for the file `name`.
-std::error_code faultOfRegularFile(int folder, const char* name) {
+std::error_code errorOfRegularFile(int folder, const char* name) {
     struct stat status {};
     if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
         return lastError();
     }
-    return faultOfKind(status.st_mode);
+    return errorOfKind(status.st_mode);
 }
 
 /// False when the file at `path` is not the open one (any more).
@@ -121,28 +121,28 @@ std::optional<std::filesystem::path> pathFromEnvironment(const char* name) {
     return text != nullptr && *text != '\0' ? std::optional(std::filesystem::path(text)) : std::nullopt;
 }
 
-File openForReading(const std::filesystem::path& path, std::error_code& fault) {
+File openForReading(const std::filesystem::path& path, std::error_code& error) {
     // Without O_NONBLOCK a named pipe that nobody writes to would block the open.
     Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status {};
     if (descriptor.isOpen() && ::fstat(descriptor.number(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        fault = faultOfKind(status.st_mode);
+        error = errorOfKind(status.st_mode);
         return nullptr;
     }
-    return streamOn(std::move(descriptor), "rb", fault);
+    return streamOn(std::move(descriptor), "rb", error);
 }
 
-File createNew(const std::filesystem::path& path, std::error_code& fault) {
+File createNew(const std::filesystem::path& path, std::error_code& error) {
     return streamOn(Descriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, newFileMode)), "wb",
-                    fault);
+                    error);
 }
 
-std::vector<std::filesystem::path> pathsIn(const std::filesystem::path& folder, std::error_code& fault) {
-    fault.clear();
+std::vector<std::filesystem::path> pathsIn(const std::filesystem::path& folder, std::error_code& error) {
+    error.clear();
     std::vector<std::filesystem::path> paths;
     const std::unique_ptr<DIR, DirectoryCloser> directory(::opendir(folder.c_str()));
     if (directory == nullptr) {
-        fault = lastError();
+        error = lastError();
         return paths;
     }
     for (;;) {
@@ -157,7 +157,7 @@ std::vector<std::filesystem::path> pathsIn(const std::filesystem::path& folder, 
         }
     }
     if (errno != 0) {
-        fault = lastError();
+        error = lastError();
     }
     return paths;
 }
@@ -179,18 +179,18 @@ std::error_code appendWhole(const std::filesystem::path& path, std::string_view 
                                                              : std::make_error_code(std::errc::no_space_on_device);
 }
 
-std::optional<FileLock> FileLock::take(const std::filesystem::path& path, Wait wait, std::error_code& fault) {
-    fault.clear();
+std::optional<FileLock> FileLock::take(const std::filesystem::path& path, Wait wait, std::error_code& error) {
+    error.clear();
     for (;;) {
         Descriptor descriptor(
             ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, newFileMode));
         if (!descriptor.isOpen()) {
-            fault = lastError();
+            error = lastError();
             return std::nullopt;
         }
         if (lockDescriptor(descriptor.number(), wait) != 0) {
             if (errno != EWOULDBLOCK) {
-                fault = lastError();
+                error = lastError();
             }
             return std::nullopt;
         }
@@ -218,23 +218,23 @@ constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
 } // namespace
 
-std::optional<Folder> Folder::open(const std::filesystem::path& path, std::error_code& fault) {
+std::optional<Folder> Folder::open(const std::filesystem::path& path, std::error_code& error) {
     Descriptor descriptor(::open(path.c_str(), folderFlags));
     if (!descriptor.isOpen()) {
-        fault = lastError();
+        error = lastError();
         return std::nullopt;
     }
-    fault.clear();
+    error.clear();
     return Folder(std::make_shared<const Impl>(Impl{std::move(descriptor)}));
 }
 
-std::optional<Folder> Folder::enter(const std::string& name, std::error_code& fault) const {
+std::optional<Folder> Folder::enter(const std::string& name, std::error_code& error) const {
     Descriptor descriptor(::openat(impl_->descriptor.number(), name.c_str(), folderFlags));
     if (!descriptor.isOpen()) {
-        fault = lastError();
+        error = lastError();
         return std::nullopt;
     }
-    fault.clear();
+    error.clear();
     return Folder(std::make_shared<const Impl>(Impl{std::move(descriptor)}));
 }
 
@@ -242,39 +242,39 @@ std::error_code Folder::makeFolder(const std::string& name) const {
     return ::mkdirat(impl_->descriptor.number(), name.c_str(), newFolderMode) == 0 ? std::error_code() : lastError();
 }
 
-File Folder::openFile(const std::string& name, std::error_code& fault) const {
+File Folder::openFile(const std::string& name, std::error_code& error) const {
     const int folder = impl_->descriptor.number();
-    fault = faultOfRegularFile(folder, name.c_str());
-    if (fault) {
+    error = errorOfRegularFile(folder, name.c_str());
+    if (error) {
         return nullptr;
     }
     return streamOn(Descriptor(::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK)), "rb",
-                    fault);
+                    error);
 }
 
-File Folder::createFile(const std::string& name, std::error_code& fault) const {
+File Folder::createFile(const std::string& name, std::error_code& error) const {
     const int folder = impl_->descriptor.number();
-    fault = faultOfRegularFile(folder, name.c_str());
-    if (fault && !isAbsent(fault)) {
+    error = errorOfRegularFile(folder, name.c_str());
+    if (error && !isAbsent(error)) {
         return nullptr;
     }
     // A new file instead of the emptied old one: that may have a second name outside the folder.
-    if (!fault && ::unlinkat(folder, name.c_str(), 0) != 0) {
-        fault = lastError();
+    if (!error && ::unlinkat(folder, name.c_str(), 0) != 0) {
+        error = lastError();
         return nullptr;
     }
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    return streamOn(Descriptor(::openat(folder, name.c_str(), flags, newFileMode)), "wb", fault);
+    return streamOn(Descriptor(::openat(folder, name.c_str(), flags, newFileMode)), "wb", error);
 }
 
 std::error_code Folder::renameFile(const std::string& oldName, const std::string& newName) const {
     const int folder = impl_->descriptor.number();
-    if (const std::error_code fault = faultOfRegularFile(folder, oldName.c_str())) {
-        return fault;
+    if (const std::error_code error = errorOfRegularFile(folder, oldName.c_str())) {
+        return error;
     }
-    const std::error_code fault = faultOfRegularFile(folder, newName.c_str());
-    if (fault && !isAbsent(fault)) {
-        return fault;
+    const std::error_code error = errorOfRegularFile(folder, newName.c_str());
+    if (error && !isAbsent(error)) {
+        return error;
     }
     return ::renameat(folder, oldName.c_str(), folder, newName.c_str()) == 0 ? std::error_code() : lastError();
 }

@@ -65,30 +65,30 @@ private:
     HANDLE handle_;
 };
 
-/// The stream on `handle`; null with `fault` when the handle is not open.
-File streamOn(Handle handle, bool reading, std::error_code& fault) {
-    fault.clear();
+/// The stream on `handle`; null with `error` when the handle is not open.
+File streamOn(Handle handle, bool reading, std::error_code& error) {
+    error.clear();
     if (!handle.isOpen()) {
-        fault = lastError();
+        error = lastError();
         return nullptr;
     }
     const int flags = _O_BINARY | _O_NOINHERIT | (reading ? _O_RDONLY : _O_WRONLY);
     const int descriptor = _open_osfhandle(reinterpret_cast<std::intptr_t>(handle.get()), flags);
     if (descriptor < 0) {
-        fault = {errno, std::generic_category()};
+        error = {errno, std::generic_category()};
         return nullptr;
     }
     static_cast<void>(handle.release());
     File file(_fdopen(descriptor, reading ? "rb" : "wb"));
     if (file == nullptr) {
-        fault = {errno, std::generic_category()};
+        error = {errno, std::generic_category()};
         _close(descriptor);
     }
     return file;
 }
 
 /// What is wrong with a file of these attributes for who expects a regular file.
-std::error_code faultOfAttributes(DWORD attributes) {
+std::error_code errorOfAttributes(DWORD attributes) {
     if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
         return std::make_error_code(std::errc::too_many_symbolic_link_levels);
     }
@@ -98,9 +98,9 @@ std::error_code faultOfAttributes(DWORD attributes) {
     return {};
 }
 
-std::error_code faultOfRegularFile(const std::wstring& path) {
+std::error_code errorOfRegularFile(const std::wstring& path) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
-    return attributes == INVALID_FILE_ATTRIBUTES ? lastError() : faultOfAttributes(attributes);
+    return attributes == INVALID_FILE_ATTRIBUTES ? lastError() : errorOfAttributes(attributes);
 }
 
 std::wstring wideOf(std::string_view utf8) {
@@ -113,9 +113,9 @@ std::wstring wideOf(std::string_view utf8) {
 
 /// `path` in the form that is taken as it stands: names such as NUL or "a." are ordinary ones in it.
 std::wstring verbatim(const std::filesystem::path& path) {
-    std::error_code fault;
-    const std::filesystem::path absolute = std::filesystem::absolute(path, fault);
-    std::wstring text = (fault ? path : absolute).lexically_normal().native();
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+    std::wstring text = (error ? path : absolute).lexically_normal().native();
     for (wchar_t& character : text) {
         character = character == L'/' ? L'\\' : character;
     }
@@ -136,10 +136,10 @@ std::error_code rename(const std::wstring& from, const std::wstring& to) {
         if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) != 0) {
             return {};
         }
-        const DWORD error = GetLastError();
-        const bool inUse = error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
+        const DWORD code = GetLastError();
+        const bool inUse = code == ERROR_ACCESS_DENIED || code == ERROR_SHARING_VIOLATION;
         if (!inUse || attempt == renameAttempts) {
-            return {static_cast<int>(error), std::system_category()};
+            return {static_cast<int>(code), std::system_category()};
         }
         Sleep(renamePause);
     }
@@ -169,21 +169,21 @@ std::optional<std::filesystem::path> pathFromEnvironment(const char* name) {
     return text != nullptr && *text != L'\0' ? std::optional(std::filesystem::path(text)) : std::nullopt;
 }
 
-File openForReading(const std::filesystem::path& path, std::error_code& fault) {
+File openForReading(const std::filesystem::path& path, std::error_code& error) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
-        fault = std::make_error_code(std::errc::is_a_directory);
+        error = std::make_error_code(std::errc::is_a_directory);
         return nullptr;
     }
-    return streamOn(openHandle(path.native(), GENERIC_READ, shareAll, OPEN_EXISTING), true, fault);
+    return streamOn(openHandle(path.native(), GENERIC_READ, shareAll, OPEN_EXISTING), true, error);
 }
 
-File createNew(const std::filesystem::path& path, std::error_code& fault) {
-    return streamOn(openHandle(path.native(), GENERIC_WRITE, shareAll, CREATE_NEW), false, fault);
+File createNew(const std::filesystem::path& path, std::error_code& error) {
+    return streamOn(openHandle(path.native(), GENERIC_WRITE, shareAll, CREATE_NEW), false, error);
 }
 
-std::vector<std::filesystem::path> pathsIn(const std::filesystem::path& folder, std::error_code& fault) {
-    fault.clear();
+std::vector<std::filesystem::path> pathsIn(const std::filesystem::path& folder, std::error_code& error) {
+    error.clear();
     std::vector<std::filesystem::path> paths;
     WIN32_FIND_DATAW entry{};
     const std::filesystem::path everything = folder / L"*";
@@ -195,7 +195,7 @@ std::vector<std::filesystem::path> pathsIn(const std::filesystem::path& folder, 
         }
     }
     if (GetLastError() != ERROR_NO_MORE_FILES) {
-        fault = lastError();
+        error = lastError();
     }
     return paths;
 }
@@ -216,30 +216,30 @@ std::error_code appendWhole(const std::filesystem::path& path, std::string_view 
     return written == bytes.size() ? std::error_code() : std::make_error_code(std::errc::no_space_on_device);
 }
 
-std::optional<FileLock> FileLock::take(const std::filesystem::path& path, Wait wait, std::error_code& fault) {
-    fault.clear();
+std::optional<FileLock> FileLock::take(const std::filesystem::path& path, Wait wait, std::error_code& error) {
+    error.clear();
     // Not shared for deletion: while somebody holds the file open, nobody can put another one in its place.
     Handle file = openHandle(path.native(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
                              OPEN_ALWAYS, FILE_FLAG_OPEN_REPARSE_POINT);
     if (!file.isOpen()) {
-        fault = lastError();
+        error = lastError();
         return std::nullopt;
     }
     BY_HANDLE_FILE_INFORMATION information{};
     if (GetFileInformationByHandle(file.get(), &information) == 0) {
-        fault = lastError();
+        error = lastError();
         return std::nullopt;
     }
-    fault = faultOfAttributes(information.dwFileAttributes);
-    if (fault) {
+    error = errorOfAttributes(information.dwFileAttributes);
+    if (error) {
         return std::nullopt;
     }
     OVERLAPPED start{};
     const DWORD flags = LOCKFILE_EXCLUSIVE_LOCK | (wait == Wait::no ? LOCKFILE_FAIL_IMMEDIATELY : 0);
     if (LockFileEx(file.get(), flags, 0, 1, 0, &start) == 0) {
-        const DWORD error = GetLastError();
-        if (error != ERROR_LOCK_VIOLATION && error != ERROR_IO_PENDING) {
-            fault = {static_cast<int>(error), std::system_category()};
+        const DWORD code = GetLastError();
+        if (code != ERROR_LOCK_VIOLATION && code != ERROR_IO_PENDING) {
+            error = {static_cast<int>(code), std::system_category()};
         }
         return std::nullopt;
     }
@@ -263,32 +263,32 @@ struct Folder::Impl {
 
     [[nodiscard]] std::wstring below(const std::string& name) const { return path + L"\\" + wideOf(name); }
 
-    /// The folder at `path` itself; null with `fault` when it is no folder or a link.
-    static std::shared_ptr<const Impl> openFolder(std::wstring path, std::error_code& fault) {
+    /// The folder at `path` itself; null with `error` when it is no folder or a link.
+    static std::shared_ptr<const Impl> openFolder(std::wstring path, std::error_code& error) {
         Handle handle = openHandle(path, FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING,
                                    FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT);
         BY_HANDLE_FILE_INFORMATION information{};
         if (!handle.isOpen() || GetFileInformationByHandle(handle.get(), &information) == 0) {
-            fault = lastError();
+            error = lastError();
             return nullptr;
         }
-        fault = faultOfAttributes(information.dwFileAttributes);
-        if (fault != std::errc::is_a_directory) {
-            fault = fault ? fault : std::make_error_code(std::errc::not_a_directory);
+        error = errorOfAttributes(information.dwFileAttributes);
+        if (error != std::errc::is_a_directory) {
+            error = error ? error : std::make_error_code(std::errc::not_a_directory);
             return nullptr;
         }
-        fault.clear();
+        error.clear();
         return std::make_shared<const Impl>(Impl{std::move(handle), std::move(path)});
     }
 };
 
-std::optional<Folder> Folder::open(const std::filesystem::path& path, std::error_code& fault) {
-    auto impl = Impl::openFolder(verbatim(path), fault);
+std::optional<Folder> Folder::open(const std::filesystem::path& path, std::error_code& error) {
+    auto impl = Impl::openFolder(verbatim(path), error);
     return impl != nullptr ? std::optional(Folder(std::move(impl))) : std::nullopt;
 }
 
-std::optional<Folder> Folder::enter(const std::string& name, std::error_code& fault) const {
-    auto impl = Impl::openFolder(impl_->below(name), fault);
+std::optional<Folder> Folder::enter(const std::string& name, std::error_code& error) const {
+    auto impl = Impl::openFolder(impl_->below(name), error);
     return impl != nullptr ? std::optional(Folder(std::move(impl))) : std::nullopt;
 }
 
@@ -296,38 +296,38 @@ std::error_code Folder::makeFolder(const std::string& name) const {
     return CreateDirectoryW(impl_->below(name).c_str(), nullptr) != 0 ? std::error_code() : lastError();
 }
 
-File Folder::openFile(const std::string& name, std::error_code& fault) const {
+File Folder::openFile(const std::string& name, std::error_code& error) const {
     const std::wstring path = impl_->below(name);
-    fault = faultOfRegularFile(path);
-    if (fault) {
+    error = errorOfRegularFile(path);
+    if (error) {
         return nullptr;
     }
-    return streamOn(openHandle(path, GENERIC_READ, shareAll, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT), true, fault);
+    return streamOn(openHandle(path, GENERIC_READ, shareAll, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT), true, error);
 }
 
-File Folder::createFile(const std::string& name, std::error_code& fault) const {
+File Folder::createFile(const std::string& name, std::error_code& error) const {
     const std::wstring path = impl_->below(name);
-    fault = faultOfRegularFile(path);
-    if (fault && !isAbsent(fault)) {
+    error = errorOfRegularFile(path);
+    if (error && !isAbsent(error)) {
         return nullptr;
     }
     // A new file instead of the emptied old one: that may have a second name outside the folder.
-    if (!fault && DeleteFileW(path.c_str()) == 0) {
-        fault = lastError();
+    if (!error && DeleteFileW(path.c_str()) == 0) {
+        error = lastError();
         return nullptr;
     }
-    return streamOn(openHandle(path, GENERIC_WRITE, shareAll, CREATE_NEW), false, fault);
+    return streamOn(openHandle(path, GENERIC_WRITE, shareAll, CREATE_NEW), false, error);
 }
 
 std::error_code Folder::renameFile(const std::string& oldName, const std::string& newName) const {
     const std::wstring from = impl_->below(oldName);
     const std::wstring to = impl_->below(newName);
-    if (const std::error_code fault = faultOfRegularFile(from)) {
-        return fault;
+    if (const std::error_code error = errorOfRegularFile(from)) {
+        return error;
     }
-    const std::error_code fault = faultOfRegularFile(to);
-    if (fault && !isAbsent(fault)) {
-        return fault;
+    const std::error_code error = errorOfRegularFile(to);
+    if (error && !isAbsent(error)) {
+        return error;
     }
     return rename(from, to);
 }

@@ -25,30 +25,26 @@ const ItemDescription* boardOf(const ItemDescription& element) {
     return info != nullptr && isOf(*info, KvNInventoryIDs::UPDATE_INFO) ? info->parent() : nullptr;
 }
 
-std::string textOf(const KvCInventoryAddress& address) {
-    return std::string(address.toString().view());
-}
-
 std::string displayPath(const std::string& folder) {
     const bool endsWithSeparator = !folder.empty() && (folder.back() == '/' || folder.back() == '\\');
     return folder + (endsWithSeparator || folder.empty() ? "" : "/") + descriptionFile;
 }
 
-/// Null when the file is refused; then `error` says why.
-std::unique_ptr<TargetDescription> readDescriptionFile(const std::filesystem::path& path, std::string& error) {
-    std::error_code fault;
-    const SystemFiles::File file = SystemFiles::openForReading(path, fault);
+/// Null when the file is refused; then `reason` says why.
+std::unique_ptr<TargetDescription> readDescriptionFile(const std::filesystem::path& path, std::string& reason) {
+    std::error_code error;
+    const SystemFiles::File file = SystemFiles::openForReading(path, error);
     if (file == nullptr) {
-        error = "cannot be opened: " + fault.message();
+        reason = "cannot be opened: " + error.message();
         return nullptr;
     }
-    const std::uintmax_t size = std::filesystem::file_size(path, fault);
-    auto text = readBytes(*file, std::numeric_limits<std::size_t>::max(), fault ? 0 : static_cast<std::size_t>(size));
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    auto text = readBytes(*file, std::numeric_limits<std::size_t>::max(), error ? 0 : static_cast<std::size_t>(size));
     if (!text) {
-        error = "cannot be read";
+        reason = "cannot be read";
         return nullptr;
     }
-    return readTargetDescription(std::move(*text), error);
+    return readTargetDescription(std::move(*text), reason);
 }
 
 } // namespace
@@ -108,7 +104,7 @@ const ItemDescription* EmulatedTarget::findItem(const KvCInventoryAddress& addre
 }
 
 Failure EmulatedTarget::noSuchItem(const KvCInventoryAddress& address) {
-    return {EmulationErrors::notFound, "The target has no item " + textOf(address) + "."};
+    return {EmulationErrors::notFound, "The target has no item " + itemAddressText(address) + "."};
 }
 
 OrFailure<const ItemDescription*> EmulatedTarget::findElement(const KvCInventoryAddress& board,
@@ -120,11 +116,11 @@ OrFailure<const ItemDescription*> EmulatedTarget::findElement(const KvCInventory
     const auto found = elements_.find({item, id});
     if (found == elements_.end()) {
         return Failure{EmulationErrors::notFound,
-                       textOf(board) + " has no element with the ID " + std::to_string(id) + "."};
+                       itemAddressText(board) + " has no element with the ID " + std::to_string(id) + "."};
     }
     if (found->second.isAmbiguous) {
         return Failure{EmulationErrors::notFound,
-                       textOf(board) + " has several elements with the ID " + std::to_string(id) + "."};
+                       itemAddressText(board) + " has several elements with the ID " + std::to_string(id) + "."};
     }
     return found->second.element;
 }
@@ -157,7 +153,7 @@ InstalledElements EmulatedTarget::resolve(const StateStore::Contents& contents,
 
 Outcome EmulatedTarget::install(const ItemDescription& element, const InstalledValues& values) {
     const bool atReset = element.update().activation == UpdateBehaviour::Activation::reboot;
-    return state_.install(textOf(element.address()), values, atReset);
+    return state_.install(itemAddressText(element.address()), values, atReset);
 }
 
 void EmulatedTarget::indexItems(const ItemDescription& item, std::vector<std::string>& warnings) {
@@ -165,7 +161,8 @@ void EmulatedTarget::indexItems(const ItemDescription& item, std::vector<std::st
         indexElement(item, warnings);
         indexLocation(item);
     } else if (item.hasUpdate()) {
-        warnings.push_back(textOf(item.address()) + " is no element, so that its update behaviour has no meaning.");
+        warnings.push_back(itemAddressText(item.address()) +
+                           " is no element, so that its update behaviour has no meaning.");
     }
     for (const auto& child : item.items()) {
         indexItems(*child, warnings);
@@ -191,8 +188,8 @@ void EmulatedTarget::indexElement(const ItemDescription& element, std::vector<st
         return;
     }
     if (isUpdate && !entry->second.isAmbiguous) {
-        warnings.push_back("Several elements of " + textOf(board->address()) + " have the ID " + std::to_string(*id) +
-                           ", so that updates of it are refused.");
+        warnings.push_back("Several elements of " + itemAddressText(board->address()) + " have the ID " +
+                           std::to_string(*id) + ", so that updates of it are refused.");
     }
     entry->second.isAmbiguous = true;
 }

@@ -14,12 +14,12 @@ std::string pathIn(const std::string& folder, const std::string& name) {
 }
 
 /// The checksum that the file `name` in `folder`, shown as `path`, installs; absent when it states none.
-OrFailure<std::optional<std::uint32_t>> readChecksum(const SystemFiles::Folder& folder, const std::string& name,
-                                                     const std::string& path) {
-    std::error_code fault;
-    const SystemFiles::File file = folder.openFile(name, fault);
+OrFailure<std::optional<std::uint32_t>> checksumOf(const SystemFiles::Folder& folder, const std::string& name,
+                                                   const std::string& path) {
+    std::error_code error;
+    const SystemFiles::File file = folder.openFile(name, error);
     if (file == nullptr) {
-        return fileFailure("read", path, fault);
+        return fileFailure("read", path, error);
     }
     const auto contents = readUpdateFileContents(*file);
     if (!contents) {
@@ -55,8 +55,8 @@ Outcome TargetFileSystem::makeFolder(const std::string& parent, const std::strin
     if (!folder.hasValue()) {
         return folder.failure();
     }
-    if (const std::error_code fault = folder.value().makeFolder(name)) {
-        return fileFailure("create the folder", pathIn(parent, name), fault);
+    if (const std::error_code error = folder.value().makeFolder(name)) {
+        return fileFailure("create the folder", pathIn(parent, name), error);
     }
     return std::nullopt;
 }
@@ -66,18 +66,18 @@ OrFailure<std::uint64_t> TargetFileSystem::putFile(const std::filesystem::path& 
     if (Outcome refusal = checkTargetName(name)) {
         return std::move(*refusal);
     }
-    std::error_code fault;
-    const SystemFiles::File source = SystemFiles::openForReading(local, fault);
+    std::error_code error;
+    const SystemFiles::File source = SystemFiles::openForReading(local, error);
     if (source == nullptr) {
-        return fileFailure("read", SystemFiles::textOf(local), fault);
+        return fileFailure("read", SystemFiles::textOf(local), error);
     }
     const auto opened = openFolder(folder);
     if (!opened.hasValue()) {
         return opened.failure();
     }
-    const SystemFiles::File file = opened.value().createFile(name, fault);
+    const SystemFiles::File file = opened.value().createFile(name, error);
     if (file == nullptr) {
-        return fileFailure("write", pathIn(folder, name), fault);
+        return fileFailure("write", pathIn(folder, name), error);
     }
     return copyLocalFile(*source, local, *file, pathIn(folder, name), progress);
 }
@@ -93,15 +93,15 @@ OrFailure<TargetFileSystem::Renamed> TargetFileSystem::renameFile(const std::str
     if (!opened.hasValue()) {
         return opened.failure();
     }
-    auto checksum = readChecksum(opened.value(), oldName, pathIn(folder, oldName));
+    auto checksum = checksumOf(opened.value(), oldName, pathIn(folder, oldName));
     if (!checksum.hasValue()) {
         return checksum.failure();
     }
     Renamed renamed;
     renamed.location = joinComponents(resolveTargetPath(pathIn(folder, newName)).value());
     renamed.contents.checksum = checksum.value();
-    if (const std::error_code fault = opened.value().renameFile(oldName, newName)) {
-        return fileFailure("rename", pathIn(folder, oldName), fault);
+    if (const std::error_code error = opened.value().renameFile(oldName, newName)) {
+        return fileFailure("rename", pathIn(folder, oldName), error);
     }
     return renamed;
 }
@@ -116,10 +116,10 @@ OrFailure<SystemFiles::Folder> TargetFileSystem::openFolder(const std::string& p
         if (!folder.hasValue()) {
             break;
         }
-        std::error_code fault;
-        auto next = folder.value().enter(component, fault);
+        std::error_code error;
+        auto next = folder.value().enter(component, error);
         if (!next) {
-            return fileFailure("open the folder", path, fault);
+            return fileFailure("open the folder", path, error);
         }
         folder = std::move(*next);
     }

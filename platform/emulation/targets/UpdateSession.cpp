@@ -1,5 +1,6 @@
 #include "UpdateSession.h"
 
+#include "ItemAddressText.h"
 #include "UpdateFileContents.h"
 
 #include <atomic>
@@ -16,10 +17,6 @@ std::atomic<std::uint64_t> lastTransfer{0};
 
 Failure noSuchRemoteFile(std::string_view path) {
     return {EmulationErrors::wrongHandle, "The target holds no transferred file \"" + std::string(path) + "\"."};
-}
-
-std::string nameOf(const ItemDescription& element) {
-    return std::string(element.address().toString().view());
 }
 
 /// What the status query number `query` of an update is answered with, from 1.
@@ -41,10 +38,10 @@ bool isFinal(std::uint32_t query, const UpdateBehaviour& update) {
 
 /// What an update from the file at `path` installs.
 OrFailure<InstalledValues> readContents(const std::filesystem::path& path) {
-    std::error_code fault;
-    const SystemFiles::File file = SystemFiles::openForReading(path, fault);
+    std::error_code error;
+    const SystemFiles::File file = SystemFiles::openForReading(path, error);
     if (file == nullptr) {
-        return fileFailure("read", SystemFiles::textOf(path), fault);
+        return fileFailure("read", SystemFiles::textOf(path), error);
     }
     auto contents = readUpdateFileContents(*file);
     if (!contents) {
@@ -76,10 +73,10 @@ void UpdateSession::countAsReleased() noexcept {
 
 OrFailure<std::string> UpdateSession::transferFile(const std::filesystem::path& local,
                                                    const TransferProgress& progress) {
-    std::error_code fault;
-    const SystemFiles::File source = SystemFiles::openForReading(local, fault);
+    std::error_code error;
+    const SystemFiles::File source = SystemFiles::openForReading(local, error);
     if (source == nullptr) {
-        return fileFailure("read", SystemFiles::textOf(local), fault);
+        return fileFailure("read", SystemFiles::textOf(local), error);
     }
     const std::uint64_t number = ++lastTransfer;
     auto remote = target_->state().createTransferredFile(number);
@@ -90,7 +87,7 @@ OrFailure<std::string> UpdateSession::transferFile(const std::filesystem::path& 
     const auto copied = copyLocalFile(*source, local, *remote.value().file, SystemFiles::textOf(path), progress);
     if (!copied.hasValue()) {
         remote.value().file.reset();
-        std::filesystem::remove(path, fault);
+        std::filesystem::remove(path, error);
         return copied.failure();
     }
     std::string targetPath = "transferred/" + std::to_string(number);
@@ -104,10 +101,10 @@ Outcome UpdateSession::deleteRemoteFile(std::string_view path) {
         ++Ledger::instance().badReleases;
         return noSuchRemoteFile(path);
     }
-    std::error_code fault;
-    std::filesystem::remove(found->second.path, fault);
-    if (fault) {
-        return fileFailure("delete", SystemFiles::textOf(found->second.path), fault);
+    std::error_code error;
+    std::filesystem::remove(found->second.path, error);
+    if (error) {
+        return fileFailure("delete", SystemFiles::textOf(found->second.path), error);
     }
     files_.erase(found);
     return std::nullopt;
@@ -123,7 +120,8 @@ void UpdateSession::countRemoteFileAsDeleted(std::string_view path) {
 Outcome UpdateSession::start(const ItemDescription& element, std::string_view path) {
     const auto running = updates_.find(&element);
     if (running != updates_.end() && !running->second.isFinished) {
-        return Failure{EmulationErrors::wrongUpdateState, nameOf(element) + " is being updated already."};
+        return Failure{EmulationErrors::wrongUpdateState,
+                       itemAddressText(element.address()) + " is being updated already."};
     }
     auto contents = contentsOf(path);
     if (!contents.hasValue()) {
@@ -152,7 +150,8 @@ OrFailure<InstalledValues> UpdateSession::contentsOf(std::string_view path) {
 OrFailure<UpdateSession::Status> UpdateSession::queryStatus(const ItemDescription& element) {
     const auto found = updates_.find(&element);
     if (found == updates_.end()) {
-        return Failure{EmulationErrors::wrongUpdateState, "No update of " + nameOf(element) + " was started."};
+        return Failure{EmulationErrors::wrongUpdateState,
+                       "No update of " + itemAddressText(element.address()) + " was started."};
     }
     Update& update = found->second;
     const UpdateBehaviour& behaviour = element.update();
@@ -171,10 +170,12 @@ OrFailure<UpdateSession::Status> UpdateSession::queryStatus(const ItemDescriptio
 OrFailure<std::vector<KvTErrorEntry>> UpdateSession::reportedErrors(const ItemDescription& element) const {
     const auto found = updates_.find(&element);
     if (found == updates_.end()) {
-        return Failure{EmulationErrors::wrongUpdateState, "No update of " + nameOf(element) + " was started."};
+        return Failure{EmulationErrors::wrongUpdateState,
+                       "No update of " + itemAddressText(element.address()) + " was started."};
     }
     if (!found->second.isFinished) {
-        return Failure{EmulationErrors::wrongUpdateState, "The update of " + nameOf(element) + " is still running."};
+        return Failure{EmulationErrors::wrongUpdateState,
+                       "The update of " + itemAddressText(element.address()) + " is still running."};
     }
     return element.update().errors;
 }

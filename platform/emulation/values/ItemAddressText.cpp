@@ -27,6 +27,10 @@ std::optional<KvCInventoryAddress> parseComponent(std::string_view text) {
 
 } // namespace
 
+std::string itemAddressText(const KvCInventoryAddress& address) {
+    return std::string(address.toString().view());
+}
+
 std::optional<KvCInventoryAddress> parseItemAddress(std::string_view text) {
     KvCInventoryAddress address;
     for (;;) {
