@@ -26,7 +26,7 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INC
 if(KV_PLATFORM STREQUAL "emulated")
   kv_install_package(KvPlatform "Emulated device access service")
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KvPlatform)
-  install(FILES ${PROJECT_SOURCE_DIR}/platform/emulation/KvEmulation.h
+  install(FILES ${PROJECT_SOURCE_DIR}/platform/emulation/control/KvEmulation.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KvPlatform)
 endif()
 

@@ -38,12 +38,12 @@ LAYERS = {
     "src/session": INTERFACES | {"src/preparation", "src/execution", "src/verification", "src/check", "src/planning",
                                  "src/target", "src/archive", "src/inventory", "src/console", "src/guards",
                                  "src/system"},
-    "tools": INTERFACES | {"platform/emulation/KvEmulation.h"},
+    "tools": INTERFACES | {"platform/emulation/control/KvEmulation.h"},
 }
 
 PLATFORM_CONDITIONAL = re.compile(r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b.*"
                                   r"(?:_WIN32|_WIN64|\bWIN32\b|__linux__|__unix__|__APPLE__|_MSC_VER|__MINGW|__CYGWIN__)")
-PLATFORM_FILES = re.compile(r"src/system/.*|platform/emulation/System[^/]*\.cpp|"
+PLATFORM_FILES = re.compile(r"src/system/.*|platform/emulation/system/System[^/]*\.cpp|"
                             r"platform/include/KvPlatformExport\.h|include/KvIReflasher\.h")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)

@@ -86,7 +86,7 @@ class HouseTest(unittest.TestCase):
         self.assertIn("src/session does not see platform/emulation", errors[0])
 
     def test_the_tool_sees_one_header_of_the_emulation(self):
-        errors, _ = self.findings(platform__emulation__KvEmulation_h="", platform__emulation__E_h="",
+        errors, _ = self.findings(platform__emulation__control__KvEmulation_h="", platform__emulation__E_h="",
                                   tools__T_cpp='#include "KvEmulation.h"\n#include "E.h"\n')
         self.assertEqual(errors, ["tools/T.cpp: tools does not see platform/emulation, but includes platform/emulation/E.h"])
 
@@ -104,7 +104,7 @@ class HouseTest(unittest.TestCase):
 
     def test_platform_conditional_is_fine_in_the_system_files(self):
         code = "#ifdef __linux__\n#endif\n"
-        self.assertEqual(self.findings(src__system__A_cpp=code, platform__emulation__SystemB_cpp=code)[0], [])
+        self.assertEqual(self.findings(src__system__A_cpp=code, platform__emulation__system__SystemB_cpp=code)[0], [])
 
 
 if __name__ == "__main__":
