@@ -2,7 +2,7 @@
 
 #include "ArchivePrintouts.h"
 #include "BenchData.h"
-#include "EntryRules.h"
+#include "DescriptionRules.h"
 #include "KvNJson.h"
 #include "UpdateFiles.h"
 

@@ -48,7 +48,7 @@ private:
 void matching(benchmark::State& state, KvEArchiveShape shape) {
     Bench bench(shape, state);
     for (auto iteration : state) {
-        ElementIndex unmatched(bench.inventory().elements());
+        KvCElementIndex unmatched(bench.inventory().elements());
         std::size_t count = 0;
         for (const KvTArchiveFile& file : bench.archive().files()) {
             count += takeMatching(unmatched, file).size();

@@ -122,7 +122,7 @@ private:
 };
 
 void check(const std::vector<KvTErrorEntry>& entries, std::uint32_t indentation, bool verbose) {
-    const OwnedErrorList errors = OwnedErrorList::create();
+    const KvCOwnedErrorList errors = KvCOwnedErrorList::create();
     for (const KvTErrorEntry& entry : entries) {
         errors->addError(entry);
     }

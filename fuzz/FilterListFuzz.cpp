@@ -1,7 +1,7 @@
 // A filter list and a word: does the word pass?
 
-#include "FilterList.h"
 #include "FuzzInput.h"
+#include "InventoryRules.h"
 #include "Property.h"
 
 #include <algorithm>

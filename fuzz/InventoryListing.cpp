@@ -11,7 +11,7 @@ namespace {
 /// Reads a parameter as one type. What fails adds one error and leaves the value as it was.
 template <typename Value>
 bool read(const KvCInventoryItem& item, const KvCInventoryAddress& path, Value& value) {
-    const OwnedErrorList errors = OwnedErrorList::create();
+    const KvCOwnedErrorList errors = KvCOwnedErrorList::create();
     const Value before = value;
     item.getValue(*errors, path, value);
     const std::uint32_t count = errors->getErrorCount();

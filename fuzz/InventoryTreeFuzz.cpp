@@ -26,7 +26,7 @@ struct ExtractedTree {
 ExtractedTree extract(const std::string& path) {
     ExtractedTree tree;
     KvCInventoryItem* root = nullptr;
-    const OwnedErrorList errors = OwnedErrorList::create();
+    const KvCOwnedErrorList errors = KvCOwnedErrorList::create();
     KvCInventoryData::extractInventoryTreeFromFile(*errors, path.c_str(), root, tree.hasChecksum, tree.checksum);
     const std::unique_ptr<KvCInventoryItem> owner(root);
     tree.isThere = root != nullptr;

@@ -30,7 +30,7 @@ bool hasFaults(std::string_view text) {
 
 /// The inventory by the calls of the platform; empty when one of them failed.
 std::string scan() {
-    const OwnedErrorList errors = OwnedErrorList::create();
+    const KvCOwnedErrorList errors = KvCOwnedErrorList::create();
     KvCInventoryManager& manager = *KvCInventoryManager::getInstance();
     KvCInventoryRootHandle* root = nullptr;
     std::string listing;
@@ -68,7 +68,7 @@ std::string performSession(bool isFaultless) {
 /// What the service answers that has no target, and so cannot be reached.
 void requireNoTarget() {
     constexpr std::int32_t serviceUnreachable = 33;
-    const OwnedErrorList errors = OwnedErrorList::create();
+    const KvCOwnedErrorList errors = KvCOwnedErrorList::create();
     KvHIMFilterHandle filter = nullptr;
     require(KvHIM_createFilter(*errors, filter, 1) == serviceUnreachable, "No target is served any more.");
 }

@@ -3,8 +3,13 @@
 
 usage: check_house.py [PROJECT FOLDER]
 
-Errors (exit code 1): a function of more than 80 lines; an include that goes up or sideways in the layering; files that
-include each other in a ring; a platform conditional outside the files that are meant for it; two headers of one name.
+Rooms are the folders for which CMakeLists.txt files call kv_add_room(); what a room may include are its own headers and
+those of its LIBRARIES.
+
+Errors (exit code 1): a function of more than 80 lines; an include that the room's libraries do not give; a library of a
+room that it does not include; rooms that need each other in a ring; a folder of sources that is not a room; a room of
+more than 30 files; files that include each other in a ring; a platform conditional outside the files that are meant for
+it; two headers of one name; a type of a header without its prefix, or with one where none belongs.
 Warnings: a function of more than 40 lines; a file of more than 500 lines.
 """
 
@@ -16,30 +21,27 @@ FUNCTION_LIMIT = 80
 FUNCTION_WARNING = 40
 FILE_WARNING = 500
 
-# Which folders, or single headers, the files of a folder may include, besides their own.
-INTERFACES = {"include", "platform/include"}
-LAYERS = {
-    "include": set(),
-    "platform/include": set(),
-    "platform/emulation": {"platform/include"},
-    "src/system": set(),
-    "src/guards": {"platform/include"},
-    "src/documents": INTERFACES,
-    "src/console": INTERFACES | {"src/system"},
-    "src/archive": INTERFACES | {"src/console", "src/guards", "src/system"},
-    "src/target": INTERFACES | {"src/console", "src/guards", "src/system", "src/archive"},
-    "src/inventory": INTERFACES | {"src/console", "src/guards"},
-    "src/planning": INTERFACES | {"src/archive", "src/inventory", "src/console"},
-    "src/check": INTERFACES | {"src/planning", "src/target", "src/archive", "src/console", "src/system"},
-    "src/preparation": INTERFACES | {"src/planning", "src/target", "src/archive", "src/inventory", "src/console"},
-    "src/execution": INTERFACES | {"src/planning", "src/target", "src/archive", "src/inventory", "src/console",
-                                   "src/guards", "src/system"},
-    "src/verification": INTERFACES | {"src/preparation", "src/planning", "src/inventory", "src/console", "src/guards"},
-    "src/session": INTERFACES | {"src/preparation", "src/execution", "src/verification", "src/check", "src/planning",
-                                 "src/target", "src/archive", "src/inventory", "src/console", "src/guards",
-                                 "src/system"},
-    "tools": INTERFACES | {"platform/emulation/control/KvEmulation.h"},
-}
+ROOM_LIMIT = 30
+
+# Targets that are not rooms, and the folders whose headers they give.
+GIVEN_BY = {"kv_interface": "include", "KvReflashLib": "include", "kv_imported": "platform/include",
+            "KvPlatform": "platform/include", "KvEmulationHeaders": "platform/emulation/control"}
+# Whose folders are rooms, and the CMakeLists.txt files that make them.
+HOUSES = {"src": "src", "platform/emulation": "platform", "tools/kvreflash": "tools/kvreflash"}
+# A room that another one needs for the operations that it calls, and for none of its headers.
+CALLED_ONLY = re.compile(r"platform/emulation/.*")
+
+ROOM = re.compile(r"^kv_add_room\(([\w/]+)\s*([^)]*)\)", re.MULTILINE)
+ROOM_PREFIX = re.compile(r"^set\(KV_ROOM_PREFIX (\w+)\)", re.MULTILINE)
+LIBRARIES = re.compile(r"\bLIBRARIES\b([^)]*)")
+
+# The prefixes of types at namespace scope in headers, by the kind of the type.
+PREFIXES = {"class": ("KvC", "KvI"), "struct": ("KvT", "KvS"), "enum": ("KvE",)}
+PREFIXED = re.compile(r"(?:include|platform/include(?!/KvNJson\.h)|src)/.*|platform/emulation/control/KvEmulation\.h")
+PLAIN = re.compile(r"(?:tools|platform/emulation)/.*")
+# The imported JSON library and host interface have names of their own.
+TYPE = re.compile(r"^(?:template <[^\n]*>\n)?(class|struct|enum)(?: class)? (?:KV_\w+_API )?(?!KvHIM)(\w+)(?! *;)[^;{]*\{",
+                  re.MULTILINE)
 
 PLATFORM_CONDITIONAL = re.compile(r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b.*"
                                   r"(?:_WIN32|_WIN64|\bWIN32\b|__linux__|__unix__|__APPLE__|_MSC_VER|__MINGW|__CYGWIN__)")
@@ -56,9 +58,26 @@ SCOPE = re.compile(r"\b(?:namespace|class|struct|union|enum|extern)\b[^()]*$")
 
 
 def folder_of(path):
-    """The folder whose layer a file belongs to: two names of a path below src or platform, else one."""
-    parts = path.split("/")
-    return "/".join(parts[:2]) if parts[0] in ("src", "platform") else parts[0]
+    return path.rsplit("/", 1)[0]
+
+
+def house_of(path):
+    """The house that a file belongs to; None for one of none."""
+    return next((house for house in HOUSES if path.startswith(house + "/")), None)
+
+
+def rooms_of(project):
+    """{target: (folder, targets that it names as LIBRARIES)} of all rooms."""
+    rooms = {}
+    for folder in sorted(set(HOUSES.values())):
+        recipe = project / folder / "CMakeLists.txt"
+        text = recipe.read_text(encoding="utf-8") if recipe.exists() else ""
+        prefix = ROOM_PREFIX.search(text)
+        for name, arguments in ROOM.findall(text):
+            libraries = LIBRARIES.search(arguments)
+            target = f"kv_{prefix.group(1) if prefix else ''}{name.replace('/', '_')}"
+            rooms[target] = (f"{folder}/{name}", libraries.group(1).split() if libraries else [])
+    return rooms
 
 
 def without_text(code):
@@ -110,6 +129,10 @@ class House:
         paths = sorted(path for folder in SOURCE_FOLDERS for path in (project / folder).rglob("*")
                        if path.suffix in (".h", ".cpp"))
         self.sources = {path.relative_to(project).as_posix(): path.read_text(encoding="utf-8") for path in paths}
+        self.rooms = rooms_of(project)
+        folders = GIVEN_BY | {target: folder for target, (folder, _) in self.rooms.items()}
+        self.seen_by = {folder: {folders[library] for library in libraries if library in folders}
+                        for folder, libraries in self.rooms.values()}
         self.headers = {}
         for path in self.sources:
             if path.endswith(".h"):
@@ -121,9 +144,13 @@ class House:
                 self.errors.append(f"{name}: {len(paths)} headers of this name: {', '.join(paths)}")
         for path, code in self.sources.items():
             self.check_lengths(path, code)
-            self.check_layer(path)
             self.check_conditionals(path, code)
-        self.check_rings()
+            self.check_names(path, code)
+        for folder in self.seen_by:
+            self.check_room(folder)
+        self.check_houses()
+        self.check_ring_of("includes", sorted(self.sources), self.included)
+        self.check_ring_of("rooms", sorted(self.seen_by), lambda folder: sorted(self.seen_by.get(folder, ())))
 
     def included(self, path):
         """The project's files that `path` includes."""
@@ -140,13 +167,41 @@ class House:
         if lines > FILE_WARNING:
             self.warnings.append(f"{path}: {lines} lines")
 
-    def check_layer(self, path):
-        folder = folder_of(path)
-        if folder not in LAYERS:
+    def check_room(self, folder):
+        """Holds the includes of a room's files against what the room sees."""
+        files = [path for path in self.sources if folder_of(path) == folder]
+        if len(files) > ROOM_LIMIT:
+            self.errors.append(f"{folder}: {len(files)} files in one room")
+        needed = set()
+        for path in files:
+            for header in self.included(path):
+                other = folder_of(header)
+                needed.add(other)
+                if other not in self.seen_by[folder] | {folder}:
+                    self.errors.append(f"{path}: {folder} does not see {other}, but includes {header}")
+        for other in sorted(self.seen_by[folder] - needed):
+            if not CALLED_ONLY.fullmatch(folder):
+                self.errors.append(f"{folder}: sees {other}, but includes nothing of it")
+
+    def check_houses(self):
+        for folder in sorted({folder_of(path) for path in self.sources if house_of(path)}):
+            if folder not in self.seen_by and folder not in HOUSES.values():
+                self.errors.append(f"{folder}: not a room")
+
+    def check_names(self, path, code):
+        if not path.endswith(".h"):
             return
-        for header in self.included(path):
-            if not {folder_of(header), header} & (LAYERS[folder] | {folder}):
-                self.errors.append(f"{path}: {folder} does not see {folder_of(header)}, but includes {header}")
+        for kind, name in TYPE.findall(code):
+            if PREFIXED.fullmatch(path):
+                if not name.startswith(PREFIXES[kind]):
+                    self.errors.append(f"{path}: the {kind} {name} has not the prefix {' or '.join(PREFIXES[kind])}")
+            elif PLAIN.fullmatch(path) and re.match(r"Kv[CITSE][A-Z]", name) and not self.is_imported(name):
+                self.errors.append(f"{path}: the {kind} {name} has a prefix of the library's types")
+
+    def is_imported(self, name):
+        """The emulation defines types that the imported interfaces declare."""
+        declared = re.compile(rf"^(?:class|struct) (?:KV_\w+_API )?{name}\b", re.MULTILINE)
+        return any(declared.search(code) for path, code in self.sources.items() if folder_of(path) == "platform/include")
 
     def check_conditionals(self, path, code):
         if PLATFORM_FILES.fullmatch(path):
@@ -155,21 +210,21 @@ class House:
             if PLATFORM_CONDITIONAL.match(line):
                 self.errors.append(f"{path}:{number}: a platform conditional")
 
-    def check_rings(self):
-        """Walks the includes in depth; a header that is met again on its own way closes a ring."""
+    def check_ring_of(self, what, starts, followers):
+        """Walks on in depth; what is met again on its own way closes a ring."""
         done, way = set(), []
 
-        def visit(path):
-            if path in way:
-                self.errors.append(f"a ring of includes: {' -> '.join(way[way.index(path):] + [path])}")
-            elif path not in done:
-                way.append(path)
-                for header in self.included(path):
-                    visit(header)
+        def visit(place):
+            if place in way:
+                self.errors.append(f"a ring of {what}: {' -> '.join(way[way.index(place):] + [place])}")
+            elif place not in done:
+                way.append(place)
+                for follower in followers(place):
+                    visit(follower)
                 done.add(way.pop())
 
-        for path in self.sources:
-            visit(path)
+        for start in starts:
+            visit(start)
 
 
 def main():

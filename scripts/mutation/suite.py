@@ -10,7 +10,7 @@ SANITIZED = "build-sanitized"
 TOOL = "kvreflash"
 # The folders of tests/ that look at the product as a whole.
 PRODUCT_TESTS = ("library", "tool")
-PART = re.compile(r"kv_add_part\((\w+)([^)]*)\)")
+PART = re.compile(r"kv_add_room\((\w+)([^)]*)\)")
 PROGRAM = re.compile(r"^kv_add_(?:calls_)?test\((\w+)", re.MULTILINE)
 # Snippets that have to be refused by the compiler are tests of ctest's alone.
 FORMAT_CHECKS = {"console": "^format-check[.]"}

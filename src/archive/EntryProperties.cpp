@@ -22,7 +22,7 @@ KvCVersion versionOf(KvNJson::jsonView text) {
     return whole.find('\0') == std::string::npos ? KvCVersion(whole.c_str()) : KvCVersion();
 }
 
-EntryProperties::EntryProperties(KvNJson::jsonView object) {
+KvCEntryProperties::KvCEntryProperties(KvNJson::jsonView object) {
     if (!object.is_object()) {
         return;
     }

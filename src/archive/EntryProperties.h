@@ -46,10 +46,10 @@ void forEachScalar(KvNJson::jsonView value, Visit&& visit) {
 [[nodiscard]] KvCVersion versionOf(KvNJson::jsonView text);
 
 /// The values of the known properties of one entry object, found in one pass over its members.
-class EntryProperties {
+class KvCEntryProperties {
 public:
     /// `object` must outlive this record; anything but an object has none of the properties.
-    explicit EntryProperties(KvNJson::jsonView object);
+    explicit KvCEntryProperties(KvNJson::jsonView object);
 
     [[nodiscard]] bool has(KvEProperty property) const { return (*this)[property].is_valid(); }
     /// Looks at nothing when the object has no such key.

@@ -1,4 +1,4 @@
-#include "EntryRules.h"
+#include "DescriptionRules.h"
 
 #include <algorithm>
 #include <array>
@@ -55,7 +55,7 @@ constexpr std::array elementTests = {
 /// The rules for the properties of one object: an entry, or an element of its "boards".
 class PropertyRules {
 public:
-    PropertyRules(KvCArchiveFindings& findings, const EntryProperties& properties, std::uint32_t entry,
+    PropertyRules(KvCArchiveFindings& findings, const KvCEntryProperties& properties, std::uint32_t entry,
                   std::int32_t board)
         : findings_(findings), properties_(properties), entry_(entry), board_(board) {}
 
@@ -148,7 +148,7 @@ private:
     }
 
     KvCArchiveFindings& findings_;
-    const EntryProperties& properties_;
+    const KvCEntryProperties& properties_;
     std::uint32_t entry_;
     std::int32_t board_;
 };
@@ -156,7 +156,7 @@ private:
 /// The rules for one entry. Each step tells whether to go on.
 class EntryRules {
 public:
-    EntryRules(KvCArchiveFindings& findings, const EntryProperties& properties, std::uint32_t entry)
+    EntryRules(KvCArchiveFindings& findings, const KvCEntryProperties& properties, std::uint32_t entry)
         : findings_(findings), properties_(properties), entry_(entry) {}
 
     [[nodiscard]] bool check() { return checkFeatureLevel() && (skipped_ || checkRest()); }
@@ -196,7 +196,7 @@ private:
                                 L"ERROR: File entry %u is invalid. A mandatory property is missing or invalid.\n");
     }
 
-    [[nodiscard]] bool checkProperties(const EntryProperties& properties, std::int32_t board) {
+    [[nodiscard]] bool checkProperties(const KvCEntryProperties& properties, std::int32_t board) {
         idFound_ = idFound_ || properties.has(KvEProperty::id);
         targetPathFound_ = targetPathFound_ || properties.has(KvEProperty::targetPath);
         return PropertyRules(findings_, properties, entry_, board).check();
@@ -214,7 +214,7 @@ private:
     }
 
     [[nodiscard]] bool checkBoard(jsonView board, std::int32_t index) {
-        const EntryProperties properties(board);
+        const KvCEntryProperties properties(board);
         if (!properties.has(KvEProperty::boardType) &&
             !findings_.error({KvEArchiveRule::boardIsObjectWithType, entry_, index},
                              L"ERROR: File entry %u is invalid. \"boards\"-entry %u is invalid.\n", entry_,
@@ -247,7 +247,7 @@ private:
     }
 
     KvCArchiveFindings& findings_;
-    const EntryProperties& properties_;
+    const KvCEntryProperties& properties_;
     std::uint32_t entry_;
     bool skipped_ = false;
     bool idFound_ = false;
@@ -264,23 +264,19 @@ KvTEntryVerdict checkEntry(KvCArchiveFindings& findings, jsonView entry, std::ui
             findings.error({KvEArchiveRule::entryIsObject, index}, L"ERROR: File entry %u is invalid.\n", index);
         return {.outcome = refused, .goOn = goOn};
     }
-    const EntryProperties properties(entry);
+    const KvCEntryProperties properties(entry);
     EntryRules rules(findings, properties, index);
     const std::uint32_t errorsBefore = findings.errorCount();
     const bool goOn = rules.check();
     const bool sound = findings.errorCount() == errorsBefore;
-    return {.outcome = !sound            ? refused
-                       : rules.skipped() ? skipped
-                                         : accepted,
-            .goOn = goOn};
+    return {.outcome = !sound ? refused : rules.skipped() ? skipped : accepted, .goOn = goOn};
 }
 
 KvTEntryVerdict checkIgnoredEntry(KvCArchiveFindings& findings, jsonView entry, std::uint32_t index) {
-    const EntryProperties properties(entry);
+    const KvCEntryProperties properties(entry);
     EntryRules rules(findings, properties, index);
     const std::uint32_t errorsBefore = findings.errorCount();
     const bool goOn = rules.checkRest();
     const bool sound = findings.errorCount() == errorsBefore;
-    return {.outcome = sound ? KvEEntryOutcome::accepted : KvEEntryOutcome::refused,
-            .goOn = goOn};
+    return {.outcome = sound ? KvEEntryOutcome::accepted : KvEEntryOutcome::refused, .goOn = goOn};
 }

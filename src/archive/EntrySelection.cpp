@@ -29,11 +29,11 @@ std::vector<std::string_view> newBoardTypes(jsonView written, std::unordered_set
 }
 
 /// The values of `own`, an element of "boards" or the entry itself, completed by those of the entry.
-KvTEntrySelection completed(const EntryProperties& own, const EntryProperties& entry) {
+KvTEntrySelection completed(const KvCEntryProperties& own, const KvCEntryProperties& entry) {
     const bool isEntry = &own == &entry;
     const auto allowed = [&](KvEProperty property, KvEAbsentValue absentValue) {
         const bool isOwn = !isEntry && own.has(property);
-        return KvTAllowedValues((isOwn ? own : entry)[property], !isOwn, absentValue);
+        return KvCAllowedValues((isOwn ? own : entry)[property], !isOwn, absentValue);
     };
     KvTEntrySelection selection;
     selection.writtenBoardTypes = own[KvEProperty::boardType];
@@ -51,14 +51,14 @@ KvTEntrySelection completed(const EntryProperties& own, const EntryProperties& e
 
 } // namespace
 
-std::optional<KvTComparedValue> KvTAllowedValues::at(std::size_t index) const {
+std::optional<KvTComparedValue> KvCAllowedValues::at(std::size_t index) const {
     if (!written_.is_valid()) {
         return absentValue_ == KvEAbsentValue::none ? KvTComparedValue() : std::uint64_t{0};
     }
     return comparedValueOf(written_.is_array() ? written_.at(index) : written_);
 }
 
-KvTEntryAddress addressOf(const EntryProperties& properties) {
+KvTEntryAddress addressOf(const KvCEntryProperties& properties) {
     KvTEntryAddress address;
     if (const jsonView id = properties[KvEProperty::id]; id.is_number_unsigned()) {
         address.id = static_cast<std::uint32_t>(id.get_unsigned());
@@ -69,10 +69,10 @@ KvTEntryAddress addressOf(const EntryProperties& properties) {
     return address;
 }
 
-std::vector<KvTEntrySelection> selectionsOf(const EntryProperties& entry) {
+std::vector<KvTEntrySelection> selectionsOf(const KvCEntryProperties& entry) {
     std::vector<KvTEntrySelection> selections;
     std::unordered_set<std::string_view> seen;
-    const auto add = [&](const EntryProperties& own) {
+    const auto add = [&](const KvCEntryProperties& own) {
         selections.push_back(completed(own, entry));
         selections.back().boardTypes = newBoardTypes(own[KvEProperty::boardType], seen);
     };
@@ -83,7 +83,7 @@ std::vector<KvTEntrySelection> selectionsOf(const EntryProperties& entry) {
     }
     selections.reserve(boards.size());
     for (std::size_t index = 0; index < boards.size(); ++index) {
-        add(EntryProperties(boards.at(index)));
+        add(KvCEntryProperties(boards.at(index)));
     }
     return selections;
 }

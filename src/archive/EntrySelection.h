@@ -17,13 +17,13 @@ using KvTComparedValue = std::variant<std::monostate, std::string_view, std::uin
 enum class KvEAbsentValue : std::uint8_t { none, zero };
 
 /// The values that an entry allows for one property of boards and elements. Looks into the entry's description.
-class KvTAllowedValues {
+class KvCAllowedValues {
 public:
     /// Allows `absentValue`.
-    explicit KvTAllowedValues(KvEAbsentValue absentValue) : absentValue_(absentValue) {}
+    explicit KvCAllowedValues(KvEAbsentValue absentValue) : absentValue_(absentValue) {}
     /// Allows the value that the description writes, or each item of it if it is an array; `absentValue` if it writes
     /// none. `isShared`: see isShared().
-    KvTAllowedValues(KvNJson::jsonView written, bool isShared, KvEAbsentValue absentValue)
+    KvCAllowedValues(KvNJson::jsonView written, bool isShared, KvEAbsentValue absentValue)
         : written_(written), isShared_(isShared), absentValue_(absentValue) {}
 
     /// Number of the allowed values, repeated ones included.
@@ -58,18 +58,18 @@ struct KvTEntrySelection {
     std::vector<std::string_view> boardTypes;
     /// All board types, as they are written: a text or an array.
     KvNJson::jsonView writtenBoardTypes;
-    KvTAllowedValues boardVariant{KvEAbsentValue::none};
-    KvTAllowedValues boardId{KvEAbsentValue::zero};
-    KvTAllowedValues hwCompatibilityId{KvEAbsentValue::zero};
-    KvTAllowedValues swCompatibilityId{KvEAbsentValue::zero};
+    KvCAllowedValues boardVariant{KvEAbsentValue::none};
+    KvCAllowedValues boardId{KvEAbsentValue::zero};
+    KvCAllowedValues hwCompatibilityId{KvEAbsentValue::zero};
+    KvCAllowedValues swCompatibilityId{KvEAbsentValue::zero};
     KvTEntryAddress address;
     /// The address is the one of the entry itself.
     bool isAddressShared = true;
 };
 
 /// The address that an entry, or an element of its "boards", has itself.
-[[nodiscard]] KvTEntryAddress addressOf(const EntryProperties& properties);
+[[nodiscard]] KvTEntryAddress addressOf(const KvCEntryProperties& properties);
 
 /// The selections of a sound entry in their order: one for each element of its "boards", or one for the entry. They
 /// look into the same object as `entry`.
-[[nodiscard]] std::vector<KvTEntrySelection> selectionsOf(const EntryProperties& entry);
+[[nodiscard]] std::vector<KvTEntrySelection> selectionsOf(const KvCEntryProperties& entry);

@@ -1,4 +1,4 @@
-#include "InfoRules.h"
+#include "DescriptionRules.h"
 
 namespace {
 

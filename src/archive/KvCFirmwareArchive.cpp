@@ -1,9 +1,8 @@
 #include "KvCFirmwareArchive.h"
 
 #include "ArchivePaths.h"
-#include "EntryRules.h"
+#include "DescriptionRules.h"
 #include "Files.h"
-#include "InfoRules.h"
 #include "KvCConsoleWriter.h"
 #include "MessageCapture.h"
 #include "UpdateFileReaders.h"
@@ -114,7 +113,8 @@ void KvCFirmwareArchive::readFiles(json& files, KvCArchiveFindings& findings) {
     for (std::size_t index = 0; index < count; ++index) {
         const KvTEntryVerdict verdict = checkEntry(findings, files.view().at(index), static_cast<std::uint32_t>(index));
         if (verdict.outcome == KvEEntryOutcome::accepted) {
-            files_.push_back(makeArchiveFile(files.takeItem(index), static_cast<std::uint32_t>(index), info_.archiveVersion));
+            files_.push_back(
+                makeArchiveFile(files.takeItem(index), static_cast<std::uint32_t>(index), info_.archiveVersion));
             maxSequence_ = std::max(maxSequence_, files_.back().sequence);
         } else if (verdict.outcome == KvEEntryOutcome::skipped) {
             ++ignoredEntryCount_;
@@ -128,12 +128,13 @@ void KvCFirmwareArchive::readFiles(json& files, KvCArchiveFindings& findings) {
 
 /// A plan names such an entry as the reason why an element has none.
 void KvCFirmwareArchive::keepIgnoredEntry(json& files, std::size_t index) {
-    const MessageCapture dropped;
+    const KvCMessageCapture dropped;
     KvCArchiveFindings findings(dropped.writer());
     const KvTEntryVerdict verdict =
         checkIgnoredEntry(findings, files.view().at(index), static_cast<std::uint32_t>(index));
     if (verdict.outcome == KvEEntryOutcome::accepted) {
-        ignoredFiles_.push_back(makeArchiveFile(files.takeItem(index), static_cast<std::uint32_t>(index), info_.archiveVersion));
+        ignoredFiles_.push_back(
+            makeArchiveFile(files.takeItem(index), static_cast<std::uint32_t>(index), info_.archiveVersion));
     }
 }
 

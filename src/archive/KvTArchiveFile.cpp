@@ -36,14 +36,15 @@ KvTArchiveFile makeArchiveFile(KvNJson::json description, std::uint32_t descript
     KvTArchiveFile file;
     file.descriptionIndex = descriptionIndex;
     file.description = std::make_shared<const KvNJson::json>(std::move(description));
-    const EntryProperties entry(file.description->view());
+    const KvCEntryProperties entry(file.description->view());
     file.name = KvCString(entry[KvEProperty::name].get_string());
     file.sequence = static_cast<std::uint32_t>(entry[KvEProperty::sequence].get_unsigned());
     takeVersion(file, entry[KvEProperty::version], archiveVersion);
     takeChecksum(file, entry[KvEProperty::checksumCrc32]);
     file.selections = selectionsOf(entry);
     file.address = addressOf(entry);
-    file.hasTargetPath = file.address.targetPath || std::any_of(file.selections.begin(), file.selections.end(), namesFile);
+    file.hasTargetPath =
+        file.address.targetPath || std::any_of(file.selections.begin(), file.selections.end(), namesFile);
     file.mode = entry[KvEProperty::mode].get_string() == "upgrade" ? upgradeMode : standardMode;
     return file;
 }

@@ -3,9 +3,9 @@
 #include "CallJudgement.h"
 #include "Files.h"
 #include "KvCInventoryData.h"
+#include "KvCStringConversion.h"
 #include "KvNInventoryIDs.h"
 #include "OwnedErrorList.h"
-#include "KvCStringConversion.h"
 
 #include <array>
 #include <cstddef>
@@ -162,7 +162,7 @@ KvEReadStatus readInventoryFile(const std::wstring& path, KvTUpdateFileHeader& h
         return KvEReadStatus::notThisKind;
     }
     // A private list: an attempt on a file of another kind is nothing to report.
-    const OwnedErrorList errors = OwnedErrorList::create();
+    const KvCOwnedErrorList errors = KvCOwnedErrorList::create();
     KvCInventoryItem* root = nullptr;
     bool hasChecksum = false;
     std::uint32_t checksum = 0;

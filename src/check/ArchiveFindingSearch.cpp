@@ -2,14 +2,10 @@
 
 #include "ArchivePaths.h"
 #include "CheckedArchive.h"
-#include "FileWarnings.h"
 #include "Files.h"
-#include "KeyWarnings.h"
 #include "MessageCapture.h"
-#include "NameWarnings.h"
 #include "ReaderFindings.h"
-#include "ShadowWarnings.h"
-#include "ValueWarnings.h"
+#include "Warnings.h"
 
 #include <array>
 #include <cstdio>
@@ -37,9 +33,9 @@ std::optional<std::string> textOfFile(const std::wstring& path) {
     return std::ferror(file.get()) == 0 ? std::optional(std::move(text)) : std::nullopt;
 }
 
-std::vector<KvTOutlinedEntry> entriesOf(const JsonOutline& outline, const ReaderFindings& read) {
+std::vector<KvTOutlinedEntry> entriesOf(const KvCJsonOutline& outline, const KvCReaderFindings& read) {
     std::vector<KvTOutlinedEntry> entries;
-    const OutlineValue files = outline.root().find("files");
+    const KvCOutlineValue files = outline.root().find("files");
     for (std::size_t index = 0; files.kind() == KvEJsonKind::array && index < files.size(); ++index) {
         entries.push_back({files.at(index), read.isSkipped(static_cast<std::uint32_t>(index))});
     }
@@ -55,17 +51,17 @@ std::vector<KvNReflasher::KvTFinding> findingsOfArchive(const KvNReflasher::KvTO
     const std::wstring path = descriptionFilePath(options);
     // Read once: the reader and the outline must see the same text.
     const std::optional<std::string> text = textOfFile(path);
-    const MessageCapture messages;
+    const KvCMessageCapture messages;
     KvCFirmwareArchive archive(messages.writer(), silent);
-    ReaderFindings read(messages);
+    KvCReaderFindings read(messages);
     (void)archive.parseDescription(path, text, read);
     (void)archive.completeFromUpdateFiles(read);
 
     const std::string_view description = text ? std::string_view(*text) : std::string_view();
-    const JsonOutline outline(description);
+    const KvCJsonOutline outline(description);
     const std::vector<KvTOutlinedEntry> entries = entriesOf(outline, read);
     const KvTCheckedArchive checked{silent, outline, entries, archive};
-    FindingList findings;
+    KvCFindingList findings;
     read.addTo(findings, outline, description);
     for (const auto warn : {warnOfKeys, warnOfValues, warnOfNames, warnOfFiles, warnOfShadows}) {
         warn(checked, findings);

@@ -10,7 +10,7 @@
 
 /// An element of "files" as the description writes it.
 struct KvTOutlinedEntry {
-    OutlineValue value;
+    KvCOutlineValue value;
     /// The reader passes over it.
     bool isSkipped = false;
 };
@@ -18,15 +18,15 @@ struct KvTOutlinedEntry {
 /// A read archive, as the functions that look for warnings are given it.
 struct KvTCheckedArchive {
     const KvNReflasher::KvTOptions& options;
-    const JsonOutline& outline;
+    const KvCJsonOutline& outline;
     /// Every element of "files".
     const std::vector<KvTOutlinedEntry>& entries;
     /// What of it was accepted, with the checksums completed.
     const KvCFirmwareArchive& archive;
 
     /// The accepted entry as the description writes it.
-    [[nodiscard]] OutlineValue outlineOf(const KvTArchiveFile& file) const {
-        return file.descriptionIndex < entries.size() ? entries[file.descriptionIndex].value : OutlineValue();
+    [[nodiscard]] KvCOutlineValue outlineOf(const KvTArchiveFile& file) const {
+        return file.descriptionIndex < entries.size() ? entries[file.descriptionIndex].value : KvCOutlineValue();
     }
 };
 
@@ -39,7 +39,7 @@ void forEachEntryObject(const KvTCheckedArchive& checked, Visit&& visit) {
             continue;
         }
         visit(entry.value);
-        const OutlineValue boards = entry.value.find("boards");
+        const KvCOutlineValue boards = entry.value.find("boards");
         for (std::size_t board = 0; boards.kind() == KvEJsonKind::array && board < boards.size(); ++board) {
             visit(boards.at(board));
         }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-std::uint32_t ValueSets::numberOf(const KvTAllowedValues& allowed) {
+std::uint32_t KvCValueSets::numberOf(const KvCAllowedValues& allowed) {
     Values values;
     for (std::size_t index = 0; index < allowed.size(); ++index) {
         if (const std::optional<KvTComparedValue> value = allowed.at(index)) {
@@ -18,7 +18,7 @@ std::uint32_t ValueSets::numberOf(const KvTAllowedValues& allowed) {
     return found->second;
 }
 
-bool ValueSets::isWithin(std::uint32_t part, std::uint32_t whole) const {
+bool KvCValueSets::isWithin(std::uint32_t part, std::uint32_t whole) const {
     if (part == whole || isEmpty(part)) {
         return true;
     }
@@ -29,10 +29,10 @@ bool ValueSets::isWithin(std::uint32_t part, std::uint32_t whole) const {
            std::includes(outer.begin(), outer.end(), inner.begin(), inner.end());
 }
 
-KvTConditions EntryConditions::of(const KvTEntrySelection& selection) {
+KvTConditions KvCEntryConditions::of(const KvTEntrySelection& selection) {
     KvTConditions conditions{};
     for (std::size_t index = 0; index < conditions.size(); ++index) {
-        const KvTAllowedValues& allowed = selection.*comparedProperties[index].allowed;
+        const KvCAllowedValues& allowed = selection.*comparedProperties[index].allowed;
         if (!allowed.isShared()) {
             conditions[index] = sets_.numberOf(allowed);
             continue;

@@ -10,10 +10,10 @@
 #include <vector>
 
 /// The sets of values that entries allow, each known by a number.
-class ValueSets {
+class KvCValueSets {
 public:
     /// The number of the set of the allowed values.
-    [[nodiscard]] std::uint32_t numberOf(const KvTAllowedValues& allowed);
+    [[nodiscard]] std::uint32_t numberOf(const KvCAllowedValues& allowed);
     /// True when set `part` is empty or every value of it is in set `whole`.
     [[nodiscard]] bool isWithin(std::uint32_t part, std::uint32_t whole) const;
     [[nodiscard]] bool isEmpty(std::uint32_t set) const { return sets_[set]->empty(); }
@@ -31,15 +31,15 @@ private:
 using KvTConditions = std::array<std::uint32_t, comparedProperties.size()>;
 
 /// Tells the conditions of selections; those that the selections of an entry share are worked out once.
-class EntryConditions {
+class KvCEntryConditions {
 public:
     /// Begins with another entry.
     void beginEntry() { shared_ = {}; }
     [[nodiscard]] KvTConditions of(const KvTEntrySelection& selection);
-    [[nodiscard]] const ValueSets& sets() const { return sets_; }
+    [[nodiscard]] const KvCValueSets& sets() const { return sets_; }
 
 private:
-    ValueSets sets_;
+    KvCValueSets sets_;
     /// Numbers of the entry's own sets; nothing as long as they are not worked out.
     std::array<std::optional<std::uint32_t>, std::tuple_size_v<KvTConditions>> shared_;
 };

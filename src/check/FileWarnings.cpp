@@ -1,4 +1,4 @@
-#include "FileWarnings.h"
+#include "Warnings.h"
 
 #include "ArchivePaths.h"
 #include "Files.h"
@@ -22,14 +22,14 @@ struct FileState {
 /// Looks at the update files of the entries; into each file once.
 class FileRules {
 public:
-    FileRules(const KvTCheckedArchive& checked, FindingList& findings) : checked_(checked), findings_(findings) {}
+    FileRules(const KvTCheckedArchive& checked, KvCFindingList& findings) : checked_(checked), findings_(findings) {}
 
     void check(const KvTArchiveFile& file) {
         // A file elsewhere is warned of by its name, and nothing is opened for a warning.
         if (leavesArchiveFolder(checked_.options.archiveFolder, file.name.view())) {
             return;
         }
-        const OutlineValue entry = checked_.outlineOf(file);
+        const KvCOutlineValue entry = checked_.outlineOf(file);
         const FileState& state = stateOf(file.name);
         if (!state.exists || state.status == KvEReadStatus::cannotOpen) {
             // Where the reader needs the file, this is an error already.
@@ -59,7 +59,7 @@ private:
         return found->second;
     }
 
-    void warnOfAbsence(OutlineValue name, const FileState& state) {
+    void warnOfAbsence(KvCOutlineValue name, const FileState& state) {
         if (state.exists) {
             findings_.warn(KvECheckRule::updateFileUnreadable, name,
                            "The update file " + inQuotes(name.text()) + " cannot be read.");
@@ -69,7 +69,7 @@ private:
         }
     }
 
-    void compareChecksum(OutlineValue value, const KvTArchiveFile& file, const KvTUpdateFileHeader& header) {
+    void compareChecksum(KvCOutlineValue value, const KvTArchiveFile& file, const KvTUpdateFileHeader& header) {
         if (tellsOtherChecksum(header, file)) {
             findings_.warn(KvECheckRule::checksumMismatch, value,
                            "The description tells the checksum " + std::to_string(file.checksumCrc32) +
@@ -77,8 +77,8 @@ private:
         }
     }
 
-    void compareVersion(OutlineValue entry, const KvTArchiveFile& file, const KvTUpdateFileHeader& header) {
-        const OutlineValue value = entry.find("version");
+    void compareVersion(KvCOutlineValue entry, const KvTArchiveFile& file, const KvTUpdateFileHeader& header) {
+        const KvCOutlineValue value = entry.find("version");
         if (value.kind() == KvEJsonKind::null || !tellsOtherVersion(header, file)) {
             return;
         }
@@ -92,13 +92,13 @@ private:
     }
 
     const KvTCheckedArchive& checked_;
-    FindingList& findings_;
+    KvCFindingList& findings_;
     std::unordered_map<std::string_view, FileState> states_;
 };
 
 } // namespace
 
-void warnOfFiles(const KvTCheckedArchive& checked, FindingList& findings) {
+void warnOfFiles(const KvTCheckedArchive& checked, KvCFindingList& findings) {
     FileRules rules(checked, findings);
     for (const KvTArchiveFile& file : checked.archive.files()) {
         rules.check(file);

@@ -45,12 +45,12 @@ private:
 
 } // namespace
 
-void FindingList::add(const KvTFindingRow& row, OutlineValue value, std::string message, std::string hint) {
+void KvCFindingList::add(const KvTFindingRow& row, KvCOutlineValue value, std::string message, std::string hint) {
     addAt(row, value.offset(), std::move(message), std::move(hint));
     findings_.back().finding.path = value.path();
 }
 
-void FindingList::addAt(const KvTFindingRow& row, std::size_t offset, std::string message, std::string hint) {
+void KvCFindingList::addAt(const KvTFindingRow& row, std::size_t offset, std::string message, std::string hint) {
     auto& [finding, place] = findings_.emplace_back();
     place = offset;
     finding.severity = row.severity;
@@ -59,17 +59,18 @@ void FindingList::addAt(const KvTFindingRow& row, std::size_t offset, std::strin
     finding.hint = std::move(hint);
 }
 
-void FindingList::warn(KvECheckRule rule, OutlineValue value, std::string message, std::string_view hintText) {
+void KvCFindingList::warn(KvECheckRule rule, KvCOutlineValue value, std::string message, std::string_view hintText) {
     const KvTFindingRow& row = findingRow(rule);
     add(row, value, std::move(message), hintOf(row, hintText));
 }
 
-void FindingList::warnAtKey(KvECheckRule rule, OutlineValue member, std::string message, std::string_view hintText) {
+void KvCFindingList::warnAtKey(KvECheckRule rule, KvCOutlineValue member, std::string message,
+                               std::string_view hintText) {
     warn(rule, member, std::move(message), hintText);
     findings_.back().offset = member.keyOffset();
 }
 
-std::vector<KvTFinding> FindingList::takeInOrder(std::string_view text) {
+std::vector<KvTFinding> KvCFindingList::takeInOrder(std::string_view text) {
     std::vector<PlacedFinding> placed = std::exchange(findings_, {});
     std::stable_sort(placed.begin(), placed.end(),
                      [](const PlacedFinding& a, const PlacedFinding& b) { return a.offset < b.offset; });

@@ -10,16 +10,16 @@
 #include <vector>
 
 /// Collects findings.
-class FindingList {
+class KvCFindingList {
 public:
     /// Adds a finding on a value.
-    void add(const KvTFindingRow& row, OutlineValue value, std::string message, std::string hint);
+    void add(const KvTFindingRow& row, KvCOutlineValue value, std::string message, std::string hint);
     /// Adds a finding on the place at `offset`, where no value is known.
     void addAt(const KvTFindingRow& row, std::size_t offset, std::string message, std::string hint);
     /// Adds a warning on a value. `hintText` completes the rule's hint.
-    void warn(KvECheckRule rule, OutlineValue value, std::string message, std::string_view hintText = {});
+    void warn(KvECheckRule rule, KvCOutlineValue value, std::string message, std::string_view hintText = {});
     /// Adds a warning on a member, at its key.
-    void warnAtKey(KvECheckRule rule, OutlineValue member, std::string message, std::string_view hintText = {});
+    void warnAtKey(KvECheckRule rule, KvCOutlineValue member, std::string message, std::string_view hintText = {});
 
     /// The findings in the order of the description, whose text is `text`; findings on one place as they were added.
     /// The list is empty then.

@@ -69,10 +69,10 @@ public:
 } // namespace
 
 /// Notes what RapidJSON meets. The names are those that it asks for.
-class JsonOutline::Builder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Builder> {
+class KvCJsonOutline::Builder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Builder> {
 public:
     /// The text begins at `begin`.
-    Builder(JsonOutline& outline, std::size_t begin) : outline_(outline), text_(outline.text_), end_(begin) {}
+    Builder(KvCJsonOutline& outline, std::size_t begin) : outline_(outline), text_(outline.text_), end_(begin) {}
 
     bool Null() { return takeWord(KvEJsonKind::null, "null"); }
     bool Bool(bool value) { return takeWord(KvEJsonKind::boolean, value ? "true" : "false"); }
@@ -171,7 +171,7 @@ private:
         return true;
     }
 
-    JsonOutline& outline_;
+    KvCJsonOutline& outline_;
     std::string_view text_;
     /// End of the last token.
     std::size_t end_;
@@ -180,7 +180,7 @@ private:
     std::vector<std::uint32_t> pending_;
 };
 
-JsonOutline::JsonOutline(std::string_view text) : text_(text) {
+KvCJsonOutline::KvCJsonOutline(std::string_view text) : text_(text) {
     // Twice the size is still an offset: decoded contents lie behind the text.
     if (text.size() > std::numeric_limits<std::uint32_t>::max() / 2) {
         return;
@@ -196,16 +196,16 @@ JsonOutline::JsonOutline(std::string_view text) : text_(text) {
     }
 }
 
-const JsonOutline::Record* JsonOutline::keyOf(std::uint32_t index) const {
+const KvCJsonOutline::Record* KvCJsonOutline::keyOf(std::uint32_t index) const {
     return index > 0 && records_[index - 1].isKey ? &records_[index - 1] : nullptr;
 }
 
-std::string_view JsonOutline::contentOf(const Record& record) const {
+std::string_view KvCJsonOutline::contentOf(const Record& record) const {
     return record.begin < text_.size() ? text_.substr(record.begin, record.count)
                                        : std::string_view(decoded_).substr(record.begin - text_.size(), record.count);
 }
 
-std::string JsonOutline::stepTo(std::uint32_t index) const {
+std::string KvCJsonOutline::stepTo(std::uint32_t index) const {
     if (const Record* const key = keyOf(index); key != nullptr) {
         return keyStep(contentOf(*key));
     }
@@ -214,30 +214,30 @@ std::string JsonOutline::stepTo(std::uint32_t index) const {
     return itemStep(std::lower_bound(first, first + static_cast<std::ptrdiff_t>(parent.count), index) - first);
 }
 
-KvEJsonKind OutlineValue::kind() const {
+KvEJsonKind KvCOutlineValue::kind() const {
     return isValid() ? outline_->recordOf(*this).kind : KvEJsonKind::nothing;
 }
 
-std::size_t OutlineValue::offset() const {
+std::size_t KvCOutlineValue::offset() const {
     return isValid() ? outline_->recordOf(*this).offset : 0;
 }
 
-std::size_t OutlineValue::keyOffset() const {
-    const JsonOutline::Record* const key = isValid() ? outline_->keyOf(index_) : nullptr;
+std::size_t KvCOutlineValue::keyOffset() const {
+    const KvCJsonOutline::Record* const key = isValid() ? outline_->keyOf(index_) : nullptr;
     return key != nullptr ? key->offset : offset();
 }
 
-std::string_view OutlineValue::key() const {
-    const JsonOutline::Record* const key = isValid() ? outline_->keyOf(index_) : nullptr;
+std::string_view KvCOutlineValue::key() const {
+    const KvCJsonOutline::Record* const key = isValid() ? outline_->keyOf(index_) : nullptr;
     return key != nullptr ? outline_->contentOf(*key) : std::string_view();
 }
 
-std::string_view OutlineValue::text() const {
+std::string_view KvCOutlineValue::text() const {
     const bool hasContent = kind() == KvEJsonKind::text || kind() == KvEJsonKind::number;
     return hasContent ? outline_->contentOf(outline_->recordOf(*this)) : std::string_view();
 }
 
-std::optional<std::uint64_t> OutlineValue::unsignedNumber() const {
+std::optional<std::uint64_t> KvCOutlineValue::unsignedNumber() const {
     if (kind() != KvEJsonKind::number) {
         return std::nullopt;
     }
@@ -247,29 +247,29 @@ std::optional<std::uint64_t> OutlineValue::unsignedNumber() const {
     return failed == std::errc() && end == digits.data() + digits.size() ? std::optional(number) : std::nullopt;
 }
 
-std::size_t OutlineValue::size() const {
+std::size_t KvCOutlineValue::size() const {
     const bool hasValues = kind() == KvEJsonKind::array || kind() == KvEJsonKind::object;
     return hasValues ? outline_->recordOf(*this).count : 0;
 }
 
-OutlineValue OutlineValue::at(std::size_t index) const {
-    return index < size() ? OutlineValue(*outline_, outline_->children_[outline_->recordOf(*this).begin + index])
-                          : OutlineValue();
+KvCOutlineValue KvCOutlineValue::at(std::size_t index) const {
+    return index < size() ? KvCOutlineValue(*outline_, outline_->children_[outline_->recordOf(*this).begin + index])
+                          : KvCOutlineValue();
 }
 
-OutlineValue OutlineValue::find(std::string_view key) const {
+KvCOutlineValue KvCOutlineValue::find(std::string_view key) const {
     if (kind() != KvEJsonKind::object) {
         return {};
     }
     for (std::size_t index = size(); index > 0; --index) {
-        if (const OutlineValue member = at(index - 1); member.key() == key) {
+        if (const KvCOutlineValue member = at(index - 1); member.key() == key) {
             return member;
         }
     }
     return {};
 }
 
-std::string OutlineValue::path() const {
+std::string KvCOutlineValue::path() const {
     std::vector<std::uint32_t> way;
     for (std::uint32_t index = index_; isValid() && index != 0; index = outline_->recordOf({*outline_, index}).parent) {
         way.push_back(index);

@@ -8,16 +8,16 @@
 #include <string_view>
 #include <vector>
 
-class JsonOutline;
+class KvCJsonOutline;
 
 enum class KvEJsonKind : std::uint8_t { nothing, null, boolean, number, text, array, object };
 
 /// A look at one value of an outline, which must outlive it. Asking a value for what it is not gives the empty text, 0,
 /// or a look at nothing; of nothing, too.
-class OutlineValue {
+class KvCOutlineValue {
 public:
     /// Looks at nothing.
-    OutlineValue() = default;
+    KvCOutlineValue() = default;
 
     [[nodiscard]] bool isValid() const { return outline_ != nullptr; }
     [[nodiscard]] KvEJsonKind kind() const;
@@ -33,45 +33,47 @@ public:
     [[nodiscard]] std::optional<std::uint64_t> unsignedNumber() const;
     /// Number of items or members; members of one key count each.
     [[nodiscard]] std::size_t size() const;
-    [[nodiscard]] OutlineValue at(std::size_t index) const;
+    [[nodiscard]] KvCOutlineValue at(std::size_t index) const;
     /// The last member of this key, which is the one that counts.
-    [[nodiscard]] OutlineValue find(std::string_view key) const;
+    [[nodiscard]] KvCOutlineValue find(std::string_view key) const;
     /// Where the value is: `$.files[3].boards[0].id`; `$` of nothing.
     [[nodiscard]] std::string path() const;
 
 private:
-    friend class JsonOutline;
-    OutlineValue(const JsonOutline& outline, std::uint32_t index) : outline_(&outline), index_(index) {}
+    friend class KvCJsonOutline;
+    KvCOutlineValue(const KvCJsonOutline& outline, std::uint32_t index) : outline_(&outline), index_(index) {}
 
-    const JsonOutline* outline_ = nullptr;
+    const KvCJsonOutline* outline_ = nullptr;
     std::uint32_t index_ = 0;
 };
 
 /// Which values a JSON text holds and where they stand in it; of a repeated key every member.
-class JsonOutline {
+class KvCJsonOutline {
 public:
     /// `text` must outlive the outline. A leading UTF-8 byte order mark is skipped. A text that is no JSON, or of 2 GiB
     /// and more, gives an outline without values.
-    explicit JsonOutline(std::string_view text);
-    JsonOutline(const JsonOutline&) = delete;
-    JsonOutline& operator=(const JsonOutline&) = delete;
-    ~JsonOutline() = default;
+    explicit KvCJsonOutline(std::string_view text);
+    KvCJsonOutline(const KvCJsonOutline&) = delete;
+    KvCJsonOutline& operator=(const KvCJsonOutline&) = delete;
+    ~KvCJsonOutline() = default;
 
     /// The document's value; nothing when there are no values.
-    [[nodiscard]] OutlineValue root() const { return records_.empty() ? OutlineValue() : OutlineValue(*this, 0); }
+    [[nodiscard]] KvCOutlineValue root() const {
+        return records_.empty() ? KvCOutlineValue() : KvCOutlineValue(*this, 0);
+    }
 
     /// Calls `visit` with every value of the document, in the order of the text.
     template <typename Visit>
     void forEachValue(Visit&& visit) const {
         for (std::size_t index = 0; index < records_.size(); ++index) {
             if (!records_[index].isKey) {
-                visit(OutlineValue(*this, static_cast<std::uint32_t>(index)));
+                visit(KvCOutlineValue(*this, static_cast<std::uint32_t>(index)));
             }
         }
     }
 
 private:
-    friend class OutlineValue;
+    friend class KvCOutlineValue;
     class Builder;
 
     /// A value, or the key that stands before the value of a member. There may be as many as half of the text's bytes.
@@ -87,7 +89,7 @@ private:
         bool isKey = false;
     };
 
-    [[nodiscard]] const Record& recordOf(const OutlineValue& value) const { return records_[value.index_]; }
+    [[nodiscard]] const Record& recordOf(const KvCOutlineValue& value) const { return records_[value.index_]; }
     /// The key of value `index`; null when it is no member.
     [[nodiscard]] const Record* keyOf(std::uint32_t index) const;
     /// The content of a key, text or number.

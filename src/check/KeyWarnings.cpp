@@ -1,7 +1,7 @@
-#include "KeyWarnings.h"
+#include "Warnings.h"
 
 #include "EntryProperties.h"
-#include "NearestWord.h"
+#include "Words.h"
 
 #include <algorithm>
 #include <array>
@@ -43,7 +43,7 @@ bool contains(Keys keys, std::string_view key) {
     return std::find(keys.begin(), keys.end(), key) != keys.end();
 }
 
-void warnOfUnknownKey(OutlineValue member, Keys known, FindingList& findings) {
+void warnOfUnknownKey(KvCOutlineValue member, Keys known, KvCFindingList& findings) {
     const std::string_view nearest = nearestWord(member.key(), known);
     findings.warnAtKey(KvECheckRule::unknownKey, member,
                        "The key " + inQuotes(member.key()) + " is not known and has no effect.",
@@ -52,12 +52,12 @@ void warnOfUnknownKey(OutlineValue member, Keys known, FindingList& findings) {
 }
 
 /// `elsewhere` are keys that have an effect in the entry around the object.
-void warnOfUnknownKeys(OutlineValue object, Keys known, Keys elsewhere, FindingList& findings) {
+void warnOfUnknownKeys(KvCOutlineValue object, Keys known, Keys elsewhere, KvCFindingList& findings) {
     if (object.kind() != KvEJsonKind::object) {
         return;
     }
     for (std::size_t index = 0; index < object.size(); ++index) {
-        const OutlineValue member = object.at(index);
+        const KvCOutlineValue member = object.at(index);
         if (member.key() == commentKey || contains(known, member.key())) {
             continue;
         }
@@ -70,18 +70,18 @@ void warnOfUnknownKeys(OutlineValue object, Keys known, Keys elsewhere, FindingL
     }
 }
 
-void warnOfUnknownEntryKeys(OutlineValue entry, const EntryKeys& keys, FindingList& findings) {
+void warnOfUnknownEntryKeys(KvCOutlineValue entry, const EntryKeys& keys, KvCFindingList& findings) {
     warnOfUnknownKeys(entry, keys.ofEntry, {}, findings);
-    const OutlineValue boards = entry.find("boards");
+    const KvCOutlineValue boards = entry.find("boards");
     for (std::size_t board = 0; boards.kind() == KvEJsonKind::array && board < boards.size(); ++board) {
         warnOfUnknownKeys(boards.at(board), keys.ofBoard, keys.ofEntry, findings);
     }
 }
 
-void warnOfRepeatedKeys(OutlineValue object, FindingList& findings) {
+void warnOfRepeatedKeys(KvCOutlineValue object, KvCFindingList& findings) {
     std::unordered_set<std::string_view> seen;
     for (std::size_t index = 0; index < object.size(); ++index) {
-        const OutlineValue member = object.at(index);
+        const KvCOutlineValue member = object.at(index);
         if (!seen.insert(member.key()).second) {
             findings.warnAtKey(KvECheckRule::duplicateKey, member,
                                "The key " + inQuotes(member.key()) +
@@ -92,8 +92,8 @@ void warnOfRepeatedKeys(OutlineValue object, FindingList& findings) {
 
 } // namespace
 
-void warnOfKeys(const KvTCheckedArchive& checked, FindingList& findings) {
-    const OutlineValue root = checked.outline.root();
+void warnOfKeys(const KvTCheckedArchive& checked, KvCFindingList& findings) {
+    const KvCOutlineValue root = checked.outline.root();
     warnOfUnknownKeys(root, rootKeys, {}, findings);
     warnOfUnknownKeys(root.find("info"), infoKeys, {}, findings);
     const EntryKeys keys;
@@ -103,7 +103,7 @@ void warnOfKeys(const KvTCheckedArchive& checked, FindingList& findings) {
             warnOfUnknownEntryKeys(entry.value, keys, findings);
         }
     }
-    checked.outline.forEachValue([&findings](OutlineValue value) {
+    checked.outline.forEachValue([&findings](KvCOutlineValue value) {
         if (value.kind() == KvEJsonKind::object && value.size() > 1) {
             warnOfRepeatedKeys(value, findings);
         }

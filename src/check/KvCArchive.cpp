@@ -18,7 +18,7 @@ KvCArchive::KvCArchive(const std::wstring& folder, const std::wstring& descripti
 }
 
 KvTArchiveContent KvCArchive::content() const {
-    const MessageCapture messages;
+    const KvCMessageCapture messages;
     KvCFirmwareArchive archive(messages.writer(), options_);
     KvTArchiveContent content;
     if (!archive.readArchiveOrReport()) {

@@ -1,8 +1,8 @@
-#include "NameWarnings.h"
+#include "Warnings.h"
 
 #include "ForeignPaths.h"
 #include "KvCDirectFileWriter.h"
-#include "LowerCase.h"
+#include "Words.h"
 
 #include <algorithm>
 #include <string>
@@ -22,9 +22,9 @@ std::string lowerCaseOf(std::string_view text) {
 /// Looks at the names of update files, at each place where one stands; what costs is asked once for each name.
 class NameRules {
 public:
-    NameRules(const KvTCheckedArchive& checked, FindingList& findings) : checked_(checked), findings_(findings) {}
+    NameRules(const KvTCheckedArchive& checked, KvCFindingList& findings) : checked_(checked), findings_(findings) {}
 
-    void check(OutlineValue name) {
+    void check(KvCOutlineValue name) {
         const std::string_view text = name.text();
         if (leavesFolder(text)) {
             findings_.warn(KvECheckRule::outsideArchive, name,
@@ -49,7 +49,7 @@ private:
     }
 
     const KvTCheckedArchive& checked_;
-    FindingList& findings_;
+    KvCFindingList& findings_;
     std::unordered_map<std::string_view, bool> leavesFolder_;
     std::unordered_map<std::string, std::string_view> firstByLowerCase_;
 };
@@ -62,7 +62,7 @@ bool repeatsTargetRoot(std::string_view path) {
     return path.starts_with(root) && (path.size() == root.size() || path[root.size()] == '/');
 }
 
-void warnOfTargetPath(OutlineValue value, FindingList& findings) {
+void warnOfTargetPath(KvCOutlineValue value, KvCFindingList& findings) {
     if (value.kind() != KvEJsonKind::text) {
         return;
     }
@@ -85,14 +85,14 @@ void warnOfTargetPath(OutlineValue value, FindingList& findings) {
 
 } // namespace
 
-void warnOfNames(const KvTCheckedArchive& checked, FindingList& findings) {
+void warnOfNames(const KvTCheckedArchive& checked, KvCFindingList& findings) {
     NameRules rules(checked, findings);
     for (const KvTOutlinedEntry& entry : checked.entries) {
-        const OutlineValue name = entry.value.find("name");
+        const KvCOutlineValue name = entry.value.find("name");
         if (!entry.isSkipped && name.kind() == KvEJsonKind::text) {
             rules.check(name);
         }
     }
     forEachEntryObject(checked,
-                       [&findings](OutlineValue object) { warnOfTargetPath(object.find("targetPath"), findings); });
+                       [&findings](KvCOutlineValue object) { warnOfTargetPath(object.find("targetPath"), findings); });
 }

@@ -1,6 +1,4 @@
-#include "NearestWord.h"
-
-#include "LowerCase.h"
+#include "Words.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -44,7 +44,7 @@ std::string hintOnFault(std::string_view text, std::size_t offset) {
 }
 
 /// Why a description is no JSON, where that shows.
-void addInvalidJson(FindingList& list, std::string message, std::string_view text) {
+void addInvalidJson(KvCFindingList& list, std::string message, std::string_view text) {
     std::string reason = "This is not JSON.";
     std::size_t offset = 0;
     (void)KvNJson::json::parse(text, &reason, &offset);
@@ -56,28 +56,28 @@ void addInvalidJson(FindingList& list, std::string message, std::string_view tex
 
 } // namespace
 
-bool ReaderFindings::takeError(const KvTArchiveFinding& finding) {
+bool KvCReaderFindings::takeError(const KvTArchiveFinding& finding) {
     taken_.push_back({finding, messages_.text().size()});
     return true;
 }
 
-void ReaderFindings::takeWarning(const KvTArchiveFinding& finding) {
+void KvCReaderFindings::takeWarning(const KvTArchiveFinding& finding) {
     taken_.push_back({finding, messages_.text().size()});
     skippedEntries_.push_back(finding.entry);
 }
 
-bool ReaderFindings::isSkipped(std::uint32_t entry) const {
+bool KvCReaderFindings::isSkipped(std::uint32_t entry) const {
     return std::binary_search(skippedEntries_.begin(), skippedEntries_.end(), entry);
 }
 
-std::string_view ReaderFindings::messageOf(std::size_t index) const {
+std::string_view KvCReaderFindings::messageOf(std::size_t index) const {
     const std::string_view messages = messages_.text();
     const std::size_t begin = taken_[index].messageBegin;
     const std::size_t end = index + 1 < taken_.size() ? taken_[index + 1].messageBegin : messages.size();
     return messages.substr(begin, end - begin);
 }
 
-void ReaderFindings::addTo(FindingList& list, const JsonOutline& outline, std::string_view text) const {
+void KvCReaderFindings::addTo(KvCFindingList& list, const KvCJsonOutline& outline, std::string_view text) const {
     for (std::size_t index = 0; index < taken_.size(); ++index) {
         const KvTArchiveFinding& finding = taken_[index].finding;
         std::string message = sentenceOf(messageOf(index));

@@ -10,15 +10,15 @@
 #include <vector>
 
 /// Collects what the archive's reader has to say, and lets it go on.
-class ReaderFindings : public KvCArchiveFindings {
+class KvCReaderFindings : public KvCArchiveFindings {
 public:
     /// `messages` collects what the reader says, and nothing else.
-    explicit ReaderFindings(const MessageCapture& messages)
+    explicit KvCReaderFindings(const KvCMessageCapture& messages)
         : KvCArchiveFindings(messages.writer()), messages_(messages) {}
 
     /// Adds the findings so far to `list`, each with the reader's own words. `outline` and `text` are those of the
     /// description that was read.
-    void addTo(FindingList& list, const JsonOutline& outline, std::string_view text) const;
+    void addTo(KvCFindingList& list, const KvCJsonOutline& outline, std::string_view text) const;
 
     /// True for an element of "files" that the reader passes over.
     [[nodiscard]] bool isSkipped(std::uint32_t entry) const;
@@ -36,7 +36,7 @@ private:
 
     [[nodiscard]] std::string_view messageOf(std::size_t index) const;
 
-    const MessageCapture& messages_;
+    const KvCMessageCapture& messages_;
     std::vector<Taken> taken_;
     /// In ascending order.
     std::vector<std::uint32_t> skippedEntries_;

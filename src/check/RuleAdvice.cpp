@@ -37,20 +37,20 @@ std::string_view expectedOf(KvEProperty property) {
 }
 
 /// `value`, or `otherwise` when there is none.
-OutlineValue existing(OutlineValue value, OutlineValue otherwise) {
+KvCOutlineValue existing(KvCOutlineValue value, KvCOutlineValue otherwise) {
     return value.isValid() ? value : otherwise;
 }
 
 /// The entry or the element of its "boards" that a finding is about.
-OutlineValue entryOf(const KvTArchiveFinding& finding, OutlineValue root) {
-    const OutlineValue entry = existing(root.find("files").at(finding.entry), root);
+KvCOutlineValue entryOf(const KvTArchiveFinding& finding, KvCOutlineValue root) {
+    const KvCOutlineValue entry = existing(root.find("files").at(finding.entry), root);
     if (finding.board == noBoard) {
         return entry;
     }
     return existing(entry.find(propertyKey(KvEProperty::boards)).at(static_cast<std::size_t>(finding.board)), entry);
 }
 
-OutlineValue subjectOf(const KvTArchiveFinding& finding, KvEFindingSubject subject, OutlineValue root) {
+KvCOutlineValue subjectOf(const KvTArchiveFinding& finding, KvEFindingSubject subject, KvCOutlineValue root) {
     switch (subject) {
     case KvEFindingSubject::root:
         break;
@@ -63,10 +63,10 @@ OutlineValue subjectOf(const KvTArchiveFinding& finding, KvEFindingSubject subje
 }
 
 /// The first of `keys` that the object has, or else the object.
-OutlineValue memberOf(OutlineValue object, std::string_view keys) {
+KvCOutlineValue memberOf(KvCOutlineValue object, std::string_view keys) {
     while (!keys.empty()) {
         const std::string_view key = keys.substr(0, keys.find(' '));
-        if (const OutlineValue member = object.find(key); member.isValid()) {
+        if (const KvCOutlineValue member = object.find(key); member.isValid()) {
             return member;
         }
         keys.remove_prefix(std::min(keys.size(), key.size() + 1));
@@ -75,12 +75,12 @@ OutlineValue memberOf(OutlineValue object, std::string_view keys) {
 }
 
 /// Which mandatory property of `entry` is missing or wrong.
-void adviseOnMandatory(OutlineValue entry, KvTRuleAdvice& advice) {
-    const OutlineValue boards = entry.find("boards");
-    if (const OutlineValue name = entry.find("name"); name.kind() != KvEJsonKind::text) {
+void adviseOnMandatory(KvCOutlineValue entry, KvTRuleAdvice& advice) {
+    const KvCOutlineValue boards = entry.find("boards");
+    if (const KvCOutlineValue name = entry.find("name"); name.kind() != KvEJsonKind::text) {
         advice.place = existing(name, entry);
         advice.hint = R"(Give "name" as a text: the name of the update file.)";
-    } else if (const OutlineValue sequence = entry.find("sequence"); !sequence.unsignedNumber()) {
+    } else if (const KvCOutlineValue sequence = entry.find("sequence"); !sequence.unsignedNumber()) {
         advice.place = existing(sequence, entry);
         advice.hint = R"(Give "sequence" as a number without sign and fraction: lower ones are updated first.)";
     } else if (!boards.isValid()) {
@@ -96,9 +96,9 @@ void adviseOnMandatory(OutlineValue entry, KvTRuleAdvice& advice) {
 
 } // namespace
 
-KvTRuleAdvice adviceOn(const KvTArchiveFinding& finding, OutlineValue root) {
+KvTRuleAdvice adviceOn(const KvTArchiveFinding& finding, KvCOutlineValue root) {
     const KvTFindingRow& row = findingRow(finding.rule);
-    const OutlineValue subject = subjectOf(finding, row.subject, root);
+    const KvCOutlineValue subject = subjectOf(finding, row.subject, root);
     KvTRuleAdvice advice{.place = memberOf(subject, row.keys), .hint = hintOf(row)};
     if (finding.rule == KvEArchiveRule::mandatoryProperties) {
         adviseOnMandatory(subject, advice);

@@ -1,4 +1,4 @@
-#include "ShadowWarnings.h"
+#include "Warnings.h"
 
 #include "EntryConditions.h"
 #include "EntryMatching.h"
@@ -43,7 +43,7 @@ bool isEmptyArray(KvNJson::jsonView value) {
 /// Goes through the entries in their order and holds each against those before it.
 class ShadowRules {
 public:
-    ShadowRules(const KvTCheckedArchive& checked, FindingList& findings) : checked_(checked), findings_(findings) {}
+    ShadowRules(const KvTCheckedArchive& checked, KvCFindingList& findings) : checked_(checked), findings_(findings) {}
 
     void check(const KvTArchiveFile& file) {
         const std::vector<Choice> choices = choicesOf(file);
@@ -129,14 +129,14 @@ private:
     }
 
     const KvTCheckedArchive& checked_;
-    FindingList& findings_;
-    EntryConditions conditions_;
+    KvCFindingList& findings_;
+    KvCEntryConditions conditions_;
     std::unordered_map<std::string, std::vector<Candidate>> candidates_;
 };
 
 } // namespace
 
-void warnOfShadows(const KvTCheckedArchive& checked, FindingList& findings) {
+void warnOfShadows(const KvTCheckedArchive& checked, KvCFindingList& findings) {
     ShadowRules rules(checked, findings);
     for (const KvTArchiveFile& file : checked.archive.files()) {
         rules.check(file);

@@ -1,4 +1,4 @@
-#include "ValueWarnings.h"
+#include "Warnings.h"
 
 #include "KvCVersion.h"
 
@@ -15,7 +15,7 @@ constexpr std::array<std::string_view, 5> matchedKeys = {"boardType", "boardVari
 constexpr std::array<std::string_view, 3> storedKeys = {"id", "checksumCrc32", "sequence"};
 constexpr std::array<std::string_view, 3> comparedKeys = {"boardId", "hwCompatibilityId", "swCompatibilityId"};
 
-void warnOfEmptyArray(OutlineValue value, const char* consequence, FindingList& findings) {
+void warnOfEmptyArray(KvCOutlineValue value, const char* consequence, KvCFindingList& findings) {
     if (value.kind() == KvEJsonKind::array && value.size() == 0) {
         findings.warn(KvECheckRule::emptyArray, value,
                       "The array " + inQuotes(value.key()) + " is empty: " + consequence + ".");
@@ -23,23 +23,23 @@ void warnOfEmptyArray(OutlineValue value, const char* consequence, FindingList& 
 }
 
 /// True for a number that the reader takes, but of which only 32 bits can be used.
-bool isTooLarge(OutlineValue value) {
+bool isTooLarge(KvCOutlineValue value) {
     return value.unsignedNumber().value_or(0) > std::numeric_limits<std::uint32_t>::max();
 }
 
-void warnOfLargeNumber(OutlineValue value, const char* consequence, FindingList& findings) {
+void warnOfLargeNumber(KvCOutlineValue value, const char* consequence, KvCFindingList& findings) {
     if (isTooLarge(value)) {
         findings.warn(KvECheckRule::numberTooLarge, value,
                       "The number " + std::string(value.text()) + " has more than 32 bits: " + consequence + ".");
     }
 }
 
-void warnOfLargeNumbers(OutlineValue object, FindingList& findings) {
+void warnOfLargeNumbers(KvCOutlineValue object, KvCFindingList& findings) {
     for (const std::string_view key : storedKeys) {
         warnOfLargeNumber(object.find(key), "only its lowest 32 count", findings);
     }
     for (const std::string_view key : comparedKeys) {
-        const OutlineValue value = object.find(key);
+        const KvCOutlineValue value = object.find(key);
         warnOfLargeNumber(value, "it matches nothing", findings);
         for (std::size_t index = 0; value.kind() == KvEJsonKind::array && index < value.size(); ++index) {
             warnOfLargeNumber(value.at(index), "it matches nothing", findings);
@@ -47,7 +47,7 @@ void warnOfLargeNumbers(OutlineValue object, FindingList& findings) {
     }
 }
 
-void warnOfVersion(OutlineValue value, FindingList& findings) {
+void warnOfVersion(KvCOutlineValue value, KvCFindingList& findings) {
     if (value.kind() != KvEJsonKind::text) {
         return;
     }
@@ -60,7 +60,7 @@ void warnOfVersion(OutlineValue value, FindingList& findings) {
     }
 }
 
-void warnOfEmptyVariant(OutlineValue value, FindingList& findings) {
+void warnOfEmptyVariant(KvCOutlineValue value, KvCFindingList& findings) {
     if (value.kind() == KvEJsonKind::text && value.text().empty()) {
         findings.warn(KvECheckRule::emptyVariant, value, R"(The board variant "" matches no board.)");
     }
@@ -69,8 +69,8 @@ void warnOfEmptyVariant(OutlineValue value, FindingList& findings) {
     }
 }
 
-void warnOfUpgradeToNothing(OutlineValue entry, FindingList& findings) {
-    const OutlineValue version = entry.find("version");
+void warnOfUpgradeToNothing(KvCOutlineValue entry, KvCFindingList& findings) {
+    const KvCOutlineValue version = entry.find("version");
     if (entry.find("mode").text() == "upgrade" && version.kind() == KvEJsonKind::null) {
         findings.warn(KvECheckRule::upgradeWithoutVersion, version,
                       R"(An entry of the mode "upgrade" that has no version is never greater than what is installed.)");
@@ -79,12 +79,12 @@ void warnOfUpgradeToNothing(OutlineValue entry, FindingList& findings) {
 
 } // namespace
 
-void warnOfValues(const KvTCheckedArchive& checked, FindingList& findings) {
-    const OutlineValue root = checked.outline.root();
+void warnOfValues(const KvTCheckedArchive& checked, KvCFindingList& findings) {
+    const KvCOutlineValue root = checked.outline.root();
     warnOfVersion(root.find("info").find("formatVersion"), findings);
     warnOfVersion(root.find("info").find("archiveVersion"), findings);
     warnOfEmptyArray(root.find("files"), "the archive updates nothing", findings);
-    forEachEntryObject(checked, [&findings](OutlineValue object) {
+    forEachEntryObject(checked, [&findings](KvCOutlineValue object) {
         for (const std::string_view key : matchedKeys) {
             warnOfEmptyArray(object.find(key), "nothing can match", findings);
         }

@@ -6,14 +6,14 @@
 #include <string>
 
 /// Collects what is written to its writer.
-class MessageCapture {
+class KvCMessageCapture {
 public:
-    MessageCapture() = default;
-    MessageCapture(const MessageCapture&) = delete;
-    MessageCapture(MessageCapture&&) = delete;
-    MessageCapture& operator=(const MessageCapture&) = delete;
-    MessageCapture& operator=(MessageCapture&&) = delete;
-    ~MessageCapture() = default;
+    KvCMessageCapture() = default;
+    KvCMessageCapture(const KvCMessageCapture&) = delete;
+    KvCMessageCapture(KvCMessageCapture&&) = delete;
+    KvCMessageCapture& operator=(const KvCMessageCapture&) = delete;
+    KvCMessageCapture& operator=(KvCMessageCapture&&) = delete;
+    ~KvCMessageCapture() = default;
 
     /// Writes what is to be collected.
     [[nodiscard]] const KvCConsoleWriter& writer() const { return writer_; }
@@ -22,7 +22,7 @@ public:
 
 private:
     static void take(const std::string& message, void* capture) {
-        static_cast<MessageCapture*>(capture)->text_ += message;
+        static_cast<KvCMessageCapture*>(capture)->text_ += message;
     }
 
     /// Changed through the context, also of a capture that is constant.

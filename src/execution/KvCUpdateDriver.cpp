@@ -77,7 +77,7 @@ void KvCUpdateDriver::addElementErrors() {
     run_.elementErrorsBegin = context_.errors.getNumberOfUsedEntries();
     for (const KvTUpdateElement& element : context_.inventory.elements()) {
         if (element.updateState != notToBeUpdated) {
-            for (const OwnedErrorList& list : element.errorLists) {
+            for (const KvCOwnedErrorList& list : element.errorLists) {
                 context_.errors += *list;
             }
         }

@@ -39,8 +39,8 @@ bool KvCTargetLock::lockTarget() {
 void KvCTargetLock::unlockTarget() {
     finishUpdate();
     isHeld_ = false;
-    const bool isUnlocked = callSucceeds(
-        context_.errors, [this] { KvCInventoryManager::getInstance()->unlock(context_.errors, handle_); });
+    const bool isUnlocked =
+        callSucceeds(context_.errors, [this] { KvCInventoryManager::getInstance()->unlock(context_.errors, handle_); });
     context_.callbacks.notifyEvent({KvNReflasher::KvEEvent::unlocked, 0, isUnlocked});
     if (isUnlocked) {
         handle_ = nullptr;
@@ -51,7 +51,7 @@ void KvCTargetLock::unlockTarget() {
 
 /// Closes the update session on both nodes. What goes wrong here is of no interest to anybody.
 void KvCTargetLock::finishUpdate() {
-    const OwnedErrorList dropped = OwnedErrorList::create();
+    const KvCOwnedErrorList dropped = KvCOwnedErrorList::create();
     const KvCTargetInventory& inventory = context_.inventory;
     for (const KvCInventoryAddress* address : {inventory.cnAddress(), inventory.hcnAddress()}) {
         if (address != nullptr) {

@@ -6,12 +6,12 @@
 #include <utility>
 
 /// Keeps an error list locked and tells whether errors were added meanwhile.
-class ErrorCountGuard {
+class KvCErrorCountGuard {
 public:
-    explicit ErrorCountGuard(KvCErrorListPool& errors) : errors_(errors), before_(errors.getErrorCountLock()) {}
-    ErrorCountGuard(const ErrorCountGuard&) = delete;
-    ErrorCountGuard& operator=(const ErrorCountGuard&) = delete;
-    ~ErrorCountGuard() {
+    explicit KvCErrorCountGuard(KvCErrorListPool& errors) : errors_(errors), before_(errors.getErrorCountLock()) {}
+    KvCErrorCountGuard(const KvCErrorCountGuard&) = delete;
+    KvCErrorCountGuard& operator=(const KvCErrorCountGuard&) = delete;
+    ~KvCErrorCountGuard() {
         if (locked_) {
             (void)errors_.getErrorCountUnlock();
         }
@@ -33,7 +33,7 @@ private:
 /// tells whether it succeeded, which is to say whether it added no error.
 template <typename Call>
 [[nodiscard]] bool callSucceeds(KvCErrorListPool& errors, Call&& call) {
-    ErrorCountGuard guard(errors);
+    KvCErrorCountGuard guard(errors);
     std::forward<Call>(call)();
     return guard.unchanged();
 }

@@ -6,31 +6,31 @@
 
 /// Owns an error list of the error manager and gives it back at the end. A copy owns nothing until it creates a list
 /// of its own.
-class OwnedErrorList {
+class KvCOwnedErrorList {
 public:
     /// Owns nothing.
-    OwnedErrorList() = default;
+    KvCOwnedErrorList() = default;
     /// Owns a new list.
-    [[nodiscard]] static OwnedErrorList create() {
-        OwnedErrorList result;
+    [[nodiscard]] static KvCOwnedErrorList create() {
+        KvCOwnedErrorList result;
         result.list_ = KvCErrorManager::getInstance()->createErrorList(0, 1, 20, 5, 300);
         return result;
     }
 
-    OwnedErrorList(const OwnedErrorList& /*other*/) noexcept {}
-    OwnedErrorList& operator=(const OwnedErrorList& other) noexcept {
+    KvCOwnedErrorList(const KvCOwnedErrorList& /*other*/) noexcept {}
+    KvCOwnedErrorList& operator=(const KvCOwnedErrorList& other) noexcept {
         if (this != &other) {
             release();
         }
         return *this;
     }
-    OwnedErrorList(OwnedErrorList&& other) noexcept : list_(std::exchange(other.list_, nullptr)) {}
-    OwnedErrorList& operator=(OwnedErrorList&& other) noexcept {
-        OwnedErrorList taken(std::move(other));
+    KvCOwnedErrorList(KvCOwnedErrorList&& other) noexcept : list_(std::exchange(other.list_, nullptr)) {}
+    KvCOwnedErrorList& operator=(KvCOwnedErrorList&& other) noexcept {
+        KvCOwnedErrorList taken(std::move(other));
         std::swap(list_, taken.list_);
         return *this;
     }
-    ~OwnedErrorList() { release(); }
+    ~KvCOwnedErrorList() { release(); }
 
     /// Null when nothing is owned.
     [[nodiscard]] KvCErrorList* get() const { return list_; }

@@ -4,14 +4,14 @@
 #include "KvCInventoryManager.h"
 
 /// A tree of KvCInventoryManager::scan(), released at its end.
-class ScannedTree {
+class KvCScannedTree {
 public:
-    ScannedTree() = default;
-    ScannedTree(const ScannedTree&) = delete;
-    ScannedTree(ScannedTree&&) = delete;
-    ScannedTree& operator=(const ScannedTree&) = delete;
-    ScannedTree& operator=(ScannedTree&&) = delete;
-    ~ScannedTree() {
+    KvCScannedTree() = default;
+    KvCScannedTree(const KvCScannedTree&) = delete;
+    KvCScannedTree(KvCScannedTree&&) = delete;
+    KvCScannedTree& operator=(const KvCScannedTree&) = delete;
+    KvCScannedTree& operator=(KvCScannedTree&&) = delete;
+    ~KvCScannedTree() {
         if (root_ != nullptr) {
             attempt([this] { KvCInventoryManager::getInstance()->deleteInventoryTree(root_); });
         }

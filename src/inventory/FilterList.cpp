@@ -1,4 +1,4 @@
-#include "FilterList.h"
+#include "InventoryRules.h"
 
 namespace {
 

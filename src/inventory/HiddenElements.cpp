@@ -24,8 +24,8 @@ public:
 
     /// Display names and addresses of what a session with these options sees.
     [[nodiscard]] std::vector<KvTHiddenElement> seenWith(const KvTOptions& options) const {
-        const OwnedErrorList dropped = OwnedErrorList::create();
-        const MessageCapture messages; // the session itself has printed them
+        const KvCOwnedErrorList dropped = KvCOwnedErrorList::create();
+        const KvCMessageCapture messages; // the session itself has printed them
         std::list<KvTUpdateElement> elements;
         KvTNodeAddresses nodes;
         walkInventory(*dropped, messages.writer(), options, root_, elements, nodes);

@@ -1,8 +1,7 @@
 #include "InventoryWalk.h"
 
-#include "BoardIdentification.h"
 #include "ElementNames.h"
-#include "FilterList.h"
+#include "InventoryRules.h"
 #include "KvCConsoleWriter.h"
 #include "KvNInventoryIDs.h"
 

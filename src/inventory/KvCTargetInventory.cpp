@@ -32,7 +32,7 @@ bool KvCTargetInventory::scanInventory(const KvCString& address) {
     if (manager.createRootHandleByIpAddressList(errors_, address.c_str(), rootHandle_) != 0) {
         return false;
     }
-    ScannedTree tree;
+    KvCScannedTree tree;
     if (manager.scan(errors_, rootHandle_, tree.out()) != 0 || tree.root() == nullptr) {
         return false;
     }

@@ -136,15 +136,15 @@ struct KvTUpdateElement : KvTElementPlan, KvTElementRun {
     KvCString typeName;
 
     /// Indexed by KvEErrorListIndex; created once the element is in the list.
-    std::array<OwnedErrorList, 2> errorLists;
+    std::array<KvCOwnedErrorList, 2> errorLists;
 
     /// An error was collected for this element. Needs the lists of createErrorLists().
     [[nodiscard]] bool hasErrors() const {
         return errorLists[callErrors]->getErrorCount() != 0 || errorLists[targetErrors]->getErrorCount() != 0;
     }
     void createErrorLists() {
-        for (OwnedErrorList& list : errorLists) {
-            list = OwnedErrorList::create();
+        for (KvCOwnedErrorList& list : errorLists) {
+            list = KvCOwnedErrorList::create();
         }
     }
 };

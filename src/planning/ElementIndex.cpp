@@ -28,7 +28,7 @@ public:
             visit(values);
             return;
         }
-        const KvTAllowedValues& allowed = selection_.*comparedProperties[property].allowed;
+        const KvCAllowedValues& allowed = selection_.*comparedProperties[property].allowed;
         for (std::size_t index = 0; index < allowed.size(); ++index) {
             if (const std::optional<KvTComparedValue> value = allowed.at(index)) {
                 values[property] = *value;
@@ -43,12 +43,12 @@ private:
 
 } // namespace
 
-std::size_t ElementIndex::PlaceHash::operator()(const Place& place) const {
+std::size_t KvCElementIndex::PlaceHash::operator()(const Place& place) const {
     constexpr std::size_t multiplier = 31;
     return std::hash<std::string_view>()(place.boardType) * multiplier + std::hash<KvTComparedValue>()(place.address);
 }
 
-ElementIndex::ElementIndex(const std::list<KvTUpdateElement>& elements) {
+KvCElementIndex::KvCElementIndex(const std::list<KvTUpdateElement>& elements) {
     places_.reserve(elements.size());
     for (const KvTUpdateElement& element : elements) {
         Place place{.boardType = element.boardType.view(), .address = std::uint64_t{element.elementId}};
@@ -62,7 +62,7 @@ ElementIndex::ElementIndex(const std::list<KvTUpdateElement>& elements) {
     }
 }
 
-std::vector<const KvTUpdateElement*> ElementIndex::take(const KvTEntrySelection& selection, const Test& test) {
+std::vector<const KvTUpdateElement*> KvCElementIndex::take(const KvTEntrySelection& selection, const Test& test) {
     Taken taken;
     for (const std::string_view boardType : selection.boardTypes) {
         if (const auto& path = selection.address.targetPath; path) {
@@ -77,7 +77,7 @@ std::vector<const KvTUpdateElement*> ElementIndex::take(const KvTEntrySelection&
 
 /// Tries either the elements that have one of the allowed combinations of values, or all elements of the place if these
 /// are not more.
-void ElementIndex::takeFrom(const Place& place, const KvTEntrySelection& selection, const Test& test, Taken& taken) {
+void KvCElementIndex::takeFrom(const Place& place, const KvTEntrySelection& selection, const Test& test, Taken& taken) {
     const auto found = places_.find(place);
     if (found == places_.end()) {
         return;
@@ -105,7 +105,7 @@ void ElementIndex::takeFrom(const Place& place, const KvTEntrySelection& selecti
     });
 }
 
-std::vector<const KvTUpdateElement*> takeMatching(ElementIndex& index, const KvTArchiveFile& file) {
+std::vector<const KvTUpdateElement*> takeMatching(KvCElementIndex& index, const KvTArchiveFile& file) {
     std::vector<const KvTUpdateElement*> taken;
     for (const KvTEntrySelection& selection : file.selections) {
         const auto elements =

@@ -15,12 +15,12 @@
 /// The elements that no entry has taken yet, listed by the values that entries are compared with. It narrows down the
 /// elements that a selection has to be held against; it leaves out none for which the selection may be meant, and
 /// decides nothing.
-class ElementIndex {
+class KvCElementIndex {
 public:
     using Test = std::function<bool(const KvTUpdateElement& element)>;
 
     /// `elements` must outlive the index, and what entries are compared with must stay as it is.
-    explicit ElementIndex(const std::list<KvTUpdateElement>& elements);
+    explicit KvCElementIndex(const std::list<KvTUpdateElement>& elements);
 
     /// Takes the elements out that `selection` may be meant for and that pass `test`.
     [[nodiscard]] std::vector<const KvTUpdateElement*> take(const KvTEntrySelection& selection, const Test& test);
@@ -48,4 +48,4 @@ private:
 };
 
 /// Takes the elements out that `file` is meant for.
-[[nodiscard]] std::vector<const KvTUpdateElement*> takeMatching(ElementIndex& index, const KvTArchiveFile& file);
+[[nodiscard]] std::vector<const KvTUpdateElement*> takeMatching(KvCElementIndex& index, const KvTArchiveFile& file);

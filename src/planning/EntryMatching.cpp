@@ -61,7 +61,7 @@ constexpr std::array tests = {Test{KvEMatchTest::boardType, hasBoardType},
 
 } // namespace
 
-bool matchesValue(const KvTAllowedValues& allowed, const KvTComparedValue& elementValue) {
+bool matchesValue(const KvCAllowedValues& allowed, const KvTComparedValue& elementValue) {
     for (std::size_t index = 0; index < allowed.size(); ++index) {
         if (allowed.at(index) == elementValue) {
             return true;

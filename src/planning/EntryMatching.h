@@ -9,12 +9,12 @@
 #include <array>
 
 /// True if one of the allowed values equals the element's: both none, the same text byte for byte, or the same number.
-[[nodiscard]] bool matchesValue(const KvTAllowedValues& allowed, const KvTComparedValue& elementValue);
+[[nodiscard]] bool matchesValue(const KvCAllowedValues& allowed, const KvTComparedValue& elementValue);
 
 /// A property in which an element must have one of the values that a selection allows.
 struct KvTComparedProperty {
     KvNReflasher::KvEMatchTest test;
-    KvTAllowedValues KvTEntrySelection::*allowed;
+    KvCAllowedValues KvTEntrySelection::*allowed;
     KvTComparedValue (*valueOf)(const KvTUpdateElement& element);
 };
 

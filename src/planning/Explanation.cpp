@@ -83,7 +83,7 @@ KvTTriedEntry tryEntry(const KvTUpdateElement& element, const KvTArchiveFile& fi
 
 } // namespace
 
-Explainer::Explainer(const std::vector<KvTArchiveFile>& files) : files_(files) {
+KvCExplainer::KvCExplainer(const std::vector<KvTArchiveFile>& files) : files_(files) {
     std::uint32_t file = 0;
     for (const KvTArchiveFile& entry : files) {
         listEntry(entry, file++);
@@ -91,7 +91,7 @@ Explainer::Explainer(const std::vector<KvTArchiveFile>& files) : files_(files) {
 }
 
 /// Lists the entry once under each of its board types.
-void Explainer::listEntry(const KvTArchiveFile& entry, std::uint32_t file) {
+void KvCExplainer::listEntry(const KvTArchiveFile& entry, std::uint32_t file) {
     for (const KvTEntrySelection& selection : entry.selections) {
         for (const std::string_view boardType : selection.boardTypes) {
             entriesOfBoardType_[boardType].push_back(file);
@@ -99,7 +99,7 @@ void Explainer::listEntry(const KvTArchiveFile& entry, std::uint32_t file) {
     }
 }
 
-KvTExplanation Explainer::explain(const KvTUpdateElement& element) const {
+KvTExplanation KvCExplainer::explain(const KvTUpdateElement& element) const {
     KvTExplanation result;
     result.index = element.index;
     const std::size_t end = element.hasArchiveFile() ? element.archiveFileIndex + std::size_t{1} : files_.size();

@@ -11,10 +11,10 @@
 #include <vector>
 
 /// Finds out which entries are tried for an element, by the rule that has planned.
-class Explainer {
+class KvCExplainer {
 public:
     /// The accepted entries; they must outlive the explainer and stay as they are.
-    explicit Explainer(const std::vector<KvTArchiveFile>& files);
+    explicit KvCExplainer(const std::vector<KvTArchiveFile>& files);
 
     [[nodiscard]] KvNReflasher::KvTExplanation explain(const KvTUpdateElement& element) const;
 

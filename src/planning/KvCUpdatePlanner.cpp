@@ -27,7 +27,7 @@ void KvCUpdatePlanner::plan() {
 
 /// Each element takes the first entry that is meant for it; an entry may serve any number of elements.
 void KvCUpdatePlanner::matchElements() {
-    ElementIndex unmatched(inventory_.elements());
+    KvCElementIndex unmatched(inventory_.elements());
     std::uint32_t fileIndex = 0;
     for (const KvTArchiveFile& file : archive_.files()) {
         for (const KvTUpdateElement* element : takeMatching(unmatched, file)) {

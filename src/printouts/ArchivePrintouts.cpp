@@ -150,7 +150,7 @@ void printArchiveVersion(const KvCConsoleWriter& writer, const KvCFirmwareArchiv
 // The text is that of one document which holds copies of all entries; it is put together from theirs. A client parses
 // what one call of its message callback brings.
 void dumpDescription(const KvCConsoleWriter& writer, const KvCFirmwareArchive& archive) {
-    BlockPrinter printer(writer, writer.hasReceiver() ? BlockPrinter::wholeText : BlockPrinter::blockSize);
+    KvCBlockPrinter printer(writer, writer.hasReceiver() ? KvCBlockPrinter::wholeText : KvCBlockPrinter::blockSize);
     printer.text().append("{\n    \"info\": ");
     appendIndented(printer.text(), dumped(describedInfo(archive.info())), 1);
     printer.text() += ',';

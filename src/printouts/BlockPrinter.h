@@ -7,7 +7,7 @@
 
 /// Hands a long text to the writer in messages of whole lines of about a given size: a message per line would cost a
 /// flush per line, a single one memory for all of them.
-class BlockPrinter {
+class KvCBlockPrinter {
 public:
     /// 16 KiB.
     static constexpr std::size_t blockSize = 16384;
@@ -15,7 +15,7 @@ public:
     static constexpr std::size_t wholeText = std::size_t(1) << 30U;
 
     /// `writer` must outlive the printer. A message ends with the line that makes it `messageSize` bytes or more.
-    explicit BlockPrinter(const KvCConsoleWriter& writer, std::size_t messageSize = blockSize)
+    explicit KvCBlockPrinter(const KvCConsoleWriter& writer, std::size_t messageSize = blockSize)
         : writer_(writer), messageSize_(messageSize) {}
 
     /// What was not handed over yet, to be appended to.

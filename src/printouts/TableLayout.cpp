@@ -41,7 +41,7 @@ KvCString versionCell(const KvCVersion& version) {
 
 void printTable(const KvCConsoleWriter& writer, const KvTTable& rows) {
     const std::vector<std::size_t> widths = columnWidths(rows);
-    BlockPrinter printer(writer);
+    KvCBlockPrinter printer(writer);
     for (const auto& row : rows) {
         appendRow(printer.text(), row, widths);
         printer.endLine();

@@ -12,7 +12,7 @@ bool hasFailed(const KvTUpdateElement& element) {
 void printFailure(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options,
                   const KvTUpdateElement& element) {
     writer.print(L"    ERROR: %hs:\n", element.displayName.c_str());
-    for (const OwnedErrorList& list : element.errorLists) {
+    for (const KvCOwnedErrorList& list : element.errorLists) {
         printErrorReport(writer, options, *list, reportIndentation);
     }
     if (element.updateState == updateCancelled) {

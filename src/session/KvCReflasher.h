@@ -98,12 +98,11 @@ private:
     /// The errors of the session, of which the error manager has one list.
     KvCErrorListPool& errors_ = KvCErrorManager::getInstance()->getMasterErrorList();
     KvCPreparation preparation_{writer_, options_, errors_};
-    KvCUpdateDriver driver_{
-        {writer_, callbacks_, options_, preparation_.archive(), preparation_.inventory(), errors_},
-        preparation_.planner(),
-        preparation_.targetAccess()};
+    KvCUpdateDriver driver_{{writer_, callbacks_, options_, preparation_.archive(), preparation_.inventory(), errors_},
+                            preparation_.planner(),
+                            preparation_.targetAccess()};
     /// Made when an explanation is first asked for.
-    std::optional<Explainer> explainer_;
+    std::optional<KvCExplainer> explainer_;
     /// What has come after prepare().
     KvNReflasher::KvTVerdict verdict_;
     std::optional<KvNReflasher::KvEStage> stage_;

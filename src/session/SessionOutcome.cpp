@@ -41,7 +41,7 @@ KvTElementOutcome outcomeOf(const KvTUpdateElement& element) {
     outcome.state = element.targetState;
     outcome.message = element.failure.message;
     outcome.errors = element.failure.writeErrors;
-    for (const OwnedErrorList& list : element.errorLists) {
+    for (const KvCOwnedErrorList& list : element.errorLists) {
         std::vector<KvTErrorInfo> errors = errorEntriesOf(*list);
         std::move(errors.begin(), errors.end(), std::back_inserter(outcome.errors));
     }
@@ -78,8 +78,8 @@ KvTVerdict KvCReflasher::verdictOfUpdate() const {
         return {KvEFailure::target, "the target has no processor node that can be locked"};
     }
     if (!update.wasLocked) {
-        return {KvEFailure::locked,
-                "the target could not be locked" + (otherErrors_.empty() ? std::string() : ": " + otherErrors_.back().text)};
+        return {KvEFailure::locked, "the target could not be locked" +
+                                        (otherErrors_.empty() ? std::string() : ": " + otherErrors_.back().text)};
     }
     return verdictOfElements();
 }

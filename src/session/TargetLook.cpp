@@ -38,8 +38,8 @@ void takeDown(const KvCTargetInventory& inventory, const KvTPlan& plan, KvTLook&
 
 KvTLook lookAtTarget(const KvTOptions& options, const KvTPlan& plan) {
     const KvTOptions lookOptions = optionsOfLook(options);
-    const OwnedErrorList errors = OwnedErrorList::create();
-    const MessageCapture messages;
+    const KvCOwnedErrorList errors = KvCOwnedErrorList::create();
+    const KvCMessageCapture messages;
     KvCPreparation target(messages.writer(), lookOptions, *errors);
     KvTLook look;
     look.succeeded = target.connect();

@@ -6,10 +6,10 @@
 #include <string>
 
 /// Closes a stream at the end of its scope.
-struct FileCloser {
+struct KvTFileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
-using FileStream = std::unique_ptr<std::FILE, FileCloser>;
+using FileStream = std::unique_ptr<std::FILE, KvTFileCloser>;
 
 // Paths are wide texts; off Windows a "\" separates like a "/".
 

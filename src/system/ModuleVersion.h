@@ -4,7 +4,7 @@
 #include <optional>
 
 /// The first three parts of a file version.
-struct ModuleVersion {
+struct KvTModuleVersion {
     std::uint16_t major = 0;
     std::uint16_t minor = 0;
     std::uint16_t maintenance = 0;
@@ -12,4 +12,4 @@ struct ModuleVersion {
 
 /// The file version of this library itself, not of the program that uses it. Nothing when the library's file cannot be
 /// determined; all 0 when it carries no version.
-[[nodiscard]] std::optional<ModuleVersion> readModuleVersion();
+[[nodiscard]] std::optional<KvTModuleVersion> readModuleVersion();

@@ -11,7 +11,7 @@ constexpr DWORD moduleOfAddress = GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_M
 static_assert(moduleOfAddress == 6);
 
 /// The fixed file information of the version resource of `file`; all 0 when it has none.
-ModuleVersion readResource(const wchar_t* file) {
+KvTModuleVersion readResource(const wchar_t* file) {
     DWORD ignored = 0;
     std::vector<unsigned char> block(GetFileVersionInfoSizeW(file, &ignored));
     void* information = nullptr;
@@ -26,7 +26,7 @@ ModuleVersion readResource(const wchar_t* file) {
 
 } // namespace
 
-std::optional<ModuleVersion> readModuleVersion() {
+std::optional<KvTModuleVersion> readModuleVersion() {
     HMODULE module = nullptr;
     if (GetModuleHandleExW(moduleOfAddress, reinterpret_cast<LPCWSTR>(&readModuleVersion), &module) == 0) {
         return std::nullopt;

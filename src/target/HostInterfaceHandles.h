@@ -9,12 +9,12 @@
 /// Owns a handle of the host interface and gives it back at the end with `deleteHandle`, whose errors go to the list
 /// that was given. release() gives it back earlier, where its status matters.
 template <typename Handle, std::int32_t (*deleteHandle)(KvCErrorListPool&, Handle)>
-class HostInterfaceHandle {
+class KvCHostInterfaceHandle {
 public:
-    explicit HostInterfaceHandle(KvCErrorListPool& errors) : errors_(errors) {}
-    HostInterfaceHandle(const HostInterfaceHandle&) = delete;
-    HostInterfaceHandle& operator=(const HostInterfaceHandle&) = delete;
-    ~HostInterfaceHandle() {
+    explicit KvCHostInterfaceHandle(KvCErrorListPool& errors) : errors_(errors) {}
+    KvCHostInterfaceHandle(const KvCHostInterfaceHandle&) = delete;
+    KvCHostInterfaceHandle& operator=(const KvCHostInterfaceHandle&) = delete;
+    ~KvCHostInterfaceHandle() {
         attempt([this] { (void)release(); });
     }
 
@@ -38,6 +38,6 @@ private:
     Handle handle_ = nullptr;
 };
 
-using DeviceFilter = HostInterfaceHandle<KvHIMFilterHandle, KvHIM_deleteFilter>;
-using DeviceHandle = HostInterfaceHandle<KvHIMDeviceHandle, KvHIM_deleteDeviceHandle>;
-using FileTransferClient = HostInterfaceHandle<KvHIMFTClientHandle, KvHIM_deleteFTClientHandle>;
+using DeviceFilter = KvCHostInterfaceHandle<KvHIMFilterHandle, KvHIM_deleteFilter>;
+using DeviceHandle = KvCHostInterfaceHandle<KvHIMDeviceHandle, KvHIM_deleteDeviceHandle>;
+using FileTransferClient = KvCHostInterfaceHandle<KvHIMFTClientHandle, KvHIM_deleteFTClientHandle>;

@@ -6,8 +6,8 @@
 #include "Files.h"
 #include "HostInterfaceHandles.h"
 #include "KvCConsoleWriter.h"
-#include "OwnedErrorList.h"
 #include "KvCStringConversion.h"
+#include "OwnedErrorList.h"
 
 #include <algorithm>
 #include <string_view>
@@ -55,8 +55,8 @@ KvCDirectFileWriter::~KvCDirectFileWriter() {
     }
     // Without memory for a list of its own the handle is given back all the same.
     KvCErrorManager& manager = *KvCErrorManager::getInstance();
-    OwnedErrorList own;
-    attempt([&own] { own = OwnedErrorList::create(); });
+    KvCOwnedErrorList own;
+    attempt([&own] { own = KvCOwnedErrorList::create(); });
     KvCErrorListPool& errors = own.get() != nullptr ? *own : manager.getMasterErrorList();
     attempt([&] { (void)KvHIM_deleteDeviceHandle(errors, deviceHandle_); });
     if (own.get() != nullptr) {
@@ -76,7 +76,7 @@ bool KvCDirectFileWriter::writeFileToTarget(const KvTArchiveFile& entry, const K
     if (entry.fileMissing) {
         return false;
     }
-    const OwnedErrorList errors = OwnedErrorList::create();
+    const KvCOwnedErrorList errors = KvCOwnedErrorList::create();
     const bool isWritten = write(*errors, paths, targetPath, messages);
     errors_ = errorEntriesOf(*errors);
     return isWritten;

@@ -1,7 +1,7 @@
 #include "EntryOracle.h"
 
 #include "ArchiveFixture.h"
-#include "EntryRules.h"
+#include "DescriptionRules.h"
 #include "RandomDescriptions.h"
 
 #include <algorithm>

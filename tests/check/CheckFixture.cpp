@@ -31,7 +31,7 @@ std::string CheckTest::codes(std::string_view description) {
 }
 
 std::string CheckTest::readersFirstError() const {
-    const MessageCapture messages;
+    const KvCMessageCapture messages;
     KvCFirmwareArchive archive(messages.writer(), options_);
     const bool isRead = archive.readArchive();
     const std::string& text = messages.text();

@@ -118,7 +118,7 @@ class ForeignPaths : public CheckTest {
 protected:
     std::vector<std::string> of(const ArchiveBuilder& description) {
         folder().write("archive.json", description.text());
-        const MessageCapture messages;
+        const KvCMessageCapture messages;
         KvCFirmwareArchive archive(messages.writer(), options());
         isRead_ = archive.readDescriptionFile();
         // What was read counts, not what the file says now.

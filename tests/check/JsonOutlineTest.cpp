@@ -16,10 +16,10 @@ using KvNJson::jsonView;
 
 TEST(JsonOutline, ValuesAreFoundWhereTheyStand) {
     const std::string text = R"( { "a" : [ 1 , -2.5e3,"x", null,true , false ,{} ] ,"b":"y" } )";
-    const JsonOutline outline(text);
-    const OutlineValue root = outline.root();
+    const KvCJsonOutline outline(text);
+    const KvCOutlineValue root = outline.root();
     EXPECT_EQ(1U, root.offset());
-    const OutlineValue items = root.find("a");
+    const KvCOutlineValue items = root.find("a");
     EXPECT_EQ(text.find('['), items.offset());
     EXPECT_EQ(text.find("\"a\""), items.keyOffset());
     const std::vector<std::string> written = {"1", "-2.5e3", "\"x\"", "null", "true", "false", "{}"};
@@ -31,7 +31,7 @@ TEST(JsonOutline, ValuesAreFoundWhereTheyStand) {
     EXPECT_EQ(text.find("\"y\""), root.find("b").offset());
     std::size_t last = 0;
     std::size_t count = 0;
-    outline.forEachValue([&](OutlineValue value) {
+    outline.forEachValue([&](KvCOutlineValue value) {
         EXPECT_LE(last, value.offset());
         last = value.offset();
         ++count;
@@ -41,8 +41,8 @@ TEST(JsonOutline, ValuesAreFoundWhereTheyStand) {
 
 TEST(JsonOutline, MarksInsideOfTextsAreNoTokens) {
     const std::string text = R"({"a\"{,": "]\\", "b": "}\"", "\u0041": 1})";
-    const JsonOutline outline(text);
-    const OutlineValue root = outline.root();
+    const KvCJsonOutline outline(text);
+    const KvCOutlineValue root = outline.root();
     ASSERT_EQ(3U, root.size());
     EXPECT_EQ("a\"{,", root.at(0).key());
     EXPECT_EQ("]\\", root.at(0).text());
@@ -58,8 +58,8 @@ TEST(JsonOutline, TextsAndNestingMayBeLong) {
     }
     const std::string inner = "{\"" + content + "\": \"\\u0041" + content + "\"}";
     const std::string text = std::string(200, '[') + inner + std::string(200, ']');
-    const JsonOutline outline(text);
-    OutlineValue value = outline.root();
+    const KvCJsonOutline outline(text);
+    KvCOutlineValue value = outline.root();
     while (value.kind() == KvEJsonKind::array) {
         value = value.at(0);
     }
@@ -70,7 +70,7 @@ TEST(JsonOutline, TextsAndNestingMayBeLong) {
 
 TEST(JsonOutline, OfARepeatedKeyEveryMemberIsThereAndTheLastOneIsFound) {
     const std::string text = R"({"a": 1, "b": 2, "a": 3})";
-    const JsonOutline outline(text);
+    const KvCJsonOutline outline(text);
     EXPECT_EQ(3U, outline.root().size());
     EXPECT_EQ("1", outline.root().at(0).text());
     EXPECT_EQ("3", outline.root().find("a").text());
@@ -78,45 +78,45 @@ TEST(JsonOutline, OfARepeatedKeyEveryMemberIsThereAndTheLastOneIsFound) {
 
 TEST(JsonOutline, OnlyNumbersWithoutSignFractionAndExponentAreUnsigned) {
     const std::string text = R"([0, 18446744073709551615, -0, 18446744073709551616, -1, 1.0, 1e2, "1", null])";
-    const JsonOutline outline(text);
-    const OutlineValue items = outline.root();
+    const KvCJsonOutline outline(text);
+    const KvCOutlineValue items = outline.root();
     EXPECT_EQ(0U, items.at(0).unsignedNumber());
     EXPECT_EQ(std::numeric_limits<std::uint64_t>::max(), items.at(1).unsignedNumber());
     EXPECT_EQ(0U, items.at(2).unsignedNumber());
     for (std::size_t index = 3; index < items.size(); ++index) {
         EXPECT_EQ(std::nullopt, items.at(index).unsignedNumber()) << items.at(index).text();
     }
-    EXPECT_EQ(std::nullopt, OutlineValue().unsignedNumber());
+    EXPECT_EQ(std::nullopt, KvCOutlineValue().unsignedNumber());
 }
 
 TEST(JsonOutline, APathTellsTheWayToAValue) {
-    const JsonOutline outline(R"({"files": [0, {"boards": [{"id": 5}], "it's a key": [[7]]}]})");
-    const OutlineValue entry = outline.root().find("files").at(1);
+    const KvCJsonOutline outline(R"({"files": [0, {"boards": [{"id": 5}], "it's a key": [[7]]}]})");
+    const KvCOutlineValue entry = outline.root().find("files").at(1);
     EXPECT_EQ("$.files[1].boards[0].id", entry.find("boards").at(0).find("id").path());
     EXPECT_EQ("$.files[1]['it\\'s a key'][0][0]", entry.find("it's a key").at(0).at(0).path());
     EXPECT_EQ("$", outline.root().path());
 }
 
 TEST(JsonOutline, AByteOrderMarkIsSkipped) {
-    const JsonOutline outline("\xEF\xBB\xBF{\"a\": 1}");
+    const KvCJsonOutline outline("\xEF\xBB\xBF{\"a\": 1}");
     EXPECT_EQ(3U, outline.root().offset());
     EXPECT_EQ(9U, outline.root().find("a").offset());
 }
 
 TEST(JsonOutline, WhatIsNoJsonHasNoValues) {
     for (const char* text : {"", " ", "{\"a\": 1", "[1,]", "{} {}", "nul"}) {
-        const JsonOutline outline(text);
-        outline.forEachValue([](OutlineValue value) { ADD_FAILURE() << value.path(); });
+        const KvCJsonOutline outline(text);
+        outline.forEachValue([](KvCOutlineValue value) { ADD_FAILURE() << value.path(); });
         EXPECT_FALSE(outline.root().isValid()) << text;
     }
 }
 
 TEST(JsonOutline, AskingForWhatIsNotThereGivesNothing) {
-    const OutlineValue nothing;
+    const KvCOutlineValue nothing;
     EXPECT_FALSE(nothing.at(0).find("a").isValid());
     EXPECT_EQ(KvEJsonKind::nothing, nothing.kind());
     EXPECT_EQ("$", nothing.path());
-    const JsonOutline outline("[1]");
+    const KvCJsonOutline outline("[1]");
     EXPECT_FALSE(outline.root().at(1).isValid());
     EXPECT_FALSE(outline.root().find("a").isValid());
     EXPECT_EQ("", outline.root().text());
@@ -124,7 +124,7 @@ TEST(JsonOutline, AskingForWhatIsNotThereGivesNothing) {
 }
 
 /// True when the outline holds the value that the JSON library reads.
-bool isSame(jsonView value, OutlineValue outlined) {
+bool isSame(jsonView value, KvCOutlineValue outlined) {
     switch (outlined.kind()) {
     case KvEJsonKind::nothing:
         return false;
@@ -171,9 +171,9 @@ TEST(JsonOutline, ItHoldsWhatTheJsonLibraryReads) {
             continue;
         }
         ++valid;
-        const JsonOutline outline(text);
+        const KvCJsonOutline outline(text);
         ASSERT_TRUE(isSame(read.view(), outline.root())) << text;
-        outline.forEachValue([&](OutlineValue value) {
+        outline.forEachValue([&](KvCOutlineValue value) {
             if (value.kind() == KvEJsonKind::number) {
                 EXPECT_EQ(value.text(), text.substr(value.offset(), value.text().size())) << text;
             }

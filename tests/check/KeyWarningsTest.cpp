@@ -1,5 +1,5 @@
 #include "CheckFixture.h"
-#include "NearestWord.h"
+#include "Words.h"
 
 #include <array>
 

@@ -31,7 +31,7 @@ class Preflight : public CheckTest {
 protected:
     std::vector<std::string> faultsOf(const ArchiveBuilder& description, const KvTPlan& plan) {
         folder().write("archive.json", description.text());
-        const MessageCapture messages;
+        const KvCMessageCapture messages;
         KvCFirmwareArchive archive(messages.writer(), options());
         EXPECT_TRUE(archive.readDescriptionFile());
         return preflightFindings(archive, options(), plan);

@@ -184,7 +184,7 @@ TEST_F(CheckShadows, WhatIsToldIsSoAndMostIsFound) {
         }
         const std::string text = description.text();
         const std::vector<KvTFinding> findings = check(text);
-        const MessageCapture messages;
+        const KvCMessageCapture messages;
         KvCFirmwareArchive archive(messages.writer(), options());
         ASSERT_TRUE(archive.readDescriptionFile());
         const std::set<std::string> shadowed = shadowedEntries(archive);

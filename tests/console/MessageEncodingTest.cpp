@@ -152,13 +152,13 @@ TEST(DecodedMessage, WhatIsNoCharacterIsReplacedAndPairsAreJoined) {
 TEST(Message, ANarrowTextThatIsUtf8IsWrittenAsItIs) {
     const std::string text = "gr\xC3\xBCn \xE2\x82\xAC \xF0\x9F\x94\xA7";
     EXPECT_EQ(messageBytes(inMessage(text)), text);
-    const MessageCapture capture;
+    const KvCMessageCapture capture;
     capture.writer().print(L"%hs|%s|%hs", text.c_str(), L"\u00FC\u20AC", "\xC3\x83\xC2\xBC");
     EXPECT_EQ(capture.text(), text + "|\xC3\xBC\xE2\x82\xAC|\xC3\x83\xC2\xBC");
 }
 
 TEST(Message, ATextThatIsNotUtf8IsNotLost) {
-    const MessageCapture capture;
+    const KvCMessageCapture capture;
     capture.writer().print(L"<%hs>", "\xFF\x80\xC3");
     EXPECT_EQ(capture.text(), "<\xC3\xBF\xC2\x80\xC3\x83>");
 }

@@ -1,8 +1,8 @@
 // What the console makes of answers that the real system hardly gives: this file is the system.
 #include "KeptMessages.h"
 #include "KvCConsoleWriter.h"
-#include "ModuleVersion.h"
 #include "LibraryVersion.h"
+#include "ModuleVersion.h"
 #include "WideFormat.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@
 namespace {
 
 struct Answers {
-    std::optional<ModuleVersion> version;
+    std::optional<KvTModuleVersion> version;
     int count = 0;
     int written = 0;
     /// What a buffer is filled with; what it leaves over stays as it is.
@@ -24,7 +24,7 @@ Answers& answers() {
     return given;
 }
 
-KvCVersion toolVersionOf(std::optional<ModuleVersion> version) {
+KvCVersion toolVersionOf(std::optional<KvTModuleVersion> version) {
     answers().version = version;
     return getToolVersion();
 }
@@ -36,7 +36,7 @@ int printCounted(const KvCConsoleWriter& writer, int count) {
 
 } // namespace
 
-std::optional<ModuleVersion> readModuleVersion() {
+std::optional<KvTModuleVersion> readModuleVersion() {
     return answers().version;
 }
 
@@ -59,7 +59,7 @@ int writeFormatted(std::FILE* /*stream*/, const wchar_t* /*format*/, std::va_lis
 }
 
 TEST(ToolVersion, HasThreeComponentsOfTheFileVersion) {
-    const KvCVersion version = toolVersionOf(ModuleVersion{3, 5, 2});
+    const KvCVersion version = toolVersionOf(KvTModuleVersion{3, 5, 2});
     EXPECT_EQ(version.getMar(), 3);
     EXPECT_EQ(version.getMir(), 5);
     EXPECT_EQ(version.getMai(), 2);
@@ -75,13 +75,13 @@ TEST(ToolVersion, IsAllZeroWhenTheFileIsNotKnown) {
 }
 
 TEST(ToolVersion, IsAllZeroWhenTheFileCarriesNone) {
-    EXPECT_EQ(toolVersionOf(ModuleVersion()), KvCVersion());
+    EXPECT_EQ(toolVersionOf(KvTModuleVersion()), KvCVersion());
     EXPECT_STREQ(getToolVersion().getAsString().c_str(), "0.0");
 }
 
 TEST(ToolVersion, ComponentsAreCutTo8Bits) {
-    EXPECT_EQ(toolVersionOf(ModuleVersion{255, 256, 65535}), KvCVersion(255, 0, 255, 0, 0, 0));
-    EXPECT_EQ(toolVersionOf(ModuleVersion{259, 0x1205, 770}), KvCVersion(3, 5, 2, 0, 0, 0));
+    EXPECT_EQ(toolVersionOf(KvTModuleVersion{255, 256, 65535}), KvCVersion(255, 0, 255, 0, 0, 0));
+    EXPECT_EQ(toolVersionOf(KvTModuleVersion{259, 0x1205, 770}), KvCVersion(3, 5, 2, 0, 0, 0));
 }
 
 TEST(ConsoleWriterFailure, AMessageThatCannotBeFormattedIsNotHandedOver) {

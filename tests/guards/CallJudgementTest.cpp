@@ -137,7 +137,7 @@ TEST_F(CallJudgementTest, ACallNeedNotBeCopyable) {
 
 TEST_F(CallJudgementTest, AGuardThatIsNotAskedUnlocksTheList) {
     {
-        const ErrorCountGuard guard(list());
+        const KvCErrorCountGuard guard(list());
         EXPECT_EQ(countLocks(), 1U);
     }
     EXPECT_EQ(countLocks(), 0U);
@@ -145,7 +145,7 @@ TEST_F(CallJudgementTest, AGuardThatIsNotAskedUnlocksTheList) {
 
 TEST_F(CallJudgementTest, AGuardThatIsAskedUnlocksTheListAtOnceAndOnce) {
     {
-        ErrorCountGuard guard(list());
+        KvCErrorCountGuard guard(list());
         addError(list());
         EXPECT_FALSE(guard.unchanged());
         EXPECT_EQ(countLocks(), 0U);

@@ -51,7 +51,7 @@ void KvCErrorManager::deleteErrorList(KvCErrorList* list) {
 
 TEST(ErrorManagerCalls, AListIsCreatedWithTheLibrarysSizes) {
     calls().forget();
-    const OwnedErrorList errors = OwnedErrorList::create();
+    const KvCOwnedErrorList errors = KvCOwnedErrorList::create();
     EXPECT_EQ(calls().creations, (std::vector<CreateArguments>{{0, 1, 20, 5, 300}}));
     EXPECT_TRUE(calls().deletions.empty());
 }
@@ -60,10 +60,10 @@ TEST(ErrorManagerCalls, AListIsGivenBackOnce) {
     calls().forget();
     const KvCErrorList* list = nullptr;
     {
-        OwnedErrorList errors = OwnedErrorList::create();
+        KvCOwnedErrorList errors = KvCOwnedErrorList::create();
         list = errors.get();
-        const OwnedErrorList copy(errors);
-        const OwnedErrorList moved(std::move(errors));
+        const KvCOwnedErrorList copy(errors);
+        const KvCOwnedErrorList moved(std::move(errors));
     }
     EXPECT_EQ(calls().deletions, (std::vector<const KvCErrorList*>{list}));
 }
@@ -71,9 +71,9 @@ TEST(ErrorManagerCalls, AListIsGivenBackOnce) {
 TEST(ErrorManagerCalls, NothingIsGivenBackWhenNothingIsOwned) {
     calls().forget();
     {
-        OwnedErrorList errors;
-        errors = OwnedErrorList();
-        const OwnedErrorList copy(errors);
+        KvCOwnedErrorList errors;
+        errors = KvCOwnedErrorList();
+        const KvCOwnedErrorList copy(errors);
     }
     EXPECT_TRUE(calls().creations.empty());
     EXPECT_TRUE(calls().deletions.empty());

@@ -22,24 +22,24 @@ protected:
 
 /// A record that owns two lists, as those of the update elements do.
 struct TwoLists {
-    OwnedErrorList first = OwnedErrorList::create();
-    OwnedErrorList second = OwnedErrorList::create();
+    KvCOwnedErrorList first = KvCOwnedErrorList::create();
+    KvCOwnedErrorList second = KvCOwnedErrorList::create();
 };
 
 } // namespace
 
-static_assert(std::is_nothrow_move_constructible_v<OwnedErrorList>);
-static_assert(std::is_nothrow_move_assignable_v<OwnedErrorList>);
+static_assert(std::is_nothrow_move_constructible_v<KvCOwnedErrorList>);
+static_assert(std::is_nothrow_move_assignable_v<KvCOwnedErrorList>);
 
 TEST_F(OwnedErrorListTest, OwnsNothingAtFirst) {
-    const OwnedErrorList errors;
+    const KvCOwnedErrorList errors;
     EXPECT_EQ(errors.get(), nullptr); // NOLINT(bugprone-use-after-move): what is left of it is the test
     EXPECT_EQ(listsHeld(), 0U);
 }
 
 TEST_F(OwnedErrorListTest, CreatesAnEmptyListAndGivesItBackAtTheEnd) {
     {
-        const OwnedErrorList errors = OwnedErrorList::create();
+        const KvCOwnedErrorList errors = KvCOwnedErrorList::create();
         ASSERT_NE(errors.get(), nullptr);
         EXPECT_EQ(errors->getErrorCount(), 0U);
         EXPECT_EQ(&*errors, errors.get());
@@ -49,24 +49,24 @@ TEST_F(OwnedErrorListTest, CreatesAnEmptyListAndGivesItBackAtTheEnd) {
 }
 
 TEST_F(OwnedErrorListTest, ACopyOwnsNothing) {
-    const OwnedErrorList errors = OwnedErrorList::create();
-    const OwnedErrorList copy(errors); // NOLINT(performance-unnecessary-copy-initialization)
+    const KvCOwnedErrorList errors = KvCOwnedErrorList::create();
+    const KvCOwnedErrorList copy(errors); // NOLINT(performance-unnecessary-copy-initialization)
     EXPECT_EQ(copy.get(), nullptr);
     EXPECT_NE(errors.get(), nullptr);
     EXPECT_EQ(listsHeld(), 1U);
 }
 
 TEST_F(OwnedErrorListTest, ACopyThatCreatesAListOwnsItsOwn) {
-    const OwnedErrorList errors = OwnedErrorList::create();
-    OwnedErrorList copy(errors);
-    copy = OwnedErrorList::create();
+    const KvCOwnedErrorList errors = KvCOwnedErrorList::create();
+    KvCOwnedErrorList copy(errors);
+    copy = KvCOwnedErrorList::create();
     EXPECT_NE(copy.get(), errors.get());
     EXPECT_EQ(listsHeld(), 2U);
 }
 
 TEST_F(OwnedErrorListTest, WhatIsAssignedACopyGivesItsListBack) {
-    const OwnedErrorList errors = OwnedErrorList::create();
-    OwnedErrorList assigned = OwnedErrorList::create();
+    const KvCOwnedErrorList errors = KvCOwnedErrorList::create();
+    KvCOwnedErrorList assigned = KvCOwnedErrorList::create();
     assigned = errors;
     EXPECT_EQ(assigned.get(), nullptr);
     EXPECT_NE(errors.get(), nullptr);
@@ -74,9 +74,9 @@ TEST_F(OwnedErrorListTest, WhatIsAssignedACopyGivesItsListBack) {
 }
 
 TEST_F(OwnedErrorListTest, AssigningItToItselfChangesNothing) {
-    OwnedErrorList errors = OwnedErrorList::create();
+    KvCOwnedErrorList errors = KvCOwnedErrorList::create();
     KvCErrorList* const list = errors.get();
-    OwnedErrorList& same = errors;
+    KvCOwnedErrorList& same = errors;
     errors = same;
     EXPECT_EQ(errors.get(), list);
     errors = std::move(same);
@@ -85,17 +85,17 @@ TEST_F(OwnedErrorListTest, AssigningItToItselfChangesNothing) {
 }
 
 TEST_F(OwnedErrorListTest, MovingHandsTheListOver) {
-    OwnedErrorList errors = OwnedErrorList::create();
+    KvCOwnedErrorList errors = KvCOwnedErrorList::create();
     KvCErrorList* const list = errors.get();
-    const OwnedErrorList moved(std::move(errors));
+    const KvCOwnedErrorList moved(std::move(errors));
     EXPECT_EQ(moved.get(), list);
     EXPECT_EQ(errors.get(), nullptr); // NOLINT(bugprone-use-after-move): what is left of it is the test
     EXPECT_EQ(listsHeld(), 1U);
 }
 
 TEST_F(OwnedErrorListTest, WhatIsMovedToGivesItsFormerListBackAtOnce) {
-    OwnedErrorList errors = OwnedErrorList::create();
-    OwnedErrorList assigned = OwnedErrorList::create();
+    KvCOwnedErrorList errors = KvCOwnedErrorList::create();
+    KvCOwnedErrorList assigned = KvCOwnedErrorList::create();
     KvCErrorList* const list = errors.get();
     assigned = std::move(errors);
     EXPECT_EQ(assigned.get(), list);
@@ -104,8 +104,8 @@ TEST_F(OwnedErrorListTest, WhatIsMovedToGivesItsFormerListBackAtOnce) {
 }
 
 TEST_F(OwnedErrorListTest, MovingFromWhatOwnsNothingGivesTheListBack) {
-    OwnedErrorList errors = OwnedErrorList::create();
-    errors = OwnedErrorList();
+    KvCOwnedErrorList errors = KvCOwnedErrorList::create();
+    errors = KvCOwnedErrorList();
     EXPECT_EQ(errors.get(), nullptr); // NOLINT(bugprone-use-after-move): what is left of it is the test
     EXPECT_EQ(listsHeld(), 0U);
 }

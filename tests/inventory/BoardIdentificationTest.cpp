@@ -1,4 +1,4 @@
-#include "BoardIdentification.h"
+#include "InventoryRules.h"
 
 #include <gtest/gtest.h>
 

@@ -375,7 +375,7 @@ TEST_F(ElementRecordTest, EachElementOwnsTwoEmptyErrorLists) {
     scan();
     std::set<const KvCErrorList*> lists;
     for (const KvTUpdateElement& one : inventory->elements()) {
-        for (const OwnedErrorList& list : one.errorLists) {
+        for (const KvCOwnedErrorList& list : one.errorLists) {
             ASSERT_NE(list.get(), nullptr);
             EXPECT_EQ(list->getErrorCount(), 0U);
             lists.insert(list.get());

@@ -121,7 +121,7 @@ TEST_F(InventoryScanTest, ANullTreeFailsEvenWithoutAStatus) {
 }
 
 TEST_F(InventoryScanTest, ErrorsGoToTheListGiven) {
-    const OwnedErrorList list = OwnedErrorList::create();
+    const KvCOwnedErrorList list = KvCOwnedErrorList::create();
     target.add(item("NETC").element(bareElement()));
     static_cast<void>(target.serve());
     EXPECT_TRUE(inventory->scanInventory(*list, "127.0.0.1"));
@@ -130,7 +130,7 @@ TEST_F(InventoryScanTest, ErrorsGoToTheListGiven) {
 }
 
 TEST_F(InventoryScanTest, TheRootHandleIsGivenBackAtTheEndWithTheMasterList) {
-    const OwnedErrorList list = OwnedErrorList::create();
+    const KvCOwnedErrorList list = KvCOwnedErrorList::create();
     target.add(fault("deleteRootHandle"));
     static_cast<void>(target.serve());
     EXPECT_TRUE(inventory->scanInventory(*list, "127.0.0.1"));

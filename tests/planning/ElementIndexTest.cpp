@@ -37,7 +37,7 @@ Taken take(const std::vector<std::string>& entries, const std::vector<ElementBui
     }
     Taken result;
     result.byEntry.resize(elements.size(), none);
-    ElementIndex index(elements);
+    KvCElementIndex index(elements);
     const std::vector<KvTArchiveFile> files = filesOf(entries);
     for (std::uint32_t file = 0; file < files.size(); ++file) {
         for (const KvTEntrySelection& selection : files[file].selections) {
@@ -287,7 +287,7 @@ TEST(ElementIndex, ArraysThatMultiplyCostNoMoreThanTheElements) {
 
 TEST(ElementIndex, ATestThatFailsLeavesTheElement) {
     const std::list<KvTUpdateElement> elements{element("X", 1).build()};
-    ElementIndex index(elements);
+    KvCElementIndex index(elements);
     const KvTArchiveFile file = fileOf("'boardType': 'X', 'id': 1");
     const auto take = [&](bool isTaken) {
         return index.take(file.selections.at(0), [=](const KvTUpdateElement& /*element*/) { return isTaken; });

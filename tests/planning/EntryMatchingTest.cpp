@@ -1,5 +1,5 @@
-#include "ElementIndex.h"
 #include "EntryMatching.h"
+#include "ElementIndex.h"
 #include "PlanningBuilders.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +20,7 @@ bool matches(const std::string& entry, const ElementBuilder& builder) {
     KvCString targetPath;
     const bool result = matchesFile(builder.build(), files.at(0), targetPath);
     const std::list<KvTUpdateElement> elements{builder.build()};
-    ElementIndex index(elements);
+    KvCElementIndex index(elements);
     EXPECT_EQ(result ? 1U : 0U, takeMatching(index, files.at(0)).size()) << entry;
     return result;
 }

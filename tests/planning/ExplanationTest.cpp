@@ -12,7 +12,7 @@ namespace {
 
 class ExplanationTest : public PlanningTest {
 protected:
-    KvTExplanation explanationOf(std::size_t position) { return Explainer(files()).explain(elementAt(position)); }
+    KvTExplanation explanationOf(std::size_t position) { return KvCExplainer(files()).explain(elementAt(position)); }
 };
 
 struct TestRow {

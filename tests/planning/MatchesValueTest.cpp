@@ -38,7 +38,7 @@ std::vector<std::string> matchingValues(const char* archiveValue) {
     EXPECT_FALSE(value.is_invalid()) << archiveValue;
     std::vector<std::string> names;
     for (const ElementValue& element : elementValues) {
-        if (matchesValue(KvTAllowedValues(value.view(), false, KvEAbsentValue::none), element.value)) {
+        if (matchesValue(KvCAllowedValues(value.view(), false, KvEAbsentValue::none), element.value)) {
             names.emplace_back(element.name);
         }
     }
@@ -113,7 +113,7 @@ TEST(MatchesValue, AnArrayInAnArrayMatchesNothing) {
 TEST(MatchesValue, AMissingValueStandsForThatOfAnElementWithoutTheProperty) {
     for (const ElementValue& element : elementValues) {
         const std::string_view name = element.name;
-        EXPECT_EQ(name == "null", matchesValue(KvTAllowedValues(KvEAbsentValue::none), element.value)) << name;
-        EXPECT_EQ(name == "number 0", matchesValue(KvTAllowedValues(KvEAbsentValue::zero), element.value)) << name;
+        EXPECT_EQ(name == "null", matchesValue(KvCAllowedValues(KvEAbsentValue::none), element.value)) << name;
+        EXPECT_EQ(name == "number 0", matchesValue(KvCAllowedValues(KvEAbsentValue::zero), element.value)) << name;
     }
 }

@@ -279,7 +279,7 @@ TEST_F(RandomPlanning, EntriesInTheirOrderTakeWhatTryingEveryEntryFinds) {
     makeCases(10000, 6000);
     forEachCase([&] {
         const std::list<KvTUpdateElement>& all = elements();
-        ElementIndex unmatched(all);
+        KvCElementIndex unmatched(all);
         std::map<const KvTUpdateElement*, std::uint32_t> taken;
         for (std::uint32_t file = 0; file < files().size(); ++file) {
             for (const KvTUpdateElement* one : takeMatching(unmatched, files()[file])) {

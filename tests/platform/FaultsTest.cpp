@@ -1,8 +1,8 @@
 // Failures that a description puts at operations.
 
 #include "EmulationTest.h"
-#include "FaultOperations.h"
 #include "KvCInventoryData.h"
+#include "KvEmulation.h"
 #include "KvNRtosAbstraction.h"
 
 #include <gmock/gmock.h>
@@ -136,12 +136,12 @@ protected:
 };
 
 TEST_F(WholeClient, EveryOperationCanBeHitAndNothingIsLeft) {
-    for (const char* const call : faultOperations) {
+    for (const std::string& call : KvEmulation::faultOperations()) {
         serveTargetWith(fault(call));
         failed.clear();
         runAll();
         EXPECT_THAT(failed, ElementsAre(call));
-        EXPECT_THAT(takeErrorTexts(), ElementsAre("Fault at " + std::string(call) + ".")) << call;
+        EXPECT_THAT(takeErrorTexts(), ElementsAre("Fault at " + call + ".")) << call;
         EXPECT_TRUE(KvEmulation::ledger().isClean()) << call;
         KvEmulation::reset();
     }

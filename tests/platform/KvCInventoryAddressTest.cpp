@@ -6,7 +6,7 @@
 
 using namespace KvNInventoryIDs;
 
-TEST(KvCInventoryAddress, AnAddressOfNothingIsEmpty) {
+TEST(InventoryAddress, AnAddressOfNothingIsEmpty) {
     const KvCInventoryAddress address;
     EXPECT_TRUE(address.isEmpty());
     EXPECT_EQ(address.getCategory(), 0U);
@@ -15,32 +15,32 @@ TEST(KvCInventoryAddress, AnAddressOfNothingIsEmpty) {
     EXPECT_TRUE(address.toString() == "");
 }
 
-TEST(KvCInventoryAddress, AConstantMeansItsFirstInstance) {
+TEST(InventoryAddress, AConstantMeansItsFirstInstance) {
     EXPECT_EQ(HCN, HCN[1]);
     EXPECT_NE(HCN, HCN[2]);
     EXPECT_NE(HCN, CN);
 }
 
-TEST(KvCInventoryAddress, TheCategoryIsTheLastIdentifier) {
+TEST(InventoryAddress, TheCategoryIsTheLastIdentifier) {
     EXPECT_EQ((HCN / UPDATE_INFO / UPDATE_ELEMENT[2]).getCategory(), UPDATE_ELEMENT.getCategory());
 }
 
-TEST(KvCInventoryAddress, ABracketCountsForTheLastComponentOnly) {
+TEST(InventoryAddress, ABracketCountsForTheLastComponentOnly) {
     EXPECT_EQ((NETWORK / ION)[3], NETWORK[1] / ION[3]);
     EXPECT_NE((NETWORK / ION)[3], NETWORK[3] / ION[1]);
 }
 
-TEST(KvCInventoryAddress, TheLastElementStandsForItself) {
+TEST(InventoryAddress, TheLastElementStandsForItself) {
     EXPECT_EQ((NETWORK[2] / ION[3]).getLastElement(), ION[3]);
 }
 
-TEST(KvCInventoryAddress, JoinsAtEitherEndOfNothing) {
+TEST(InventoryAddress, JoinsAtEitherEndOfNothing) {
     const KvCInventoryAddress nothing;
     EXPECT_EQ(nothing / HCN, HCN);
     EXPECT_EQ(HCN / nothing, HCN);
 }
 
-TEST(KvCInventoryAddress, JoiningLeavesTheOperandsAsTheyWere) {
+TEST(InventoryAddress, JoiningLeavesTheOperandsAsTheyWere) {
     const KvCInventoryAddress above = HCN;
     const KvCInventoryAddress joined = above / UPDATE_INFO;
     EXPECT_EQ(above, HCN);
@@ -52,7 +52,7 @@ struct AddressText {
     const char* text = nullptr;
 };
 
-TEST(KvCInventoryAddress, PrintsEveryComponentWithItsInstance) {
+TEST(InventoryAddress, PrintsEveryComponentWithItsInstance) {
     const AddressText cases[] = {
         {ROOT, "ROOT[1]"},
         {HCN, "HCN[1]"},

@@ -8,40 +8,40 @@
 using namespace std::string_literals;
 using namespace std::string_view_literals;
 
-TEST(KvCString, IsEmptyWithoutAText) {
+TEST(String, IsEmptyWithoutAText) {
     const KvCString text;
     EXPECT_TRUE(text.isEmpty());
     EXPECT_EQ(text.length(), 0U);
     EXPECT_STREQ(text.c_str(), "");
 }
 
-TEST(KvCString, ANullPointerCountsAsTheEmptyText) {
+TEST(String, ANullPointerCountsAsTheEmptyText) {
     const char* const nothing = nullptr;
     EXPECT_TRUE(KvCString(nothing).isEmpty());
 }
 
-TEST(KvCString, OfANumberIsItsDecimalText) {
+TEST(String, OfANumberIsItsDecimalText) {
     EXPECT_STREQ(KvCString(0U).c_str(), "0");
     EXPECT_STREQ(KvCString(1234567890U).c_str(), "1234567890");
     EXPECT_STREQ(KvCString(4294967295U).c_str(), "4294967295");
 }
 
-TEST(KvCString, CountsBytesNotCharacters) {
+TEST(String, CountsBytesNotCharacters) {
     EXPECT_EQ(KvCString("\xC3\xA4\xE2\x82\xAC").length(), 5U);
 }
 
-TEST(KvCString, KeepsEmbeddedZeroBytesOfAView) {
+TEST(String, KeepsEmbeddedZeroBytesOfAView) {
     const KvCString text("a\0b"sv);
     EXPECT_EQ(text.length(), 3U);
     EXPECT_EQ(text.view(), "a\0b"sv);
     EXPECT_FALSE(text == "a");
 }
 
-TEST(KvCString, TakesOverAStandardString) {
+TEST(String, TakesOverAStandardString) {
     EXPECT_TRUE(KvCString("taken over"s) == "taken over");
 }
 
-TEST(KvCString, AppendsTextsOfEveryKind) {
+TEST(String, AppendsTextsOfEveryKind) {
     KvCString text("a");
     text += KvCString("b");
     text += "c";
@@ -49,13 +49,13 @@ TEST(KvCString, AppendsTextsOfEveryKind) {
     EXPECT_EQ(text.view(), "abcd\0e"sv);
 }
 
-TEST(KvCString, AppendsItself) {
+TEST(String, AppendsItself) {
     KvCString text("ab");
     text += text;
     EXPECT_TRUE(text == "abab");
 }
 
-TEST(KvCString, ComparesByteByByte) {
+TEST(String, ComparesByteByByte) {
     EXPECT_TRUE(KvCString("HCN") == KvCString("HCN"));
     EXPECT_FALSE(KvCString("HCN") == KvCString("hcn"));
     EXPECT_TRUE(KvCString("HCN") != "HCN "sv);

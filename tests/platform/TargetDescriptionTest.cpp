@@ -1,7 +1,7 @@
 // What target.json may hold, and what is said about one that is refused.
 
 #include "EmulationTest.h"
-#include "FaultOperations.h"
+#include "KvEmulation.h"
 
 #include <gmock/gmock.h>
 
@@ -51,7 +51,7 @@ TEST_F(TargetDescription, CommentsAreAllowedAtEveryLevel) {
 }
 
 TEST_F(TargetDescription, AFaultCanBePutAtEveryOperation) {
-    for (const char* const call : faultOperations) {
+    for (const std::string& call : KvEmulation::faultOperations()) {
         expectServed(std::string(R"({"faults": [{"call": ")") + call + R"("}]})");
     }
 }

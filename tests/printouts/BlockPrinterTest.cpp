@@ -6,7 +6,7 @@
 
 namespace {
 
-void printLines(BlockPrinter& printer, std::size_t count) {
+void printLines(KvCBlockPrinter& printer, std::size_t count) {
     for (; count > 0; --count) {
         printer.text().append("line");
         printer.endLine();
@@ -28,28 +28,28 @@ std::vector<std::size_t> linesOfMessages() {
 
 TEST(BlockPrinter, AMessageEndsWithTheLineThatFillsIt) {
     const KeptMessages kept;
-    BlockPrinter printer(kept.writer(), 12);
+    KvCBlockPrinter printer(kept.writer(), 12);
     printLines(printer, 7); // of five characters each
     EXPECT_EQ(linesOfMessages(), (std::vector<std::size_t>{3, 3, 1}));
 }
 
 TEST(BlockPrinter, WithoutASizeMessagesAreBlocks) {
     const KeptMessages kept;
-    BlockPrinter printer(kept.writer());
-    printLines(printer, 2 * BlockPrinter::blockSize / 5);
+    KvCBlockPrinter printer(kept.writer());
+    printLines(printer, 2 * KvCBlockPrinter::blockSize / 5);
     EXPECT_EQ(linesOfMessages(), (std::vector<std::size_t>{3277, 3276}));
 }
 
 TEST(BlockPrinter, TheWholeTextIsOneMessage) {
     const KeptMessages kept;
-    BlockPrinter printer(kept.writer(), BlockPrinter::wholeText);
+    KvCBlockPrinter printer(kept.writer(), KvCBlockPrinter::wholeText);
     printLines(printer, 100000);
     EXPECT_EQ(linesOfMessages(), (std::vector<std::size_t>{100000}));
 }
 
 TEST(BlockPrinter, NothingIsNoMessage) {
     const KeptMessages kept;
-    BlockPrinter printer(kept.writer());
+    KvCBlockPrinter printer(kept.writer());
     printer.finish();
     EXPECT_TRUE(KeptMessages::list().empty());
 }

@@ -189,7 +189,7 @@ ArchiveBuilder longArchive() {
 TEST_F(DescriptionDump, AMessageCallbackReceivesOneMessage) {
     ASSERT_TRUE(readArchive(longArchive()));
     const std::string text = dump();
-    EXPECT_GT(text.size(), 4 * BlockPrinter::blockSize);
+    EXPECT_GT(text.size(), 4 * KvCBlockPrinter::blockSize);
     EXPECT_EQ(1U, KeptMessages::list().size());
     EXPECT_FALSE(KvNJson::json::parse(text).is_invalid());
 }

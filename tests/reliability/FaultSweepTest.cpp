@@ -1,6 +1,5 @@
 #include "EnvironmentVariable.h"
 #include "ExampleRack.h"
-#include "FaultOperations.h"
 #include "KvEmulation.h"
 #include "KvIReflasher.h"
 #include "SessionLog.h"
@@ -84,7 +83,7 @@ struct RackState {
 };
 
 /// Updates the example rack with faults at its calls, and looks at what they leave.
-class FaultSweepTest : public testing::TestWithParam<const char*> {
+class FaultSweepTest : public testing::TestWithParam<std::string> {
 protected:
     FaultSweepTest() {
         options.archiveFolder = exampleArchive();
@@ -99,7 +98,7 @@ protected:
     /// Updates a fresh rack with these faults, and proves that nothing is lost. How many calls were hit.
     std::uint32_t updateWith(const std::vector<SingleFault>& faults);
     /// How often an undisturbed update calls the operation.
-    std::uint32_t callsOf(const char* operation);
+    std::uint32_t callsOf(const std::string& operation);
     /// What an undisturbed update leads to. The first call makes one.
     const RackState& complete();
 
@@ -242,7 +241,7 @@ std::uint32_t FaultSweepTest::updateWith(const std::vector<SingleFault>& faults)
 }
 
 /// A fault at a call is met when there are so many calls: what comes before it is as without it.
-std::uint32_t FaultSweepTest::callsOf(const char* operation) {
+std::uint32_t FaultSweepTest::callsOf(const std::string& operation) {
     const auto isCalled = [&](std::uint32_t occurrence) {
         rack.serveFresh({{operation, occurrence}});
         update();
@@ -288,15 +287,15 @@ TEST_P(FaultSweepTest, NothingIsLostWhicheverCallFails) {
               << '\n';
 }
 
-INSTANTIATE_TEST_SUITE_P(Operations, FaultSweepTest, testing::ValuesIn(faultOperations),
-                         [](const auto& tested) { return std::string(tested.param); });
+INSTANTIATE_TEST_SUITE_P(Operations, FaultSweepTest, testing::ValuesIn(KvEmulation::faultOperations()),
+                         [](const auto& tested) { return tested.param; });
 
 using FaultPairsTest = FaultSweepTest;
 
 TEST_F(FaultPairsTest, NothingIsLostWhenTwoCallsFail) {
     static_cast<void>(complete());
     std::vector<SingleFault> calls;
-    for (const char* const operation : faultOperations) {
+    for (const std::string& operation : KvEmulation::faultOperations()) {
         const std::uint32_t number = callsOf(operation);
         for (std::uint32_t occurrence = 1; occurrence <= number; ++occurrence) {
             calls.push_back({operation, occurrence});

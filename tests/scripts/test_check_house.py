@@ -46,10 +46,14 @@ class HouseTest(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.project = Path(folder.name)
 
-    def findings(self, **files):
-        """Errors and warnings on {path: code}; in the keys "__" stands for "/" and the last "_" for the dot."""
-        for key, code in files.items():
-            path = self.project / (key.replace("__", "/")[::-1].replace("_", ".", 1)[::-1])
+    def findings(self, rooms="", **files):
+        """Errors and warnings on {path: code}; in the keys "__" stands for "/" and the last "_" for the dot. `rooms` are
+        the calls that make the rooms of src; without them each folder of src with files is one that sees nothing."""
+        files = {key.replace("__", "/")[::-1].replace("_", ".", 1)[::-1]: code for key, code in files.items()}
+        rooms = rooms or "".join(f"kv_add_room({folder})\n"
+                                 for folder in sorted({path.split("/")[1] for path in files if path.startswith("src/")}))
+        for name, code in (files | {"src/CMakeLists.txt": rooms}).items():
+            path = self.project / name
             path.parent.mkdir(parents=True, exist_ok=True)
             path.write_text(code)
         house = House(self.project)
@@ -71,24 +75,71 @@ class HouseTest(unittest.TestCase):
     def test_long_file_warns(self):
         self.assertEqual(self.findings(src__a__A_cpp="\n" * 501)[1], ["src/a/A.cpp: 501 lines"])
 
-    def test_include_up_the_layers_fails(self):
-        errors, _ = self.findings(src__execution__D_h="", src__planning__P_cpp='#include "D.h"\n')
+    def test_an_include_that_no_library_gives_fails(self):
+        errors, _ = self.findings("kv_add_room(planning)\nkv_add_room(execution\n  SOURCES D.cpp)\n",
+                                  src__execution__D_h="", src__planning__P_cpp='#include "D.h"\n')
         self.assertEqual(errors, ["src/planning/P.cpp: src/planning does not see src/execution, but includes "
                                   "src/execution/D.h"])
 
-    def test_include_down_the_layers_is_fine(self):
-        errors, _ = self.findings(src__planning__P_h="", include__K_h="", platform__include__C_h="",
+    def test_an_include_of_a_librarys_library_fails(self):
+        errors, _ = self.findings("kv_add_room(a)\nkv_add_room(b LIBRARIES kv_a)\nkv_add_room(c LIBRARIES kv_b)\n",
+                                  src__a__A_h="", src__b__B_h='#include "A.h"\n',
+                                  src__c__C_cpp='#include "A.h"\n#include "B.h"\n')
+        self.assertEqual(errors, ["src/c/C.cpp: src/c does not see src/a, but includes src/a/A.h"])
+
+    def test_includes_of_libraries_are_fine(self):
+        errors, _ = self.findings("kv_add_room(planning SOURCES P.cpp)\n"
+                                  "kv_add_room(execution\n  SOURCES D.cpp\n"
+                                  "  LIBRARIES kv_planning KvPlatform\n            kv_interface)\n",
+                                  src__planning__P_h="", include__K_h="", platform__include__C_h="",
                                   src__execution__D_cpp='#include "P.h"\n#include "K.h"\n#include "C.h"\n')
         self.assertEqual(errors, [])
 
-    def test_library_that_includes_the_emulation_fails(self):
-        errors, _ = self.findings(platform__emulation__E_h="", src__session__S_cpp='#include "E.h"\n')
-        self.assertIn("src/session does not see platform/emulation", errors[0])
+    def test_a_library_of_which_nothing_is_included_fails(self):
+        errors, _ = self.findings("kv_add_room(a)\nkv_add_room(b LIBRARIES kv_a)\n", src__a__A_h="", src__b__B_cpp="")
+        self.assertEqual(errors, ["src/b: sees src/a, but includes nothing of it"])
 
-    def test_the_tool_sees_one_header_of_the_emulation(self):
-        errors, _ = self.findings(platform__emulation__control__KvEmulation_h="", platform__emulation__E_h="",
-                                  tools__T_cpp='#include "KvEmulation.h"\n#include "E.h"\n')
-        self.assertEqual(errors, ["tools/T.cpp: tools does not see platform/emulation, but includes platform/emulation/E.h"])
+    def test_rooms_that_need_each_other_fail(self):
+        errors, _ = self.findings("kv_add_room(a LIBRARIES kv_b)\nkv_add_room(b LIBRARIES kv_a)\n",
+                                  src__a__A_h="", src__b__B_h="", src__a__A_cpp='#include "B.h"\n',
+                                  src__b__B_cpp='#include "A.h"\n')
+        self.assertEqual(errors, ["a ring of rooms: src/a -> src/b -> src/a"])
+
+    def test_rooms_of_a_house_with_a_prefix_are_known_by_it(self):
+        (self.project / "tools/kvreflash").mkdir(parents=True)
+        (self.project / "tools/kvreflash/CMakeLists.txt").write_text(
+            "set(KV_ROOM_PREFIX tool_)\nkv_add_room(text)\nkv_add_room(views LIBRARIES kv_tool_text)\n")
+        errors, _ = self.findings(tools__kvreflash__text__T_h="", tools__kvreflash__views__V_cpp='#include "T.h"\n')
+        self.assertEqual(errors, [])
+
+    def test_a_folder_that_is_no_room_fails(self):
+        errors, _ = self.findings("kv_add_room(a)\n", src__a__A_cpp="", src__b__B_cpp="")
+        self.assertEqual(errors, ["src/b: not a room"])
+
+    def test_a_room_of_31_files_fails(self):
+        files = {f"src__a__A{number}_cpp": "" for number in range(31)}
+        self.assertEqual(self.findings(**files)[0], ["src/a: 31 files in one room"])
+
+    def test_types_of_the_librarys_headers_need_their_prefix(self):
+        code = ("class Writer {\n};\nstruct KvCRecord {\n};\nenum class Kind : int { a };\nclass Declared;\n"
+                "template <typename T>\nclass Pool final : public B {\n};\n")
+        self.assertEqual(self.findings(src__a__A_h=code)[0],
+                         ["src/a/A.h: the class Writer has not the prefix KvC or KvI",
+                          "src/a/A.h: the struct KvCRecord has not the prefix KvT or KvS",
+                          "src/a/A.h: the enum Kind has not the prefix KvE",
+                          "src/a/A.h: the class Pool has not the prefix KvC or KvI"])
+
+    def test_types_of_sources_and_nested_types_need_none(self):
+        errors, _ = self.findings(src__a__A_h="class KvCWriter {\n    struct Part {\n    };\n};\n",
+                                  src__a__A_cpp="struct Row {\n};\n")
+        self.assertEqual(errors, [])
+
+    def test_types_of_programs_have_no_prefix(self):
+        (self.project / "tools/kvreflash").mkdir(parents=True)
+        (self.project / "tools/kvreflash/CMakeLists.txt").write_text("kv_add_room(text)\n")
+        errors, _ = self.findings(tools__kvreflash__text__T_h="struct KvTLine {\n};\nclass Word {\n};\n")
+        self.assertEqual(errors,
+                         ["tools/kvreflash/text/T.h: the struct KvTLine has a prefix of the library's types"])
 
     def test_ring_of_includes_fails(self):
         errors, _ = self.findings(src__a__A_h='#include "B.h"\n', src__a__B_h='#include "C.h"\n', src__a__C_h='#include "B.h"\n')
@@ -104,6 +155,8 @@ class HouseTest(unittest.TestCase):
 
     def test_platform_conditional_is_fine_in_the_system_files(self):
         code = "#ifdef __linux__\n#endif\n"
+        (self.project / "platform").mkdir()
+        (self.project / "platform/CMakeLists.txt").write_text("kv_add_room(emulation/system OBJECTS SOURCES A.cpp)\n")
         self.assertEqual(self.findings(src__system__A_cpp=code, platform__emulation__system__SystemB_cpp=code)[0], [])
 
 

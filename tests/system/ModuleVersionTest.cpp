@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(ModuleVersion, IsTheVersionOfTheModule) {
+TEST(KvTModuleVersion, IsTheVersionOfTheModule) {
     const auto version = readModuleVersion();
     ASSERT_TRUE(version.has_value());
     EXPECT_EQ(version->major, KV_EXPECTED_MAJOR);

@@ -250,8 +250,9 @@ class DisturbedUpdate(Session):
 
 def operations():
     """The imported operations at which faults can be put, as far as an update calls them."""
-    header = (PROJECT / "tests" / "support" / "FaultOperations.h").read_text(encoding="utf-8")
-    return [name for name in re.findall(r'^ +"(\w+)",$', header, re.MULTILINE) if name not in NOT_CALLED]
+    table = (PROJECT / "platform" / "emulation" / "operations" / "Operation.cpp").read_text(encoding="utf-8")
+    names = re.findall(r'^ +\w+\(Operation::\w+, "(\w+)"', table, re.MULTILINE)
+    return [name for name in names if name not in NOT_CALLED]
 
 
 def shown(session):

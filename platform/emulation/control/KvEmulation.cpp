@@ -6,6 +6,7 @@
 #include "IpV4Text.h"
 #include "KvCErrorManager.h"
 #include "Ledger.h"
+#include "Operation.h"
 
 #include <cstdint>
 #include <mutex>
@@ -60,4 +61,12 @@ void KvEmulation::reset() {
     ledger.sleptMicroseconds = 0;
     ledger.sleeps = 0;
     KvCErrorManager::getInstance()->getMasterErrorList().reset();
+}
+
+std::vector<std::string> KvEmulation::faultOperations() {
+    std::vector<std::string> names;
+    for (std::size_t operation = 0; operation < operationCount; ++operation) {
+        names.emplace_back(traitsOf(static_cast<Operation>(operation)).name);
+    }
+    return names;
 }

@@ -60,6 +60,9 @@ struct KvTLedger {
 /// What is held at this moment.
 [[nodiscard]] KV_PLATFORM_API KvTLedger ledger();
 
+/// The names of the imported operations at which descriptions can put faults.
+[[nodiscard]] KV_PLATFORM_API std::vector<std::string> faultOperations();
+
 /// Serves no target any more, forgets call counts of faults and the ledger's sums, empties the master error list and
 /// ends every lock. For tests, between sessions; handles still held are dead afterwards.
 KV_PLATFORM_API void reset();

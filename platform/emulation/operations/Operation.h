@@ -35,7 +35,8 @@ enum class Operation : std::uint8_t {
     extractInventoryTreeFromFile,
 };
 
-inline constexpr std::size_t operationCount = 26;
+/// Behind the last one.
+inline constexpr std::size_t operationCount = static_cast<std::size_t>(Operation::extractInventoryTreeFromFile) + 1;
 
 /// What is common to all calls of an operation.
 struct OperationTraits {

@@ -2,6 +2,7 @@
 
 #include "ArchiveFindings.h"
 #include "KvNJson.h"
+#include "KvTArchiveFile.h"
 
 #include <cstdint>
 
@@ -27,3 +28,7 @@ struct KvTEntryVerdict {
 /// The same for an entry that is ignored for its feature level, without that rule: whether this system could read it.
 [[nodiscard]] KvTEntryVerdict checkIgnoredEntry(KvCArchiveFindings& findings, KvNJson::jsonView entry,
                                                 std::uint32_t index);
+
+/// Holds the "info" block of the description `root` against its rules and stores each field in `info` as it passes.
+/// False: do not go on.
+[[nodiscard]] bool readInfo(KvCArchiveFindings& findings, KvNJson::jsonView root, KvTArchiveInfo& info);

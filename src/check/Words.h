@@ -3,6 +3,11 @@
 #include <span>
 #include <string_view>
 
+/// The lower case of an ASCII letter; any other byte as it is.
+[[nodiscard]] constexpr char lowerCase(char character) {
+    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
+}
+
 /// The one of `words` that `word` was most likely meant to be: the first one of those that take the fewest changed,
 /// added and removed bytes, upper and lower case (of ASCII) being the same. Empty when none is near.
 [[nodiscard]] std::string_view nearestWord(std::string_view word, std::span<const std::string_view> words);
