@@ -1,5 +1,6 @@
 // An archive description: reading, printing, and writing it as it was understood.
 
+#include "ArchivePrintouts.h"
 #include "FuzzFolder.h"
 #include "FuzzInput.h"
 #include "KvCFirmwareArchive.h"

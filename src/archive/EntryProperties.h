@@ -25,7 +25,8 @@ enum class KvEProperty : std::uint8_t {
     mode
 };
 
-inline constexpr std::size_t propertyCount = 14;
+/// Behind the last one.
+inline constexpr std::size_t propertyCount = static_cast<std::size_t>(KvEProperty::mode) + 1;
 
 /// The key of a property as the description writes it.
 [[nodiscard]] const char* propertyKey(KvEProperty property);

@@ -49,7 +49,7 @@ struct KvTFindingRow {
     /// Of a rule of the reader: the object that its findings are about, and the keys of which they name the first one
     /// that the object has, separated by blanks.
     KvEFindingSubject subject = KvEFindingSubject::entry;
-    std::string_view keys;
+    std::string_view keys = {};
 };
 
 /// The row of a rule.

@@ -291,7 +291,7 @@ TEST_F(ElementOrderTest, RandomTargetsGiveTheListOfThePlainestWalk) {
         KvEmulation::reset();
         static_cast<void>(random.serve());
         KeptMessages::forget();
-        inventory.emplace(messages.writer(), options);
+        inventory.emplace(messages.writer(), options, errors());
         ASSERT_TRUE(inventory->scanInventory("127.0.0.1"));
         ASSERT_EQ(count(), expected.records().size()) << "round " << round;
         ASSERT_EQ(KeptMessages::list().size(), expected.warnings()) << "round " << round;
@@ -311,7 +311,7 @@ TEST_F(ElementOrderTest, RandomTargetsGiveTheListOfThePlainestWalk) {
     EXPECT_GT(regrouped, rounds / 10);
     RecordProperty("elements", std::to_string(elements));
     RecordProperty("regrouped", regrouped);
-    inventory.emplace(messages.writer(), options);
+    inventory.emplace(messages.writer(), options, errors());
 }
 
 TEST_F(ElementOrderTest, TenThousandElementsAreListed) {

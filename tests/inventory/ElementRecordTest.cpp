@@ -386,13 +386,13 @@ TEST_F(ElementRecordTest, EachElementOwnsTwoEmptyErrorLists) {
     EXPECT_EQ(KvEmulation::ledger().errorLists, 6U);
     inventory.reset();
     EXPECT_EQ(KvEmulation::ledger().errorLists, 0U);
-    inventory.emplace(messages.writer(), options);
+    inventory.emplace(messages.writer(), options, errors());
 }
 
 TEST_F(ElementRecordTest, AnErrorInEitherListIsAnErrorOfTheElement) {
     target.add(carrier("HCN", "a")).add(carrier("CN", "b"));
     scan();
-    std::list<KvTUpdateElement>& elements = inventory->elements();
+    const std::list<KvTUpdateElement>& elements = inventory->elements();
     elements.front().errorLists[callErrors]->addError({});
     elements.back().errorLists[targetErrors]->addError({});
     EXPECT_TRUE(element(0).hasErrors());

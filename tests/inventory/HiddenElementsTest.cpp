@@ -40,7 +40,7 @@ protected:
     }
     /// Scans with these options and looks for what they hide.
     std::vector<std::pair<std::string, std::vector<KvEHiddenBy>>> hidden() {
-        inventory.emplace(messages.writer(), options);
+        inventory.emplace(messages.writer(), options, errors());
         inventory->findHiddenElements();
         EXPECT_TRUE(target.serve().served);
         EXPECT_TRUE(inventory->scanInventory("127.0.0.1"));
@@ -96,7 +96,7 @@ TEST_F(HiddenElements, WarningsOfTheTreeAreNotRepeated) {
     target.add(item("IOMODULE").instance(9).add(item("UPDATE_INFO").add(item("UPDATE_ELEMENT"))));
     options.boardTypeFilter = "NODE";
     options.verbose = true;
-    inventory.emplace(messages.writer(), options);
+    inventory.emplace(messages.writer(), options, errors());
     EXPECT_TRUE(target.serve().served);
     EXPECT_TRUE(inventory->scanInventory("127.0.0.1"));
     const std::wstring once = printed();

@@ -122,22 +122,22 @@ TEST_F(InventoryScanTest, ANullTreeFailsEvenWithoutAStatus) {
 
 TEST_F(InventoryScanTest, ErrorsGoToTheListGiven) {
     const KvCOwnedErrorList list = KvCOwnedErrorList::create();
+    inventory.emplace(messages.writer(), options, *list);
     target.add(item("NETC").element(bareElement()));
     static_cast<void>(target.serve());
-    EXPECT_TRUE(inventory->scanInventory(*list, "127.0.0.1"));
+    EXPECT_TRUE(inventory->scanInventory("127.0.0.1"));
     EXPECT_EQ(list->getErrorCount(), 5U);
+    inventory.reset();
     EXPECT_EQ(errors().getErrorCount(), 0U);
 }
 
-TEST_F(InventoryScanTest, TheRootHandleIsGivenBackAtTheEndWithTheMasterList) {
-    const KvCOwnedErrorList list = KvCOwnedErrorList::create();
+TEST_F(InventoryScanTest, TheRootHandleIsGivenBackAtTheEnd) {
     target.add(fault("deleteRootHandle"));
     static_cast<void>(target.serve());
-    EXPECT_TRUE(inventory->scanInventory(*list, "127.0.0.1"));
+    EXPECT_TRUE(inventory->scanInventory("127.0.0.1"));
     inventory.reset();
     EXPECT_EQ(KvEmulation::ledger().rootHandles, 0U);
     EXPECT_THAT(takeErrors(), ElementsAre("Fault at deleteRootHandle."));
-    EXPECT_EQ(list->getErrorCount(), 0U);
 }
 
 TEST_F(InventoryScanTest, WithoutAHandleNothingIsGivenBack) {

@@ -34,7 +34,7 @@ protected:
         master().reset();
         options_.target = L"10.0.0.7";
         options_.archiveFolder = archive_.path().wstring();
-        ASSERT_TRUE(access_.resolveTarget(master()));
+        ASSERT_TRUE(access_.resolveTarget());
         archive_.write("a.cfg", "12345");
         service().answer("putFileU", {.status = 5}, 0);
         writer_.emplace(options_, access_);
@@ -85,7 +85,7 @@ protected:
     ScratchFolder archive_;
     KeptMessages printed_;
     KvNReflasher::KvTOptions options_{};
-    KvCTargetAccess access_{printed_.writer(), options_, errors()};
+    KvCTargetAccess access_{printed_.writer(), options_, master()};
     std::optional<KvCDirectFileWriter> writer_;
     std::vector<std::wstring> messages_;
 };
