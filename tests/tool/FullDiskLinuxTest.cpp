@@ -1,10 +1,10 @@
 #include "ArchiveFolder.h"
+#include "CommandLine.h"
 #include "CompleteItems.h"
 #include "RedirectedStream.h"
 #include "Report.h"
 #include "ScratchFolder.h"
 #include "TargetBuilder.h"
-#include "Tool.h"
 #include "ToolRun.h"
 #include "UpdateFiles.h"
 
@@ -28,7 +28,7 @@ ToolRun runOnFullDisk(const std::vector<std::string>& arguments) {
     const RedirectedStream output(stdout, fullDisk);
     const RedirectedStream errors(stderr);
     ToolRun run;
-    run.exitCode = runTool(arguments);
+    run.exitCode = executeCommandLine(arguments);
     run.errors = errors.received();
     KvEmulation::reset();
     return run;

@@ -1,4 +1,3 @@
-#include "ErrorText.h"
 #include "FindingText.h"
 #include "ReasonTexts.h"
 #include "TextTable.h"

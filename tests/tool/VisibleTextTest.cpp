@@ -1,4 +1,4 @@
-#include "VisibleText.h"
+#include "Texts.h"
 
 #include <gtest/gtest.h>
 
