@@ -35,14 +35,18 @@ struct KvTSessionRecord {
 struct KvTReportFacts {
     /// "plan", "update", "verify" or "reboot"; part of the format's name.
     std::string command;
+    /// Version of the program that writes the report.
     std::string toolVersion;
     /// RFC 3339.
+    /// @{
     std::string begin;
     std::string end;
+    /// @}
     /// As given.
     std::string target;
     /// Empty if the session reads no archive.
     std::string archiveFolder;
+    /// The exit code of the program.
     int exitCode = 0;
     /// The messages of the session.
     std::string messages;
@@ -50,6 +54,7 @@ struct KvTReportFacts {
 
 /// A target of a matrix.
 struct KvTMatrixTarget {
+    /// Its folder, as given.
     std::string folder;
     /// Empty: none.
     std::string address;

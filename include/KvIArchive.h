@@ -20,12 +20,15 @@ enum class KvESeverity : std::uint8_t {
 
 /// Something that is to be said about an archive.
 struct KvTFinding {
+    /// Whether the archive is refused for it.
     KvESeverity severity = KvESeverity::error;
     /// Kind of finding, for programs; docs/archive-check.md lists them.
     std::string code;
     /// Place in the description, from 1; columns count characters.
+    /// @{
     std::size_t line = 1;
     std::size_t column = 1;
+    /// @}
     /// JSON path of the value concerned.
     std::string path = "$";
     /// One sentence: what is the matter.
@@ -36,6 +39,7 @@ struct KvTFinding {
 
 /// The content of an archive.
 struct KvTArchiveContent {
+    /// The archive's information about itself.
     KvTArchiveIdentity identity;
     /// In the order of the description.
     std::vector<KvTArchiveEntry> entries;

@@ -34,8 +34,11 @@ enum class KvEEvent : std::uint8_t {
 
 /// Something that happens while a session runs.
 struct KvTEvent {
+    /// What happens.
     KvEEvent event = KvEEvent::phase;
+    /// Its number, as of KvEEvent; 0 if it has none.
     std::uint32_t value = 0;
+    /// False if what has ended has failed.
     bool succeeded = true;
 };
 
@@ -61,6 +64,7 @@ struct KvTForeignPath {
 struct KvTDisabling {
     /// The elements that were named. Exactly one: it is disabled. Otherwise none is.
     std::vector<std::uint32_t> elements;
+    /// True if the element is disabled.
     [[nodiscard]] bool isDone() const { return elements.size() == 1; }
 };
 

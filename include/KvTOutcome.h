@@ -46,10 +46,12 @@ enum class KvEFailure : std::uint8_t {
 
 /// Whether and why something failed.
 struct KvTVerdict {
+    /// The class of the failure.
     KvEFailure failure = KvEFailure::none;
     /// Why, in one line without end; empty if nothing failed.
     std::string message;
 
+    /// True if nothing failed.
     [[nodiscard]] bool isSuccess() const { return failure == KvEFailure::none; }
     /// The same may succeed if it is tried again.
     [[nodiscard]] bool isRetryable() const {
@@ -65,14 +67,19 @@ struct KvTVerdict {
 
 /// An error that the device access libraries have reported.
 struct KvTErrorInfo {
+    /// Number of the error.
     std::uint32_t code = 0;
+    /// The error in words; UTF-8.
     std::string text;
     /// 0: the error arose on the host; otherwise the serial number of the node that reported it.
     std::uint32_t originNode = 0;
     /// Seconds since the time base of the error manager; 0: not known.
     double seconds = 0;
+    /// The software module that reported it; 0: not known.
+    /// @{
     std::uint32_t mainModule = 0;
     std::uint32_t subModule = 0;
+    /// @}
     /// Empty: not known.
     std::string function;
     /// 0: not known.
@@ -126,7 +133,9 @@ enum class KvEFailedCall : std::uint8_t {
 
 /// Outcome of a session for one element.
 struct KvTElementOutcome {
+    /// What became of it.
     KvEResult result = KvEResult::notPlanned;
+    /// The call that failed.
     KvEFailedCall failedCall = KvEFailedCall::none;
     /// What the target answered to the last status query: 1 running, 2 succeeded, anything else failed; nothing if it
     /// did not answer any.
@@ -139,12 +148,16 @@ struct KvTElementOutcome {
 
 /// Outcome of one phase for one update file.
 struct KvTFileOutcome {
+    /// Position among the accepted entries.
     std::uint32_t fileIndex = 0;
+    /// Name of the update file, relative to the archive folder.
     std::string fileName;
+    /// The phase, from 0.
     std::uint32_t phase = 0;
     /// Path in the target's file system for a file that is written there; empty for one that is transferred for an
     /// update.
     std::string targetPath;
+    /// What became of it.
     KvEResult result = KvEResult::notStarted;
 };
 
@@ -179,7 +192,9 @@ inline constexpr std::size_t verifiedCount = 6;
 
 /// An element beside what the target reports of it.
 struct KvTVerifiedElement {
+    /// The element of the plan.
     std::uint32_t index = 0;
+    /// How it fits the plan.
     KvEVerified result = KvEVerified::notJudged;
     /// Nothing if the target does not list it.
     std::optional<KvTInstalled> found;
@@ -190,6 +205,7 @@ struct KvTVerifiedElement {
 
 /// The reports of the target beside the plan.
 struct KvTVerification {
+    /// What the target reports.
     KvTLook look;
     /// In the order of the plan: those that the session updated or, without an update, those that have an entry and are
     /// not left out.
@@ -205,7 +221,9 @@ struct KvTVerification {
 
 /// The outcome of a session.
 struct KvTOutcome {
+    /// How far the session came.
     KvEStage stage = KvEStage::created;
+    /// Whether it succeeded, and why not.
     KvTVerdict verdict;
     /// Of each element of the plan, by its index; empty without a plan.
     std::vector<KvTElementOutcome> elements;

@@ -21,6 +21,7 @@ struct KvTVersion {
     /// The printed form, such as "23.2a12".
     std::string text;
 
+    /// Equal number and text.
     friend bool operator==(const KvTVersion&, const KvTVersion&) = default;
 };
 
@@ -37,15 +38,19 @@ struct KvTInstalled {
     /// The element has a version, even if it is the zero version.
     bool hasVersion = false;
 
+    /// Equal in every field.
     friend bool operator==(const KvTInstalled&, const KvTInstalled&) = default;
 };
 
 /// The archive's information about itself.
 struct KvTArchiveIdentity {
+    /// As the description writes them; versions as they are printed.
+    /// @{
     std::string archiveName;
     std::string archiveVersion;
     std::string productName;
     std::string formatVersion;
+    /// @}
     /// Empty: none.
     std::string archiveVariant;
 };
@@ -70,6 +75,7 @@ struct KvTArchiveEntry {
     std::optional<KvTVersion> version;
     /// CRC-32 of the contents; nothing if neither the description nor the file states one.
     std::optional<std::uint32_t> checksumCrc32;
+    /// When its elements are out of date.
     KvEEntryMode mode = KvEEntryMode::standard;
     /// Entries of a lower sequence are installed in an earlier phase.
     std::uint32_t sequence = 0;
@@ -106,11 +112,13 @@ enum class KvEReason : std::uint8_t {
 
 /// Whether an element is updated.
 struct KvTDecision {
+    /// The element takes part in the update.
     bool update = false;
     /// Those for an update if it is updated, else those against it; in the order of KvEReason. Empty if the session has
     /// read no archive.
     std::vector<KvEReason> reasons;
 
+    /// True if `reason` is one of the reasons.
     [[nodiscard]] bool has(KvEReason reason) const {
         return std::find(reasons.begin(), reasons.end(), reason) != reasons.end();
     }
@@ -122,19 +130,26 @@ struct KvTPlannedElement {
     std::uint32_t index = 0;
 
     // What was found.
+
+    /// What entries name the board by; empty or 0 if it states none.
+    /// @{
     std::string boardType;
     std::string boardVariant;
     std::uint32_t boardId = 0;
+    /// @}
     /// The upper 8 bits may hold a sub-number.
     std::uint32_t serialNumber = 0;
     /// Name or type of the board, and its variant in parentheses.
     std::string boardName;
     /// Name of the unit and of its instance, and the rack that it is in; each may be empty.
+    /// @{
     std::string unitName;
     std::string unitInstanceName;
     std::string rackName;
+    /// @}
     /// These three as tables show them: "UNIT: RACK / INSTANCE".
     std::string unitPath;
+    /// The board's slot.
     std::uint32_t slot = 0;
     /// 0: the board has no slot.
     std::uint32_t slotCount = 0;
@@ -148,19 +163,26 @@ struct KvTPlannedElement {
     std::string address;
     /// Address of the board that carries it.
     std::string boardAddress;
+    /// The number by which entries name it; 0 for a file.
     std::uint32_t elementId = 0;
     /// A file in the target's file system rather than something that is flashed.
     bool isFileSystemElement = false;
     /// Path of a file, below the root of the target's file system.
     std::string targetPath;
+    /// Compatibility of hardware and software; 0 if the element states none.
+    /// @{
     std::uint32_t hwCompatibilityId = 0;
     std::uint32_t swCompatibilityId = 0;
+    /// @}
+    /// A custom element: an option leaves these out of the update.
     bool custom = false;
+    /// What it reported when it was found.
     KvTInstalled installed;
 
     // What was chosen and decided.
     /// Nothing if no entry matches.
     std::optional<KvTArchiveEntry> entry;
+    /// Whether it is updated, and why.
     KvTDecision decision;
     /// Phase of the update, from 0; nothing if it is not updated.
     std::optional<std::uint32_t> phase;
@@ -186,6 +208,7 @@ struct KvTPlan {
     std::vector<std::uint32_t> unsupportedElements;
     /// The session looks at configuration elements instead of the others; it does not ask whether they are active.
     bool configurationElements = false;
+    /// Number of phases of the update.
     std::uint32_t phaseCount = 0;
     /// In the order of the element list: each index is the position.
     std::vector<KvTPlannedElement> elements;
@@ -210,18 +233,24 @@ enum class KvEMatchTest : std::uint8_t {
 
 /// An entry that was tried for an element.
 struct KvTTriedEntry {
+    /// The entry, as of KvTArchiveEntry.
+    /// @{
     std::uint32_t fileIndex = 0;
     std::uint32_t descriptionIndex = 0;
     std::string fileName;
+    /// @}
     /// The first test that it failed.
     KvEMatchTest failedTest = KvEMatchTest::none;
     /// The values that this test compared, as JSON texts; "null" if the description or the element states nothing.
+    /// @{
     std::string archiveValue = "null";
     std::string elementValue = "null";
+    /// @}
 };
 
 /// Which entries were tried for an element.
 struct KvTExplanation {
+    /// The element.
     std::uint32_t index = 0;
     /// The entries for the element's board type, up to the chosen one.
     std::vector<KvTTriedEntry> tried;
@@ -240,9 +269,11 @@ enum class KvEHiddenBy : std::uint8_t {
 
 /// An element of the target that the session does not look at.
 struct KvTHiddenElement {
+    /// The element's name in tables and results.
     std::string displayName;
     /// Address of the inventory item.
     std::string address;
+    /// All reasons; never empty.
     std::vector<KvEHiddenBy> hiddenBy;
 };
 

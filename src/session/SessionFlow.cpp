@@ -25,8 +25,7 @@ std::uint32_t KvCReflasher::prepare() {
     otherErrors_.clear();
     explainer_.reset();
     driver_.forgetRun();
-    const std::uint32_t status =
-        withoutException<std::uint32_t>(prepareFailed, [this] { return preparation_.prepare(); });
+    const auto status = withoutException<std::uint32_t>(prepareFailed, [this] { return preparation_.prepare(); });
     if (status == prepareFailed) {
         preparation_.forgetTarget();
     }

@@ -56,7 +56,7 @@ TEST(JsonOutline, TextsAndNestingMayBeLong) {
     for (unsigned index = 0; index < 1000; ++index) {
         content += std::to_string(index) + " ";
     }
-    const std::string inner = "{\"" + content + "\": \"\\u0041" + content + "\"}";
+    const std::string inner = R"({")" + content + R"(": "\u0041)" + content + R"("})";
     const std::string text = std::string(200, '[') + inner + std::string(200, ']');
     const KvCJsonOutline outline(text);
     KvCOutlineValue value = outline.root();

@@ -31,6 +31,7 @@ protected:
     /// Severity, code and place of each finding.
     [[nodiscard]] static std::vector<std::string> places(const std::vector<KvTFinding>& findings) {
         std::vector<std::string> result;
+        result.reserve(findings.size());
         for (const KvTFinding& finding : findings) {
             result.push_back((finding.severity == KvESeverity::error ? "error " : "warning ") + finding.code + " " +
                              std::to_string(finding.line) + ":" + std::to_string(finding.column) + " " + finding.path);

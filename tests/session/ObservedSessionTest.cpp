@@ -60,6 +60,7 @@ std::string nameOf(KvEResult result) {
 
 std::vector<std::string> textsOf(const std::vector<KvTErrorInfo>& errors) {
     std::vector<std::string> texts;
+    texts.reserve(errors.size());
     for (const KvTErrorInfo& error : errors) {
         texts.push_back(error.text);
     }

@@ -1,6 +1,5 @@
 #include "ExitCodes.h"
 
-#include "Conclusion.h"
 #include "RedirectedStream.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
 #include "ArchiveFolder.h"
+#include "CommandLine.h"
 #include "CompleteItems.h"
 #include "RedirectedStream.h"
 #include "Report.h"
 #include "ScratchFolder.h"
 #include "TargetBuilder.h"
-#include "Tool.h"
 #include "ToolRun.h"
 #include "UpdateFiles.h"
 
@@ -28,7 +28,7 @@ ToolRun runOnFullDisk(const std::vector<std::string>& arguments) {
     const RedirectedStream output(stdout, fullDisk);
     const RedirectedStream errors(stderr);
     ToolRun run;
-    run.exitCode = runTool(arguments);
+    run.exitCode = executeCommandLine(arguments);
     run.errors = errors.received();
     KvEmulation::reset();
     return run;
@@ -132,11 +132,11 @@ TEST(ReportOnAFullDisk, AnEarlierReportIsStillThere) {
         bool isWritten = true;
         {
             const SmallDisk disk;
-            isWritten = writeReportFile(KvTReport(), path);
+            isWritten = writeReportFile(ReportData(), path);
         }
         EXPECT_FALSE(isWritten);
         EXPECT_EQ("earlier", folder.read(name));
-        EXPECT_TRUE(writeReportFile(KvTReport(), path));
+        EXPECT_TRUE(writeReportFile(ReportData(), path));
         EXPECT_NE("earlier", folder.read(name));
     }
     EXPECT_EQ(folder.list().size(), 2U);
@@ -146,7 +146,7 @@ TEST(ReportThroughALink, WritesTheFileThatTheLinkNames) {
     const ScratchFolder folder;
     folder.write("report.html", "earlier");
     std::filesystem::create_symlink("report.html", folder.path() / "latest.html");
-    EXPECT_TRUE(writeReportFile(KvTReport(), folder.text() + "/latest.html"));
+    EXPECT_TRUE(writeReportFile(ReportData(), folder.text() + "/latest.html"));
     EXPECT_TRUE(std::filesystem::is_symlink(folder.path() / "latest.html"));
     EXPECT_NE("earlier", folder.read("report.html"));
 }

@@ -130,7 +130,7 @@ private:
 /// The description of the root with this below it, on one line.
 std::string described(OwnItem& root, std::vector<std::string>& warnings) {
     const auto tree = root.make();
-    KvTInventoryDescription description = describeInventory(*tree);
+    DescribedInventory description = describeInventory(*tree);
     warnings = description.warnings;
     return description.root ? description.root->dump() : "";
 }

@@ -183,7 +183,7 @@ TEST(OutcomeWords, AreThoseOfTheOutcome) {
     using KvNReflasher::KvEResult;
     KvNReflasher::KvTPlannedElement element;
     element.decision.update = true;
-    KvTReport report;
+    ReportData report;
     report.facts.command = "update";
     EXPECT_EQ("planned", report.wordFor(element)) << "nothing is known of it";
     struct Row {
@@ -208,12 +208,12 @@ TEST(OutcomeWords, AreThoseOfTheOutcome) {
 }
 
 TEST(PhasePicture, IsEmptyWithoutUpdates) {
-    EXPECT_EQ("", phasePicture(KvTReport()));
+    EXPECT_EQ("", phasePicture(ReportData()));
 }
 
 TEST(PhasePicture, LongPhasesAreCut) {
     KvNReflasher::KvTPlan plan;
-    KvTReport report;
+    ReportData report;
     report.plan = &plan;
     for (std::uint32_t index = 0; index < 50; ++index) {
         KvNReflasher::KvTPlannedElement& element = plan.elements.emplace_back();

@@ -8,7 +8,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cerrno>
+#include <string_view>
 #include <system_error>
 
 namespace {
@@ -57,6 +59,31 @@ TEST_F(Session, EveryCommandEndsWithZeroWhenAllIsWell) {
         EXPECT_NE(done.output, "") << command;
     }
     EXPECT_EQ(runCaptured({"version"}).exitCode, 0);
+}
+
+TEST_F(Session, EveryCommandPrintsItsOwn) {
+    struct Row {
+        const char* command;
+        const char* text;
+    };
+    const std::array rows{Row{"archive-version", "23.2.1\n"},
+                          Row{"content", "\nBoardType"},
+                          Row{"dump", "\"info\": {"},
+                          Row{"elements", "\nUpdate element"},
+                          Row{"plan", "\nNo. | Update element"},
+                          Row{"explain", ": chosen\n"},
+                          Row{"verify", "\nVerification: "},
+                          Row{"update", "Update completed successfully!"}};
+    for (const Row& row : rows) {
+        const std::string output = run(row.command).output;
+        for (const Row& other : rows) {
+            const bool isOwn = std::string_view(other.command) == row.command;
+            const bool isPlanOfVerify = std::string_view(other.command) == "plan" && &row == &rows[6];
+            EXPECT_EQ(output.find(other.text) != std::string::npos, isOwn || isPlanOfVerify)
+                << row.command << " and what " << other.command << " prints:\n"
+                << output;
+        }
+    }
 }
 
 TEST_F(Session, AnArchiveThatIsRefusedEndsWithThree) {

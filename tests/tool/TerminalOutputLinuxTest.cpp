@@ -1,6 +1,6 @@
 #include "ArchiveFolder.h"
+#include "CommandLine.h"
 #include "RedirectedStream.h"
-#include "Tool.h"
 #include "ToolRun.h"
 
 #include <gmock/gmock.h>
@@ -77,7 +77,7 @@ protected:
 TEST_F(TerminalOutput, ControlCharactersOfMessagesAreMadeVisible) {
     {
         const RedirectedStream output(stdout, terminal_.path());
-        EXPECT_EQ(runTool({"content", "-a", archive_.folder().text()}), 0);
+        EXPECT_EQ(executeCommandLine({"content", "-a", archive_.folder().text()}), 0);
     }
     const std::string shown = terminal_.shown();
     EXPECT_THAT(shown, HasSubstr("Korvel Device Update Tool"));
@@ -94,7 +94,7 @@ TEST_F(TerminalOutput, IntoAFileBytesGoAsTheyAre) {
 TEST_F(TerminalOutput, ControlCharactersOfTheToolsOwnMessagesAreMadeVisible) {
     {
         const RedirectedStream errors(stderr, terminal_.path());
-        EXPECT_EQ(runTool({"version", "\x1B[2J"}), 64);
+        EXPECT_EQ(executeCommandLine({"version", "\x1B[2J"}), 64);
     }
     EXPECT_EQ(terminal_.shown(), "kvreflash: version: unexpected argument '\\x1B[2J'; "
                                  "run 'kvreflash --help' or 'kvreflash COMMAND --help'\n");
@@ -104,14 +104,14 @@ TEST_F(TerminalOutput, WithJsonEachStreamIsAsItIs) {
     {
         const RedirectedStream output(stdout);
         const RedirectedStream errors(stderr, terminal_.path());
-        EXPECT_EQ(runTool({"content", "--json", "-a", archive_.folder().text()}), 0);
+        EXPECT_EQ(executeCommandLine({"content", "--json", "-a", archive_.folder().text()}), 0);
         EXPECT_THAT(output.received(), HasSubstr("a\\u001b[2Jb\xC2\x9B\x7F.bin"));
     }
     EXPECT_THAT(terminal_.shown(), HasSubstr("a\\x1B[2Jb\\x9B\\x7F.bin"));
     {
         const RedirectedStream output(stdout, terminal_.path());
         const RedirectedStream errors(stderr);
-        EXPECT_EQ(runTool({"content", "--json", "-a", archive_.folder().text()}), 0);
+        EXPECT_EQ(executeCommandLine({"content", "--json", "-a", archive_.folder().text()}), 0);
         EXPECT_THAT(errors.received(), HasSubstr("a\x1B[2Jb\xC2\x9B\x7F.bin"));
     }
     EXPECT_THAT(terminal_.shown(), HasSubstr("a\\u001b[2Jb\\x9B\\x7F.bin"));

@@ -1,4 +1,4 @@
-#include "Terminal.h"
+#include "Streams.h"
 
 #include "ScratchFolder.h"
 #include "StreamGuard.h"

@@ -1,11 +1,12 @@
 #include "ToolRun.h"
 
+#include "CommandLine.h"
 #include "KvEmulation.h"
 #include "RedirectedStream.h"
-#include "Tool.h"
 
 #include <gtest/gtest.h>
 
+#include <utility>
 #include <variant>
 
 ToolRun runCaptured(const std::vector<std::string>& arguments) {
@@ -13,7 +14,7 @@ ToolRun runCaptured(const std::vector<std::string>& arguments) {
     const RedirectedStream output(stdout);
     const RedirectedStream errors(stderr);
     ToolRun run;
-    run.exitCode = runTool(arguments);
+    run.exitCode = executeCommandLine(arguments);
     run.output = output.received();
     run.errors = errors.received();
     EXPECT_TRUE(KvEmulation::ledger().isClean());
@@ -25,9 +26,9 @@ ReadArguments readCaptured(const std::vector<std::string>& arguments) {
     const RedirectedStream output(stdout);
     const RedirectedStream errors(stderr);
     ReadArguments result;
-    const auto read = readCommandLine(arguments);
-    if (const auto* line = std::get_if<KvTCommandLine>(&read)) {
-        result.line = *line;
+    auto read = readCommandLine(arguments);
+    if (auto* const command = std::get_if<std::unique_ptr<Command>>(&read)) {
+        result.command = std::move(*command);
     } else {
         result.answer.exitCode = std::get<ExitCode>(read);
     }

@@ -1,6 +1,7 @@
 #include "CommandOptions.h"
 #include "ScratchFolder.h"
 #include "ToolRun.h"
+#include "UpdateCommand.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +15,7 @@ constexpr int usageError = 64;
 void expectRefused(const Arguments& arguments, const std::string& reason) {
     const ReadArguments read = readCaptured(arguments);
     SCOPED_TRACE(testing::PrintToString(arguments));
-    ASSERT_FALSE(read.line.has_value());
+    ASSERT_EQ(read.command, nullptr);
     EXPECT_EQ(read.answer.exitCode, usageError);
     EXPECT_EQ(read.answer.output, "");
     EXPECT_EQ(read.answer.errors, "kvreflash: " + reason + "; run 'kvreflash --help' or 'kvreflash COMMAND --help'\n");
@@ -86,7 +87,7 @@ TEST(UsageErrors, AnOptionIsTakenByEveryCommandThatItBelongsTo) {
     for (const Use& use : uses) {
         const Arguments needed = joined(commandLineWithout(*use.option, use.command), use.option->needs);
         const Arguments line = joined(needed, use.given);
-        EXPECT_TRUE(readCaptured(line).line.has_value()) << testing::PrintToString(line);
+        EXPECT_NE(readCaptured(line).command, nullptr) << testing::PrintToString(line);
     }
 }
 
@@ -102,18 +103,18 @@ TEST(UsageErrors, ASingleValuedOptionGivenTwiceIsRefused) {
             }
         }
     }
-    expectRefused({"content", "--archive", "a", "-ab"}, "-a is given twice");
-    expectRefused({"content", "-a", "same", "-a", "same"}, "-a is given twice");
+    expectRefused({"content", "--archive", "a", "-ab"}, "--archive is given twice");
+    expectRefused({"content", "-a", "same", "-a", "same"}, "--archive is given twice");
 }
 
 TEST(UsageErrors, ARepeatedSwitchDoesNoHarm) {
     for (const CommandOption& option : commandOptions()) {
         if (option.value.empty()) {
             const Arguments line = smallestCommandLine(std::string(option.commands.front()));
-            EXPECT_TRUE(readCaptured(joined(line, {option.name, option.name})).line.has_value()) << option.name;
+            EXPECT_NE(readCaptured(joined(line, {option.name, option.name})).command, nullptr) << option.name;
         }
     }
-    EXPECT_TRUE(readCaptured({"version", "-vv"}).line.has_value());
+    EXPECT_NE(readCaptured({"version", "-vv"}).command, nullptr);
 }
 
 TEST(UsageErrors, AMissingValueIsRefused) {
@@ -143,7 +144,7 @@ TEST(UsageErrors, WhatLooksLikeAnOptionIsNoValue) {
             }
         }
     }
-    expectRefused({"content", "-va", "--json"}, "-a needs a value");
+    expectRefused({"content", "-va", "--json"}, "--archive needs a value");
 }
 
 TEST(UsageErrors, AValueOfASwitchIsRefused) {
@@ -171,13 +172,14 @@ TEST(UsageErrors, ACaptureNeedsAFolderAndAMatrixATarget) {
 }
 
 TEST(UsageErrors, AWordThatAnOptionDoesNotKnowIsRefused) {
-    expectRefused({"update", "-a", "folder", "--progress", "dots"}, "--progress: 'dots' is none of line, plain, none");
+    expectRefused({"update", "-a", "folder", "--progress", "dots"},
+                  "--progress: 'dots' must be one of line, plain, none");
     expectRefused({"update", "-a", "folder", "--progress", "plain", "--no-progress"},
                   "--no-progress contradicts --progress plain");
     expectRefused({"update", "-a", "folder", "--wait", "1s"}, "--wait: '1s' is not a decimal number up to 4294967295");
-    expectRefused({"check", "-a", "folder", "--format", "xml"}, "--format: 'xml' is none of text, json");
-    expectRefused({"update", "-a", "folder", "--progress", ""}, "--progress: '' is none of line, plain, none");
-    expectRefused({"check", "-a", "folder", "--format", ""}, "--format: '' is none of text, json");
+    expectRefused({"check", "-a", "folder", "--format", "xml"}, "--format: 'xml' must be one of text, json");
+    expectRefused({"update", "-a", "folder", "--progress", ""}, "--progress: '' must be one of line, plain, none");
+    expectRefused({"check", "-a", "folder", "--format", ""}, "--format: '' must be one of text, json");
     expectRefused({"plan", "-a", "folder", "--report", "report.txt"},
                   "--report: 'report.txt' ends neither with .html nor with .json");
     expectRefused({"check", "-a", "folder", "--json", "--format", "text"}, "--json contradicts --format text");
@@ -208,9 +210,10 @@ TEST(UsageErrors, ASurplusArgumentIsRefused) {
 TEST(UsageErrors, AMissingOrUnknownCommandIsRefused) {
     expectRefused({}, "a command is missing");
     for (const char* unknown : {"", "Version", "versions", "vers", "help", "-v", "--version", "--verbose", "--", "-"}) {
-        expectRefused({unknown}, "'" + std::string(unknown) + "' is no command");
+        expectRefused({unknown}, "unknown command '" + std::string(unknown) + "'");
     }
-    expectRefused({"-a", "folder", "content"}, "'-a' is no command");
+    expectRefused({"unknown", "--help"}, "unknown command 'unknown'");
+    expectRefused({"-a", "folder", "content"}, "unknown command '-a'");
 }
 
 TEST(UsageErrors, AnUnknownOptionIsRefused) {
@@ -231,8 +234,8 @@ TEST(UsageErrors, OnlyADecimalNumberUpTo32BitsIsATimeToWait) {
                       "--wait: '" + std::string(text) + "' is not a decimal number up to 4294967295");
     }
     expectRefused(joined(line, {"--wait=-1"}), "--wait: '-1' is not a decimal number up to 4294967295");
-    EXPECT_EQ(readCaptured(joined(line, {"--wait", "4294967295"})).line->waitSeconds, 4294967295U);
-    EXPECT_EQ(readCaptured(joined(line, {"--wait", "007"})).line->waitSeconds, 7U);
+    EXPECT_EQ(commandOf<UpdateCommand>(joined(line, {"--wait", "4294967295"}))->steps.waitSeconds, 4294967295U);
+    EXPECT_EQ(commandOf<UpdateCommand>(joined(line, {"--wait", "007"}))->steps.waitSeconds, 7U);
 }
 
 TEST(UsageErrors, ArgumentsThatAreNotUtf8AreRefused) {
@@ -241,12 +244,14 @@ TEST(UsageErrors, ArgumentsThatAreNotUtf8AreRefused) {
         expectRefused({"content", "-a", text}, "argument 3 is not valid UTF-8");
         expectRefused({"connect", std::string("--element=") + text}, "argument 2 is not valid UTF-8");
     }
-    EXPECT_TRUE(readCaptured({"content", "-a", "\xC3\xBC\xF0\x9F\x94\xA7"}).line.has_value());
+    EXPECT_NE(readCaptured({"content", "-a", "\xC3\xBC\xF0\x9F\x94\xA7"}).command, nullptr);
 }
 
 TEST(UsageErrors, TheFirstFaultIsTold) {
     expectRefused({"version", "--unknown", "surplus"}, "version has no option --unknown");
     expectRefused({"version", "surplus", "--unknown"}, "version: unexpected argument 'surplus'");
+    expectRefused({"content", "--archiv", "folder"}, "content has no option --archiv");
+    expectRefused({"content", "--unknown", "--help"}, "content has no option --unknown");
 }
 
 TEST(UsageErrors, NothingIsRunOrWritten) {

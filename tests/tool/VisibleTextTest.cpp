@@ -1,4 +1,4 @@
-#include "VisibleText.h"
+#include "Texts.h"
 
 #include <gtest/gtest.h>
 
@@ -55,10 +55,12 @@ TEST(VisibleOnTerminal, AZeroCharacterEndsNothing) {
 }
 
 TEST(VisibleOnTerminal, CharactersThatTurnTheDirectionOrTakeNoPlaceAreShown) {
+    // NOLINTBEGIN(misc-misleading-bidirectional): such characters are what has to be shown
     const std::vector<std::pair<const char*, const char*>> rows{
         {"\xD8\x9C", "\\u{061C}"},     {"\xE2\x80\x8B", "\\u{200B}"}, {"\xE2\x80\x8F", "\\u{200F}"},
         {"\xE2\x80\xA8", "\\u{2028}"}, {"\xE2\x80\xAE", "\\u{202E}"}, {"\xE2\x81\xA6", "\\u{2066}"},
         {"\xE2\x81\xA0", "\\u{2060}"}, {"\xEF\xBB\xBF", "\\u{FEFF}"}};
+    // NOLINTEND(misc-misleading-bidirectional)
     for (const auto& [text, shown] : rows) {
         EXPECT_EQ(visibleOnTerminal(std::string("a") + text + "b"), std::string("a") + shown + "b");
         EXPECT_EQ(visibleInLine(text), shown);

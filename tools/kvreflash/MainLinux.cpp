@@ -1,5 +1,5 @@
+#include "CommandLine.h"
 #include "RunningUpdate.h"
-#include "Tool.h"
 #include "ToolOutput.h"
 
 #include <csignal>
@@ -45,11 +45,11 @@ void answerInterrupts() {
 
 int main(int argumentCount, char** arguments) {
     occupyStandardStreams();
-    // A reader of the output that ends early must not end an update in the middle; the loss is told in the end.
+    // A reader of the output that ends early must not end an update in the middle; the loss is reported in the end.
     (void)std::signal(SIGPIPE, SIG_IGN);
     try {
         answerInterrupts();
-        return runTool({arguments + (argumentCount > 0 ? 1 : 0), arguments + argumentCount});
+        return executeCommandLine({arguments + (argumentCount > 0 ? 1 : 0), arguments + argumentCount});
     } catch (const std::exception& exception) {
         say(exception.what());
         return exitFailed;

@@ -1,8 +1,8 @@
+#include "CommandLine.h"
 #include "RunningUpdate.h"
-#include "Tool.h"
 
+#include "Texts.h"
 #include "ToolOutput.h"
-#include "Utf8.h"
 
 #include <exception>
 #include <windows.h>
@@ -32,7 +32,7 @@ int wmain(int argumentCount, wchar_t** arguments) {
                 return exitUsage;
             }
         }
-        return runTool(narrow);
+        return executeCommandLine(narrow);
     } catch (const std::exception& exception) {
         say(exception.what());
         return exitFailed;

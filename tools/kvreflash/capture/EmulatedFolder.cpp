@@ -1,7 +1,6 @@
 #include "EmulatedFolder.h"
 
-#include "TargetFolder.h"
-#include "WholeFile.h"
+#include "UserFiles.h"
 
 #include <filesystem>
 #include <system_error>
@@ -9,6 +8,14 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+/// The description file in the folder of an emulated target.
+constexpr const char* targetDescriptionFile = "target.json";
+
+/// The path of such a folder, as the emulation takes it: "\" is a character like others if the system says so.
+fs::path targetFolderPath(const std::string& folder) {
+    return {std::u8string(folder.begin(), folder.end())};
+}
 
 std::string faultOf(const std::string& folder, const std::string& reason) {
     return "'" + folder + "' " + reason;

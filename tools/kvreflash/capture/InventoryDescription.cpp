@@ -156,7 +156,7 @@ bool survivesWriting(const json& value) {
 
 class InventoryReader {
 public:
-    [[nodiscard]] KvTInventoryDescription take() && { return std::move(result_); }
+    [[nodiscard]] DescribedInventory take() && { return std::move(result_); }
 
     void readRoot(const KvCInventoryItem& root) {
         const Component id = root.getID().getComponents().front();
@@ -258,7 +258,7 @@ private:
 
     void warn(std::string sentence) { result_.warnings.push_back(std::move(sentence)); }
 
-    KvTInventoryDescription result_;
+    DescribedInventory result_;
     /// Of the reads.
     const std::unique_ptr<KvCErrorList, ErrorListRelease> errors_{
         KvCErrorManager::getInstance()->createErrorList(0, 1, 20, 5, 300)};
@@ -266,7 +266,7 @@ private:
 
 } // namespace
 
-KvTInventoryDescription describeInventory(const KvCInventoryItem& root) {
+DescribedInventory describeInventory(const KvCInventoryItem& root) {
     InventoryReader reader;
     reader.readRoot(root);
     return std::move(reader).take();

@@ -10,7 +10,7 @@
 class KvCInventoryItem;
 
 /// An inventory as an emulated target's description has it.
-struct KvTInventoryDescription {
+struct DescribedInventory {
     /// The root item; nothing when an emulated target cannot have it.
     std::optional<KvNJson::json> root;
     /// The root included.
@@ -22,4 +22,4 @@ struct KvTInventoryDescription {
 
 /// Describes everything below `root` that a description can hold: items and parameters with the identifiers of
 /// KvNInventoryIDs. Each value has the type by which the target lets it be read.
-[[nodiscard]] KvTInventoryDescription describeInventory(const KvCInventoryItem& root);
+[[nodiscard]] DescribedInventory describeInventory(const KvCInventoryItem& root);

@@ -1,9 +1,10 @@
 #include "EventLog.h"
 
-#include "StreamFiles.h"
+#include "Streams.h"
+#include "UserFiles.h"
 
 bool EventLog::open(const std::string& path) {
-    file_ = path == "-" ? stderr : createFile(path);
+    file_ = path == "-" ? stderr : createFile(filePath(path));
     return file_ != nullptr;
 }
 

@@ -1,29 +1,43 @@
 #include "ToolSession.h"
 
 #include "EmulatedTargets.h"
-#include "Terminal.h"
+#include "Selection.h"
+#include "Streams.h"
+#include "Texts.h"
 #include "ToolOutput.h"
+#include "UserFiles.h"
 
 #include <new>
 #include <utility>
 
 using namespace KvNReflasher;
 
-ToolSession::ToolSession(const KvTCommandLine& line)
-    : line_(line), session_(KvISession::createInstance(line.options)), shown_(line.json ? stderr : stdout) {
+ToolSession::ToolSession(SessionRequest request)
+    : request_(std::move(request)), session_(KvISession::createInstance(request_.options)),
+      shown_(request_.textStream) {
     if (session_ == nullptr) {
         throw std::bad_alloc();
     }
-    if (line.json || line.reportFile || isTerminal(stdout) || !writesAnyWideText()) {
+    if (request_.textStream != stdout || request_.keepsMessages || isTerminal(stdout) || !writesAnyWideText()) {
         session_->setMessageFunction(takeMessage, this);
     }
-    if (line.options.mode == performUpdate) {
+    if (request_.options.mode == performUpdate) {
         session_->setEventFunction(takeEvent, this);
     }
 }
 
-bool ToolSession::openEvents() {
-    return !line_.eventsFile || events_.open(*line_.eventsFile);
+KvTVerdict ToolSession::openEvents() {
+    if (!request_.eventsFile || events_.open(*request_.eventsFile)) {
+        return {};
+    }
+    return {KvEFailure::output, fileFailure("cannot create", *request_.eventsFile)};
+}
+
+KvTVerdict ToolSession::closeEvents() {
+    if (events_.close()) {
+        return {};
+    }
+    return {KvEFailure::output, "cannot write '" + request_.eventsFile.value_or("") + "'"};
 }
 
 void ToolSession::keepMessages() {
@@ -31,31 +45,67 @@ void ToolSession::keepMessages() {
     session_->setMessageFunction(takeMessage, this);
 }
 
+void ToolSession::remark(const std::string& sentence) {
+    say(sentence);
+    remarks_.append(sentence).append("\n");
+}
+
 bool ToolSession::prepare() {
-    if (std::string fault = serveEmulatedTargets(line_.emulatedTargets); !fault.empty()) {
+    if (std::string fault = serveEmulatedTargets(request_.emulatedTargets); !fault.empty()) {
         served_ = {KvEFailure::target, std::move(fault)};
         return false;
     }
     return session_->prepare() == 0;
 }
 
-KvTVerdict ToolSession::verdict() const {
-    KvTVerdict verdict = served_;
-    verdict.add(session_->outcome().verdict);
-    if (served_.isSuccess() && verdict.failure == KvEFailure::target && line_.options.target.empty()) {
-        verdict.message = "give the target with -t HOST";
-    }
-    return verdict;
-}
-
-bool ToolSession::run() {
-    if (line_.options.mode != performUpdate) {
+bool ToolSession::runInterruptibly() {
+    hasRun_ = true;
+    if (request_.options.mode != performUpdate) {
         return session_->run();
     }
     update_.emplace(*session_->plan());
     const bool succeeded = session_->run();
     update_.reset();
     return succeeded;
+}
+
+KvTVerdict ToolSession::prepareAndRun() {
+    KvTVerdict result;
+    if (prepare()) {
+        if (session_->plan() != nullptr) {
+            result = verdictOfFilters(*session_->plan(), request_.options);
+        }
+        runInterruptibly();
+    }
+    result.add(verdict());
+    return result;
+}
+
+KvTVerdict ToolSession::verdict() const {
+    KvTVerdict verdict = served_;
+    verdict.add(session_->outcome().verdict);
+    if (served_.isSuccess() && verdict.failure == KvEFailure::target && request_.options.target.empty()) {
+        verdict.message = "give the target with -t HOST";
+    }
+    return verdict;
+}
+
+KvTArchiveContent ToolSession::archiveContent() const {
+    std::wstring name;
+    std::wstring version;
+    std::wstring product;
+    std::wstring format;
+    std::wstring variant;
+    session_->getArchiveInfo(name, version, product, format, variant);
+    KvTArchiveContent content;
+    content.identity = {.archiveName = utf8Of(name),
+                        .archiveVersion = utf8Of(version),
+                        .productName = utf8Of(product),
+                        .formatVersion = utf8Of(format),
+                        .archiveVariant = utf8Of(variant)};
+    content.entries = session_->archiveEntries();
+    content.verdict = verdict();
+    return content;
 }
 
 void ToolSession::takeMessage(const std::string& message, void* context) {
@@ -81,7 +131,7 @@ void ToolSession::onEvent(const KvTEvent& event) {
         break;
     case KvEEvent::progress:
         events_.write("progress", event.value);
-        if (line_.progress == KvEProgress::plain) {
+        if (request_.showsPlainProgress) {
             writeText(shown_, progress_.lineFor(event.value));
         }
         break;

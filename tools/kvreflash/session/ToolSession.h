@@ -1,23 +1,39 @@
 #pragma once
 
-#include "CommandLine.h"
 #include "EventLog.h"
+#include "KvIArchive.h"
 #include "KvISession.h"
 #include "PlainProgress.h"
 #include "RunningUpdate.h"
 
+#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
+
+/// What a command asks of its session, and where messages and events go.
+struct SessionRequest {
+    KvNReflasher::KvTOptions options{};
+    /// Folders of the emulated targets to be served.
+    std::vector<std::string> emulatedTargets;
+    /// Where messages, and what the tool adds to them, are shown.
+    std::FILE* textStream = stdout;
+    /// The tool needs the messages for itself, too.
+    bool keepsMessages = false;
+    /// A line for every tenth of a phase.
+    bool showsPlainProgress = false;
+    /// File of the notifications, if they are to be written; "-": standard error.
+    std::optional<std::string> eventsFile;
+};
 
 /// The one session of a command, with the outputs that its messages and events go to.
 ///
 /// The library writes to standard output itself unless that would lose text or the tool must see the messages.
 class ToolSession {
 public:
-    /// `line` must outlive the session.
-    explicit ToolSession(const KvTCommandLine& line);
+    explicit ToolSession(SessionRequest request);
     ToolSession(const ToolSession&) = delete;
     ToolSession(ToolSession&&) = delete;
     ToolSession& operator=(const ToolSession&) = delete;
@@ -26,37 +42,55 @@ public:
 
     [[nodiscard]] KvISession* operator->() const { return session_.get(); }
     [[nodiscard]] KvISession& get() const { return *session_; }
+    [[nodiscard]] const SessionRequest& request() const { return request_; }
+    /// When the session was created.
+    [[nodiscard]] std::chrono::system_clock::time_point begin() const { return begin_; }
 
-    /// Creates the file of the events if one is wanted. False, with errno, if that fails.
-    [[nodiscard]] bool openEvents();
-    /// Closes it; false if something could not be written.
-    [[nodiscard]] bool closeEvents() { return events_.close(); }
+    /// Creates the file of the events if one is wanted. Class output if that fails.
+    [[nodiscard]] KvNReflasher::KvTVerdict openEvents();
+    /// Closes it. Class output if something could not be written.
+    [[nodiscard]] KvNReflasher::KvTVerdict closeEvents();
     /// Keeps the messages instead of showing them, from now on.
     void keepMessages();
     /// What was said so far, as bytes, as far as the tool has seen it.
     [[nodiscard]] const std::string& messages() const { return messages_; }
+    /// Says a sentence of the tool's own that belongs to the session.
+    void remark(const std::string& sentence);
+    /// All of these sentences, one in a line.
+    [[nodiscard]] const std::string& remarks() const { return remarks_; }
 
-    /// Serves the emulated targets of the line, and prepares the session. True if it may run.
+    /// Serves the emulated targets of the request, and prepares the session. True if it may run.
     [[nodiscard]] bool prepare();
+    /// Runs the prepared session; an update so that interrupts concern it. True if it has succeeded.
+    bool runInterruptibly();
+    /// Prepares the session and runs it if it may run: what there is is shown even if no element passes the filters.
+    /// Returns the verdict on both.
+    [[nodiscard]] KvNReflasher::KvTVerdict prepareAndRun();
+    /// The prepared session was run.
+    [[nodiscard]] bool hasRun() const { return hasRun_; }
+
     /// Why it has failed so far.
     [[nodiscard]] KvNReflasher::KvTVerdict verdict() const;
-    /// Runs the prepared session; an update so that interrupts concern it.
-    [[nodiscard]] bool run();
+    /// What the session has read of the archive.
+    [[nodiscard]] KvNReflasher::KvTArchiveContent archiveContent() const;
 
 private:
     static void takeMessage(const std::string& message, void* context);
     static void takeEvent(const KvNReflasher::KvTEvent& event, void* context);
     void onEvent(const KvNReflasher::KvTEvent& event);
 
-    const KvTCommandLine& line_;
+    const SessionRequest request_;
+    const std::chrono::system_clock::time_point begin_ = std::chrono::system_clock::now();
     std::unique_ptr<KvISession> session_;
     EventLog events_;
     /// Where messages are shown; null: nowhere.
     std::FILE* shown_;
     std::string messages_;
+    std::string remarks_;
     /// Class target if an emulated target cannot be served.
     KvNReflasher::KvTVerdict served_;
     PlainProgress progress_;
+    bool hasRun_ = false;
     /// While an update runs.
     std::optional<RunningUpdate> update_;
 };

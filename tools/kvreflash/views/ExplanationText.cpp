@@ -2,9 +2,8 @@
 
 #include "KvDocuments.h"
 #include "ReasonTexts.h"
-#include "TextTable.h"
+#include "Texts.h"
 #include "ValueTexts.h"
-#include "VisibleText.h"
 
 #include <array>
 #include <string_view>

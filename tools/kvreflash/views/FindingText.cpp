@@ -1,7 +1,6 @@
 #include "FindingText.h"
 
-#include "CountedNoun.h"
-#include "VisibleText.h"
+#include "Texts.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #include "MatrixTables.h"
 
 #include "TextTable.h"
+#include "Texts.h"
 #include "ValueTexts.h"
-#include "VisibleText.h"
 
 #include <algorithm>
 #include <array>
@@ -13,7 +13,7 @@ using namespace KvNReflasher;
 
 namespace {
 
-const char* textOf(KvEOutlook outlook) {
+const char* wordsFor(KvEOutlook outlook) {
     switch (outlook) {
     case KvEOutlook::wouldUpdate:
         return "would update";
@@ -61,7 +61,7 @@ std::string matrixTargetText(const KvTMatrixTarget& target, const std::string& m
     for (const KvTPlannedElement& element : target.plan->elements) {
         table.push_back({std::to_string(element.index), element.displayName, versionCell(element.installed.version),
                          versionCell(element.entry ? element.entry->version : std::nullopt),
-                         textOf(outlookOf(element))});
+                         wordsFor(outlookOf(element))});
     }
     return text + tableText(table);
 }

@@ -4,12 +4,12 @@ using namespace KvNReflasher;
 
 namespace {
 
-struct ReasonText {
+struct ReasonTexts {
     const char* sentence;
     const char* shortText;
 };
 
-ReasonText textOf(KvEReason reason) {
+ReasonTexts textsFor(KvEReason reason) {
     switch (reason) {
     case KvEReason::versionDiffers:
         return {"update: the version differs", ""};
@@ -42,7 +42,7 @@ ReasonText textOf(KvEReason reason) {
 } // namespace
 
 const char* sentenceOf(KvEReason reason) {
-    return textOf(reason).sentence;
+    return textsFor(reason).sentence;
 }
 
 const char* sentenceOf(KvEHiddenBy reason) {
@@ -60,5 +60,5 @@ const char* sentenceOf(KvEHiddenBy reason) {
 }
 
 const char* shortTextOf(const KvTDecision& decision) {
-    return decision.update || decision.reasons.empty() ? "" : textOf(decision.reasons.front()).shortText;
+    return decision.update || decision.reasons.empty() ? "" : textsFor(decision.reasons.front()).shortText;
 }

@@ -1,6 +1,6 @@
 #include "TextTable.h"
 
-#include "VisibleText.h"
+#include "Texts.h"
 
 #include <algorithm>
 #include <cstddef>

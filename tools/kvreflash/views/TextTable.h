@@ -7,8 +7,5 @@
 /// it holds.
 using KvTTextTable = std::vector<std::vector<std::string>>;
 
-/// Shown for what is not known.
-inline constexpr const char* unknownText = "---";
-
 /// The table with columns as wide as their longest cell, " | " between them, and a rule below the heading.
 [[nodiscard]] std::string tableText(KvTTextTable rows);

@@ -1,11 +1,37 @@
 #include "ValueTexts.h"
 
-#include "TextTable.h"
+#include "Texts.h"
 
-std::string versionCell(const std::optional<KvNReflasher::KvTVersion>& version) {
+#include <array>
+#include <cstdio>
+
+using namespace KvNReflasher;
+
+std::string versionCell(const std::optional<KvTVersion>& version) {
     return version ? version->text : unknownText;
 }
 
 std::string checksumCell(const std::optional<std::uint32_t>& checksum) {
     return checksum ? std::to_string(*checksum) : unknownText;
+}
+
+std::string errorText(const KvTErrorInfo& error) {
+    std::array<char, 16> code{};
+    std::snprintf(code.data(), code.size(), "%#x", static_cast<unsigned>(error.code));
+    const std::string origin =
+        error.originNode != 0 ? "S/N " + std::to_string(error.originNode) : std::string("Host PC");
+    return std::string("ERROR ")
+        .append(code.data())
+        .append(" (")
+        .append(origin)
+        .append("): ")
+        .append(visibleInLine(error.text));
+}
+
+std::string errorsText(const std::vector<KvTErrorInfo>& errors) {
+    std::string text;
+    for (const KvTErrorInfo& error : errors) {
+        text += "       " + errorText(error) + "\n";
+    }
+    return text.empty() ? text : "Errors of the look:\n" + text;
 }

@@ -1,9 +1,8 @@
 #include "VerificationText.h"
 
-#include "ErrorText.h"
 #include "TextTable.h"
+#include "Texts.h"
 #include "ValueTexts.h"
-#include "VisibleText.h"
 
 #include <array>
 #include <cstddef>

@@ -1,0 +1,53 @@
+#include "SessionResult.h"
+
+#include "ExitCodes.h"
+#include "Texts.h"
+#include "ToolOutput.h"
+#include "VerificationText.h"
+
+#include <chrono>
+
+using namespace KvNReflasher;
+
+void SessionResult::showVerification() {
+    writeText(session.request().textStream, verificationText(*session->plan(), *verification));
+    if (verdict.isSuccess()) {
+        verdict = verdictOf(*verification);
+    }
+}
+
+void SessionResult::writeReport(const ReportOption& option) {
+    if (option.file && !writeReportFile(report(), *option.file)) {
+        verdict.add({KvEFailure::output, "cannot write '" + *option.file + "'"});
+    }
+}
+
+ReportData SessionResult::report() const {
+    const KvTOptions& options = session.request().options;
+    ReportData report;
+    report.facts = {.command = command,
+                    .toolVersion = KvISession::version(),
+                    .begin = timeText(session.begin()),
+                    .end = timeText(std::chrono::system_clock::now()),
+                    .target = utf8Of(options.target),
+                    .archiveFolder = utf8Of(options.archiveFolder),
+                    .exitCode = exitCodeOf(verdict.failure),
+                    .messages = session.remarks() + withoutOverwritten(session.messages())};
+    report.verdict = verdict;
+    report.plan = session->plan();
+    report.outcome = session->outcome();
+    report.verification = verification ? &*verification : nullptr;
+    report.entries = session->archiveEntries();
+    return report;
+}
+
+SessionResult resultOfPlan(const char* command, ToolSession& session, const ReportOption& option) {
+    SessionResult result{command, session, option.verdictOnFile(), {}};
+    if (result.verdict.isSuccess()) {
+        result.verdict = session.prepareAndRun();
+    }
+    if (session->plan() != nullptr) {
+        result.verdict.add(verdictOf(*session->plan()));
+    }
+    return result;
+}

@@ -1,0 +1,103 @@
+#include "SharedOptions.h"
+
+#include "EmulatedTargets.h"
+#include "Texts.h"
+#include "UserFiles.h"
+
+#include <cstdio>
+
+using namespace KvNReflasher;
+
+void ArchiveOptions::addTo(CommandSyntax& syntax) {
+    syntax.addOption("-a,--archive", "DIR", "Folder of the firmware archive", keptIn(folder), Occurs::once);
+    syntax.addOption("-d,--description", "FILE", "Description file inside the archive folder (default: archive.json)",
+                     keptIn(description));
+}
+
+void ArchiveOptions::applyTo(SessionRequest& request) const {
+    request.options.archiveFolder = wideOf(folder);
+    request.options.descriptionFileName = wideOf(description);
+}
+
+void HostOption::addTo(CommandSyntax& syntax) {
+    syntax.addOption("-t,--target", "HOST", "IPv4 address or host name of the target (default: none)", keptIn(host));
+}
+
+void HostOption::applyTo(SessionRequest& request) const {
+    request.options.target = wideOf(host);
+}
+
+void FilterOptions::addTo(CommandSyntax& syntax) {
+    syntax.addOption("-b,--board-type", "LIST",
+                     "Look only at boards of these types, words separated by commas or blanks (default: all)",
+                     keptIn(boardTypes));
+    syntax.addOption("-s,--serial-number", "LIST",
+                     "Look only at boards of these serial numbers, in decimal, sub-number included: 12345(2) is "
+                     "2 * 16777216 + 12345 (default: all)",
+                     keptIn(serialNumbers));
+    syntax.addOption("-e,--element", "LIST",
+                     "Look only at update elements with these names of the inventory, such as UserFirmware; explain "
+                     "shows them (default: all)",
+                     keptIn(elementNames));
+    syntax.addSwitch("--configuration", looksAtConfiguration, "Look at configuration elements instead of the others");
+    syntax.addSwitch("--skip-custom", skipsCustom, "Leave custom elements out of the update");
+}
+
+void FilterOptions::applyTo(SessionRequest& request) const {
+    request.options.boardTypeFilter = boardTypes;
+    request.options.serialNumberFilter = serialNumbers;
+    request.options.elementNameFilter = elementNames;
+    request.options.configurationElements = looksAtConfiguration;
+    request.options.disableCustomElements = skipsCustom;
+}
+
+void ForceOption::addTo(CommandSyntax& syntax) {
+    syntax.addSwitch("-f,--force", isForced,
+                     "Update elements that are up to date, too (never those with an \"upgrade\" entry)");
+}
+
+void ForceOption::applyTo(SessionRequest& request) const {
+    request.options.forceUpdate = isForced;
+}
+
+void JsonOption::addTo(CommandSyntax& syntax) {
+    syntax.addSwitch("--json", isWanted, "Write a JSON document; messages go to standard error");
+}
+
+void JsonOption::applyTo(SessionRequest& request) const {
+    request.textStream = isWanted ? stderr : stdout;
+}
+
+void ReportOption::addTo(CommandSyntax& syntax) {
+    syntax.addOption("--report", "FILE", "Write a report to FILE, .html or .json (default: none)",
+                     [this](const std::string& path) {
+                         if (!path.ends_with(".html") && !path.ends_with(".json")) {
+                             refuse("--report: '" + path + "' ends neither with .html nor with .json");
+                         }
+                         file = path;
+                     });
+}
+
+void ReportOption::applyTo(SessionRequest& request) const {
+    request.keepsMessages = file.has_value();
+}
+
+KvTVerdict ReportOption::verdictOnFile() const {
+    if (!file || canWriteWholeFile(filePath(*file))) {
+        return {};
+    }
+    return {KvEFailure::output, fileFailure("cannot write", *file)};
+}
+
+void CommonOptions::addTo(CommandSyntax& syntax) {
+    syntax.addSwitch("-v,--verbose", isVerbose, "Print details");
+    if (canEmulate()) {
+        syntax.addOption("--emulate", "DIR", "Serve the emulated target in this folder; repeatable (default: none)",
+                         addedTo(emulatedTargets), Occurs::anyNumber);
+    }
+}
+
+void CommonOptions::applyTo(SessionRequest& request) const {
+    request.options.verbose = isVerbose;
+    request.emulatedTargets = emulatedTargets;
+}

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "ArgumentParser.h"
+#include "KvTOutcome.h"
+#include "ToolSession.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+// The options that several commands have: one record for each group. Texts are UTF-8.
+
+/// Options that belong together, as they were given.
+class OptionGroup {
+public:
+    OptionGroup() = default;
+    OptionGroup(const OptionGroup&) = delete;
+    OptionGroup& operator=(const OptionGroup&) = delete;
+    virtual ~OptionGroup() = default;
+
+    /// Adds the options to a command; their values are written here.
+    virtual void addTo(CommandSyntax& syntax) = 0;
+    /// Writes what they ask of a session into the request.
+    virtual void applyTo(SessionRequest& /*request*/) const {}
+};
+
+struct ArchiveOptions final : OptionGroup {
+    std::string folder;
+    std::string description = "archive.json";
+
+    void addTo(CommandSyntax& syntax) override;
+    void applyTo(SessionRequest& request) const override;
+};
+
+struct HostOption final : OptionGroup {
+    /// IPv4 address or name of the target.
+    std::string host;
+
+    void addTo(CommandSyntax& syntax) override;
+    void applyTo(SessionRequest& request) const override;
+};
+
+struct FilterOptions final : OptionGroup {
+    std::string boardTypes;
+    std::string serialNumbers;
+    std::string elementNames;
+    bool looksAtConfiguration = false;
+    bool skipsCustom = false;
+
+    void addTo(CommandSyntax& syntax) override;
+    void applyTo(SessionRequest& request) const override;
+};
+
+struct ForceOption final : OptionGroup {
+    bool isForced = false;
+
+    void addTo(CommandSyntax& syntax) override;
+    void applyTo(SessionRequest& request) const override;
+};
+
+struct JsonOption final : OptionGroup {
+    bool isWanted = false;
+
+    void addTo(CommandSyntax& syntax) override;
+    /// Messages go to standard error.
+    void applyTo(SessionRequest& request) const override;
+};
+
+struct ReportOption final : OptionGroup {
+    std::optional<std::string> file;
+
+    void addTo(CommandSyntax& syntax) override;
+    void applyTo(SessionRequest& request) const override;
+
+    /// Class output if the file is wanted and cannot be written. Nothing is changed.
+    [[nodiscard]] KvNReflasher::KvTVerdict verdictOnFile() const;
+};
+
+/// The options of every command.
+struct CommonOptions final : OptionGroup {
+    bool isVerbose = false;
+    /// Folders.
+    std::vector<std::string> emulatedTargets;
+
+    void addTo(CommandSyntax& syntax) override;
+    void applyTo(SessionRequest& request) const override;
+};

@@ -1,0 +1,6 @@
+#include "ConnectCommand.h"
+
+ExitCode ConnectCommand::run() {
+    ToolSession session(request(KvNReflasher::connectOnly));
+    return conclude(session.prepareAndRun());
+}

@@ -1,0 +1,6 @@
+#include "DumpCommand.h"
+
+ExitCode DumpCommand::run() {
+    ToolSession session(request(KvNReflasher::dumpArchiveDescription));
+    return conclude(session.prepareAndRun());
+}

@@ -1,0 +1,175 @@
+#include "UpdateCommand.h"
+
+#include "KvNRtosAbstraction.h"
+#include "Selection.h"
+#include "SessionResult.h"
+#include "Texts.h"
+#include "ToolOutput.h"
+
+using namespace KvNReflasher;
+
+namespace {
+
+constexpr std::uint32_t microsecondsPerSecond = 1000000;
+
+/// Warns of each path that leads out of the archive's folder or out of the target's root: an archive from who knows
+/// where must not do that unnoticed.
+void warnOfForeignPaths(const KvISession& session) {
+    for (const KvTForeignPath& path : session.foreignPaths()) {
+        std::string sentence("warning: file entry ");
+        sentence.append(std::to_string(path.descriptionIndex)).append(path.isRead ? " reads \"" : " writes \"");
+        sentence.append(path.path).append("\", which is outside the ");
+        say(sentence.append(path.isRead ? "archive folder" : "target's file system"));
+    }
+}
+
+/// The one session of an update, from its preparation to its report.
+class UpdateSession {
+public:
+    explicit UpdateSession(UpdateCommand& command)
+        : steps_(command.steps), disabled_(command.disabled), report_(command.report),
+          session_(command.request(performUpdate)) {}
+
+    [[nodiscard]] ExitCode updateAndReport() {
+        if (opensFiles() && session_.prepare() && mayRun()) {
+            updateAndReboot();
+        }
+        result_.verdict.add(session_.verdict());
+        lookAgain();
+        result_.verdict.add(session_.closeEvents());
+        result_.writeReport(report_);
+        return conclude(result_.verdict);
+    }
+
+private:
+    /// Nothing is done if it cannot be recorded.
+    [[nodiscard]] bool opensFiles() {
+        result_.verdict = report_.verdictOnFile();
+        if (result_.verdict.isSuccess()) {
+            result_.verdict = session_.openEvents();
+        }
+        return result_.verdict.isSuccess();
+    }
+
+    /// Whether the prepared session is to run.
+    [[nodiscard]] bool mayRun() {
+        result_.verdict.add(disableElements(session_.get(), disabled_.elements));
+        result_.verdict.add(verdictOfFilters(*session_->plan(), session_.request().options));
+        warnOfForeignPaths(session_.get());
+        return result_.verdict.isSuccess() && (!steps_.hasPreflight || passesPreflight());
+    }
+
+    [[nodiscard]] bool passesPreflight() {
+        const std::vector<std::string> findings = session_->preflight();
+        for (const std::string& finding : findings) {
+            session_.remark("preflight: " + finding);
+        }
+        if (!findings.empty()) {
+            result_.verdict.add({session_.verdict().failure,
+                                 "nothing was touched: the preflight has found " + counted(findings.size(), "fault")});
+        }
+        return findings.empty();
+    }
+
+    void updateAndReboot() {
+        succeeded_ = session_.runInterruptibly();
+        if (succeeded_ && steps_.reboots) {
+            succeeded_ = session_->reboot();
+        }
+    }
+
+    /// Looks at what the target reports, as far as that is judged or reported. Whatever a report alone needs is not
+    /// worth to wait for a target that comes up.
+    void lookAgain() {
+        const bool isDown = steps_.reboots && succeeded_;
+        if (!session_.hasRun() || (!steps_.verifies && (!report_.file || isDown))) {
+            return;
+        }
+        result_.verification = steps_.verifies && isDown ? lookAfterReboot() : look(isDown);
+        if (steps_.verifies) {
+            result_.showVerification();
+        }
+    }
+
+    [[nodiscard]] KvTVerification look(bool wasRebooted) {
+        return verifyUpdate(*session_->plan(), session_->outcome(), session_->look(), wasRebooted);
+    }
+
+    /// The target may still answer for a moment, and its boards come up one after the other: it is looked at once a
+    /// second until it reports what it should or the time is over; then its last answer counts.
+    [[nodiscard]] KvTVerification lookAfterReboot() {
+        writeText(session_.request().textStream, "Waiting for the target to answer after its reboot (at most " +
+                                                     std::to_string(steps_.waitSeconds) + " s) ...\n");
+        for (std::uint32_t second = 0;; ++second) {
+            KvTVerification verification = look(true);
+            if (second >= steps_.waitSeconds || verdictOf(verification).isSuccess()) {
+                return verification;
+            }
+            KvNRtosAbstraction::usleep(microsecondsPerSecond);
+        }
+    }
+
+    const UpdateSteps& steps_;
+    const DisableOption& disabled_;
+    const ReportOption& report_;
+    ToolSession session_;
+    SessionResult result_{"update", session_, {}, {}};
+    /// run() and what follows it went well.
+    bool succeeded_ = false;
+};
+
+} // namespace
+
+void ProgressOptions::addTo(CommandSyntax& syntax) {
+    using enum ProgressStyle;
+    syntax.addOption(
+        "--progress", "HOW", "How progress is shown: line, plain (a line for every tenth) or none (default: line)",
+        [this](const std::string& word) {
+            progress = meaningOf<ProgressStyle>("--progress", word, {{"line", line}, {"plain", plain}, {"none", none}});
+            if (isOff && progress != none) {
+                refuse("--no-progress contradicts --progress " + word);
+            }
+        });
+    syntax.addSwitch("--no-progress", isOff, "The same as --progress none");
+}
+
+void ProgressOptions::applyTo(SessionRequest& request) const {
+    request.showsPlainProgress = progress == ProgressStyle::plain;
+    request.options.noProgress = isOff || progress != ProgressStyle::line;
+}
+
+void DisableOption::addTo(CommandSyntax& syntax) {
+    syntax.addOption("--disable", "ELEMENT",
+                     "Leave this element out of the update: its number (No. of a plan made with the same filters), "
+                     "address in the inventory, target path or display name; repeatable (default: none)",
+                     addedTo(elements), Occurs::anyNumber);
+}
+
+void UpdateSteps::addTo(CommandSyntax& syntax) {
+    syntax.addSwitch("--reboot", reboots, "Reboot the target after a successful update");
+    syntax.addSwitch("--preflight", hasPreflight, "Check every update file of the plan before the target is touched");
+    syntax.addSwitch("--verify", verifies,
+                     "Look at the target again after the update and judge by what it reports then");
+    syntax.addOption("--wait", "SECONDS",
+                     "With --verify and --reboot: how many seconds the target has to show the update (default: 300)",
+                     [this](const std::string& text) {
+                         waitSeconds = decimalNumber("--wait", text);
+                         if (!verifies || !reboots) {
+                             refuse("--wait needs --verify and --reboot");
+                         }
+                     });
+}
+
+void EventsOption::addTo(CommandSyntax& syntax) {
+    syntax.addOption("--events", "FILE",
+                     "Write notifications to FILE as JSON lines; -: to standard error (default: nowhere)",
+                     keptIn(file));
+}
+
+void EventsOption::applyTo(SessionRequest& request) const {
+    request.eventsFile = file;
+}
+
+ExitCode UpdateCommand::run() {
+    return UpdateSession(*this).updateAndReport();
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Command.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+/// How the progress of an update is shown.
+enum class ProgressStyle : std::uint8_t {
+    /// The library's line, written over and over.
+    line,
+    /// A line for every tenth.
+    plain,
+    none
+};
+
+struct ProgressOptions final : OptionGroup {
+    ProgressStyle progress = ProgressStyle::line;
+    bool isOff = false;
+
+    void addTo(CommandSyntax& syntax) override;
+    void applyTo(SessionRequest& request) const override;
+};
+
+struct DisableOption final : OptionGroup {
+    /// Numbers, addresses, target paths or display names of the elements to be left out of the update.
+    std::vector<std::string> elements;
+
+    void addTo(CommandSyntax& syntax) override;
+};
+
+/// The steps around an update.
+struct UpdateSteps final : OptionGroup {
+    bool reboots = false;
+    bool hasPreflight = false;
+    bool verifies = false;
+    /// How long a rebooted target has to show the update.
+    std::uint32_t waitSeconds = 300;
+
+    void addTo(CommandSyntax& syntax) override;
+};
+
+struct EventsOption final : OptionGroup {
+    std::optional<std::string> file;
+
+    void addTo(CommandSyntax& syntax) override;
+    void applyTo(SessionRequest& request) const override;
+};
+
+class UpdateCommand final : public Command {
+public:
+    [[nodiscard]] const char* summary() const override { return "Update a target from an archive."; }
+    [[nodiscard]] ExitCode run() override;
+
+    ArchiveOptions archive;
+    HostOption host;
+    FilterOptions filters;
+    ForceOption force;
+    ProgressOptions progress;
+    DisableOption disabled;
+    UpdateSteps steps;
+    EventsOption events;
+    ReportOption report;
+
+private:
+    [[nodiscard]] std::vector<OptionGroup*> groups() override {
+        return {&archive, &host, &filters, &force, &progress, &disabled, &steps, &events, &report};
+    }
+};

@@ -1,0 +1,6 @@
+#include "VersionCommand.h"
+
+ExitCode VersionCommand::run() {
+    ToolSession session(request(KvNReflasher::showVersion));
+    return conclude(session.prepareAndRun());
+}

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "KvTOutcome.h"
+
+/// Exit codes of the tool.
+enum ExitCode : int {
+    exitSuccess = 0,
+    exitFailed = 1,
+    exitTargetNotSupported = 2,
+    exitArchive = 3,
+    exitTarget = 4,
+    exitLocked = 5,
+    exitVerification = 6,
+    exitStopped = 7,
+    exitSelection = 8,
+    exitStale = 9,
+    exitUsage = 64,
+    /// Ended by an interrupt.
+    exitInterrupted = 130
+};
+
+/// Returns the exit code of a command that ends with this failure.
+[[nodiscard]] ExitCode exitCodeOf(KvNReflasher::KvEFailure failure);
+
+/// Says why a command has failed, as the last line on standard error, and returns its exit code. A command fails, too,
+/// if standard output has lost something.
+[[nodiscard]] ExitCode conclude(KvNReflasher::KvTVerdict verdict);

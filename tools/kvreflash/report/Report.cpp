@@ -1,0 +1,94 @@
+#include "Report.h"
+
+#include "ReasonTexts.h"
+#include "UserFiles.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+using namespace KvNReflasher;
+
+std::string ReportData::wordFor(const KvTPlannedElement& element) const {
+    if (!element.decision.update) {
+        return shortTextOf(element.decision);
+    }
+    if (!isUpdate() || element.index >= outcome.elements.size()) {
+        return "planned";
+    }
+    std::string word = codeOf(outcome.elements[element.index].result);
+    std::replace(word.begin(), word.end(), '-', ' ');
+    return word;
+}
+
+const char* ReportData::styleOf(const KvTPlannedElement& element) const {
+    if (!element.decision.update) {
+        return "";
+    }
+    if (!isUpdate() || element.index >= outcome.elements.size()) {
+        return "planned";
+    }
+    switch (outcome.elements[element.index].result) {
+    case KvEResult::updated:
+        return "updated";
+    case KvEResult::failed:
+    case KvEResult::cancelled:
+    case KvEResult::fileMissing:
+        return "failed";
+    case KvEResult::notPlanned:
+    case KvEResult::notStarted:
+    case KvEResult::inProgress:
+        return "uncertain";
+    }
+    return "";
+}
+
+const KvTVerifiedElement* ReportData::verificationOf(const KvTPlannedElement& element) const {
+    if (verification == nullptr) {
+        return nullptr;
+    }
+    const auto& verified = verification->elements;
+    const auto found =
+        std::lower_bound(verified.begin(), verified.end(), element.index,
+                         [](const KvTVerifiedElement& one, std::uint32_t index) { return one.index < index; });
+    return found != verified.end() && found->index == element.index ? &*found : nullptr;
+}
+
+std::string withoutOverwritten(const std::string& messages) {
+    std::string text;
+    std::size_t lineBegin = 0;
+    for (const char character : messages) {
+        if (character == '\r') {
+            text.resize(lineBegin);
+            continue;
+        }
+        text += character;
+        lineBegin = character == '\n' ? text.size() : lineBegin;
+    }
+    return text;
+}
+
+std::string timeText(std::chrono::system_clock::time_point time) {
+    const auto day = std::chrono::floor<std::chrono::days>(time);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss clock(std::chrono::floor<std::chrono::seconds>(time - day));
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
+                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                  static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
+                  static_cast<int>(clock.seconds().count()));
+    return text.data();
+}
+
+std::string documentOf(const ReportData& report) {
+    const KvTSessionRecord session{.verdict = report.verdict,
+                                   .plan = report.plan,
+                                   .outcome = &report.outcome,
+                                   .verification = report.verification,
+                                   .entries = &report.entries};
+    return reportDocument(session, report.facts);
+}
+
+bool writeReportFile(const ReportData& report, const std::string& path) {
+    return writeWholeFile(filePath(path), path.ends_with(".json") ? documentOf(report) : reportPage(report));
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "KvDocuments.h"
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+/// A session, as its report shows it.
+struct ReportData {
+    KvNReflasher::KvTReportFacts facts;
+    KvNReflasher::KvTVerdict verdict;
+    /// Null: there is none.
+    const KvNReflasher::KvTPlan* plan = nullptr;
+    KvNReflasher::KvTOutcome outcome;
+    /// Null: the target was not looked at.
+    const KvNReflasher::KvTVerification* verification = nullptr;
+    /// The accepted entries of the archive.
+    std::vector<KvNReflasher::KvTArchiveEntry> entries;
+
+    /// The session has updated the target, or tried to.
+    [[nodiscard]] bool isUpdate() const { return facts.command == "update"; }
+    /// A word on what became of an element: "updated", "failed", "up to date", ...
+    [[nodiscard]] std::string wordFor(const KvNReflasher::KvTPlannedElement& element) const;
+    /// What it is drawn as: "planned", "updated", "failed", "uncertain", or "" for an element that is not updated.
+    [[nodiscard]] const char* styleOf(const KvNReflasher::KvTPlannedElement& element) const;
+    /// Null if it was not verified.
+    [[nodiscard]] const KvNReflasher::KvTVerifiedElement*
+    verificationOf(const KvNReflasher::KvTPlannedElement& element) const;
+};
+
+/// `messages` as a terminal shows them in the end: of each line what stands behind the last carriage return.
+[[nodiscard]] std::string withoutOverwritten(const std::string& messages);
+
+/// A point of time as RFC 3339 has it, in UTC: "2026-03-01T12:34:56Z".
+[[nodiscard]] std::string timeText(std::chrono::system_clock::time_point time);
+
+/// The report as one HTML file that needs no other.
+[[nodiscard]] std::string reportPage(const ReportData& report);
+
+/// The report as the JSON document of its command.
+[[nodiscard]] std::string documentOf(const ReportData& report);
+
+/// Writes the report to a file, whose ending, .html or .json, decides the form. False if it cannot be written; what
+/// becomes of an earlier report then, writeWholeFile() says.
+[[nodiscard]] bool writeReportFile(const ReportData& report, const std::string& path);
