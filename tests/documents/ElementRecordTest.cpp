@@ -103,26 +103,6 @@ TEST(ElementRecord, IsNullWhereNothingIsKnownOrNothingApplies) {
     }
 }
 
-struct UnitRow {
-    const char* unit;
-    const char* rack;
-    const char* instance;
-    const char* path;
-};
-
-TEST(ElementRecord, NamesTheUnitByItsRackAndInstanceToo) {
-    const std::vector<UnitRow> unitRows = {
-        {"", "", "", ""},       {"U", "", "", "U"},          {"U", "R", "", "U: R"},
-        {"U", "", "I", "U: I"}, {"U", "R", "I", "U: R / I"}, {"", "R", "I", ": R / I"}};
-    for (const UnitRow& row : unitRows) {
-        KvTPlannedElement element;
-        element.unitName = row.unit;
-        element.rackName = row.rack;
-        element.unitInstanceName = row.instance;
-        EXPECT_EQ('"' + std::string(row.path) + '"', memberOf(element, "unitPath"));
-    }
-}
-
 TEST(TriedEntry, ATextThatIsNotJsonIsShownAsItIs) {
     const KvTPlan plan = samplePlan();
     std::vector<KvTExplanation> explanations = sampleExplanations();

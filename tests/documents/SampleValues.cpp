@@ -60,6 +60,7 @@ KvTPlannedElement boardElement(std::uint32_t index) {
     element.unitName = "Unit";
     element.unitInstanceName = "Press";
     element.rackName = "Rack 1";
+    element.unitPath = "Unit: Rack 1 / Press";
     element.slot = 2;
     element.slotCount = 1;
     element.boardAddress = "HCN[1]";

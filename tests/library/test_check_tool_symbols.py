@@ -51,7 +51,7 @@ inline constexpr int constant = call(2);
     def test_the_rooms_of_this_project_have_names(self):
         names = script.names_of_rooms(Path(__file__).resolve().parents[2])
         self.assertLessEqual({"KvCFirmwareArchive", "KvCUpdatePlanner", "KvCTargetInventory", "KvCPreparation",
-                              "KvCUpdateDriver", "KvCConsoleWriter", "KvCReflasher", "OwnedErrorList", "callSucceeds",
+                              "KvCUpdateDriver", "KvCConsoleWriter", "KvCReflasher", "KvCOwnedErrorList", "callSucceeds",
                               "walkInventory", "lookAtTarget"}, names)
 
 

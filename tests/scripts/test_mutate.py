@@ -238,7 +238,7 @@ class SuiteTest(unittest.TestCase):
     def test_rooms_above_are_those_that_link_a_room(self):
         suite = Suite(PROJECT)
         self.assertEqual(suite.above("session"), [])
-        self.assertEqual(suite.above("planning"), ["check", "preparation", "execution", "verification", "session"])
+        self.assertEqual(suite.above("planning"), ["printouts", "execution", "check", "verification", "session"])
         self.assertEqual(set(suite.above("system")), set(suite.uses) - {"system", "guards", "documents"})
 
     def test_every_room_has_tests_of_its_own_and_the_sessions(self):

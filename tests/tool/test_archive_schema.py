@@ -195,9 +195,8 @@ class ArchiveSchemaTest(ScratchTest):
         text = (PROJECT / "docs" / "archive-check.md").read_text(encoding="utf-8")
         errors, warnings = (re.findall(r"^\| `([a-z-]+)` \|", part, re.MULTILINE) for part in text.split("## ")[1:])
         self.assertEqual(set(errors), EXPRESSIBLE | NOT_EXPRESSIBLE | {"description-unreadable", "invalid-json"})
-        sources = "".join(path.read_text(encoding="utf-8")
-                          for path in (PROJECT / "src" / "check").glob("*Warnings.cpp"))
-        codes = set(re.findall(r"\bwarn(?:AtKey)?\(\s*\"([a-z-]+)\"", sources)) | {"entry-skipped"}
+        table = (PROJECT / "src" / "check" / "FindingTable.cpp").read_text(encoding="utf-8")
+        codes = set(re.findall(r"\{\s*\"([a-z-]+)\", warning,", table))
         self.assertEqual(set(warnings), codes)
         self.assertGreater(len(codes), 15)
         self.assertEqual((len(errors), len(warnings)), (len(set(errors)), len(set(warnings))))
