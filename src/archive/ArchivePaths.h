@@ -1,8 +1,8 @@
 #pragma once
 
 #include "KvCString.h"
-#include "KvTOptions.h"
 #include "KvCStringConversion.h"
+#include "KvTOptions.h"
 
 #include <string>
 

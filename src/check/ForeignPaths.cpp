@@ -1,8 +1,8 @@
 #include "ForeignPaths.h"
 
 #include "Files.h"
-#include "TextConversion.h"
 #include "KvCStringConversion.h"
+#include "TextConversion.h"
 
 #include <algorithm>
 #include <cstddef>

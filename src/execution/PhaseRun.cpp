@@ -5,8 +5,8 @@
 #include "Clock.h"
 #include "Files.h"
 #include "KvCConsoleWriter.h"
-#include "KvNRtosAbstraction.h"
 #include "KvCStringConversion.h"
+#include "KvNRtosAbstraction.h"
 
 #include <array>
 #include <atomic>
@@ -151,7 +151,8 @@ void KvCPhaseRun::startUpdate(const KvTUpdateElement& element) {
     KvCErrorListPool& errors = *element.errorLists[callErrors];
     const bool started = callSucceeds(errors, [&] {
         KvCInventoryManager::getInstance()->update2(errors, rootHandle(), element.boardAddress, lock_.handle(),
-                                                    element.elementId, files_.remoteFile(element.archiveFileIndex), timeStamp);
+                                                    element.elementId, files_.remoteFile(element.archiveFileIndex),
+                                                    timeStamp);
     });
     if (!started) {
         context_.writer.print(L"[ERROR]\n");

@@ -2,8 +2,8 @@
 
 #include "ElementNames.h"
 #include "KvCConsoleWriter.h"
-#include "TableLayout.h"
 #include "KvCStringConversion.h"
+#include "TableLayout.h"
 
 namespace {
 

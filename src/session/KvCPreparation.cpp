@@ -2,10 +2,10 @@
 
 #include "ErrorReport.h"
 #include "KvCConsoleWriter.h"
-#include "PlanTables.h"
-#include "PlanValue.h"
 #include "KvCStringConversion.h"
 #include "LibraryVersion.h"
+#include "PlanTables.h"
+#include "PlanValue.h"
 
 #include <utility>
 

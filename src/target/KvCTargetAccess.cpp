@@ -3,10 +3,10 @@
 #include "CallJudgement.h"
 #include "HostInterfaceHandles.h"
 #include "KvCConsoleWriter.h"
+#include "KvCStringConversion.h"
 #include "KvNRtosAbstraction.h"
 #include "Network.h"
 #include "TextConversion.h"
-#include "KvCStringConversion.h"
 
 #include <array>
 #include <vector>

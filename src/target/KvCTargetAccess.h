@@ -19,9 +19,9 @@ public:
     /// Turns the target text of the options (host name or IPv4 address) into an address. True when there is one.
     [[nodiscard]] bool resolveTarget();
 
-    /// Finds the one device at the target's address; what goes wrong is added to `errors`. 0 and a handle, which the caller gives back with
-    /// KvHIM_deleteDeviceHandle(); otherwise the service's status, or -1 when there is no address or not exactly one
-    /// device, and a null handle.
+    /// Finds the one device at the target's address; what goes wrong is added to `errors`. 0 and a handle, which the
+    /// caller gives back with KvHIM_deleteDeviceHandle(); otherwise the service's status, or -1 when there is no
+    /// address or not exactly one device, and a null handle.
     [[nodiscard]] std::int32_t findDevice(KvCErrorListPool& errors, KvHIMDeviceHandle& device) const;
 
     /// Checks that the device can be found; prints why not.

@@ -67,7 +67,6 @@ private:
     KeptMessages messages_;
     KvNReflasher::KvTOptions options_{};
     KvCFirmwareArchive archive_{messages_.writer(), options_};
-    KvCTargetInventory inventory_{messages_.writer(), options_,
-                                  KvCErrorManager::getInstance()->getMasterErrorList()};
+    KvCTargetInventory inventory_{messages_.writer(), options_, KvCErrorManager::getInstance()->getMasterErrorList()};
     KvCUpdatePlanner planner_{options_, archive_, inventory_};
 };

@@ -1,5 +1,5 @@
-#include "ArchiveFixture.h"
 #include "ArchivePrintouts.h"
+#include "ArchiveFixture.h"
 #include "BinaryFile.h"
 
 #include <string>

@@ -1,5 +1,5 @@
-#include "ElementTables.h"
 #include "ElementNames.h"
+#include "ElementTables.h"
 #include "KvCStringConversion.h"
 #include "TableLayout.h"
 

@@ -222,8 +222,7 @@ TEST_F(PlanPrintouts, ADisabledFpgaElementIsNotListedAsUnsupported) {
     targetHas(element("FPGA_TP1", 1).shownAs("without carrier"));
     targetHas(element("FPGA_TP1", 1).software(0x20100).shownAs("with carrier"));
     plan();
-    EXPECT_EQ("\nUnsupported update elements (will be ignored):\n        with carrier\n\n",
-              unsupported());
+    EXPECT_EQ("\nUnsupported update elements (will be ignored):\n        with carrier\n\n", unsupported());
 }
 
 // The list of elements that need no update.

@@ -25,7 +25,8 @@ protected:
         }
         options_.archiveFolder = archive.folder().path().wstring();
         options_.mode = mode;
-        preparation_ = std::make_unique<KvCPreparation>(messages_.writer(), options_, KvCErrorManager::getInstance()->getMasterErrorList());
+        preparation_ = std::make_unique<KvCPreparation>(messages_.writer(), options_,
+                                                        KvCErrorManager::getInstance()->getMasterErrorList());
         return preparation_->prepare();
     }
     [[nodiscard]] KvCPreparation& preparation() { return *preparation_; }
