@@ -34,7 +34,7 @@ enum class KvEEvent : std::uint8_t {
 
 /// Something that happens while a session runs.
 struct KvTEvent {
-    /// What happens.
+    /// The kind of the event.
     KvEEvent event = KvEEvent::phase;
     /// Its number, as of KvEEvent; 0 if it has none.
     std::uint32_t value = 0;

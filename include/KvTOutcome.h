@@ -133,7 +133,7 @@ enum class KvEFailedCall : std::uint8_t {
 
 /// Outcome of a session for one element.
 struct KvTElementOutcome {
-    /// What became of it.
+    /// Its result.
     KvEResult result = KvEResult::notPlanned;
     /// The call that failed.
     KvEFailedCall failedCall = KvEFailedCall::none;
@@ -157,7 +157,7 @@ struct KvTFileOutcome {
     /// Path in the target's file system for a file that is written there; empty for one that is transferred for an
     /// update.
     std::string targetPath;
-    /// What became of it.
+    /// Its result.
     KvEResult result = KvEResult::notStarted;
 };
 
@@ -205,7 +205,7 @@ struct KvTVerifiedElement {
 
 /// The reports of the target beside the plan.
 struct KvTVerification {
-    /// What the target reports.
+    /// The reports of the target.
     KvTLook look;
     /// In the order of the plan: those that the session updated or, without an update, those that have an entry and are
     /// not left out.

@@ -131,7 +131,7 @@ struct KvTPlannedElement {
 
     // What was found.
 
-    /// What entries name the board by; empty or 0 if it states none.
+    /// The values by which entries name the board; empty or 0 if it states none.
     /// @{
     std::string boardType;
     std::string boardVariant;
@@ -176,7 +176,7 @@ struct KvTPlannedElement {
     /// @}
     /// A custom element: an option leaves these out of the update.
     bool custom = false;
-    /// What it reported when it was found.
+    /// Its report when it was found.
     KvTInstalled installed;
 
     // What was chosen and decided.
