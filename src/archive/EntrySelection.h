@@ -50,8 +50,8 @@ struct KvTEntryAddress {
     [[nodiscard]] bool isGiven() const { return id || targetPath; }
 };
 
-/// What an entry is meant for on boards of some types: the values of an element of its "boards", completed by those of
-/// the entry, or of the entry alone. Looks into the entry's description.
+/// The values of an entry for boards of some types: those of an element of its "boards", completed by those of the
+/// entry, or those of the entry alone. Looks into the entry's description.
 struct KvTEntrySelection {
     /// The types of the boards for which the selection decides. A type of an earlier selection is left out: of each
     /// board type only the first one counts.

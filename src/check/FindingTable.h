@@ -37,7 +37,7 @@ enum class KvECheckRule : std::uint8_t {
 /// The object that a finding is about.
 enum class KvEFindingSubject : std::uint8_t { root, info, entry };
 
-/// What there is to say of a broken rule besides the message that is made where it is found.
+/// The texts of a broken rule besides its message, which is made where it is found.
 struct KvTFindingRow {
     /// Stays as it is from version to version.
     std::string_view code;

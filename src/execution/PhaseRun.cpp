@@ -1,5 +1,6 @@
 #include "PhaseRun.h"
 
+#include "ArchiveFindings.h"
 #include "ArchivePaths.h"
 #include "CallJudgement.h"
 #include "Clock.h"
@@ -11,7 +12,6 @@
 #include <array>
 #include <atomic>
 #include <string>
-#include <string_view>
 
 using namespace KvNReflasher;
 
@@ -30,19 +30,6 @@ constexpr std::uint32_t complete = 100;
 
 /// What the target answers to a status query.
 enum TargetState : std::uint32_t { targetRunning = 1, targetSucceeded = 2 };
-
-/// A message of the direct write without the word that it begins with and the end of its line.
-std::string sentenceOf(const std::wstring& message) {
-    std::string sentence(toUtf8(message).view());
-    constexpr std::string_view word = "ERROR: ";
-    if (sentence.starts_with(word)) {
-        sentence.erase(0, word.size());
-    }
-    if (sentence.ends_with('\n')) {
-        sentence.pop_back();
-    }
-    return sentence;
-}
 
 /// The next character of the spinner, which goes on from phase to phase and from session to session.
 const char* nextSpinner() {
@@ -137,7 +124,7 @@ void KvCPhaseRun::writeDirectly(const KvTUpdateElement& element) {
         context_.writer.print(L"[ERROR]\n");
         context_.fail(element, KvEFailedCall::writeFile);
         KvTElementFailure& failure = context_.runOf(element).failure;
-        failure.message = messages.empty() ? std::string() : sentenceOf(messages.back());
+        failure.message = messages.empty() ? std::string() : sentenceOf(toUtf8(messages.back()).view());
         failure.writeErrors = directWriter_.errors();
     }
     for (const std::wstring& message : messages) {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <utility>
 
-/// What the clients of this process created and did not release, what they released wrongly, and how they slept.
+/// Counts of the things that clients of this process hold, of their wrong releases, and of their sleeps.
 struct Ledger {
     std::atomic<std::uint32_t> errorLists{0};
     std::atomic<std::uint32_t> filters{0};

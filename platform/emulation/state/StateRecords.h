@@ -35,7 +35,7 @@ struct ElementState {
     void installAtReset(const InstalledValues& values, std::uint64_t resets);
 };
 
-/// What a target's resets leave behind.
+/// The traces of a target's resets.
 struct ResetCounters {
     std::uint64_t resets = 0;
     /// Device list sessions that still shall not find the target.

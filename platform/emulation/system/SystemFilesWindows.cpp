@@ -263,7 +263,7 @@ struct Folder::Impl {
 
     [[nodiscard]] std::wstring below(const std::string& name) const { return path + L"\\" + wideOf(name); }
 
-    /// The folder at `path` itself; null with `error` when it is no folder or a link.
+    /// The folder at `path` itself; null with `error` if it is not a folder, or a link.
     static std::shared_ptr<const Impl> openFolder(std::wstring path, std::error_code& error) {
         Handle handle = openHandle(path, FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE, OPEN_EXISTING,
                                    FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT);
