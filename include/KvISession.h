@@ -4,7 +4,9 @@
 #include "KvTOutcome.h"
 #include "KvTPlan.h"
 
+#include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,7 +31,27 @@ enum class KvEEvent : std::uint8_t {
     /// The update of the element `value` begins.
     elementStart,
     /// The update of the element `value` has ended; `succeeded` whether it succeeded.
-    elementEnd
+    elementEnd,
+    /// The started updates have shown nothing new for `value` seconds. The outcome lists them as in progress.
+    stalled
+};
+
+/// How an update is asked to end.
+enum class KvEStop : std::uint8_t {
+    /// Nothing new begins: no phase, transfer, update or file. What has begun is awaited.
+    finishBegun,
+    /// Waiting for updates that have begun is given up, too. Their update files stay on the target.
+    giveUp
+};
+
+/// The call into the device access libraries that a running update waits for.
+struct KvTActivity {
+    /// Name of the operation, such as "updateStatus2"; null if none is under way.
+    const char* call = nullptr;
+    /// Index of the element that it is made for; nothing if it is made for the target as a whole.
+    std::optional<std::uint32_t> element;
+    /// The moment at which it was made.
+    std::chrono::steady_clock::time_point begin;
 };
 
 /// Something that happens while a session runs.
@@ -132,6 +154,30 @@ public:
 
     /// Looks at what the target reports now, with a scan of its own. Nothing that it meets changes the outcome.
     [[nodiscard]] virtual KvNReflasher::KvTLook look() = 0;
+
+    // At any time, also within a notification.
+
+    /// Returns the outcome so far for the element of this index; that of an element that is not planned if there is no
+    /// such element or memory is exhausted.
+    [[nodiscard]] virtual KvNReflasher::KvTElementOutcome outcomeOf(std::uint32_t index) const = 0;
+
+    // At any time, from any thread.
+
+    /// Asks the update to end, from a signal handler, too. run() then ends in its own order: it awaits what has begun,
+    /// deletes the transferred files, finishes the session, gives the lock back and prints the results. It asks before
+    /// each phase, transfer, start and file; no phase is notified any more but 0xFFFFFFFF. A call that is under way
+    /// returns when it returns. The verdict is of class stopped if anything that was planned has not begun or not
+    /// ended. A request is never taken back; a stronger one replaces a weaker one.
+    virtual void requestStop(KvNReflasher::KvEStop how) noexcept = 0;
+    /// Returns what a running update waits for.
+    [[nodiscard]] virtual KvNReflasher::KvTActivity activity() const = 0;
+
+    // Before run().
+
+    /// Gives up waiting, as KvEStop::giveUp does, when the started updates have shown nothing new for so many seconds;
+    /// the verdict is then of class elements. A round of status queries counts 0.2 s, whatever it takes, and the time
+    /// within its calls. 0 (the default): waits as long as it takes.
+    virtual void setStallLimit(std::uint32_t seconds) = 0;
 };
 
 namespace KvNReflasher {

@@ -32,6 +32,7 @@ bool KvCUpdateDriver::run() {
 /// Marks the elements to be updated and lists them by phase.
 void KvCUpdateDriver::begin() {
     forgetRun();
+    context_.control.forgetStall();
     run_.hasNode = context_.inventory.systemAddress() != nullptr;
     phases_.assign(planner_.phaseCount(), {});
     for (const KvTUpdateElement& element : context_.inventory.elements()) {
@@ -48,7 +49,7 @@ void KvCUpdateDriver::begin() {
 bool KvCUpdateDriver::runPhases(const KvCTargetLock& lock) {
     KvCLaterUpdates laterUpdates(context_);
     bool filesMissing = false;
-    for (std::uint32_t phase = 0; phase < planner_.phaseCount(); ++phase) {
+    for (std::uint32_t phase = 0; phase < planner_.phaseCount() && !context_.control.startsNothing(); ++phase) {
         context_.callbacks.notifyPhase(phase);
         KvCPhaseRun run(context_, lock, directWriter_, collectPhase(phase), phase, transfers_);
         filesMissing = run.checkFiles() || filesMissing;

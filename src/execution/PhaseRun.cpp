@@ -9,8 +9,6 @@
 #include "KvCStringConversion.h"
 #include "KvNRtosAbstraction.h"
 
-#include <array>
-#include <atomic>
 #include <string>
 
 using namespace KvNReflasher;
@@ -21,33 +19,10 @@ constexpr int lineIndentation = 8;
 constexpr int messageIndentation = 12;
 /// Column in which the verdict of a line starts.
 constexpr int verdictColumn = 56;
-/// Pause after each started update and after each round of queries, in microseconds.
+/// Pause after each started update, in microseconds.
 constexpr std::uint32_t startPause = 500000;
-constexpr std::uint32_t pollPause = 200000;
-/// This many failed status queries in a row end an element.
-constexpr std::uint32_t pollFailureLimit = 2;
-constexpr std::uint32_t complete = 100;
-
-/// What the target answers to a status query.
-enum TargetState : std::uint32_t { targetRunning = 1, targetSucceeded = 2 };
-
-/// The next character of the spinner, which goes on from phase to phase and from session to session.
-const char* nextSpinner() {
-    static constexpr std::array spinner = {"-", "\\", "|", "/"};
-    static std::atomic<std::uint32_t> position{0};
-    return spinner[position++ % spinner.size()];
-}
 
 } // namespace
-
-/// What one round of status queries found.
-struct KvCPhaseRun::PollRound {
-    /// An update was still running when it was asked.
-    bool running = false;
-    /// Elements that take part in the percentage, and the sum of theirs.
-    std::uint32_t active = 0;
-    std::uint32_t sum = 0;
-};
 
 bool KvCPhaseRun::checkFiles() {
     bool isMissing = false;
@@ -75,6 +50,9 @@ void KvCPhaseRun::transferFiles() {
     }
     bool headingPrinted = false;
     for (const KvTUpdateElement* element : list_) {
+        if (context_.control.startsNothing()) {
+            return;
+        }
         if (element->isFileSystemElement || element->updateState != toBeUpdated ||
             files_.contains(element->archiveFileIndex)) {
             continue;
@@ -94,6 +72,9 @@ void KvCPhaseRun::transferFiles() {
 void KvCPhaseRun::startUpdates() {
     bool headingPrinted = false;
     for (const KvTUpdateElement* element : list_) {
+        if (context_.control.startsNothing()) {
+            return;
+        }
         if (element->updateState != toBeUpdated) {
             continue;
         }
@@ -116,16 +97,16 @@ void KvCPhaseRun::startUpdates() {
 
 void KvCPhaseRun::writeDirectly(const KvTUpdateElement& element) {
     std::vector<std::wstring> messages;
-    const bool isWritten = directWriter_.writeFileToTarget(context_.fileOf(element), element.location, messages);
+    const bool isWritten = putFile(element, messages);
     if (isWritten) {
         context_.runOf(element).updateState = updateFinished;
         context_.writer.print(L"\n");
     } else {
         context_.writer.print(L"[ERROR]\n");
-        context_.fail(element, KvEFailedCall::writeFile);
         KvTElementFailure& failure = context_.runOf(element).failure;
         failure.message = messages.empty() ? std::string() : sentenceOf(toUtf8(messages.back()).view());
         failure.writeErrors = directWriter_.errors();
+        context_.fail(element, KvEFailedCall::writeFile);
     }
     for (const std::wstring& message : messages) {
         context_.writer.print(L"%*s%s", messageIndentation, L"", message.c_str());
@@ -133,10 +114,16 @@ void KvCPhaseRun::writeDirectly(const KvTUpdateElement& element) {
     context_.notifyEnd(element, isWritten);
 }
 
+bool KvCPhaseRun::putFile(const KvTUpdateElement& element, std::vector<std::wstring>& messages) {
+    const KvCCallUnderWay call(context_.control, "KvHIM_putFileU", element.index);
+    return directWriter_.writeFileToTarget(context_.fileOf(element), element.location, messages);
+}
+
 void KvCPhaseRun::startUpdate(const KvTUpdateElement& element) {
     const std::uint64_t timeStamp = localTimeSeconds();
     KvCErrorListPool& errors = *element.errorLists[callErrors];
     const bool started = callSucceeds(errors, [&] {
+        const KvCCallUnderWay call(context_.control, "update2", element.index);
         KvCInventoryManager::getInstance()->update2(errors, rootHandle(), element.boardAddress, lock_.handle(),
                                                     element.elementId, files_.remoteFile(element.archiveFileIndex),
                                                     timeStamp);
@@ -152,80 +139,6 @@ void KvCPhaseRun::startUpdate(const KvTUpdateElement& element) {
     KvNRtosAbstraction::usleep(startPause);
 }
 
-void KvCPhaseRun::pollUpdates() {
-    bool goOn = true;
-    while (goOn) {
-        const PollRound round = pollOnce();
-        if (round.active == 0) {
-            return;
-        }
-        const std::uint32_t percentage = round.sum / round.active;
-        if (!context_.options.noProgress) {
-            context_.writer.print(L"%3u%% %-51.51hs\r", percentage, nextSpinner());
-        }
-        context_.callbacks.notifyProgress(percentage);
-        KvNRtosAbstraction::usleep(pollPause);
-        goOn = round.running;
-    }
-    if (!context_.options.noProgress) {
-        context_.writer.print(L"%3u%% %-51.51hs", complete, "");
-    }
-}
-
-KvCPhaseRun::PollRound KvCPhaseRun::pollOnce() const {
-    PollRound round;
-    for (const KvTUpdateElement* element : list_) {
-        if (!element->wasTried()) {
-            continue;
-        }
-        ++round.active;
-        if (element->updateState == updateStarted) {
-            round.running = true;
-            round.sum += pollElement(*element);
-        } else {
-            round.sum += complete;
-        }
-    }
-    return round;
-}
-
-/// Asks for the state of a started update; its percentage.
-std::uint32_t KvCPhaseRun::pollElement(const KvTUpdateElement& element) const {
-    KvTElementRun& run = context_.runOf(element);
-    std::uint32_t id = element.elementId;
-    std::uint32_t state = 0;
-    std::uint32_t done = 0;
-    std::uint32_t total = 0;
-    KvCErrorListPool& errors = *element.errorLists[callErrors];
-    const bool answered = callSucceeds(errors, [&] {
-        KvCInventoryManager::getInstance()->updateStatus2(errors, rootHandle(), element.boardAddress, id, state, done,
-                                                          total);
-    });
-    if (!answered) {
-        if (++run.pollFailures < pollFailureLimit) {
-            return 0;
-        }
-        failStatus(element);
-        return complete;
-    }
-    run.pollFailures = 0;
-    run.targetState = state;
-    if (state == targetRunning) {
-        return total != 0 ? done * complete / total : complete;
-    }
-    if (state == targetSucceeded) {
-        run.updateState = updateFinished;
-    } else {
-        failStatus(element);
-    }
-    return complete;
-}
-
-void KvCPhaseRun::failStatus(const KvTUpdateElement& element) const {
-    context_.fail(element, KvEFailedCall::updateStatus2);
-    context_.notifyEnd(element, false);
-}
-
 void KvCPhaseRun::collectErrors(KvCLaterUpdates& laterUpdates) {
     bool tried = false;
     bool failed = false;
@@ -238,7 +151,8 @@ void KvCPhaseRun::collectErrors(KvCLaterUpdates& laterUpdates) {
             continue;
         }
         failed = true;
-        if (!element->isFileSystemElement) {
+        // Of an update that is not awaited any more nobody knows that it has failed.
+        if (!element->isFileSystemElement && element->updateState != updateStarted) {
             laterUpdates.cancelLaterUpdates(element->boardAddress, element->phase + 1);
         }
     }
@@ -258,9 +172,7 @@ bool KvCPhaseRun::succeeded(const KvTUpdateElement& element) const {
     if (element.isFileSystemElement) {
         return true;
     }
-    KvCInventoryManager::getInstance()->updateErrors2(*element.errorLists[callErrors], rootHandle(),
-                                                      element.boardAddress, lock_.handle(), element.elementId,
-                                                      *element.errorLists[targetErrors]);
+    askForErrors(element);
     KvTElementRun& run = context_.runOf(element);
     run.errorsCollected = true;
     const bool isGood = !element.hasErrors();
@@ -270,4 +182,21 @@ bool KvCPhaseRun::succeeded(const KvTUpdateElement& element) const {
     }
     context_.notifyEnd(element, isGood);
     return isGood;
+}
+
+void KvCPhaseRun::askForErrors(const KvTUpdateElement& element) const {
+    const KvCCallUnderWay call(context_.control, "updateErrors2", element.index);
+    KvCInventoryManager::getInstance()->updateErrors2(*element.errorLists[callErrors], rootHandle(),
+                                                      element.boardAddress, lock_.handle(), element.elementId,
+                                                      *element.errorLists[targetErrors]);
+}
+
+/// The files of updates that are still under way stay where they are.
+void KvCPhaseRun::deleteRemoteFiles() {
+    for (const KvTUpdateElement* element : list_) {
+        if (element->updateState == updateStarted) {
+            files_.leave(element->archiveFileIndex);
+        }
+    }
+    files_.deleteRemoteFiles();
 }

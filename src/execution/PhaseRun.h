@@ -2,17 +2,16 @@
 
 #include "KvCDirectFileWriter.h"
 #include "LaterUpdates.h"
+#include "PhasePolling.h"
 #include "TargetLock.h"
 #include "TransferredFiles.h"
 #include "UpdateContext.h"
 
 #include <cstdint>
 #include <deque>
+#include <string>
 #include <utility>
 #include <vector>
-
-/// The elements of one phase that are to be updated, in the order of the element list.
-using KvTPhaseList = std::vector<const KvTUpdateElement*>;
 
 /// The run of one phase on a locked target. The steps are called once each, in their order.
 class KvCPhaseRun {
@@ -27,21 +26,20 @@ public:
     [[nodiscard]] bool checkFiles();
     void transferFiles();
     void startUpdates();
-    /// Asks until no update of the phase is running any more. Leaves the progress line open for the phase's verdict.
-    void pollUpdates();
+    /// Asks until no update of the phase is running any more or waiting is given up. Leaves the progress line open for
+    /// the phase's verdict.
+    void pollUpdates() { KvCPhasePolling(context_, list_).pollUpdates(); }
     /// Asks for the errors of the finished updates, closes the progress line with the phase's verdict, and cancels
     /// later updates on boards where one failed.
     void collectErrors(KvCLaterUpdates& laterUpdates);
-    void deleteRemoteFiles() { files_.deleteRemoteFiles(); }
+    void deleteRemoteFiles();
 
 private:
     void writeDirectly(const KvTUpdateElement& element);
+    [[nodiscard]] bool putFile(const KvTUpdateElement& element, std::vector<std::wstring>& messages);
     void startUpdate(const KvTUpdateElement& element);
-    struct PollRound;
-    [[nodiscard]] PollRound pollOnce() const;
-    [[nodiscard]] std::uint32_t pollElement(const KvTUpdateElement& element) const;
-    void failStatus(const KvTUpdateElement& element) const;
     [[nodiscard]] bool succeeded(const KvTUpdateElement& element) const;
+    void askForErrors(const KvTUpdateElement& element) const;
     [[nodiscard]] KvCInventoryRootHandle* rootHandle() const { return context_.inventory.rootHandle(); }
 
     const KvTUpdateContext& context_;

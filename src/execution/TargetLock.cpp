@@ -27,6 +27,7 @@ bool KvCTargetLock::lockTarget() {
         return false;
     }
     isHeld_ = callSucceeds(context_.errors, [&] {
+        const KvCCallUnderWay call(context_.control, "lock");
         KvCInventoryManager::getInstance()->lock(context_.errors, context_.inventory.rootHandle(), *address, lockFlags,
                                                  handle_);
     });
@@ -39,8 +40,10 @@ bool KvCTargetLock::lockTarget() {
 void KvCTargetLock::unlockTarget() {
     finishUpdate();
     isHeld_ = false;
-    const bool isUnlocked =
-        callSucceeds(context_.errors, [this] { KvCInventoryManager::getInstance()->unlock(context_.errors, handle_); });
+    const bool isUnlocked = callSucceeds(context_.errors, [this] {
+        const KvCCallUnderWay call(context_.control, "unlock");
+        KvCInventoryManager::getInstance()->unlock(context_.errors, handle_);
+    });
     context_.callbacks.notifyEvent({KvNReflasher::KvEEvent::unlocked, 0, isUnlocked});
     if (isUnlocked) {
         handle_ = nullptr;
@@ -55,6 +58,7 @@ void KvCTargetLock::finishUpdate() {
     const KvCTargetInventory& inventory = context_.inventory;
     for (const KvCInventoryAddress* address : {inventory.cnAddress(), inventory.hcnAddress()}) {
         if (address != nullptr) {
+            const KvCCallUnderWay call(context_.control, "updateFinish");
             KvCInventoryManager::getInstance()->updateFinish(*dropped, inventory.rootHandle(), *address, handle_);
         }
     }

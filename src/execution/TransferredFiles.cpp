@@ -32,6 +32,7 @@ bool KvCTransferredFiles::transferFile(const KvTUpdateElement& element, const Kv
     onTarget_.emplace(fileIndex, &transfer);
     KvCErrorListPool& errors = *element.errorLists[callErrors];
     const bool isTransferred = callSucceeds(errors, [&] {
+        const KvCCallUnderWay call(context_.control, "transferFile", element.index);
         KvCInventoryManager::getInstance()->transferFile(errors, context_.inventory.rootHandle(), system,
                                                          lock_.handle(), path.c_str(), nullptr, nullptr,
                                                          transfer.remoteFile);
@@ -50,6 +51,7 @@ void KvCTransferredFiles::deleteRemoteFiles() {
         // A file stays listed until it was asked to be deleted.
         const KvTTransfer& transfer = *onTarget_.begin()->second;
         if (transfer.result == KvEResult::updated) {
+            const KvCCallUnderWay call(context_.control, "deleteRemoteFile");
             KvCInventoryManager::getInstance()->deleteRemoteFile(context_.errors, inventory.rootHandle(),
                                                                  *inventory.systemAddress(), lock_.handle(),
                                                                  transfer.remoteFile);

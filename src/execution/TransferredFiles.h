@@ -38,6 +38,8 @@ public:
     /// Transfers the element's update file to the node `system`; prints a line. False if that failed; the errors are
     /// the element's.
     [[nodiscard]] bool transferFile(const KvTUpdateElement& element, const KvCInventoryAddress& system);
+    /// Leaves the file of this archive entry where it is.
+    void leave(std::uint32_t fileIndex) { onTarget_.erase(fileIndex); }
     /// Deletes all files in the order of the archive. Errors stay in the session's list for the final report.
     void deleteRemoteFiles();
 

@@ -4,6 +4,7 @@
 #include "KvCTargetInventory.h"
 #include "KvTCallbacks.h"
 #include "KvTOptions.h"
+#include "UpdateControl.h"
 
 class KvCConsoleWriter;
 
@@ -16,6 +17,7 @@ struct KvTUpdateContext {
     KvCTargetInventory& inventory;
     /// The errors of the session.
     KvCErrorListPool& errors;
+    KvCUpdateControl& control;
 
     /// The archive entry of an element that has one.
     [[nodiscard]] const KvTArchiveFile& fileOf(const KvTUpdateElement& element) const {

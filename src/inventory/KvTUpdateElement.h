@@ -64,13 +64,26 @@ struct KvTElementPlan {
     [[nodiscard]] bool hasArchiveFile() const { return archiveFileIndex != noArchiveFile; }
 };
 
+/// What the target has answered to a status query.
+struct KvTTargetAnswer {
+    /// 1: the update runs; 2: it has succeeded; anything else: it has failed.
+    std::uint32_t state = 0;
+    /// How far it has come.
+    /// @{
+    std::uint32_t done = 0;
+    std::uint32_t total = 0;
+    /// @}
+
+    friend bool operator==(const KvTTargetAnswer&, const KvTTargetAnswer&) = default;
+};
+
 /// How far the update of an element has come; only the running update changes it.
 struct KvTElementRun {
     KvEUpdateState updateState = notToBeUpdated;
     /// Failed status queries in a row.
     std::uint32_t pollFailures = 0;
-    /// What the target has answered to the last status query.
-    std::optional<std::uint32_t> targetState;
+    /// Nothing if the target has answered no status query.
+    std::optional<KvTTargetAnswer> targetAnswer;
     /// The target was asked for the errors of the finished update.
     bool errorsCollected = false;
     KvTElementFailure failure;

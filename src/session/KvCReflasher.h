@@ -62,6 +62,10 @@ public:
     [[nodiscard]] std::vector<std::string> preflight() override;
     [[nodiscard]] KvNReflasher::KvTOutcome outcome() const override;
     [[nodiscard]] KvNReflasher::KvTLook look() override;
+    [[nodiscard]] KvNReflasher::KvTElementOutcome outcomeOf(std::uint32_t index) const override;
+    void requestStop(KvNReflasher::KvEStop how) noexcept override { control_.requestStop(how); }
+    [[nodiscard]] KvNReflasher::KvTActivity activity() const override { return control_.activity(); }
+    void setStallLimit(std::uint32_t seconds) override { control_.setStallLimit(seconds); }
 
 protected:
     explicit KvCReflasher(KvNReflasher::KvTOptions options);
@@ -85,10 +89,13 @@ private:
     }
     void concludeRun(bool succeeded);
     [[nodiscard]] KvNReflasher::KvTVerdict verdictOfUpdate() const;
+    [[nodiscard]] KvNReflasher::KvTVerdict verdictOfUnfinished(const char* why, KvNReflasher::KvEFailure failure) const;
     [[nodiscard]] KvNReflasher::KvTVerdict verdictOfElements() const;
     [[nodiscard]] KvNReflasher::KvTOutcome makeOutcome() const;
     [[nodiscard]] KvNReflasher::KvEStage stage() const;
     [[nodiscard]] std::vector<std::string> collectedErrors() const;
+    [[nodiscard]] KvNReflasher::KvTElementOutcome plannedOutcome(const KvNReflasher::KvTPlannedElement& planned,
+                                                                 const KvTUpdateElement& element) const;
     [[nodiscard]] std::vector<KvNReflasher::KvTElementOutcome> elementOutcomes() const;
     [[nodiscard]] std::vector<KvNReflasher::KvTFileOutcome> fileOutcomes() const;
 
@@ -98,9 +105,11 @@ private:
     /// The errors of the session, of which the error manager has one list.
     KvCErrorListPool& errors_ = KvCErrorManager::getInstance()->getMasterErrorList();
     KvCPreparation preparation_{writer_, options_, errors_};
-    KvCUpdateDriver driver_{{writer_, callbacks_, options_, preparation_.archive(), preparation_.inventory(), errors_},
-                            preparation_.planner(),
-                            preparation_.targetAccess()};
+    KvCUpdateControl control_;
+    KvCUpdateDriver driver_{
+        {writer_, callbacks_, options_, preparation_.archive(), preparation_.inventory(), errors_, control_},
+        preparation_.planner(),
+        preparation_.targetAccess()};
     /// Made when an explanation is first asked for.
     std::optional<KvCExplainer> explainer_;
     /// What has come after prepare().

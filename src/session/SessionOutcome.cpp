@@ -1,3 +1,4 @@
+#include "ElementReasons.h"
 #include "ErrorEntries.h"
 #include "KvCReflasher.h"
 
@@ -34,11 +35,13 @@ KvEResult resultOf(const KvTUpdateElement& element) {
     return element.isFileSystemElement || element.errorsCollected ? KvEResult::updated : KvEResult::inProgress;
 }
 
-KvTElementOutcome outcomeOf(const KvTUpdateElement& element) {
+KvTElementOutcome recordedOutcome(const KvTUpdateElement& element) {
     KvTElementOutcome outcome;
     outcome.result = resultOf(element);
     outcome.failedCall = element.failure.call;
-    outcome.state = element.targetState;
+    if (element.targetAnswer) {
+        outcome.state = element.targetAnswer->state;
+    }
     outcome.message = element.failure.message;
     outcome.errors = element.failure.writeErrors;
     for (const KvCOwnedErrorList& list : element.errorLists) {
@@ -81,7 +84,39 @@ KvTVerdict KvCReflasher::verdictOfUpdate() const {
         return {KvEFailure::locked, "the target could not be locked" +
                                         (otherErrors_.empty() ? std::string() : ": " + otherErrors_.back().text)};
     }
+    if (control_.isStopRequested()) {
+        const KvTVerdict verdict = verdictOfUnfinished("ended on request", KvEFailure::stopped);
+        return verdict.isSuccess() ? verdictOfElements() : verdict;
+    }
+    if (control_.isStalled()) {
+        return verdictOfUnfinished("nothing changed any more", KvEFailure::elements);
+    }
     return verdictOfElements();
+}
+
+/// Of an update that has not ended everything that was planned; success if it has.
+KvTVerdict KvCReflasher::verdictOfUnfinished(const char* why, KvEFailure failure) const {
+    std::size_t notStarted = 0;
+    std::size_t inProgress = 0;
+    std::string names;
+    std::size_t index = 0;
+    for (const KvTElementOutcome& element : elementOutcomes()) {
+        const std::string& name = preparation_.plan()->elements[index++].displayName;
+        notStarted += element.result == KvEResult::notStarted ? 1 : 0;
+        if (element.result == KvEResult::inProgress) {
+            ++inProgress;
+            names.append(names.empty() ? " ('" : ", '").append(name).append("'");
+        }
+    }
+    if (notStarted + inProgress == 0) {
+        return {};
+    }
+    std::string message(why);
+    message.append(": ").append(counted(notStarted, "element")).append(" not started");
+    if (inProgress != 0) {
+        message.append(", ").append(counted(inProgress, "element")).append(" still in progress").append(names + ")");
+    }
+    return {failure, std::move(message)};
 }
 
 KvTVerdict KvCReflasher::verdictOfElements() const {
@@ -118,10 +153,31 @@ std::vector<KvTElementOutcome> KvCReflasher::elementOutcomes() const {
     outcomes.reserve(planned.size());
     auto element = preparation_.inventory().elements().begin();
     for (const KvTPlannedElement& one : planned) {
-        outcomes.push_back(one.decision.update ? outcomeOf(*element) : KvTElementOutcome());
+        outcomes.push_back(plannedOutcome(one, *element));
         ++element;
     }
     return outcomes;
+}
+
+KvTElementOutcome KvCReflasher::plannedOutcome(const KvTPlannedElement& planned,
+                                               const KvTUpdateElement& element) const {
+    if (!planned.decision.update) {
+        return {};
+    }
+    KvTElementOutcome outcome = recordedOutcome(element);
+    outcome.reason = reasonFor(outcome, planned,
+                               {.wasStopped = control_.isStopRequested(),
+                                .hasStalled = control_.isStalled(),
+                                .pollFailures = element.pollFailures});
+    return outcome;
+}
+
+KvTElementOutcome KvCReflasher::outcomeOf(std::uint32_t index) const {
+    return withoutException(KvTElementOutcome(), [this, index] {
+        const bool exists = plan() != nullptr && index < plan()->elements.size();
+        return exists ? plannedOutcome(plan()->elements[index], preparation_.inventory().element(index))
+                      : KvTElementOutcome();
+    });
 }
 
 std::vector<KvTFileOutcome> KvCReflasher::fileOutcomes() const {

@@ -61,13 +61,14 @@ private:
         Session(const KvTCallbacks& callbacks, const KvNReflasher::KvTOptions& options)
             : writer(callbacks), access(writer, options, errors()), archive(writer, options),
               inventory(writer, options, errors()), planner(options, archive, inventory),
-              driver({writer, callbacks, options, archive, inventory, errors()}, planner, access) {}
+              driver({writer, callbacks, options, archive, inventory, errors(), control}, planner, access) {}
 
         KvCConsoleWriter writer;
         KvCTargetAccess access;
         KvCFirmwareArchive archive;
         KvCTargetInventory inventory;
         KvCUpdatePlanner planner;
+        KvCUpdateControl control;
         KvCUpdateDriver driver;
     };
 

@@ -16,8 +16,8 @@ using namespace KvNReflasher;
 namespace {
 
 std::string wordOf(const KvTEvent& event) {
-    constexpr std::array<const char*, 8> names{"phase",    "progress", "element error", "locked",
-                                               "unlocked", "transfer", "element start", "element end"};
+    constexpr std::array<const char*, 9> names{"phase",    "progress",      "element error", "locked", "unlocked",
+                                               "transfer", "element start", "element end",   "stalled"};
     const std::string value = event.value == 0xFFFFFFFF ? "end" : std::to_string(event.value);
     return std::string(names.at(static_cast<std::size_t>(event.event))) + " " + value +
            (event.succeeded ? "" : " failed");

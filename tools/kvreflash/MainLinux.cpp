@@ -21,22 +21,31 @@ void occupyStandardStreams() {
     }
 }
 
-/// Interrupts are answered on a thread of their own, which may do what a signal handler may not. Whoever started the
-/// tool in the background may want it to ignore them.
-void answerInterrupts() {
+/// Whoever started the tool, in the background or by nohup, may want it to ignore a signal.
+bool isIgnored(int signal) {
     struct sigaction given {};
-    if (sigaction(SIGINT, nullptr, &given) != 0 || given.sa_handler == SIG_IGN) {
+    return sigaction(signal, nullptr, &given) != 0 || given.sa_handler == SIG_IGN;
+}
+
+/// Requests to end the tool are answered on a thread of their own, which may do what a signal handler may not.
+void answerSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGQUIT, SIGHUP}) {
+        if (!isIgnored(signal)) {
+            sigaddset(&signals, signal);
+        }
+    }
+    if (pthread_sigmask(SIG_BLOCK, &signals, nullptr) != 0) {
         return;
     }
-    sigset_t interrupts;
-    sigemptyset(&interrupts);
-    sigaddset(&interrupts, SIGINT);
-    if (pthread_sigmask(SIG_BLOCK, &interrupts, nullptr) != 0) {
-        return;
-    }
-    std::thread([interrupts] {
-        for (int signal = 0; sigwait(&interrupts, &signal) == 0;) {
-            answerInterrupt();
+    std::thread([signals] {
+        for (int signal = 0; sigwait(&signals, &signal) == 0;) {
+            if (signal == SIGHUP) {
+                answerLostTerminal();
+            } else {
+                answerStopRequest();
+            }
         }
     }).detach();
 }
@@ -45,10 +54,12 @@ void answerInterrupts() {
 
 int main(int argumentCount, char** arguments) {
     occupyStandardStreams();
-    // A reader of the output that ends early must not end an update in the middle; the loss is reported in the end.
+    // A reader of the output that ends early, or a limit of the size of files, must not end an update in the middle;
+    // the loss is reported in the end.
     (void)std::signal(SIGPIPE, SIG_IGN);
+    (void)std::signal(SIGXFSZ, SIG_IGN);
     try {
-        answerInterrupts();
+        answerSignals();
         return executeCommandLine({arguments + (argumentCount > 0 ? 1 : 0), arguments + argumentCount});
     } catch (const std::exception& exception) {
         say(exception.what());

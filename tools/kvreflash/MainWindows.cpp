@@ -4,18 +4,31 @@
 #include "Texts.h"
 #include "ToolOutput.h"
 
+#include <chrono>
 #include <exception>
 #include <windows.h>
 
 namespace {
 
+/// The system ends a program some seconds after its console was closed; sooner waiting must be given up.
+constexpr std::chrono::seconds closingPatience{3};
+
 /// Called by the system on a thread of its own.
 BOOL WINAPI answerConsoleEvent(DWORD event) {
-    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+    switch (event) {
+    case CTRL_C_EVENT:
+    case CTRL_BREAK_EVENT:
+        answerStopRequest();
+        return TRUE;
+    case CTRL_CLOSE_EVENT:
+    case CTRL_LOGOFF_EVENT:
+    case CTRL_SHUTDOWN_EVENT:
+        answerClosing(closingPatience);
+        Sleep(INFINITE); // the process ends when this returns; it is to end by itself, with its exit code
+        return TRUE;
+    default:
         return FALSE;
     }
-    answerInterrupt();
-    return TRUE;
 }
 
 } // namespace

@@ -16,10 +16,23 @@ void SessionResult::showVerification() {
     }
 }
 
-void SessionResult::writeReport(const ReportOption& option) {
-    if (option.file && !writeReportFile(report(), *option.file)) {
-        verdict.add({KvEFailure::output, "cannot write '" + *option.file + "'"});
+void SessionResult::writeReport(const ReportOption* option) {
+    if (option != nullptr && option->file && !writeReportFile(report(), *option->file)) {
+        verdict.add({KvEFailure::output, "cannot write '" + *option->file + "'"});
     }
+}
+
+ExitCode SessionResult::conclude(const ReportOption* reportOption, const JsonOption& json) {
+    verdict.add(verdictOfStandardOutput());
+    writeReport(reportOption);
+    if (json.isWanted) {
+        writeText(stdout, documentOf(report()));
+        if (const KvTVerdict loss = verdictOfStandardOutput(); !loss.isSuccess()) {
+            verdict.add(loss);
+            writeReport(reportOption); // what it says of success does not hold any more
+        }
+    }
+    return ::conclude(verdict);
 }
 
 ReportData SessionResult::report() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ExitCodes.h"
 #include "Report.h"
 #include "SharedOptions.h"
 #include "ToolSession.h"
@@ -18,9 +19,13 @@ struct SessionResult {
 
     /// Shows the verification and takes its verdict in. Of a command that has failed the class stays.
     void showVerification();
-    /// Writes the report if one is wanted; class output if that fails.
-    void writeReport(const ReportOption& option);
+    /// Writes the report and the document that are wanted, says why the command has failed, and returns its exit code:
+    /// all state the same verdict. `reportOption`: null if the command has none.
+    [[nodiscard]] ExitCode conclude(const ReportOption* reportOption, const JsonOption& json);
     [[nodiscard]] ReportData report() const;
+
+private:
+    void writeReport(const ReportOption* option);
 };
 
 /// Prepares and runs a session that shows a plan, unless its report cannot be written. The verdict includes whether the

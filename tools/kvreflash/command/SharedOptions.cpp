@@ -51,6 +51,17 @@ void FilterOptions::applyTo(SessionRequest& request) const {
     request.options.disableCustomElements = skipsCustom;
 }
 
+void DisableOption::addTo(CommandSyntax& syntax) {
+    syntax.addOption("--disable", "ELEMENT",
+                     "Leave this element out of the update: its number (No. of a plan made with the same filters), "
+                     "address in the inventory, target path or display name; repeatable (default: none)",
+                     addedTo(elements), Occurs::anyNumber);
+}
+
+void DisableOption::applyTo(SessionRequest& request) const {
+    request.disabledElements = elements;
+}
+
 void ForceOption::addTo(CommandSyntax& syntax) {
     syntax.addSwitch("-f,--force", isForced,
                      "Update elements that are up to date, too (never those with an \"upgrade\" entry)");

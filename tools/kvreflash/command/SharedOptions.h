@@ -51,6 +51,14 @@ struct FilterOptions final : OptionGroup {
     void applyTo(SessionRequest& request) const override;
 };
 
+struct DisableOption final : OptionGroup {
+    /// Numbers, addresses, target paths or display names of the elements to be left out of the update.
+    std::vector<std::string> elements;
+
+    void addTo(CommandSyntax& syntax) override;
+    void applyTo(SessionRequest& request) const override;
+};
+
 struct ForceOption final : OptionGroup {
     bool isForced = false;
 

@@ -11,11 +11,12 @@ public:
     HostOption host;
     FilterOptions filters;
     ForceOption force;
+    DisableOption disabled;
     JsonOption json;
     ReportOption report;
 
 private:
     [[nodiscard]] std::vector<OptionGroup*> groups() override {
-        return {&archive, &host, &filters, &force, &json, &report};
+        return {&archive, &host, &filters, &force, &disabled, &json, &report};
     }
 };

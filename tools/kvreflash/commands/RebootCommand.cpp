@@ -1,13 +1,15 @@
 #include "RebootCommand.h"
 
+#include "SessionResult.h"
+
 using namespace KvNReflasher;
 
 ExitCode RebootCommand::run() {
     ToolSession session(request(connectOnly));
-    KvTVerdict verdict = session.prepareAndRun();
-    if (verdict.isSuccess()) {
+    SessionResult result{"reboot", session, session.prepareAndRun(), {}};
+    if (result.verdict.isSuccess()) {
         session->reboot();
-        verdict.add(session.verdict());
+        result.verdict.add(session.verdict());
     }
-    return conclude(verdict);
+    return result.conclude(nullptr, json);
 }

@@ -9,7 +9,8 @@ public:
 
     HostOption host;
     FilterOptions filters;
+    JsonOption json;
 
 private:
-    [[nodiscard]] std::vector<OptionGroup*> groups() override { return {&host, &filters}; }
+    [[nodiscard]] std::vector<OptionGroup*> groups() override { return {&host, &filters, &json}; }
 };

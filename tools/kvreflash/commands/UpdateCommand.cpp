@@ -1,8 +1,8 @@
 #include "UpdateCommand.h"
 
 #include "KvNRtosAbstraction.h"
-#include "Selection.h"
 #include "SessionResult.h"
+#include "Streams.h"
 #include "Texts.h"
 #include "ToolOutput.h"
 
@@ -27,7 +27,7 @@ void warnOfForeignPaths(const KvISession& session) {
 class UpdateSession {
 public:
     explicit UpdateSession(UpdateCommand& command)
-        : steps_(command.steps), disabled_(command.disabled), report_(command.report),
+        : steps_(command.steps), report_(command.report), json_(command.json),
           session_(command.request(performUpdate)) {}
 
     [[nodiscard]] ExitCode updateAndReport() {
@@ -37,8 +37,7 @@ public:
         result_.verdict.add(session_.verdict());
         lookAgain();
         result_.verdict.add(session_.closeEvents());
-        result_.writeReport(report_);
-        return conclude(result_.verdict);
+        return result_.conclude(&report_, json_);
     }
 
 private:
@@ -53,10 +52,18 @@ private:
 
     /// Whether the prepared session is to run.
     [[nodiscard]] bool mayRun() {
-        result_.verdict.add(disableElements(session_.get(), disabled_.elements));
-        result_.verdict.add(verdictOfFilters(*session_->plan(), session_.request().options));
+        result_.verdict.add(session_.select());
         warnOfForeignPaths(session_.get());
-        return result_.verdict.isSuccess() && (!steps_.hasPreflight || passesPreflight());
+        return result_.verdict.isSuccess() && (!steps_.hasPreflight || passesPreflight()) &&
+               goesOn("nothing was touched");
+    }
+
+    /// Whether the user lets what comes next begin; `what` has not happened otherwise.
+    [[nodiscard]] bool goesOn(const char* what) {
+        if (session_.isStopRequested()) {
+            result_.verdict.add({KvEFailure::stopped, std::string("ended on request: ") + what});
+        }
+        return !session_.isStopRequested();
     }
 
     [[nodiscard]] bool passesPreflight() {
@@ -72,9 +79,9 @@ private:
     }
 
     void updateAndReboot() {
-        succeeded_ = session_.runInterruptibly();
+        succeeded_ = session_.run();
         if (succeeded_ && steps_.reboots) {
-            succeeded_ = session_->reboot();
+            succeeded_ = goesOn("the target was not rebooted") && session_->reboot();
         }
     }
 
@@ -102,7 +109,8 @@ private:
                                                      std::to_string(steps_.waitSeconds) + " s) ...\n");
         for (std::uint32_t second = 0;; ++second) {
             KvTVerification verification = look(true);
-            if (second >= steps_.waitSeconds || verdictOf(verification).isSuccess()) {
+            if (second >= steps_.waitSeconds || verdictOf(verification).isSuccess() ||
+                !goesOn("the target was not awaited")) {
                 return verification;
             }
             KvNRtosAbstraction::usleep(microsecondsPerSecond);
@@ -110,8 +118,8 @@ private:
     }
 
     const UpdateSteps& steps_;
-    const DisableOption& disabled_;
     const ReportOption& report_;
+    const JsonOption& json_;
     ToolSession session_;
     SessionResult result_{"update", session_, {}, {}};
     /// run() and what follows it went well.
@@ -123,9 +131,12 @@ private:
 void ProgressOptions::addTo(CommandSyntax& syntax) {
     using enum ProgressStyle;
     syntax.addOption(
-        "--progress", "HOW", "How progress is shown: line, plain (a line for every tenth) or none (default: line)",
+        "--progress", "HOW",
+        "How progress is shown: line, plain (a line for every tenth), none, or auto: line on a terminal, plain "
+        "elsewhere (default: auto)",
         [this](const std::string& word) {
-            progress = meaningOf<ProgressStyle>("--progress", word, {{"line", line}, {"plain", plain}, {"none", none}});
+            progress = meaningOf<ProgressStyle>(
+                "--progress", word, {{"auto", automatic}, {"line", line}, {"plain", plain}, {"none", none}});
             if (isOff && progress != none) {
                 refuse("--no-progress contradicts --progress " + word);
             }
@@ -134,15 +145,10 @@ void ProgressOptions::addTo(CommandSyntax& syntax) {
 }
 
 void ProgressOptions::applyTo(SessionRequest& request) const {
-    request.showsPlainProgress = progress == ProgressStyle::plain;
-    request.options.noProgress = isOff || progress != ProgressStyle::line;
-}
-
-void DisableOption::addTo(CommandSyntax& syntax) {
-    syntax.addOption("--disable", "ELEMENT",
-                     "Leave this element out of the update: its number (No. of a plan made with the same filters), "
-                     "address in the inventory, target path or display name; repeatable (default: none)",
-                     addedTo(elements), Occurs::anyNumber);
+    const ProgressStyle fitting = isTerminal(stdout) ? ProgressStyle::line : ProgressStyle::plain;
+    const ProgressStyle style = isOff ? ProgressStyle::none : progress == ProgressStyle::automatic ? fitting : progress;
+    request.showsPlainProgress = style == ProgressStyle::plain;
+    request.options.noProgress = style != ProgressStyle::line;
 }
 
 void UpdateSteps::addTo(CommandSyntax& syntax) {
@@ -158,6 +164,19 @@ void UpdateSteps::addTo(CommandSyntax& syntax) {
                              refuse("--wait needs --verify and --reboot");
                          }
                      });
+    syntax.addOption("--stall-limit", "SECONDS",
+                     "Give up waiting when the elements of a phase have shown nothing new for so many seconds "
+                     "(default: none)",
+                     [this](const std::string& text) {
+                         stallLimit = decimalNumber("--stall-limit", text);
+                         if (stallLimit == 0) {
+                             refuse("--stall-limit: '0' must be at least 1");
+                         }
+                     });
+}
+
+void UpdateSteps::applyTo(SessionRequest& request) const {
+    request.stallLimit = stallLimit;
 }
 
 void EventsOption::addTo(CommandSyntax& syntax) {

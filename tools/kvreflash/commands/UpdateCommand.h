@@ -8,6 +8,8 @@
 
 /// How the progress of an update is shown.
 enum class ProgressStyle : std::uint8_t {
+    /// As a line on a terminal, plain elsewhere.
+    automatic,
     /// The library's line, written over and over.
     line,
     /// A line for every tenth.
@@ -16,18 +18,11 @@ enum class ProgressStyle : std::uint8_t {
 };
 
 struct ProgressOptions final : OptionGroup {
-    ProgressStyle progress = ProgressStyle::line;
+    ProgressStyle progress = ProgressStyle::automatic;
     bool isOff = false;
 
     void addTo(CommandSyntax& syntax) override;
     void applyTo(SessionRequest& request) const override;
-};
-
-struct DisableOption final : OptionGroup {
-    /// Numbers, addresses, target paths or display names of the elements to be left out of the update.
-    std::vector<std::string> elements;
-
-    void addTo(CommandSyntax& syntax) override;
 };
 
 /// The steps around an update.
@@ -37,8 +32,11 @@ struct UpdateSteps final : OptionGroup {
     bool verifies = false;
     /// How long a rebooted target has to show the update.
     std::uint32_t waitSeconds = 300;
+    /// For how long elements may show nothing new; 0: as long as it takes.
+    std::uint32_t stallLimit = 0;
 
     void addTo(CommandSyntax& syntax) override;
+    void applyTo(SessionRequest& request) const override;
 };
 
 struct EventsOption final : OptionGroup {
@@ -62,9 +60,10 @@ public:
     UpdateSteps steps;
     EventsOption events;
     ReportOption report;
+    JsonOption json;
 
 private:
     [[nodiscard]] std::vector<OptionGroup*> groups() override {
-        return {&archive, &host, &filters, &force, &progress, &disabled, &steps, &events, &report};
+        return {&archive, &host, &filters, &force, &progress, &disabled, &steps, &events, &report, &json};
     }
 };

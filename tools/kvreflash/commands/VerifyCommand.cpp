@@ -14,9 +14,5 @@ ExitCode VerifyCommand::run() {
         writeText(session.request().textStream, elementsWithoutEntryText(*session->plan()));
         result.showVerification();
     }
-    result.writeReport(report);
-    if (json.isWanted) {
-        writeText(stdout, documentOf(result.report()));
-    }
-    return conclude(result.verdict);
+    return result.conclude(&report, json);
 }

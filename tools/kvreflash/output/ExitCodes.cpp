@@ -3,6 +3,7 @@
 #include "ToolOutput.h"
 
 #include <cstdio>
+#include <utility>
 
 using namespace KvNReflasher;
 
@@ -36,14 +37,19 @@ ExitCode exitCodeOf(KvEFailure failure) {
     return exitFailed;
 }
 
+KvTVerdict verdictOfStandardOutput() {
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) {
+        return {};
+    }
+    return {KvEFailure::output, "cannot write to standard output"};
+}
+
 ExitCode conclude(KvTVerdict verdict) {
-    // Whoever wrote to standard output, the library or the tool: what was lost shows here.
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-        const KvTVerdict loss{KvEFailure::output, "cannot write to standard output"};
-        if (!verdict.isSuccess()) {
+    if (KvTVerdict loss = verdictOfStandardOutput(); !loss.isSuccess()) {
+        if (verdict.failure < loss.failure) {
             say(loss.message);
         }
-        verdict.add(loss);
+        verdict.add(std::move(loss));
     }
     if (!verdict.isSuccess()) {
         // Without memory a session cannot say that it has none.

@@ -22,6 +22,9 @@ enum ExitCode : int {
 /// Returns the exit code of a command that ends with this failure.
 [[nodiscard]] ExitCode exitCodeOf(KvNReflasher::KvEFailure failure);
 
+/// Class output if standard output has lost something of what the library or the tool has written.
+[[nodiscard]] KvNReflasher::KvTVerdict verdictOfStandardOutput();
+
 /// Says why a command has failed, as the last line on standard error, and returns its exit code. A command fails, too,
 /// if standard output has lost something.
 [[nodiscard]] ExitCode conclude(KvNReflasher::KvTVerdict verdict);

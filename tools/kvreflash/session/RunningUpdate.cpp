@@ -1,87 +1,192 @@
 #include "RunningUpdate.h"
 
 #include "ExitCodes.h"
+#include "Texts.h"
 #include "ToolOutput.h"
 
-#include <atomic>
 #include <cstdlib>
+#include <utility>
+
+using namespace KvNReflasher;
+using Clock = std::chrono::steady_clock;
 
 namespace {
 
-constexpr std::uint32_t noMorePhases = 0xFFFFFFFF;
+/// The update of the running command. It does not end while somebody holds the mutex.
+std::mutex currentMutex;
+RunningUpdate* currentUpdate = nullptr;
+/// Nothing is left that a request could end: the tool is about to return its exit code.
+bool hasUpdated = false;
+std::condition_variable updateEnded;
 
-std::atomic<RunningUpdate*> currentUpdate = nullptr;
-/// Held while an interrupt is answered: an update does not end meanwhile.
-std::mutex answering;
+/// Says the answer, and ends the tool if it asks for that. Nothing is to run any more then, whatever the other thread
+/// is doing; messages are flushed one by one.
+void carryOut(const RunningUpdate::Answer& answer) {
+    if (!answer.text.empty()) {
+        writeText(stderr, answer.text);
+    }
+    if (answer.endsTool) {
+        std::_Exit(exitInterrupted);
+    }
+}
+
+/// Ends the tool unless its update has ended. The mutex must be held.
+void endUnlessUpdated() {
+    if (!hasUpdated) {
+        std::_Exit(exitInterrupted);
+    }
+}
+
+void append(std::string& list, const std::string& item) {
+    list.append(list.empty() ? "" : ", ").append(item);
+}
 
 } // namespace
 
-RunningUpdate::RunningUpdate(const KvNReflasher::KvTPlan& plan) {
-    for (const KvNReflasher::KvTPlannedElement& element : plan.elements) {
-        if (element.phase) {
-            elements_.push_back({element.index, *element.phase, element.displayName});
-        }
+std::optional<StopLadder::Rung> StopLadder::request(Clock::time_point now) {
+    if (last_ && now - *last_ <= window) {
+        return {};
     }
+    last_ = now;
+    if (rung_ != Rung::end) {
+        rung_ = static_cast<Rung>(static_cast<int>(rung_) + 1);
+    }
+    return rung_;
+}
+
+bool StopLadder::climbTo(Rung rung, Clock::time_point now) {
+    if (rung_ >= rung) {
+        return false;
+    }
+    last_ = now;
+    rung_ = rung;
+    return true;
+}
+
+RunningUpdate::RunningUpdate(RequestStop requestStop) : requestStop_(std::move(requestStop)) {
+    const std::lock_guard lock(currentMutex);
     currentUpdate = this;
+    hasUpdated = false;
 }
 
 RunningUpdate::~RunningUpdate() {
-    const std::lock_guard lock(answering);
+    const std::lock_guard lock(currentMutex);
     currentUpdate = nullptr;
+    hasUpdated = true;
+    updateEnded.notify_all();
 }
 
 RunningUpdate* RunningUpdate::current() {
+    const std::lock_guard lock(currentMutex);
     return currentUpdate;
 }
 
-void RunningUpdate::beginPhase(std::uint32_t phase) {
+void RunningUpdate::setPlan(const KvTPlan& plan) {
     const std::lock_guard lock(mutex_);
-    phase_ = phase;
+    elements_.clear();
+    for (const KvTPlannedElement& element : plan.elements) {
+        std::string board = element.boardName;
+        if (element.serialNumber != 0) {
+            board.append(", S/N ").append(std::to_string(element.serialNumber));
+        }
+        elements_.push_back({visibleInLine(element.displayName), visibleInLine(board)});
+    }
 }
 
-void RunningUpdate::elementFailed(std::uint32_t index) {
+void RunningUpdate::onEvent(const KvTEvent& event) {
     const std::lock_guard lock(mutex_);
-    failed_.insert(index);
+    if (event.event == KvEEvent::elementStart) {
+        inProgress_.insert(event.value);
+    } else if (event.event == KvEEvent::elementEnd) {
+        inProgress_.erase(event.value);
+    }
 }
 
-std::string RunningUpdate::unfinishedElements() const {
-    if (!phase_) {
-        return "No phase had begun.\n";
+bool RunningUpdate::isStopRequested() const {
+    const std::lock_guard lock(mutex_);
+    return ladder_.rung() != StopLadder::Rung::none;
+}
+
+std::string RunningUpdate::namesInProgress() const {
+    std::string names;
+    for (const std::uint32_t index : inProgress_) {
+        append(names, "'" + elements_.at(index).name + "'");
     }
-    if (*phase_ == noMorePhases) {
-        return "All phases had ended.\n";
-    }
-    std::string text = "Elements of phase " + std::to_string(*phase_) + " that were not reported failed:\n";
-    for (const Element& element : elements_) {
-        if (element.phase == *phase_ && failed_.count(element.index) == 0) {
-            text += "  " + std::to_string(element.index) + "  " + element.name + "\n";
+    return names.empty() ? "no element is in progress" : "in progress: " + names;
+}
+
+/// Each board once.
+std::string RunningUpdate::boardsInProgress() const {
+    std::set<std::string> seen;
+    std::string boards;
+    for (const std::uint32_t index : inProgress_) {
+        const std::string& board = elements_.at(index).board;
+        if (seen.insert(board).second) {
+            append(boards, board);
         }
     }
-    return text;
+    return boards;
 }
 
-RunningUpdate::Answer RunningUpdate::interrupt(std::chrono::steady_clock::time_point now) {
+RunningUpdate::Answer RunningUpdate::answerTo(StopLadder::Rung rung) {
+    switch (rung) {
+    case StopLadder::Rung::none:
+        break;
+    case StopLadder::Rung::finishBegun:
+        requestStop_(KvEStop::finishBegun);
+        return {"\nkvreflash: the update is asked to end: nothing new begins, and what has begun is awaited. Ask again "
+                "to give up waiting.\n",
+                false};
+    case StopLadder::Rung::giveUp:
+        requestStop_(KvEStop::giveUp);
+        return {"\nkvreflash: waiting is given up; " + namesInProgress() + ". Ask again to end at once.\n", false};
+    case StopLadder::Rung::end: {
+        const std::string boards = boardsInProgress();
+        return {"\nkvreflash: ended at once; " +
+                    (boards.empty() ? "no update was in progress" : "this may have cut an update on: " + boards) + "\n",
+                true};
+    }
+    }
+    return {};
+}
+
+RunningUpdate::Answer RunningUpdate::request(Clock::time_point now) {
     const std::lock_guard lock(mutex_);
-    if (lastInterrupt_ && now - *lastInterrupt_ <= interruptWindow) {
-        return {"\nkvreflash: interrupted; the target may be incomplete. " + unfinishedElements(), true};
-    }
-    lastInterrupt_ = now;
-    return {"\nkvreflash: the target is being updated; interrupting may leave it incomplete. The update goes on. "
-            "Interrupt again within " +
-                std::to_string(interruptWindow.count()) + " s to end at once.\n",
-            false};
+    const std::optional<StopLadder::Rung> rung = ladder_.request(now);
+    return rung ? answerTo(*rung) : Answer();
 }
 
-void answerInterrupt() {
-    const std::lock_guard lock(answering);
-    RunningUpdate* const update = RunningUpdate::current();
-    if (update != nullptr) {
-        const RunningUpdate::Answer answer = update->interrupt(std::chrono::steady_clock::now());
-        writeText(stderr, answer.text);
-        if (!answer.endsTool) {
-            return;
-        }
+RunningUpdate::Answer RunningUpdate::climbTo(StopLadder::Rung rung, Clock::time_point now) {
+    const std::lock_guard lock(mutex_);
+    return ladder_.climbTo(rung, now) ? answerTo(rung) : Answer();
+}
+
+void answerStopRequest() {
+    const std::lock_guard lock(currentMutex);
+    if (currentUpdate != nullptr) {
+        carryOut(currentUpdate->request(Clock::now()));
+    } else {
+        endUnlessUpdated();
     }
-    // Nothing is to run any more, whatever the other thread is doing; messages are flushed one by one.
-    std::_Exit(exitInterrupted);
+}
+
+void answerLostTerminal() {
+    const std::lock_guard lock(currentMutex);
+    if (currentUpdate == nullptr) {
+        endUnlessUpdated();
+    }
+}
+
+void answerClosing(std::chrono::milliseconds patience) {
+    std::unique_lock lock(currentMutex);
+    if (currentUpdate == nullptr) {
+        endUnlessUpdated();
+        return;
+    }
+    const auto hasEnded = [] { return currentUpdate == nullptr; };
+    carryOut(currentUpdate->climbTo(StopLadder::Rung::finishBegun, Clock::now()));
+    if (!updateEnded.wait_for(lock, patience, hasEnded)) {
+        carryOut(currentUpdate->climbTo(StopLadder::Rung::giveUp, Clock::now()));
+        updateEnded.wait(lock, hasEnded);
+    }
 }

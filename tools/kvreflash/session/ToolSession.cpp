@@ -23,6 +23,8 @@ ToolSession::ToolSession(SessionRequest request)
     }
     if (request_.options.mode == performUpdate) {
         session_->setEventFunction(takeEvent, this);
+        session_->setStallLimit(request_.stallLimit);
+        update_.emplace([this](KvEStop how) { session_->requestStop(how); });
     }
 }
 
@@ -55,27 +57,36 @@ bool ToolSession::prepare() {
         served_ = {KvEFailure::target, std::move(fault)};
         return false;
     }
-    return session_->prepare() == 0;
+    const bool isPrepared = session_->prepare() == 0;
+    if (isPrepared && update_) {
+        update_->setPlan(*session_->plan());
+    }
+    return isPrepared;
 }
 
-bool ToolSession::runInterruptibly() {
+bool ToolSession::run() {
     hasRun_ = true;
-    if (request_.options.mode != performUpdate) {
+    if (!update_) {
         return session_->run();
     }
-    update_.emplace(*session_->plan());
-    const bool succeeded = session_->run();
-    update_.reset();
-    return succeeded;
+    const CallWatch watch(*session_);
+    return session_->run();
+}
+
+KvTVerdict ToolSession::select() {
+    if (session_->plan() == nullptr) {
+        return {};
+    }
+    KvTVerdict verdict = disableElements(*session_, request_.disabledElements);
+    verdict.add(verdictOfFilters(*session_->plan(), request_.options));
+    return verdict;
 }
 
 KvTVerdict ToolSession::prepareAndRun() {
     KvTVerdict result;
     if (prepare()) {
-        if (session_->plan() != nullptr) {
-            result = verdictOfFilters(*session_->plan(), request_.options);
-        }
-        runInterruptibly();
+        result = select();
+        run();
     }
     result.add(verdict());
     return result;
@@ -120,14 +131,27 @@ void ToolSession::takeEvent(const KvTEvent& event, void* context) {
     static_cast<ToolSession*>(context)->onEvent(event);
 }
 
+/// Names the elements that the target is still asked for.
+void ToolSession::sayStall(std::uint32_t seconds) {
+    constexpr std::uint32_t succeeded = 2;
+    const std::vector<KvTElementOutcome> outcomes = session_->outcome().elements;
+    std::string names;
+    for (std::size_t index = 0; index < outcomes.size(); ++index) {
+        if (outcomes[index].result == KvEResult::inProgress && outcomes[index].state != succeeded) {
+            names.append(names.empty() ? " '" : ", '")
+                .append(session_->plan()->elements[index].displayName)
+                .append("'");
+        }
+    }
+    say("nothing has changed for " + std::to_string(seconds) + " s; waiting for" + names);
+}
+
 void ToolSession::onEvent(const KvTEvent& event) {
+    update_->onEvent(event);
     switch (event.event) {
     case KvEEvent::phase:
         events_.write("phase", event.value);
         progress_.beginPhase(event.value);
-        if (update_) {
-            update_->beginPhase(event.value);
-        }
         break;
     case KvEEvent::progress:
         events_.write("progress", event.value);
@@ -137,9 +161,9 @@ void ToolSession::onEvent(const KvTEvent& event) {
         break;
     case KvEEvent::elementError:
         events_.write("elementError", event.value);
-        if (update_) {
-            update_->elementFailed(event.value);
-        }
+        break;
+    case KvEEvent::stalled:
+        sayStall(event.value);
         break;
     case KvEEvent::locked:
     case KvEEvent::unlocked:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CallWatch.h"
 #include "EventLog.h"
 #include "KvIArchive.h"
 #include "KvISession.h"
@@ -26,6 +27,10 @@ struct SessionRequest {
     bool showsPlainProgress = false;
     /// File of the notifications, if they are to be written; "-": standard error.
     std::optional<std::string> eventsFile;
+    /// Numbers, addresses, target paths or display names of elements that are left out of the update.
+    std::vector<std::string> disabledElements;
+    /// Gives up waiting for elements that have shown nothing new for so many seconds; 0: never.
+    std::uint32_t stallLimit = 0;
 };
 
 /// The one session of a command, with the outputs that its messages and events go to.
@@ -61,9 +66,14 @@ public:
 
     /// Serves the emulated targets of the request, and prepares the session. True if it may run.
     [[nodiscard]] bool prepare();
-    /// Runs the prepared session; an update so that interrupts concern it. True if it has succeeded.
-    bool runInterruptibly();
-    /// Prepares the session and runs it if it may run: what there is is shown even if no element passes the filters.
+    /// Runs the prepared session. True if it has succeeded.
+    bool run();
+    /// The user has asked an update to end.
+    [[nodiscard]] bool isStopRequested() const { return update_ && update_->isStopRequested(); }
+    /// Leaves the elements of the request out of the update, and asks whether the filters let any through: class
+    /// selection if not.
+    [[nodiscard]] KvNReflasher::KvTVerdict select();
+    /// Prepares the session and runs it if it may run: what there is is shown even if the selection fails.
     /// Returns the verdict on both.
     [[nodiscard]] KvNReflasher::KvTVerdict prepareAndRun();
     /// The prepared session was run.
@@ -78,6 +88,7 @@ private:
     static void takeMessage(const std::string& message, void* context);
     static void takeEvent(const KvNReflasher::KvTEvent& event, void* context);
     void onEvent(const KvNReflasher::KvTEvent& event);
+    void sayStall(std::uint32_t seconds);
 
     const SessionRequest request_;
     const std::chrono::system_clock::time_point begin_ = std::chrono::system_clock::now();
@@ -91,6 +102,6 @@ private:
     KvNReflasher::KvTVerdict served_;
     PlainProgress progress_;
     bool hasRun_ = false;
-    /// While an update runs.
+    /// Of an update.
     std::optional<RunningUpdate> update_;
 };
