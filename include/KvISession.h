@@ -127,7 +127,8 @@ public:
     /// The entries that were tried for the element of this index, found by the rule that has planned. Empty if there is
     /// no such element or no archive.
     [[nodiscard]] virtual KvNReflasher::KvTExplanation explain(std::uint32_t index) = 0;
-    /// The elements that the options hide, in the order of the target. Empty unless findHiddenElements() was called.
+    /// The elements that the options hide, in the order of the target. Empty unless findHiddenElements() was called or
+    /// the options hide all elements.
     [[nodiscard]] virtual std::vector<KvNReflasher::KvTHiddenElement> hiddenElements() const = 0;
     /// The paths of the archive that lead out of the archive folder or out of the target's root, in the order of the
     /// entries.
@@ -178,6 +179,11 @@ public:
     /// the verdict is then of class elements. A round of status queries counts 0.2 s, whatever it takes, and the time
     /// within its calls. 0 (the default): waits as long as it takes.
     virtual void setStallLimit(std::uint32_t seconds) = 0;
+
+    // Between prepare() and run().
+
+    /// Leaves out each element whose entry has a lower version than is installed, with the reason downgradeLeftOut.
+    virtual void leaveOutDowngrades() = 0;
 };
 
 namespace KvNReflasher {
@@ -188,6 +194,8 @@ namespace KvNReflasher {
                                                           bool wasRebooted);
 /// Holds what the scan of the plan has found against the archive, without an update.
 [[nodiscard]] KV_REFLASH_API KvTVerification verifyPlan(const KvTPlan& plan);
+/// Returns the one of `names` that `name` was most likely meant to be; an empty text if none is near.
+[[nodiscard]] KV_REFLASH_API std::string nearestName(const std::string& name, const std::vector<std::string>& names);
 /// Class unsupported if the archive does not support the target.
 [[nodiscard]] KV_REFLASH_API KvTVerdict verdictOf(const KvTPlan& plan);
 /// Returns the verdict on a verification: class verification if an element differs, is unchanged or gone, or if

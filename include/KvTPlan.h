@@ -107,7 +107,9 @@ enum class KvEReason : std::uint8_t {
     /// The client has disabled the element.
     disabled,
     /// It is an FPGA element whose carrier board, a QB5150 or QB5170, the target does not have.
-    carrierBoardMissing
+    carrierBoardMissing,
+    /// The entry has a lower version than is installed, and these are left out.
+    downgradeLeftOut
 };
 
 /// Whether an element is updated.
@@ -190,6 +192,8 @@ struct KvTPlannedElement {
     bool disabled = false;
     /// The entry offers nothing else than is installed or, in mode upgrade, nothing newer.
     bool upToDate = false;
+    /// The entry has a lower version than is installed. Versions that are not known are not compared.
+    bool isDowngrade = false;
 
     /// The inventory of the target lists it; other elements are files that only the archive knows.
     [[nodiscard]] bool isListed() const { return !address.empty(); }
@@ -275,6 +279,12 @@ struct KvTHiddenElement {
     std::string address;
     /// All reasons; never empty.
     std::vector<KvEHiddenBy> hiddenBy;
+    /// The values that filters are compared with; empty or 0 if it states none.
+    /// @{
+    std::string boardType;
+    std::uint32_t serialNumber = 0;
+    std::string name;
+    /// @}
 };
 
 } // namespace KvNReflasher

@@ -22,22 +22,25 @@ prepare() {
     mkdir -p "$demo_dir"
     python3 -B "$project_dir/examples/make_archive.py" "$project_dir/examples/archive" "$demo_dir/archive"
     cp -r "$project_dir/examples/rack" "$demo_dir/rack"
-    say "The rack is a copy of examples/rack; what updates leave on it is kept in build/demo/rack/state."
+    ln -s ../release/bin/kvreflash "$demo_dir/kvreflash"
+    say "The rack is a copy of examples/rack; what updates leave on it is kept in its folder state."
 }
 
 prepare
-cd "$project_dir/build"
-tool=release/bin/kvreflash
-show "$tool" update -a demo/archive -t 127.0.0.1 --emulate demo/rack
+cd "$demo_dir"
+PATH=$demo_dir:$PATH
+tool=kvreflash
+show "$tool" update -a archive -t 127.0.0.1 --emulate rack
 say
 say "The same again: every element that was flashed is up to date now. Only network.ini is written once more, because"
 say "the rack does not list that file."
-show "$tool" update -a demo/archive -t 127.0.0.1 --emulate demo/rack
+show "$tool" update -a archive -t 127.0.0.1 --emulate rack
 say
-say "To go on, in $project_dir/build:"
-go_on() { printf '  %-82s %s\n' "$1" "$2"; }
+rm -r rack/state
+say "The rack is what it was again. To go on, after: cd $demo_dir && export PATH=\$PWD:\$PATH"
+go_on() { printf '  %-62s %s\n' "$1" "$2"; }
 go_on "$tool --help" "what it can do"
-go_on "$tool plan -a demo/archive -t 127.0.0.1 --emulate demo/rack" "what an update would do"
-go_on "$tool update -f -a demo/archive -t 127.0.0.1 --emulate demo/rack" "update all again"
-go_on "rm -r demo/rack/state" "the rack as it was"
-say "Put a fault into demo/rack/target.json and see what an update makes of it: docs/rehearsing.md tells how."
+go_on "$tool plan -a archive -t 127.0.0.1 --emulate rack" "what an update would do"
+go_on "$tool update -f -a archive -t 127.0.0.1 --emulate rack" "update all again"
+go_on "rm -r rack/state" "the rack as it was"
+say "Put a fault into rack/target.json and see what an update makes of it: docs/rehearsing.md describes how."

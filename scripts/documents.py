@@ -95,9 +95,21 @@ def run(block):
     return done.returncode == 0
 
 
+def as_typed(document):
+    """The commands of a document's examples, as somebody types them who follows it from its beginning."""
+    blocks = blocks_of(document)
+    begin = next(block for block in blocks if block.text.startswith("cd build/demo"))
+    examples = next(block for block in blocks if block.language == "console")
+    typed = [line[2:] for line in examples.text.splitlines() if line.startswith("$ ")]
+    return Block(document, examples.line, "sh", begin.text + "".join(f"{line}\n" for line in typed))
+
+
 def main(names):
     chosen = [Path(name).resolve() for name in names] or documents()
     results = [run(block) for document in chosen for block in blocks_of(document) if block.language == "sh"]
+    readme = PROJECT / "README.md"
+    if readme in chosen:
+        results.append(run(as_typed(readme)))
     failed = results.count(False)
     print(f"{results.count(True)} blocks ran, {failed} failed")
     return 1 if failed or True not in results else 0

@@ -18,9 +18,9 @@ constexpr auto failureWords =
     wordsUpTo<KvEFailure::none>("archive", "target", "stale", "unsupported", "selection", "locked", "stopped",
                                 "elements", "errors", "reboot", "verification", "output", "none");
 constexpr auto entryModeWords = wordsUpTo<KvEEntryMode::upgrade>("standard", "upgrade");
-constexpr auto reasonWords = wordsUpTo<KvEReason::carrierBoardMissing>(
+constexpr auto reasonWords = wordsUpTo<KvEReason::downgradeLeftOut>(
     "version-differs", "checksum-differs", "invalid", "inactive", "forced", "up-to-date", "newer-installed", "no-entry",
-    "feature-level", "custom-left-out", "disabled", "carrier-board-missing");
+    "feature-level", "custom-left-out", "disabled", "carrier-board-missing", "downgrade-left-out");
 constexpr auto matchTestWords =
     wordsUpTo<KvEMatchTest::none>("board-type", "board-variant", "board-id", "addressing", "id", "target-path",
                                   "hw-compatibility-id", "sw-compatibility-id", "none");

@@ -79,6 +79,7 @@ void setPlanFields(json& record, const KvTPlannedElement& element) {
     record.set("decision", decisionCode(element.decision));
     record.set("reasons", listOf(element.decision.reasons, [](KvEReason reason) { return json(codeOf(reason)); }));
     record.set("upToDate", element.upToDate);
+    record.set("isDowngrade", element.isDowngrade);
 }
 
 /// The value of a JSON text; the text itself if it is none.

@@ -22,7 +22,7 @@ class TreeViews {
 public:
     explicit TreeViews(const KvCInventoryItem& root) : root_(root) {}
 
-    /// Display names and addresses of what a session with these options sees.
+    /// What a session with these options sees, without reasons.
     [[nodiscard]] std::vector<KvTHiddenElement> seenWith(const KvTOptions& options) const {
         const KvCOwnedErrorList dropped = KvCOwnedErrorList::create();
         const KvCMessageCapture messages; // the session itself has printed them
@@ -31,8 +31,12 @@ public:
         walkInventory(*dropped, messages.writer(), options, root_, elements, nodes);
         std::vector<KvTHiddenElement> seen;
         for (const KvTUpdateElement& element : elements) {
-            seen.push_back(
-                {std::string(element.displayName.view()), std::string(element.elementAddress.toString().view()), {}});
+            seen.push_back({.displayName = std::string(element.displayName.view()),
+                            .address = std::string(element.elementAddress.toString().view()),
+                            .hiddenBy = {},
+                            .boardType = std::string(element.boardType.view()),
+                            .serialNumber = element.serialNumber,
+                            .name = std::string(element.name.view())});
         }
         return seen;
     }

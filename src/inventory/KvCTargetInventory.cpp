@@ -77,7 +77,8 @@ const KvTUpdateElement& KvCTargetInventory::addFileElement(std::string_view targ
 
 /// To whoever has asked for it; the session itself needs the tree no more.
 void KvCTargetInventory::showTree(const KvCInventoryItem& root) {
-    if (findsHiddenElements_) {
+    // If nothing is left, it is asked what was hidden.
+    if (findsHiddenElements_ || elements_.empty()) {
         hiddenElements_ = hiddenElementsOf(root, options_);
     }
     if (treeVisitor_ != nullptr) {

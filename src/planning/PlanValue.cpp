@@ -92,6 +92,7 @@ KvTPlan makePlan(const KvCFirmwareArchive& archive, const KvCTargetInventory& in
         const KvTArchiveFile* file = element.hasArchiveFile() ? &archive.files()[element.archiveFileIndex] : nullptr;
         planned->decision = decisionOn(element, file, options);
         planned->upToDate = element.upToDate;
+        planned->isDowngrade = file != nullptr && isDowngrade(element, *file);
         if (file != nullptr) {
             planned->entry = archiveEntryOf(*file, element.archiveFileIndex);
         } else if (!element.isFileSystemElement && isOnNode(element, inventory)) {
@@ -106,15 +107,15 @@ KvTPlan makePlan(const KvCFirmwareArchive& archive, const KvCTargetInventory& in
     return plan;
 }
 
-void disable(KvTPlannedElement& element) {
+void disable(KvTPlannedElement& element, KvEReason reason) {
     std::vector<KvEReason>& reasons = element.decision.reasons;
     reasons.reserve(reasons.size() + 1); // without memory nothing changes
     if (element.decision.update) {
         reasons.clear();
     }
-    const auto place = std::lower_bound(reasons.begin(), reasons.end(), KvEReason::disabled);
-    if (place == reasons.end() || *place != KvEReason::disabled) {
-        reasons.insert(place, KvEReason::disabled);
+    const auto place = std::lower_bound(reasons.begin(), reasons.end(), reason);
+    if (place == reasons.end() || *place != reason) {
+        reasons.insert(place, reason);
     }
     element.decision.update = false;
     element.phase.reset();

@@ -19,8 +19,8 @@
                                              const KvCString& address, std::uint32_t phaseCount,
                                              const KvNReflasher::KvTOptions& options);
 
-/// Takes an element out of the plan for its client.
-void disable(KvNReflasher::KvTPlannedElement& element);
+/// Takes an element out of the plan, for a reason against the update.
+void disable(KvNReflasher::KvTPlannedElement& element, KvNReflasher::KvEReason reason);
 
 /// Names the elements that decide that the target is not supported, in one line.
 [[nodiscard]] std::string unsupportedMessage(const KvNReflasher::KvTPlan& plan);

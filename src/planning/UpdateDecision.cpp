@@ -1,5 +1,6 @@
 #include "UpdateDecision.h"
 
+#include "ArchiveEntries.h"
 #include "InventoryWalk.h"
 
 namespace {
@@ -33,6 +34,10 @@ bool lacksCarrierBoard(const KvTUpdateElement& element) {
     return element.boardType == carriedBoardType && element.elementId == carriedElementId &&
            !element.hasArchiveFile() && element.swCompatibilityId != firstCarrierCompatibility &&
            element.swCompatibilityId != secondCarrierCompatibility;
+}
+
+bool isDowngrade(const KvTUpdateElement& element, const KvTArchiveFile& file) {
+    return knownVersion(file.version) && knownVersion(element.version) && file.version < element.version;
 }
 
 bool leavesOutUpToDate(const KvTArchiveFile& file, const KvTOptions& options) {

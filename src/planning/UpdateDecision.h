@@ -19,5 +19,8 @@ outOfDateReasons(const KvTUpdateElement& element, const KvTArchiveFile& file, co
 /// one.
 [[nodiscard]] bool leavesOutUpToDate(const KvTArchiveFile& file, const KvNReflasher::KvTOptions& options);
 
+/// True if the entry has a lower version than is installed; both must be known.
+[[nodiscard]] bool isDowngrade(const KvTUpdateElement& element, const KvTArchiveFile& file);
+
 /// True for an FPGA element that no entry matches and whose carrier board the target does not have.
 [[nodiscard]] bool lacksCarrierBoard(const KvTUpdateElement& element);

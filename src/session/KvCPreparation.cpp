@@ -128,12 +128,12 @@ bool KvCPreparation::checkSupport() {
     return refuse(KvEFailure::unsupported, unsupportedMessage(*plan_));
 }
 
-void KvCPreparation::disableElement(std::uint32_t index) {
+void KvCPreparation::disableElement(std::uint32_t index, KvEReason reason) {
     if (index >= inventory_.elements().size()) {
         return;
     }
     if (plan_) {
-        disable(plan_->elements[index]);
+        disable(plan_->elements[index], reason);
     }
     inventory_.planOf(index).disabled = true;
 }

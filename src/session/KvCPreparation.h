@@ -42,7 +42,7 @@ public:
     /// scanned.
     [[nodiscard]] const std::optional<KvNReflasher::KvTPlan>& plan() const { return plan_; }
     /// Takes an element out of the update. An index past the end changes nothing.
-    void disableElement(std::uint32_t index);
+    void disableElement(std::uint32_t index, KvNReflasher::KvEReason reason = KvNReflasher::KvEReason::disabled);
 
     [[nodiscard]] const KvCTargetAccess& targetAccess() const { return targetAccess_; }
     [[nodiscard]] KvCFirmwareArchive& archive() { return archive_; }

@@ -66,6 +66,7 @@ public:
     void requestStop(KvNReflasher::KvEStop how) noexcept override { control_.requestStop(how); }
     [[nodiscard]] KvNReflasher::KvTActivity activity() const override { return control_.activity(); }
     void setStallLimit(std::uint32_t seconds) override { control_.setStallLimit(seconds); }
+    void leaveOutDowngrades() override;
 
 protected:
     explicit KvCReflasher(KvNReflasher::KvTOptions options);

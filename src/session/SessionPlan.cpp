@@ -4,12 +4,15 @@
 #include "KvCReflasher.h"
 #include "Preflight.h"
 #include "TargetLook.h"
+#include "Words.h"
 
 #include <algorithm>
 #include <charconv>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 using namespace KvNReflasher;
 
@@ -99,6 +102,17 @@ KvTDisabling KvCReflasher::disableElement(const std::string& element) {
     });
 }
 
+void KvCReflasher::leaveOutDowngrades() {
+    if (plan() == nullptr) {
+        return;
+    }
+    for (const KvTPlannedElement& element : plan()->elements) {
+        if (element.isDowngrade && element.decision.update) {
+            attempt([&] { preparation_.disableElement(element.index, KvEReason::downgradeLeftOut); });
+        }
+    }
+}
+
 std::vector<std::string> KvCReflasher::preflight() {
     std::vector<std::string> findings;
     const bool isChecked = withoutException(false, [&] {
@@ -142,4 +156,9 @@ KvTLook KvCReflasher::look() {
         look.message = "no target was found";
         return look;
     });
+}
+
+std::string KvNReflasher::nearestName(const std::string& name, const std::vector<std::string>& names) {
+    const std::vector<std::string_view> words(names.begin(), names.end());
+    return std::string(nearestWord(name, words));
 }

@@ -129,7 +129,7 @@ TEST_F(PlanValue, ADisabledElementHasNoPhaseAndTheReasonInItsPlace) {
         one.decision = {.update = row.update, .reasons = row.before};
         one.phase = row.update ? std::optional<std::uint32_t>(2) : std::nullopt;
         for (int time = 0; time < 2; ++time) {
-            disable(one);
+            disable(one, KvEReason::disabled);
             EXPECT_FALSE(one.decision.update);
             EXPECT_EQ(row.after, one.decision.reasons);
             EXPECT_EQ(std::nullopt, one.phase);

@@ -144,6 +144,36 @@ TEST(Options, TheLibrarysLineIsLeftOutWhenProgressIsShownOtherwise) {
     EXPECT_TRUE(optionsOf({"update", "-a", "folder", "--no-progress", "--progress", "none"}).noProgress);
 }
 
+TEST(Options, ProgressIsPlainUnlessStandardOutputIsATerminal) {
+    for (const Arguments& more : {Arguments{}, {"--progress", "auto"}}) {
+        Arguments arguments{"update", "-a", "folder"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        EXPECT_TRUE(optionsOf(arguments).noProgress);
+        EXPECT_TRUE(requestOf(arguments).showsPlainProgress);
+    }
+    EXPECT_FALSE(requestOf({"update", "-a", "folder", "--no-progress"}).showsPlainProgress);
+}
+
+TEST(Options, NoProgressIsShownQuietly) {
+    for (const char* how : {"auto", "line", "plain", "none"}) {
+        const SessionRequest request = requestOf({"update", "-qa", "folder", "--progress", how});
+        EXPECT_TRUE(request.options.noProgress) << how;
+        EXPECT_FALSE(request.showsPlainProgress) << how;
+        EXPECT_TRUE(request.isQuiet);
+    }
+}
+
+TEST(Options, TheStallLimitIsKept) {
+    EXPECT_EQ(0U, requestOf({"update", "-a", "folder"}).stallLimit);
+    EXPECT_EQ(90U, requestOf({"update", "-a", "folder", "--stall-limit", "90"}).stallLimit);
+}
+
+TEST(Options, WhatIsLeftOutIsKept) {
+    const SessionRequest request = requestOf({"plan", "-a", "folder", "--disable", "3", "--no-downgrade"});
+    EXPECT_EQ(Arguments{"3"}, request.disabledElements);
+    EXPECT_TRUE(request.leavesOutDowngrades);
+}
+
 TEST(Options, ArgumentsStandWhereTheyLike) {
     EXPECT_EQ(commandOf<CaptureCommand>({"capture", "-t", "host", "rack"})->argument.folder, "rack");
     EXPECT_EQ(commandOf<CaptureCommand>({"capture", "rack", "-t", "host"})->argument.folder, "rack");

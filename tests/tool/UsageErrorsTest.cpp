@@ -173,16 +173,27 @@ TEST(UsageErrors, ACaptureNeedsAFolderAndAMatrixATarget) {
 
 TEST(UsageErrors, AWordThatAnOptionDoesNotKnowIsRefused) {
     expectRefused({"update", "-a", "folder", "--progress", "dots"},
-                  "--progress: 'dots' must be one of line, plain, none");
+                  "--progress: 'dots' must be one of auto, line, plain, none");
     expectRefused({"update", "-a", "folder", "--progress", "plain", "--no-progress"},
                   "--no-progress contradicts --progress plain");
     expectRefused({"update", "-a", "folder", "--wait", "1s"}, "--wait: '1s' is not a decimal number up to 4294967295");
     expectRefused({"check", "-a", "folder", "--format", "xml"}, "--format: 'xml' must be one of text, json");
-    expectRefused({"update", "-a", "folder", "--progress", ""}, "--progress: '' must be one of line, plain, none");
+    expectRefused({"update", "-a", "folder", "--progress", ""},
+                  "--progress: '' must be one of auto, line, plain, none");
     expectRefused({"check", "-a", "folder", "--format", ""}, "--format: '' must be one of text, json");
     expectRefused({"plan", "-a", "folder", "--report", "report.txt"},
                   "--report: 'report.txt' ends neither with .html nor with .json");
     expectRefused({"check", "-a", "folder", "--json", "--format", "text"}, "--json contradicts --format text");
+}
+
+TEST(UsageErrors, AStallLimitIsAtLeastASecond) {
+    expectRefused({"update", "-a", "folder", "--stall-limit", "0"}, "--stall-limit: '0' must be at least 1");
+    expectRefused({"update", "-a", "folder", "--stall-limit", "1m"},
+                  "--stall-limit: '1m' is not a decimal number up to 4294967295");
+}
+
+TEST(UsageErrors, QuietContradictsVerbose) {
+    expectRefused({"content", "-a", "folder", "-qv"}, "--quiet contradicts --verbose");
 }
 
 TEST(UsageErrors, WaitingForNothingIsRefused) {
@@ -209,7 +220,7 @@ TEST(UsageErrors, ASurplusArgumentIsRefused) {
 
 TEST(UsageErrors, AMissingOrUnknownCommandIsRefused) {
     expectRefused({}, "a command is missing");
-    for (const char* unknown : {"", "Version", "versions", "vers", "help", "-v", "--version", "--verbose", "--", "-"}) {
+    for (const char* unknown : {"", "Version", "versions", "vers", "help", "-v", "--verbose", "--", "-"}) {
         expectRefused({unknown}, "unknown command '" + std::string(unknown) + "'");
     }
     expectRefused({"unknown", "--help"}, "unknown command 'unknown'");

@@ -183,7 +183,7 @@ void CommandSyntax::finish() const {
     }
 }
 
-ArgumentParser::ArgumentParser(const char* tool, const char* summary, const char* footer)
+ArgumentParser::ArgumentParser(const char* tool, const char* summary, const char* footer, const std::string& version)
     : app_(std::make_unique<CLI::App>(summary, tool)) {
     app_->allow_windows_style_options(false);
     app_->footer(footer);
@@ -191,6 +191,8 @@ ArgumentParser::ArgumentParser(const char* tool, const char* summary, const char
     app_->get_formatter()->label("OPTIONS", "--help");
     app_->get_formatter()->label("SUBCOMMAND", "COMMAND [OPTIONS]");
     app_->get_help_ptr()->each(refuseValueOf("--help"));
+    app_->set_version_flag("--version", version, "Print the version of the library and exit")
+        ->each(refuseValueOf("--version"));
 }
 
 ArgumentParser::~ArgumentParser() = default;
@@ -206,6 +208,7 @@ CommandSyntax& ArgumentParser::addCommand(const char* name, const char* summary)
 ParsedLine ArgumentParser::parse(const std::vector<std::string>& arguments) {
     using enum ParsedLine::Kind;
     bool asksForHelp = false;
+    bool asksForVersion = false;
     std::string reason;
     try {
         if (arguments.empty()) {
@@ -215,6 +218,8 @@ ParsedLine ArgumentParser::parse(const std::vector<std::string>& arguments) {
         return {command, app_->get_subcommands().front()->get_name()};
     } catch (const Refusal& refusal) {
         return {fault, refusal.what()};
+    } catch (const CLI::CallForVersion&) {
+        asksForVersion = true;
     } catch (const CLI::Success&) {
         asksForHelp = true;
     } catch (const CLI::ArgumentMismatch&) {
@@ -224,12 +229,13 @@ ParsedLine ArgumentParser::parse(const std::vector<std::string>& arguments) {
     } catch (const CLI::ParseError& error) {
         reason = error.what();
     }
-    if (asksForHelp && app_->get_option_no_throw(arguments.front()) != nullptr) {
-        return {help, app_->help()}; // whatever follows
+    const std::string answered = asksForVersion ? app_->version() + "\n" : asksForHelp ? app_->help() : std::string();
+    if (!answered.empty() && app_->get_option_no_throw(arguments.front()) != nullptr) {
+        return {answer, answered}; // whatever follows
     }
     // What there is no place for is named first: it may be what is missing, mistyped.
     if (std::string surplus = faultOfSurplus(*app_); !surplus.empty()) {
         return {fault, std::move(surplus)};
     }
-    return asksForHelp ? ParsedLine{help, app_->help()} : ParsedLine{fault, reason};
+    return answered.empty() ? ParsedLine{fault, reason} : ParsedLine{answer, answered};
 }

@@ -89,8 +89,8 @@ struct ParsedLine {
     enum class Kind : std::uint8_t {
         /// `text` is the name of the command to be run; its options are set.
         command,
-        /// `text` is the help that was asked for.
-        help,
+        /// `text` is the help or the version that was asked for.
+        answer,
         /// `text` is the reason to refuse the line.
         fault
     };
@@ -101,8 +101,8 @@ struct ParsedLine {
 /// Reads command lines of the form COMMAND [OPTIONS].
 class ArgumentParser {
 public:
-    /// `footer`: what the help of the tool and of each command ends with.
-    ArgumentParser(const char* tool, const char* summary, const char* footer);
+    /// `footer`: what the help of the tool and of each command ends with. `version`: what --version answers.
+    ArgumentParser(const char* tool, const char* summary, const char* footer, const std::string& version);
     ArgumentParser(const ArgumentParser&) = delete;
     ArgumentParser& operator=(const ArgumentParser&) = delete;
     ~ArgumentParser();

@@ -65,10 +65,13 @@ void DisableOption::applyTo(SessionRequest& request) const {
 void ForceOption::addTo(CommandSyntax& syntax) {
     syntax.addSwitch("-f,--force", isForced,
                      "Update elements that are up to date, too (never those with an \"upgrade\" entry)");
+    syntax.addSwitch("--no-downgrade", leavesOutDowngrades,
+                     "Leave out elements for which the archive has a lower version than is installed");
 }
 
 void ForceOption::applyTo(SessionRequest& request) const {
     request.options.forceUpdate = isForced;
+    request.leavesOutDowngrades = leavesOutDowngrades;
 }
 
 void JsonOption::addTo(CommandSyntax& syntax) {
@@ -102,6 +105,12 @@ KvTVerdict ReportOption::verdictOnFile() const {
 
 void CommonOptions::addTo(CommandSyntax& syntax) {
     syntax.addSwitch("-v,--verbose", isVerbose, "Print details");
+    syntax.addSwitch("-q,--quiet", isQuiet, "Print results and errors only");
+    syntax.addCheck([this] {
+        if (isQuiet && isVerbose) {
+            refuse("--quiet contradicts --verbose");
+        }
+    });
     if (canEmulate()) {
         syntax.addOption("--emulate", "DIR", "Serve the emulated target in this folder; repeatable (default: none)",
                          addedTo(emulatedTargets), Occurs::anyNumber);
@@ -110,5 +119,8 @@ void CommonOptions::addTo(CommandSyntax& syntax) {
 
 void CommonOptions::applyTo(SessionRequest& request) const {
     request.options.verbose = isVerbose;
+    request.isQuiet = isQuiet;
+    request.options.noProgress = request.options.noProgress || isQuiet;
+    request.showsPlainProgress = request.showsPlainProgress && !isQuiet;
     request.emulatedTargets = emulatedTargets;
 }

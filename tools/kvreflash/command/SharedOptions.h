@@ -61,6 +61,7 @@ struct DisableOption final : OptionGroup {
 
 struct ForceOption final : OptionGroup {
     bool isForced = false;
+    bool leavesOutDowngrades = false;
 
     void addTo(CommandSyntax& syntax) override;
     void applyTo(SessionRequest& request) const override;
@@ -87,6 +88,7 @@ struct ReportOption final : OptionGroup {
 /// The options of every command.
 struct CommonOptions final : OptionGroup {
     bool isVerbose = false;
+    bool isQuiet = false;
     /// Folders.
     std::vector<std::string> emulatedTargets;
 

@@ -38,10 +38,11 @@ constexpr const char* helpFooter =
     "  4    the target was not reached or cannot be scanned\n"
     "  5    the target could not be locked\n"
     "  6    the target does not report what it should\n"
+    "  7    an update ended on request\n"
     "  8    no element passes the filters, or an element that was named does not exist\n"
     "  64   usage error\n"
-    "  130  ended by an interrupt\n\n"
-    "kvreflash COMMAND --help tells the options of a command.";
+    "  130  ended by an interrupt at once\n\n"
+    "kvreflash COMMAND --help lists the options of a command.";
 
 template <typename Kind>
 std::unique_ptr<Command> make() {
@@ -72,7 +73,8 @@ constexpr std::array commandTable = {Row{"version", make<VersionCommand>},
 } // namespace
 
 std::variant<std::unique_ptr<Command>, ExitCode> readCommandLine(const std::vector<std::string>& arguments) {
-    ArgumentParser parser("kvreflash", "Update the firmware of networked real-time targets.", helpFooter);
+    ArgumentParser parser("kvreflash", "Update the firmware of networked real-time targets.", helpFooter,
+                          KvISession::version());
     std::map<std::string, std::unique_ptr<Command>> commands;
     for (const Row& row : commandTable) {
         std::unique_ptr<Command> command = row.make();
@@ -85,7 +87,7 @@ std::variant<std::unique_ptr<Command>, ExitCode> readCommandLine(const std::vect
     switch (line.kind) {
     case ParsedLine::Kind::command:
         return std::move(commands.at(line.text));
-    case ParsedLine::Kind::help:
+    case ParsedLine::Kind::answer:
         writeText(stdout, line.text);
         return exitSuccess;
     case ParsedLine::Kind::fault:

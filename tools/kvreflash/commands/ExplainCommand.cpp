@@ -42,7 +42,7 @@ public:
 private:
     void explain() {
         const std::size_t limit = element_.empty() ? fewEntries : std::numeric_limits<std::size_t>::max();
-        verdict_.add(verdictOfFilters(*session_->plan(), session_.request().options));
+        verdict_.add(session_.select());
         for (const KvTPlannedElement& element : session_->plan()->elements) {
             if (!isMeant(element, element_)) {
                 continue;
@@ -53,7 +53,8 @@ private:
             }
         }
         if (explanations_.empty() && !element_.empty()) {
-            verdict_.add({KvEFailure::selection, "the target has no element '" + element_ + "', or a filter hides it"});
+            verdict_.add({KvEFailure::selection, "the target has no element '" + element_ + "', or a filter hides it" +
+                                                     suggestionFor(element_, namesOfElements(*session_->plan()))});
         } else if (!isJson_ && element_.empty()) {
             writeText(stdout, hiddenElementsText(session_->hiddenElements()));
         }

@@ -3,6 +3,8 @@
 #include "KvEmulation.h"
 #include "ToolOutput.h"
 
+#include <map>
+
 namespace {
 
 /// Serves the folder and says what is odd with it.
@@ -20,10 +22,21 @@ bool canEmulate() {
     return true;
 }
 
+bool canOnlyEmulate() {
+    return KV_IS_EMULATED_ONLY != 0;
+}
+
 std::string serveEmulatedTargets(const std::vector<std::string>& folders) {
+    std::map<std::string, std::string> folderOf;
     for (const std::string& folder : folders) {
-        if (const KvEmulation::KvTServeResult result = serve(folder); !result.served) {
+        const KvEmulation::KvTServeResult result = serve(folder);
+        if (!result.served) {
             return result.error;
+        }
+        for (const std::string& address : result.addresses) {
+            if (const auto [other, isNew] = folderOf.emplace(address, folder); !isNew) {
+                say("warning: '" + other->second + "' and '" + folder + "' both have the address " + address);
+            }
         }
     }
     return {};

@@ -6,6 +6,9 @@
 /// Whether the platform can emulate targets. Without that, nothing can be served.
 [[nodiscard]] bool canEmulate();
 
+/// Whether the platform reaches nothing but emulated targets.
+[[nodiscard]] bool canOnlyEmulate();
+
 /// Serves the emulated targets in these folders (UTF-8); says what is odd with them. If one of them cannot be served,
 /// the result is the reason, else it is empty.
 [[nodiscard]] std::string serveEmulatedTargets(const std::vector<std::string>& folders);

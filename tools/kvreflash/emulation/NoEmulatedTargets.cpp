@@ -6,6 +6,10 @@ bool canEmulate() {
     return false;
 }
 
+bool canOnlyEmulate() {
+    return false;
+}
+
 std::string serveEmulatedTargets(const std::vector<std::string>& folders) {
     return folders.empty() ? std::string() : "the platform cannot emulate targets";
 }

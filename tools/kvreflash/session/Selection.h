@@ -9,6 +9,14 @@
 /// one element.
 [[nodiscard]] KvNReflasher::KvTVerdict disableElements(KvISession& session, const std::vector<std::string>& elements);
 
-/// Class selection if the filters of the options let no element through.
+/// Class selection if the filters of the options let no element through; the message says what may have been meant.
+/// `hidden`: what they hide.
 [[nodiscard]] KvNReflasher::KvTVerdict verdictOfFilters(const KvNReflasher::KvTPlan& plan,
-                                                        const KvNReflasher::KvTOptions& options);
+                                                        const KvNReflasher::KvTOptions& options,
+                                                        const std::vector<KvNReflasher::KvTHiddenElement>& hidden);
+
+/// ", did you mean 'NAME'?" with the one of `names` that is spelled most like `name`; empty if none is.
+[[nodiscard]] std::string suggestionFor(const std::string& name, const std::vector<std::string>& names);
+
+/// All that an element can be called by: its address or target path, its display name and the inventory's name of it.
+[[nodiscard]] std::vector<std::string> namesOfElements(const KvNReflasher::KvTPlan& plan);

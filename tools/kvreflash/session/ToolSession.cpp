@@ -18,7 +18,8 @@ ToolSession::ToolSession(SessionRequest request)
     if (session_ == nullptr) {
         throw std::bad_alloc();
     }
-    if (request_.textStream != stdout || request_.keepsMessages || isTerminal(stdout) || !writesAnyWideText()) {
+    if (request_.textStream != stdout || request_.keepsMessages || request_.isQuiet || isTerminal(stdout) ||
+        !writesAnyWideText()) {
         session_->setMessageFunction(takeMessage, this);
     }
     if (request_.options.mode == performUpdate) {
@@ -66,6 +67,7 @@ bool ToolSession::prepare() {
 
 bool ToolSession::run() {
     hasRun_ = true;
+    quiet_.beginRun(update_.has_value());
     if (!update_) {
         return session_->run();
     }
@@ -78,7 +80,16 @@ KvTVerdict ToolSession::select() {
         return {};
     }
     KvTVerdict verdict = disableElements(*session_, request_.disabledElements);
-    verdict.add(verdictOfFilters(*session_->plan(), request_.options));
+    verdict.add(verdictOfFilters(*session_->plan(), request_.options, session_->hiddenElements()));
+    if (request_.leavesOutDowngrades) {
+        session_->leaveOutDowngrades();
+    }
+    for (const KvTPlannedElement& element : session_->plan()->elements) {
+        if (element.isDowngrade && element.decision.update) {
+            remark("warning: '" + element.displayName + "' is downgraded from " + element.installed.version->text +
+                   " to " + element.entry->version->text);
+        }
+    }
     return verdict;
 }
 
@@ -95,8 +106,13 @@ KvTVerdict ToolSession::prepareAndRun() {
 KvTVerdict ToolSession::verdict() const {
     KvTVerdict verdict = served_;
     verdict.add(session_->outcome().verdict);
-    if (served_.isSuccess() && verdict.failure == KvEFailure::target && request_.options.target.empty()) {
+    if (!served_.isSuccess() || verdict.failure != KvEFailure::target) {
+        return verdict;
+    }
+    if (request_.options.target.empty()) {
         verdict.message = "give the target with -t HOST";
+    } else if (canOnlyEmulate() && request_.emulatedTargets.empty()) {
+        verdict.message = "this build reaches emulated targets only: give --emulate DIR";
     }
     return verdict;
 }
@@ -121,7 +137,7 @@ KvTArchiveContent ToolSession::archiveContent() const {
 
 void ToolSession::takeMessage(const std::string& message, void* context) {
     auto& session = *static_cast<ToolSession*>(context);
-    if (session.shown_ != nullptr) {
+    if (session.shown_ != nullptr && (!session.request_.isQuiet || session.quiet_.shows(message))) {
         writeText(session.shown_, message);
     }
     session.messages_ += message;

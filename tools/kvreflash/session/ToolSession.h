@@ -5,6 +5,7 @@
 #include "KvIArchive.h"
 #include "KvISession.h"
 #include "PlainProgress.h"
+#include "QuietFilter.h"
 #include "RunningUpdate.h"
 
 #include <chrono>
@@ -23,12 +24,16 @@ struct SessionRequest {
     std::FILE* textStream = stdout;
     /// The tool needs the messages for itself, too.
     bool keepsMessages = false;
+    /// Only results and errors are shown.
+    bool isQuiet = false;
     /// A line for every tenth of a phase.
     bool showsPlainProgress = false;
     /// File of the notifications, if they are to be written; "-": standard error.
     std::optional<std::string> eventsFile;
     /// Numbers, addresses, target paths or display names of elements that are left out of the update.
     std::vector<std::string> disabledElements;
+    /// Elements for which the archive has a lower version are left out, too.
+    bool leavesOutDowngrades = false;
     /// Gives up waiting for elements that have shown nothing new for so many seconds; 0: never.
     std::uint32_t stallLimit = 0;
 };
@@ -70,8 +75,8 @@ public:
     bool run();
     /// The user has asked an update to end.
     [[nodiscard]] bool isStopRequested() const { return update_ && update_->isStopRequested(); }
-    /// Leaves the elements of the request out of the update, and asks whether the filters let any through: class
-    /// selection if not.
+    /// Leaves the elements of the request out of the update, and says which ones of the others are downgraded. Class
+    /// selection if the filters let none through, or if one that was named does not exist.
     [[nodiscard]] KvNReflasher::KvTVerdict select();
     /// Prepares the session and runs it if it may run: what there is is shown even if the selection fails.
     /// Returns the verdict on both.
@@ -101,6 +106,7 @@ private:
     /// Class target if an emulated target cannot be served.
     KvNReflasher::KvTVerdict served_;
     PlainProgress progress_;
+    QuietFilter quiet_;
     bool hasRun_ = false;
     /// Of an update.
     std::optional<RunningUpdate> update_;

@@ -124,7 +124,8 @@ std::string explanationText(const KvTPlannedElement& element, const KvTExplanati
     addLine(text, "installed", installedText(element.installed));
     addTried(text, explanation, entryLimit);
     if (element.entry) {
-        addLine(text, "available", availableText(*element.entry));
+        addLine(text, "available",
+                availableText(*element.entry) + (element.isDowngrade ? ", lower than installed" : ""));
     }
     std::string_view label = "result";
     for (const KvEReason reason : element.decision.reasons) {

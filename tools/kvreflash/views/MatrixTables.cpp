@@ -27,6 +27,10 @@ const char* wordsFor(KvEOutlook outlook) {
     return "";
 }
 
+bool isDowngraded(const KvTPlannedElement& element) {
+    return element.isDowngrade && element.decision.update;
+}
+
 std::vector<std::string> summaryRow(const KvTMatrixTarget& target) {
     std::vector<std::string> row{target.folder, target.address};
     if (!target.plan) {
@@ -61,7 +65,7 @@ std::string matrixTargetText(const KvTMatrixTarget& target, const std::string& m
     for (const KvTPlannedElement& element : target.plan->elements) {
         table.push_back({std::to_string(element.index), element.displayName, versionCell(element.installed.version),
                          versionCell(element.entry ? element.entry->version : std::nullopt),
-                         wordsFor(outlookOf(element))});
+                         wordsFor(outlookOf(element)) + std::string(isDowngraded(element) ? " [DOWNGRADE]" : "")});
     }
     return text + tableText(table);
 }

@@ -35,6 +35,8 @@ ReasonTexts textsFor(KvEReason reason) {
         return {"no update: it was left out (--disable)", "disabled"};
     case KvEReason::carrierBoardMissing:
         return {"no update: the target has no QB5150 or QB5170 that carries it", "disabled"};
+    case KvEReason::downgradeLeftOut:
+        return {"no update: the archive has a lower version (--no-downgrade)", "downgrade"};
     }
     return {"", ""};
 }
