@@ -126,8 +126,9 @@ stage_sweeps() {
 
 # sweep PRESET
 sweep() {
-    KV_SWEEP_STRIDE=1 KV_SWEEP_ALLOCATIONS=1000000 KV_KILL_MOMENTS=500 ctest --test-dir "build/$1" -L slow \
-        --no-tests=error --output-on-failure --timeout 3600 -j "$jobs"
+    KV_SWEEP_STRIDE=1 KV_SWEEP_ALLOCATIONS=1000000 KV_KILL_MOMENTS=500 KV_STOP_MOMENTS=500 \
+        ctest --test-dir "build/$1" -L slow \
+            --no-tests=error --output-on-failure --timeout 3600 -j "$jobs"
 }
 
 # A gigabyte of text and a million entries: what the tests try is small enough to be quick.

@@ -214,7 +214,10 @@ std::vector<KvTExplanation> sampleExplanations() {
 std::vector<KvTHiddenElement> sampleHiddenElements() {
     return {{.displayName = "QB7001, SN 10231, Firmware",
              .address = "HCN[1]/IOROUTER[1]/IOMODULE[2]/UPDATE_INFO[1]/UPDATE_ELEMENT[1]",
-             .hiddenBy = {KvEHiddenBy::boardTypeFilter, KvEHiddenBy::configuration}}};
+             .hiddenBy = {KvEHiddenBy::boardTypeFilter, KvEHiddenBy::configuration},
+             .boardType = "QB7001",
+             .serialNumber = 10231,
+             .name = "UserFirmware"}};
 }
 
 std::vector<KvTFinding> sampleFindings() {

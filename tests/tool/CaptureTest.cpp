@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <random>
+#include <regex>
 
 namespace {
 
@@ -325,7 +326,9 @@ private:
 
 /// What a run says, whatever the rack is called.
 std::string toldOf(const ToolRun& run, const std::string& rack) {
-    std::string text = std::to_string(run.exitCode) + "\n" + run.output + "\n" + run.errors;
+    const std::regex times("\\d{4}-\\d\\d-\\d\\dT[0-9:.]+Z");
+    std::string text =
+        std::to_string(run.exitCode) + "\n" + std::regex_replace(run.output, times, "TIME") + "\n" + run.errors;
     for (std::size_t place = text.find(rack); place != std::string::npos; place = text.find(rack, place)) {
         text.replace(place, rack.size(), "RACK");
     }

@@ -165,7 +165,8 @@ TEST_F(Explain, WhatFiltersHideIsToldAlthoughTheyLetNothingThrough) {
     EXPECT_THAT(result.output,
                 HasSubstr("Not looked at:\n\n   NODE, SN 7, One (HCN[1]/UPDATE_INFO[1]/UPDATE_ELEMENT[1])\n"
                           "                 its board type is not in --board-type\n"));
-    EXPECT_EQ("kvreflash: no element of the target passes the filters\n", result.errors);
+    EXPECT_EQ("kvreflash: no element of the target passes the filters; --board-type: nothing has 'OTHER'\n",
+              result.errors);
 }
 
 TEST_F(Explain, WithoutAPlanTheSessionsMessagesAreErrors) {

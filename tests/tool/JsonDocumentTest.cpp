@@ -205,10 +205,11 @@ TEST_F(JsonDocuments, EachCommandHasItsParts) {
     EXPECT_EQ(partsOf("elements"), (Keys{"elements"}));
     EXPECT_EQ(partsOf("explain"), (Keys{"elements", "hiddenElements"}));
     EXPECT_EQ(partsOf("matrix"), (Keys{"archive", "targets", "unmatchedEntries"}));
-    EXPECT_EQ(partsOf("plan"), (Keys{"archive", "files", "targetAddress", "supported", "unsupportedElements",
-                                     "phaseCount", "elements"}));
-    EXPECT_THAT(partsOf("verify"), testing::IsSupersetOf({"archive", "files", "elements", "supported", "exitCode",
-                                                          "verificationCounts", "look", "messages"}));
+    for (const char* command : {"plan", "verify"}) {
+        EXPECT_THAT(partsOf(command), testing::IsSupersetOf({"archive", "files", "elements", "targetAddress",
+                                                             "supported", "unsupportedElements", "phaseCount",
+                                                             "exitCode", "verificationCounts", "look", "messages"}));
+    }
 }
 
 TEST_F(JsonDocuments, TheContentListsTheEntriesInTheirOrder) {

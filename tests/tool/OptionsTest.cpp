@@ -35,11 +35,16 @@ TEST(Options, ASessionIsOffOrEmptyByDefault) {
         EXPECT_EQ(options.descriptionFileName, readsArchive ? L"archive.json" : L"");
         EXPECT_EQ(options.target, L"");
         EXPECT_EQ(options.boardTypeFilter + options.serialNumberFilter + options.elementNameFilter, "");
-        EXPECT_FALSE(options.forceUpdate || options.noProgress || options.verbose || options.configurationElements ||
+        EXPECT_FALSE(options.forceUpdate || options.verbose || options.configurationElements ||
                      options.disableCustomElements || options.reserved);
+        EXPECT_EQ(options.noProgress, command == "update") << "standard output is not a terminal";
         EXPECT_EQ(request.emulatedTargets.size(), command == "matrix" ? 1U : 0U);
         EXPECT_EQ(request.textStream, stdout);
-        EXPECT_FALSE(request.keepsMessages || request.showsPlainProgress || request.eventsFile.has_value());
+        EXPECT_EQ(request.showsPlainProgress, command == "update");
+        EXPECT_FALSE(request.keepsMessages || request.isQuiet || request.leavesOutDowngrades ||
+                     request.eventsFile.has_value());
+        EXPECT_TRUE(request.disabledElements.empty());
+        EXPECT_EQ(request.stallLimit, 0U);
     }
 }
 
@@ -72,10 +77,12 @@ std::vector<Field> updateFields() {
         {"--configuration", [](auto&, const auto& request) { return request.options.configurationElements; }},
         {"--skip-custom", [](auto&, const auto& request) { return request.options.disableCustomElements; }},
         {"--force", [](auto&, const auto& request) { return request.options.forceUpdate; }},
-        {"--no-progress",
-         [](auto&, const auto& request) { return request.options.noProgress && !request.showsPlainProgress; }},
-        {"--progress",
-         [](auto&, const auto& request) { return request.options.noProgress && request.showsPlainProgress; }},
+        {"--no-progress", [](auto& update, const auto&) { return update.progress.isOff; }},
+        {"--progress", [](auto& update, const auto&) { return update.progress.progress == ProgressStyle::plain; }},
+        {"--no-downgrade", [](auto&, const auto& request) { return request.leavesOutDowngrades; }},
+        {"--stall-limit", [](auto&, const auto& request) { return request.stallLimit == 60; }},
+        {"--json", [](auto&, const auto& request) { return request.textStream == stderr; }},
+        {"--quiet", [](auto&, const auto& request) { return request.isQuiet; }},
         {"--preflight", [](auto& update, const auto&) { return update.steps.hasPreflight; }},
         {"--verify", [](auto& update, const auto&) { return update.steps.verifies; }},
         {"--wait", [](auto& update, const auto&) { return update.steps.waitSeconds == 60; }},

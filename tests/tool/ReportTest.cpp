@@ -110,7 +110,7 @@ TEST_F(Reports, WithoutAPlanTheMessagesAreReported) {
 
 TEST_F(Reports, WhatProgressHasOverwrittenIsLeftOut) {
     addNodeElement(1, "One");
-    const KvNJson::json update = document("update", 0);
+    const KvNJson::json update = document("update", 0, {"--progress", "line"});
     EXPECT_THAT(output, HasSubstr("\r"));
     EXPECT_THAT(
         std::string(update.view().find("messages").get_string()),

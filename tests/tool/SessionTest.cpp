@@ -26,7 +26,7 @@ using Arguments = std::vector<std::string>;
 class Session : public testing::Test {
 protected:
     Session() {
-        archive_.add(entry("node.bin").board("QB4120", 1));
+        archive_.add(entry("node.bin").board("QB4120", 1).version("31.0"));
         archive_.write();
         target_.add(completeBoard("HCN", "QB4120", 2815)
                         .element(completeElement(1, "UserFirmware").parameter("VERSION", "30.0")));
@@ -102,10 +102,10 @@ TEST_F(Session, ATargetThatIsNotReachedOrScannedEndsWithFour) {
         EXPECT_EQ(unnamed.exitCode, 4) << command;
         EXPECT_THAT(unnamed.output, HasSubstr("ERROR: No IP address or hostname specified!\n"));
         EXPECT_EQ(unnamed.errors, "kvreflash: give the target with -t HOST\n");
-        const ToolRun missing = runCaptured({command, "-t", "127.0.0.9"});
+        const ToolRun missing = runCaptured({command, "-t", "127.0.0.9", "--emulate", target_.write()});
         EXPECT_EQ(missing.exitCode, 4) << command;
         EXPECT_EQ(missing.errors, "kvreflash: the target '127.0.0.9' is not accessible\n");
-        const ToolRun unknown = runCaptured({command, "-t", "no such host"});
+        const ToolRun unknown = runCaptured({command, "-t", "no such host", "--emulate", target_.write()});
         EXPECT_EQ(unknown.exitCode, 4) << command;
         EXPECT_EQ(unknown.errors, "kvreflash: 'no such host' is not an IPv4 address or a known host name\n");
     }
@@ -292,7 +292,8 @@ TEST_F(Session, DisablingAnElementThatIsNotThereEndsWithEightBeforeAnything) {
                              "QB4120, SN 2815, Firmware ", "HCN[1]", ""}) {
         const ToolRun done = run("update", {"--disable", "0", "--disable", name});
         EXPECT_EQ(done.exitCode, 8) << name;
-        EXPECT_EQ(done.errors, "kvreflash: --disable: the target has no element '" + std::string(name) + "'\n");
+        EXPECT_THAT(done.errors,
+                    StartsWith("kvreflash: --disable: the target has no element '" + std::string(name) + "'"));
         EXPECT_EQ(done.output.find("Updating:"), std::string::npos) << name;
     }
     EXPECT_EQ(run("update", {"--disable", "1", "--disable", "0", "--disable", "x"}).errors,
@@ -319,13 +320,13 @@ TEST_F(Session, WhatPrepareSaysComesBeforeWhatIsDisabled) {
 }
 
 TEST_F(Session, FiltersThatLetNothingThroughEndWithEight) {
-    const std::string sentence = "kvreflash: no element of the target passes the filters\n";
+    const std::string sentence = "kvreflash: no element of the target passes the filters; --";
     target_.rebootLookups(1);
     for (const char* command : {"elements", "connect", "plan", "verify", "explain", "update", "reboot"}) {
         for (const Arguments& filter : {Arguments{"-b", "QB9999"}, {"-s", "1"}, {"-e", "Firmware"}}) {
             const ToolRun done = run(command, filter);
             EXPECT_EQ(done.exitCode, 8) << command << filter.front();
-            EXPECT_EQ(done.errors, sentence) << command << filter.front();
+            EXPECT_THAT(done.errors, StartsWith(sentence)) << command << filter.front();
         }
     }
     EXPECT_FALSE(target_.folder().has("state")) << "nothing was updated or rebooted";
@@ -335,7 +336,9 @@ TEST_F(Session, WhatOnlyLooksShowsWhatThereIsAlthoughNothingPassesTheFilters) {
     const ToolRun elements = run("elements", {"-b", "QB9999"});
     EXPECT_THAT(elements.output, HasSubstr("Korvel Device Update Tool"));
     EXPECT_EQ(run("plan", {"--json", "-b", "QB9999"}).errors,
-              run("plan", {"-b", "QB9999"}).output + "kvreflash: no element of the target passes the filters\n");
+              run("plan", {"-b", "QB9999"}).output +
+                  "kvreflash: no element of the target passes the filters; --board-type: "
+                  "nothing has 'QB9999'\n");
 }
 
 TEST_F(Session, FiltersThatLetSomethingThroughAreFine) {

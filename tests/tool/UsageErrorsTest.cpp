@@ -73,7 +73,7 @@ std::vector<Use> allUses(bool belonging) {
 
 TEST(UsageErrors, AnOptionIsRefusedByEveryCommandThatItDoesNotBelongTo) {
     const std::vector<Use> uses = allUses(false);
-    EXPECT_EQ(uses.size(), 408U);
+    EXPECT_EQ(uses.size(), 441U);
     for (const Use& use : uses) {
         const bool byName = use.given.front().starts_with("--");
         expectRefused(joined(smallestCommandLine(use.command), use.given),
@@ -83,7 +83,7 @@ TEST(UsageErrors, AnOptionIsRefusedByEveryCommandThatItDoesNotBelongTo) {
 
 TEST(UsageErrors, AnOptionIsTakenByEveryCommandThatItBelongsTo) {
     const std::vector<Use> uses = allUses(true);
-    EXPECT_EQ(uses.size(), 292U);
+    EXPECT_EQ(uses.size(), 329U);
     for (const Use& use : uses) {
         const Arguments needed = joined(commandLineWithout(*use.option, use.command), use.option->needs);
         const Arguments line = joined(needed, use.given);

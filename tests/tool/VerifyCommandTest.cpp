@@ -140,13 +140,14 @@ TEST_F(VerifyCommand, FiltersAndTheOtherKindOfElementsChooseWhatIsJudged) {
 
 TEST_F(VerifyCommand, FiltersThatLetNothingThroughFail) {
     verified(8, {"-s", "99"});
-    EXPECT_EQ("kvreflash: no element of the target passes the filters\n", errors);
+    EXPECT_EQ("kvreflash: no element of the target passes the filters; --serial-number: nothing has '99'\n", errors);
 }
 
 TEST_F(VerifyCommand, ARefusedArchiveAndATargetThatIsNotThereFail) {
     EXPECT_THAT(verified(3, {"-d", "none.json"}), HasSubstr("ERROR: Failed to read firmware archive.\n"));
     EXPECT_THAT(errors, Not(IsEmpty()));
-    const ToolRun missing = runCaptured({"verify", "-a", archive.folder().text(), "-t", "127.0.0.9"});
+    const ToolRun missing =
+        runCaptured({"verify", "-a", archive.folder().text(), "-t", "127.0.0.9", "--emulate", rack()});
     EXPECT_EQ(4, missing.exitCode);
     EXPECT_THAT(missing.errors, EndsWith("is not accessible\n"));
 }

@@ -74,6 +74,8 @@ class InterruptTest(ScratchTest):
             piece = os.read(process.stdout.fileno(), 65536)
             self.assertTrue(piece, begun)
             begun += piece
+        self.addCleanup(process.stdout.close)
+        self.addCleanup(process.stderr.close)
         return process
 
     def read_errors(self, process, end):
@@ -87,7 +89,7 @@ class InterruptTest(ScratchTest):
     def results(self):
         """What became of the elements, by the report."""
         report = json.loads(self.report.read_text(encoding="utf-8"))
-        return report, [element["result"] for element in report["elements"] if element["decision"] == "update"]
+        return report, [element["outcome"] for element in report["elements"] if element["decision"] == "update"]
 
     def check_ended(self, process, code, failure):
         self.assertEqual(process.returncode, code)
@@ -144,11 +146,13 @@ class InterruptTest(ScratchTest):
     @unless_launched
     def test_the_third_request_ends_at_once_and_names_the_boards(self):
         self.lay_out(state=1)
-        process = self.start_update(scale="20")  # the pause between two status queries takes 4 s
-        errors = b""
+        # The pause behind the start of the only element takes 10 s.
+        process = self.start(["update", *self.line, "-s", "2815", "-e", "UserFpga", "--report", self.report], scale="20")
+        while b"FPGA" not in os.read(process.stdout.fileno(), 65536):
+            pass
         for last in (FIRST, b"end at once.\n"):
             self.send(process)
-            errors += self.read_errors(process, last)
+            self.read_errors(process, last)
             time.sleep(NEXT)
         self.send(process)
         errors = folded(process.communicate(timeout=20)[1]).decode()

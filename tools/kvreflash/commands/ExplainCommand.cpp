@@ -54,7 +54,7 @@ private:
         }
         if (explanations_.empty() && !element_.empty()) {
             verdict_.add({KvEFailure::selection, "the target has no element '" + element_ + "', or a filter hides it" +
-                                                     suggestionFor(element_, namesOfElements(*session_->plan()))});
+                                                     suggestionFor(element_, knownNames())});
         } else if (!isJson_ && element_.empty()) {
             writeText(stdout, hiddenElementsText(session_->hiddenElements()));
         }
@@ -65,6 +65,15 @@ private:
         if (!errors.empty()) {
             verdict_.add({KvEFailure::errors, "errors were reported, so that the explanation may be incomplete"});
         }
+    }
+
+    [[nodiscard]] std::vector<std::string> knownNames() const {
+        std::vector<std::string> names;
+        for (const KvTPlannedElement& element : session_->plan()->elements) {
+            names.push_back(element.displayName);
+            names.push_back(element.name);
+        }
+        return names;
     }
 
     ToolSession session_;

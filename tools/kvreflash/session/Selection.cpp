@@ -9,10 +9,22 @@ using namespace KvNReflasher;
 
 namespace {
 
+std::string didYouMean(const std::string& name) {
+    return ", did you mean '" + name + "'?";
+}
+
+/// What may have been meant by `name`: the display name of the element that the inventory calls so, or what is spelled
+/// most like it.
+std::string suggestionForElement(const std::string& name, const KvTPlan& plan) {
+    const auto named = std::find_if(plan.elements.begin(), plan.elements.end(),
+                                    [&name](const KvTPlannedElement& element) { return element.name == name; });
+    return named != plan.elements.end() ? didYouMean(named->displayName) : suggestionFor(name, namesOfElements(plan));
+}
+
 /// Why no element was disabled.
 std::string faultOf(const KvTPlan& plan, const KvTDisabling& disabling, const std::string& element) {
     if (disabling.elements.empty()) {
-        return "the target has no element '" + element + "'" + suggestionFor(element, namesOfElements(plan));
+        return "the target has no element '" + element + "'" + suggestionForElement(element, plan);
     }
     std::string fault = "several elements are called '" + element + "':";
     for (const std::uint32_t index : disabling.elements) {
@@ -70,7 +82,7 @@ std::string unknownWords(const Filter& filter, const KvTOptions& options, const 
 
 std::string suggestionFor(const std::string& name, const std::vector<std::string>& names) {
     const std::string nearest = nearestName(name, names);
-    return nearest.empty() ? std::string() : ", did you mean '" + nearest + "'?";
+    return nearest.empty() ? std::string() : didYouMean(nearest);
 }
 
 std::vector<std::string> namesOfElements(const KvTPlan& plan) {
@@ -78,7 +90,6 @@ std::vector<std::string> namesOfElements(const KvTPlan& plan) {
     for (const KvTPlannedElement& element : plan.elements) {
         names.push_back(element.displayName);
         names.push_back(element.isListed() ? element.address : element.targetPath);
-        names.push_back(element.name);
     }
     return names;
 }

@@ -18,5 +18,5 @@
 /// ", did you mean 'NAME'?" with the one of `names` that is spelled most like `name`; empty if none is.
 [[nodiscard]] std::string suggestionFor(const std::string& name, const std::vector<std::string>& names);
 
-/// All that an element can be called by: its address or target path, its display name and the inventory's name of it.
+/// The addresses or target paths of all elements, and their display names.
 [[nodiscard]] std::vector<std::string> namesOfElements(const KvNReflasher::KvTPlan& plan);
