@@ -2,6 +2,7 @@
 
 #include "ExitCodes.h"
 #include "Texts.h"
+#include "TimeText.h"
 #include "ToolOutput.h"
 #include "VerificationText.h"
 
@@ -31,6 +32,10 @@ ExitCode SessionResult::conclude(const ReportOption* reportOption, const JsonOpt
             verdict.add(loss);
             writeReport(reportOption); // what it says of success does not hold any more
         }
+    }
+    if (const KvTVerdict loss = session.endEvents(verdict); !loss.isSuccess()) {
+        verdict.add(loss);
+        writeReport(reportOption);
     }
     return ::conclude(verdict);
 }

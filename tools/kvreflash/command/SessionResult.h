@@ -11,7 +11,7 @@
 struct SessionResult {
     /// The name of the command, as reports state it.
     const char* command = "";
-    const ToolSession& session;
+    ToolSession& session;
     /// Of the whole command.
     KvNReflasher::KvTVerdict verdict;
     /// Nothing if the target was not judged.

@@ -36,7 +36,6 @@ public:
         }
         result_.verdict.add(session_.verdict());
         lookAgain();
-        result_.verdict.add(session_.closeEvents());
         return result_.conclude(&report_, json_);
     }
 
@@ -94,6 +93,7 @@ private:
         }
         result_.verification = steps_.verifies && isDown ? lookAfterReboot() : look(isDown);
         if (steps_.verifies) {
+            session_.writeVerification(*result_.verification);
             result_.showVerification();
         }
     }

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 
 using namespace KvNReflasher;
 
@@ -66,18 +65,6 @@ std::string withoutOverwritten(const std::string& messages) {
         lineBegin = character == '\n' ? text.size() : lineBegin;
     }
     return text;
-}
-
-std::string timeText(std::chrono::system_clock::time_point time) {
-    const auto day = std::chrono::floor<std::chrono::days>(time);
-    const std::chrono::year_month_day date(day);
-    const std::chrono::hh_mm_ss clock(std::chrono::floor<std::chrono::seconds>(time - day));
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
-                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                  static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-                  static_cast<int>(clock.seconds().count()));
-    return text.data();
 }
 
 std::string documentOf(const ReportData& report) {

@@ -2,7 +2,6 @@
 
 #include "KvDocuments.h"
 
-#include <chrono>
 #include <string>
 #include <vector>
 
@@ -31,9 +30,6 @@ struct ReportData {
 
 /// `messages` as a terminal shows them in the end: of each line what stands behind the last carriage return.
 [[nodiscard]] std::string withoutOverwritten(const std::string& messages);
-
-/// A point of time as RFC 3339 has it, in UTC: "2026-03-01T12:34:56Z".
-[[nodiscard]] std::string timeText(std::chrono::system_clock::time_point time);
 
 /// The report as one HTML file that needs no other.
 [[nodiscard]] std::string reportPage(const ReportData& report);

@@ -1,6 +1,7 @@
 #include "ToolSession.h"
 
 #include "EmulatedTargets.h"
+#include "ExitCodes.h"
 #include "Selection.h"
 #include "Streams.h"
 #include "Texts.h"
@@ -31,12 +32,21 @@ ToolSession::ToolSession(SessionRequest request)
 
 KvTVerdict ToolSession::openEvents() {
     if (!request_.eventsFile || events_.open(*request_.eventsFile)) {
+        events_.writeRunBegin({.command = "update",
+                               .toolVersion = KvISession::version(),
+                               .begin = {},
+                               .end = {},
+                               .target = utf8Of(request_.options.target),
+                               .archiveFolder = utf8Of(request_.options.archiveFolder),
+                               .exitCode = 0,
+                               .messages = {}});
         return {};
     }
     return {KvEFailure::output, fileFailure("cannot create", *request_.eventsFile)};
 }
 
-KvTVerdict ToolSession::closeEvents() {
+KvTVerdict ToolSession::endEvents(const KvTVerdict& verdict) {
+    events_.writeRunEnd(verdict, exitCodeOf(verdict.failure));
     if (events_.close()) {
         return {};
     }
@@ -61,6 +71,7 @@ bool ToolSession::prepare() {
     const bool isPrepared = session_->prepare() == 0;
     if (isPrepared && update_) {
         update_->setPlan(*session_->plan());
+        events_.writePlan(*session_->plan());
     }
     return isPrepared;
 }
@@ -164,23 +175,20 @@ void ToolSession::sayStall(std::uint32_t seconds) {
 
 void ToolSession::onEvent(const KvTEvent& event) {
     update_->onEvent(event);
+    events_.write(event, *session_);
     switch (event.event) {
     case KvEEvent::phase:
-        events_.write("phase", event.value);
         progress_.beginPhase(event.value);
         break;
     case KvEEvent::progress:
-        events_.write("progress", event.value);
         if (request_.showsPlainProgress) {
             writeText(shown_, progress_.lineFor(event.value));
         }
         break;
-    case KvEEvent::elementError:
-        events_.write("elementError", event.value);
-        break;
     case KvEEvent::stalled:
         sayStall(event.value);
         break;
+    case KvEEvent::elementError:
     case KvEEvent::locked:
     case KvEEvent::unlocked:
     case KvEEvent::transfer:

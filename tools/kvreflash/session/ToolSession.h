@@ -58,8 +58,12 @@ public:
 
     /// Creates the file of the events if one is wanted. Class output if that fails.
     [[nodiscard]] KvNReflasher::KvTVerdict openEvents();
-    /// Closes it. Class output if something could not be written.
-    [[nodiscard]] KvNReflasher::KvTVerdict closeEvents();
+    /// Writes down what a verification has found.
+    void writeVerification(const KvNReflasher::KvTVerification& verification) {
+        events_.writeVerification(verification, verdictOf(verification));
+    }
+    /// Writes the verdict of the command and closes the file. Class output if something could not be written.
+    [[nodiscard]] KvNReflasher::KvTVerdict endEvents(const KvNReflasher::KvTVerdict& verdict);
     /// Keeps the messages instead of showing them, from now on.
     void keepMessages();
     /// What was said so far, as bytes, as far as the tool has seen it.
