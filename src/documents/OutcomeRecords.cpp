@@ -20,7 +20,7 @@ std::string hexadecimal(std::uint32_t code) {
     std::array<char, 8> digits{};
     const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), code, base).ptr;
     std::string text = "0x";
-    return text.append(digits.data(), end);
+    return text.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
 }
 
 /// Null for 0, which stands for what is not known.

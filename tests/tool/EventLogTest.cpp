@@ -5,65 +5,97 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <regex>
+
 namespace {
 
-TEST(EventLog, WritesOneJsonLinePerNotification) {
-    const ScratchFolder folder;
+using namespace KvNReflasher;
+
+class EventLogTest : public testing::Test {
+protected:
+    void write(KvEEvent event, std::uint32_t value) { log.write({event, value}, *session_); }
+    /// Lines without their times, which must be well-formed.
+    [[nodiscard]] static std::string withoutTimes(const std::string& lines) {
+        static const std::regex time("\\{\"time\":\"\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\d\\.\\d{3}Z\",");
+        return std::regex_replace(lines, time, "{");
+    }
+
     EventLog log;
+    const ScratchFolder folder;
+
+private:
+    std::unique_ptr<KvISession> session_{KvISession::createInstance({})};
+};
+
+TEST_F(EventLogTest, WritesOneJsonLinePerNotification) {
     ASSERT_TRUE(log.open((folder.path() / "events").string()));
-    log.write("phase", 0);
-    log.write("progress", 42);
-    log.write("phase", 4294967295U);
-    EXPECT_EQ(folder.read("events"), "{\"event\":\"phase\",\"value\":0}\n"
-                                     "{\"event\":\"progress\",\"value\":42}\n"
-                                     "{\"event\":\"phase\",\"value\":4294967295}\n")
+    write(KvEEvent::phase, 0);
+    write(KvEEvent::progress, 42);
+    write(KvEEvent::phase, 4294967295U);
+    EXPECT_EQ(withoutTimes(folder.read("events")), "{\"event\":\"phase\",\"value\":0}\n"
+                                                   "{\"event\":\"progress\",\"value\":42}\n"
+                                                   "{\"event\":\"phase\",\"value\":4294967295}\n")
         << "each line is there at once";
     EXPECT_TRUE(log.close());
 }
 
-TEST(EventLog, EmptiesAnExistingFile) {
-    const ScratchFolder folder;
+TEST_F(EventLogTest, EmptiesAnExistingFile) {
     const std::string path = folder.write("events", "of an earlier update\n");
-    EventLog log;
     ASSERT_TRUE(log.open(path));
     EXPECT_EQ(folder.read("events"), "");
     EXPECT_TRUE(log.close());
     EXPECT_EQ(folder.read("events"), "");
 }
 
-TEST(EventLog, ADashIsStandardError) {
+TEST_F(EventLogTest, ADashIsStandardError) {
     const RedirectedStream errors(stderr);
-    EventLog log;
     ASSERT_TRUE(log.open("-"));
-    log.write("elementError", 3);
+    write(KvEEvent::phase, 3);
     EXPECT_TRUE(log.close());
-    EXPECT_EQ(errors.received(), "{\"event\":\"elementError\",\"value\":3}\n");
+    EXPECT_EQ(withoutTimes(errors.received()), "{\"event\":\"phase\",\"value\":3}\n");
     std::fputs("still open", stderr);
     std::fflush(stderr);
-    EXPECT_EQ(errors.received(), "{\"event\":\"elementError\",\"value\":3}\nstill open");
+    EXPECT_EQ(withoutTimes(errors.received()), "{\"event\":\"phase\",\"value\":3}\nstill open");
 }
 
-TEST(EventLog, CannotBeCreatedWhereThereIsNoFolderOrAFolder) {
-    const ScratchFolder folder;
+TEST_F(EventLogTest, CannotBeCreatedWhereThereIsNoFolderOrAFolder) {
     for (const std::string& path : {folder.text(), (folder.path() / "missing" / "events").string(), std::string()}) {
-        EventLog log;
         EXPECT_FALSE(log.open(path)) << path;
     }
 }
 
-TEST(EventLog, AFolderAndFileNameMayBeOfAnyAlphabet) {
-    const ScratchFolder folder;
+TEST_F(EventLogTest, AFolderAndFileNameMayBeOfAnyAlphabet) {
     folder.write("gr\xC3\xBCn/other", "");
-    EventLog log;
     ASSERT_TRUE(log.open(folder.text() + "/gr\xC3\xBCn/\xE2\x82\xAC"));
-    log.write("phase", 1);
+    write(KvEEvent::phase, 1);
     EXPECT_TRUE(log.close());
-    EXPECT_EQ(folder.read("gr\xC3\xBCn/\xE2\x82\xAC"), "{\"event\":\"phase\",\"value\":1}\n");
+    EXPECT_EQ(withoutTimes(folder.read("gr\xC3\xBCn/\xE2\x82\xAC")), "{\"event\":\"phase\",\"value\":1}\n");
 }
 
-TEST(EventLog, WithoutAFileNothingIsWrittenAndNothingIsWrong) {
-    EventLog log;
-    log.write("phase", 1);
+TEST_F(EventLogTest, APercentageIsNotRepeatedWithinItsPhase) {
+    ASSERT_TRUE(log.open((folder.path() / "events").string()));
+    for (const std::uint32_t phase : {0U, 1U}) {
+        write(KvEEvent::phase, phase);
+        for (const std::uint32_t percentage : {50U, 50U, 100U, 100U}) {
+            write(KvEEvent::progress, percentage);
+        }
+    }
+    EXPECT_TRUE(log.close());
+    const std::string progress = "{\"event\":\"progress\",\"value\":50}\n{\"event\":\"progress\",\"value\":100}\n";
+    EXPECT_EQ(withoutTimes(folder.read("events")),
+              "{\"event\":\"phase\",\"value\":0}\n" + progress + "{\"event\":\"phase\",\"value\":1}\n" + progress);
+}
+
+TEST_F(EventLogTest, AStallIsNotWritten) {
+    ASSERT_TRUE(log.open((folder.path() / "events").string()));
+    write(KvEEvent::stalled, 30);
+    EXPECT_TRUE(log.close());
+    EXPECT_EQ("", folder.read("events"));
+}
+
+TEST_F(EventLogTest, WithoutAFileNothingIsWrittenAndNothingIsWrong) {
+    write(KvEEvent::phase, 1);
     EXPECT_TRUE(log.close());
     EXPECT_TRUE(log.close());
 }

@@ -1,5 +1,6 @@
 #include "ArchiveFolder.h"
 #include "CompleteItems.h"
+#include "KvNJson.h"
 #include "RedirectedStream.h"
 #include "ScratchFolder.h"
 #include "TargetBuilder.h"
@@ -10,6 +11,7 @@
 
 #include <array>
 #include <cerrno>
+#include <sstream>
 #include <string_view>
 #include <system_error>
 
@@ -254,19 +256,38 @@ TEST_F(Session, AnEventsFileThatCannotBeCreatedEndsWithOneBeforePrepare) {
 }
 
 TEST_F(Session, EventsGoIntoTheFileOrToStandardError) {
-    const std::string expected = "{\"event\":\"phase\",\"value\":0}\n"
-                                 "{\"event\":\"progress\",\"value\":33}\n"
-                                 "{\"event\":\"progress\",\"value\":66}\n"
-                                 "{\"event\":\"progress\",\"value\":100}\n"
-                                 "{\"event\":\"progress\",\"value\":100}\n"
-                                 "{\"event\":\"phase\",\"value\":4294967295}\n";
+    const auto namesOf = [](const std::string& lines) {
+        std::string names;
+        std::istringstream stream(lines);
+        for (std::string line; std::getline(stream, line);) {
+            names.append(KvNJson::json::parse(line).view().find("event").get_string()).append(" ");
+        }
+        return names;
+    };
+    const std::string expected = "runBegin plan locked phase transfer elementStart progress progress progress "
+                                 "elementEnd phase unlocked runEnd ";
     const ScratchFolder folder;
     const ToolRun toFile = run("update", {"--force", "--events", folder.text() + "/events"});
     EXPECT_EQ(toFile.errors, "");
-    EXPECT_EQ(folder.read("events"), expected);
+    EXPECT_EQ(namesOf(folder.read("events")), expected);
     const ToolRun toErrors = run("update", {"--force", "--events", "-"});
-    EXPECT_EQ(toErrors.errors, expected);
+    EXPECT_EQ(namesOf(toErrors.errors), expected);
     EXPECT_THAT(toErrors.output, HasSubstr("Update completed successfully!"));
+}
+
+TEST_F(Session, TheLastEventIsTheVerdictWhateverHappens) {
+    const ScratchFolder folder;
+    const auto lastEvent = [&](int exitCode, const Arguments& more) {
+        Arguments arguments{"--events", folder.text() + "/events"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        EXPECT_EQ(exitCode, run("update", arguments).exitCode);
+        const std::string lines = folder.read("events");
+        return lines.substr(lines.rfind('\n', lines.size() - 2) + 1);
+    };
+    EXPECT_THAT(lastEvent(8, {"-b", "QB9999"}),
+                AllOf(HasSubstr("\"event\":\"runEnd\",\"failure\":\"selection\""), HasSubstr("\"exitCode\":8")));
+    EXPECT_THAT(lastEvent(3, {"-d", "none.json"}), HasSubstr("\"failure\":\"archive\""));
+    EXPECT_THAT(lastEvent(0, {}), HasSubstr("\"failure\":null,\"retryable\":false,\"message\":\"\",\"exitCode\":0}"));
 }
 
 TEST_F(Session, ADisabledElementIsLeftOutByAnyOfItsNames) {

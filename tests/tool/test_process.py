@@ -63,8 +63,10 @@ class ProcessTest(ScratchTest):
         self.assertEqual((done.returncode, done.stderr), (1, LOST))
         self.assert_updated(line)
         told = [json.loads(text) for text in events.read_text(encoding="utf-8").splitlines()]
-        # Two phases of four rounds each, and the end.
-        self.assertEqual([event["event"] for event in told], 2 * (["phase"] + 4 * ["progress"]) + ["phase"])
+        # Two phases, each with three percentages, and the end.
+        steps = [event["event"] for event in told if event["event"] in ("phase", "progress")]
+        self.assertEqual(steps, 2 * (["phase"] + 3 * ["progress"]) + ["phase"])
+        self.assertEqual((told[-1]["event"], told[-1]["failure"], told[-1]["exitCode"]), ("runEnd", "output", 1))
 
     def test_a_session_needs_no_standard_error_and_no_standard_input(self):
         done = self.run_closed(["version"], 0, 2)

@@ -66,10 +66,25 @@ def code_and_report_have_one_class(seen):
         yield f"{failure} is {'' if seen.report.retryable else 'not '}retryable"
 
 
-def the_last_event_of_a_run_ends_its_last_phase(seen):
-    last = {"event": "phase", "value": views.NO_PHASE}
-    if seen.has_run() and seen.events.last() != last:
-        yield f"the last event is {seen.events.last()}"
+def the_last_event_has_the_verdict(seen):
+    last = seen.events.last()
+    if (last.get("event"), last.get("failure"), last.get("exitCode")) != ("runEnd", seen.report.failure, seen.code):
+        yield f"the last event is {last}"
+    if seen.has_run() and seen.events.phases()[-1:] != [views.NO_PHASE]:
+        yield f"the phases are {seen.events.phases()}"
+
+
+def events_state_the_reasons_of_the_report(seen):
+    reasons = {element.index: element.reason for element in seen.report.elements}
+    for event in seen.events.events:
+        if event["event"] == "elementEnd" and event["reason"] != reasons[event["value"]]:
+            yield f"element {event['value']}: {event['reason']!r} by the events, {reasons[event['value']]!r} by the report"
+
+
+def who_has_failed_has_a_reason(seen):
+    for element in seen.report.elements:
+        if element.outcome in (views.FAILED, views.CANCELLED, views.FILE_MISSING) and not element.reason:
+            yield f"{element} has no reason"
 
 
 def success_is_the_librarys_own_verdict(seen):
@@ -179,7 +194,8 @@ def the_wrong_file_is_not_flashed(seen):
         yield f"{WRONG_FILE} went to the target"
 
 
-CHECKS = (code_and_report_have_one_class, the_last_event_of_a_run_ends_its_last_phase,
+CHECKS = (code_and_report_have_one_class, the_last_event_has_the_verdict, events_state_the_reasons_of_the_report,
+          who_has_failed_has_a_reason,
           success_is_the_librarys_own_verdict, an_error_is_no_success, a_failure_says_why, what_is_claimed_is_true,
           a_failed_verification_has_grounds, text_and_report_count_the_same, text_and_report_name_the_same_failures,
           events_and_report_name_the_same_failures, what_could_not_be_started_has_failed, what_was_updated_was_started,

@@ -60,6 +60,7 @@ class ElementView:
         self.name = record["displayName"]
         self.address = record["address"] or ""
         self.outcome = record["outcome"]
+        self.reason = record["reason"]
         self.verification = record["verification"]
         self.file = record["entry"]["name"] if record["entry"] else None
 
@@ -134,6 +135,9 @@ class EventsView:
 
     def element_errors(self):
         return [event["value"] for event in self.events if event["event"] == "elementError"]
+
+    def phases(self):
+        return [event["value"] for event in self.events if event["event"] == "phase"]
 
     def last(self):
         return self.events[-1] if self.events else {}
