@@ -98,7 +98,7 @@ class RunTest(unittest.TestCase):
 
     def test_blocks_are_found_with_their_place(self):
         readme = blocks_of(PROJECT / "README.md")
-        self.assertEqual([block.language for block in readme], ["sh", "console"])
+        self.assertEqual([block.language for block in readme], ["sh", "sh", "console"])
         lines = (PROJECT / "README.md").read_text(encoding="utf-8").splitlines()
         self.assertEqual([lines[block.line - 1] for block in readme], ["```sh", "```console"])
 

@@ -109,8 +109,8 @@ class Session:
     # --- comparisons ---
 
     def content(self, name):
-        """Only what went through the tool's text streams has line ends of the system."""
-        data = (self.scratch / name).read_bytes()
+        """Only what went through the tool's text streams has line ends of the system. Times are left out."""
+        data = TIME.sub(rb'\1"{time}"', (self.scratch / name).read_bytes())
         return self.runner.fold(data) if name.endswith((".out", ".err")) else data
 
     def produced(self, name):

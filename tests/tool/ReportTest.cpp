@@ -2,6 +2,7 @@
 #include "KvCVersion.h"
 #include "PhasePicture.h"
 #include "ScratchFolder.h"
+#include "TimeText.h"
 #include "ToolRack.h"
 #include "UpdateFiles.h"
 

@@ -271,7 +271,7 @@ class LargeRackTest(ScratchTest):
 
     def test_update_with_progress_and_details(self):
         self.check(f"{FOUND}The update process takes {self.rack.phases} phases!\n" + update_text(self.rack, True),
-                   "update", "-v", "-a", "archive")
+                   "update", "-v", "--progress", "line", "-a", "archive")
 
     def test_connect(self):
         self.check("", "connect")

@@ -130,17 +130,18 @@ private:
 
 void ProgressOptions::addTo(CommandSyntax& syntax) {
     using enum ProgressStyle;
-    syntax.addOption(
-        "--progress", "HOW",
-        "How progress is shown: line, plain (a line for every tenth), none, or auto: line on a terminal, plain "
-        "elsewhere (default: auto)",
-        [this](const std::string& word) {
-            progress = meaningOf<ProgressStyle>(
-                "--progress", word, {{"auto", automatic}, {"line", line}, {"plain", plain}, {"none", none}});
-            if (isOff && progress != none) {
-                refuse("--no-progress contradicts --progress " + word);
-            }
-        });
+    syntax.addOption("--progress", "HOW",
+                     "How progress is shown: auto (line on a terminal, plain elsewhere), line, plain (a line for every "
+                     "tenth) or none "
+                     "(default: auto)",
+                     [this](const std::string& word) {
+                         progress = meaningOf<ProgressStyle>(
+                             "--progress", word,
+                             {{"auto", automatic}, {"line", line}, {"plain", plain}, {"none", none}});
+                         if (isOff && progress != none) {
+                             refuse("--no-progress contradicts --progress " + word);
+                         }
+                     });
     syntax.addSwitch("--no-progress", isOff, "The same as --progress none");
 }
 

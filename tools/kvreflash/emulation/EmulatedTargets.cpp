@@ -4,6 +4,7 @@
 #include "ToolOutput.h"
 
 #include <map>
+#include <set>
 
 namespace {
 
@@ -33,7 +34,8 @@ std::string serveEmulatedTargets(const std::vector<std::string>& folders) {
         if (!result.served) {
             return result.error;
         }
-        for (const std::string& address : result.addresses) {
+        // A target may list an address several times: it is several devices then.
+        for (const std::string& address : std::set<std::string>(result.addresses.begin(), result.addresses.end())) {
             if (const auto [other, isNew] = folderOf.emplace(address, folder); !isNew) {
                 say("warning: '" + other->second + "' and '" + folder + "' both have the address " + address);
             }
