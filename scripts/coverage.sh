@@ -14,6 +14,13 @@ configure() {
     cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DKV_COVERAGE=ON -DCMAKE_CXX_COMPILER_LAUNCHER=ccache
 }
 
+# Notes of sources that are gone make gcovr fail, or wait for ever.
+remove_old_notes() {
+    find "$build" -name '*.gcno' | while read -r notes; do
+        [[ -e ${notes%.gcno}.gcda ]] || rm "$notes"
+    done
+}
+
 # Processes whose files must not grow cannot write their counters and spoil them for all others.
 run_tests() {
     find "$build" -name '*.gcda' -delete
@@ -21,6 +28,7 @@ run_tests() {
 }
 
 measure() {
+    remove_old_notes
     gcovr --root "$project_dir" --filter 'src/' --exclude-unreachable-branches \
         -j "$jobs" --json "$build/coverage.json" "$build"
 }
