@@ -100,7 +100,7 @@ class RunTest(unittest.TestCase):
         readme = blocks_of(PROJECT / "README.md")
         self.assertEqual([block.language for block in readme], ["sh", "sh", "console"])
         lines = (PROJECT / "README.md").read_text(encoding="utf-8").splitlines()
-        self.assertEqual([lines[block.line - 1] for block in readme], ["```sh", "```console"])
+        self.assertEqual([lines[block.line - 1] for block in readme], ["```sh", "```sh", "```console"])
 
 
 if __name__ == "__main__":

@@ -48,7 +48,7 @@ TEST(Help, TheToolNamesEveryCommandWithItsMeaning) {
              {"0    success\n", "1    an element or file failed, ", "2    the archive does not support the target\n",
               "3    the archive was refused\n", "4    the target was not reached or cannot be scanned\n",
               "5    the target could not be locked\n", "6    the target does not report what it should\n",
-              "7    an update ended on request\n", "8    no element passes the filters, ", "64   usage error\n",
+              "7    ended on request\n", "8    no element passes the filters, ", "64   usage error\n",
               "130  ended by an interrupt at once\n"}) {
             EXPECT_THAT(help, HasSubstr(std::string("\n  ") + code));
         }

@@ -81,7 +81,7 @@ class ExamplesTest(ScratchTest):
 
     def test_the_exit_codes_are_those_of_the_help(self):
         help_codes = re.findall(r"^  (\d+) +(\S.*)$", run("--help").output.decode().partition("Exit codes:")[2], re.MULTILINE)
-        self.assertEqual([code for code, _ in help_codes], ["0", "1", "2", "3", "4", "5", "6", "8", "64", "130"])
+        self.assertEqual([code for code, _ in help_codes], ["0", "1", "2", "3", "4", "5", "6", "7", "8", "64", "130"])
         rows = re.findall(r"^\| (\d+) \| (.*) \|$", COMMANDS.read_text(encoding="utf-8"), re.MULTILINE)
         self.assertEqual([code for code, _ in rows], [code for code, _ in help_codes])
         for (_, meaning), (_, told) in zip(rows, help_codes):
@@ -103,8 +103,8 @@ class ExamplesTest(ScratchTest):
                 self.assertTrue({letter, name} & wanted, f"{command} {name}")
 
 
-SHARED = {"--help", "--verbose", "--description", "--emulate", "--board-type", "--serial-number", "--element",
-          "--configuration", "--skip-custom", "--force"}
+SHARED = {"--help", "--verbose", "--quiet", "--description", "--emulate", "--board-type", "--serial-number", "--element",
+          "--configuration", "--skip-custom", "--force", "--no-downgrade"}
 
 
 class PatternTest(unittest.TestCase):

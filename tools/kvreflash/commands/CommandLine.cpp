@@ -38,7 +38,7 @@ constexpr const char* helpFooter =
     "  4    the target was not reached or cannot be scanned\n"
     "  5    the target could not be locked\n"
     "  6    the target does not report what it should\n"
-    "  7    an update ended on request\n"
+    "  7    ended on request\n"
     "  8    no element passes the filters, or an element that was named does not exist\n"
     "  64   usage error\n"
     "  130  ended by an interrupt at once\n\n"
