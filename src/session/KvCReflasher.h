@@ -62,6 +62,8 @@ public:
     [[nodiscard]] std::vector<std::string> preflight() override;
     [[nodiscard]] KvNReflasher::KvTOutcome outcome() const override;
     [[nodiscard]] KvNReflasher::KvTLook look() override;
+    void keepDescription() override { preparation_.archive().keepText(); }
+    [[nodiscard]] std::vector<KvNReflasher::KvTFinding> findings() override;
 
 protected:
     explicit KvCReflasher(KvNReflasher::KvTOptions options);

@@ -46,7 +46,7 @@ const std::vector<CommandOption>& commandOptions() {
         {"--wait", "", "60", false, updateCommand, {"--verify", "--reboot"}},
         {"--events", "", "events.jsonl", false, updateCommand},
         {"--report", "", "report.html", false, {"plan", "update", "verify"}},
-        {"--strict", "", "", false, checkCommand},
+        {"--strict", "", "", false, {"check", "update"}},
         {"--format", "", "json", false, checkCommand},
         {"--json", "", "", false, {"check", "content", "elements", "plan", "explain", "matrix", "verify"}},
         {"--verbose", "-v", "", false, allCommands},
