@@ -96,18 +96,18 @@ std::vector<KvTForeignPath> KvCReflasher::foreignPaths() const {
 }
 
 std::vector<KvTFinding> KvCReflasher::findings() {
-    std::vector<KvTFinding> findings;
+    std::vector<KvTFinding> found;
     const bool isChecked = withoutException(false, [&] {
         const std::optional<std::string>& text = preparation_.archive().text();
-        findings = text ? findingsOfText(options_, text)
-                        : onlyError("description-unreadable", "No text of the archive description was kept.");
+        found = text ? findingsOfText(options_, text)
+                     : onlyError("description-unreadable", "No text of the archive description was kept.");
         return true;
     });
     if (!isChecked) {
         noteOutOfMemory();
-        attempt([&] { findings = onlyError("out-of-memory", "Out of memory."); });
+        attempt([&] { found = onlyError("out-of-memory", "Out of memory."); });
     }
-    return findings;
+    return found;
 }
 
 KvTDisabling KvCReflasher::disableElement(const std::string& element) {

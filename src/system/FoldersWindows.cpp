@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 #include <windows.h>
 
 namespace {
@@ -26,8 +27,9 @@ std::vector<std::string> filesOfFolder(const std::wstring& path) {
     const OpenSearch search(handle);
     do {
         constexpr DWORD notRegular = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE;
-        if ((found.dwFileAttributes & notRegular) == 0) {
-            names.push_back(wideToUtf8(found.cFileName));
+        std::string name = wideToUtf8(found.cFileName);
+        if (!name.empty() && (found.dwFileAttributes & notRegular) == 0) {
+            names.push_back(std::move(name));
         }
     } while (FindNextFileW(search.get(), &found) != 0);
     std::sort(names.begin(), names.end());
