@@ -37,7 +37,9 @@ install(SCRIPT cmake/PackagedLinks.cmake)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/client ${PROJECT_SOURCE_DIR}/examples/rack
   ${PROJECT_BINARY_DIR}/examples/archive DESTINATION ${document_folder}/examples PATTERN state EXCLUDE)
 install(FILES ${PROJECT_SOURCE_DIR}/examples/make_archive.py DESTINATION ${document_folder}/examples)
-install(FILES ${PROJECT_SOURCE_DIR}/examples/archive/recipes.json DESTINATION ${document_folder}/examples/archive)
+# Not into the archive itself, whose description does not name them.
+install(FILES ${PROJECT_SOURCE_DIR}/examples/archive/archive.json ${PROJECT_SOURCE_DIR}/examples/archive/recipes.json
+  DESTINATION ${document_folder}/examples/archive-source)
 if(WIN32)
   install(FILES ${KV_RUNTIME_DLLS} DESTINATION ${CMAKE_INSTALL_BINDIR})
 else()

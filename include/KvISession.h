@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KvIArchive.h"
 #include "KvIReflasher.h"
 #include "KvTOutcome.h"
 #include "KvTPlan.h"
@@ -184,6 +185,20 @@ public:
 
     /// Leaves out each element whose entry has a lower version than is installed, with the reason downgradeLeftOut.
     virtual void leaveOutDowngrades() = 0;
+
+    // Before prepare().
+
+    /// Lets prepare() keep the text of the archive description for findings().
+    virtual void keepDescription() = 0;
+
+    // After prepare().
+
+    /// Returns what KvIArchive::findings() says of the archive, of the text of the description that prepare() has read;
+    /// the archive's other files are looked at now. Findings do not change the outcome. If no text was kept, because
+    /// keepDescription() was not called or the description was not read, the only finding is the error
+    /// "description-unreadable". If memory is exhausted, it is the error "out-of-memory", and the outcome's verdict
+    /// says so.
+    [[nodiscard]] virtual std::vector<KvNReflasher::KvTFinding> findings() = 0;
 };
 
 namespace KvNReflasher {

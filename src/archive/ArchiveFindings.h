@@ -3,7 +3,9 @@
 #include "EntryProperties.h"
 #include "KvCConsoleWriter.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -44,6 +46,9 @@ inline constexpr std::uint32_t noEntry = 0xFFFFFFFF;
 /// Marks a finding that concerns an entry itself and no element of its "boards".
 inline constexpr std::int32_t noBoard = -1;
 
+/// Marks a finding that concerns no item of an array.
+inline constexpr std::size_t noItem = std::numeric_limits<std::size_t>::max();
+
 /// A broken rule and where it was met.
 struct KvTArchiveFinding {
     KvEArchiveRule rule = KvEArchiveRule::descriptionFileOpens;
@@ -53,6 +58,8 @@ struct KvTArchiveFinding {
     std::int32_t board = noBoard;
     /// The property concerned, for the rules on one property.
     KvEProperty property = KvEProperty::name;
+    /// Index in the property's array, from 0, for the rule on the items of arrays.
+    std::size_t item = noItem;
 };
 
 /// A message of the rules (UTF-8) as a sentence: without the word that it begins with and the end of its line; of two

@@ -69,7 +69,7 @@ private:
         for (const PropertyTest& test : typeTests) {
             const jsonView value = properties_[test.property];
             if (value.is_valid() && !test.holds(value) &&
-                !fail(KvEArchiveRule::propertyType, test.property,
+                !fail(about(KvEArchiveRule::propertyType, test.property),
                       L"ERROR: File entry %u is invalid. Property \"%hs\" has an invalid value.\n",
                       L"ERROR: File entry %u is invalid. Property \"%hs\" of \"boards\"-element %u has an invalid "
                       L"value.\n",
@@ -82,8 +82,9 @@ private:
 
     [[nodiscard]] bool checkElements() {
         return std::all_of(elementTests.begin(), elementTests.end(), [this](const PropertyTest& test) {
-            return elementsHold(test) ||
-                   fail(KvEArchiveRule::propertyElements, test.property,
+            const std::size_t item = firstBadItem(test);
+            return item == noItem ||
+                   fail(about(KvEArchiveRule::propertyElements, test.property, item),
                         L"ERROR: File entry %u is invalid. Property \"%hs\" has invalid elements.\n",
                         L"ERROR: File entry %u is invalid. Property \"%hs\" of \"boards\" element %u has invalid "
                         L"elements.\n",
@@ -91,23 +92,21 @@ private:
         });
     }
 
-    [[nodiscard]] bool elementsHold(const PropertyTest& test) const {
+    /// The index of the first item that is not what it must be; noItem if there is none.
+    [[nodiscard]] std::size_t firstBadItem(const PropertyTest& test) const {
         const jsonView value = properties_[test.property];
-        if (!value.is_array()) {
-            return true;
-        }
-        for (std::size_t index = 0; index < value.size(); ++index) {
+        for (std::size_t index = 0; value.is_array() && index < value.size(); ++index) {
             if (!test.holds(value.at(index))) {
-                return false;
+                return index;
             }
         }
-        return true;
+        return noItem;
     }
 
     [[nodiscard]] bool checkVersion() {
         const jsonView version = properties_[KvEProperty::version];
         return !version.is_string() || versionOf(version).getAsULong64() != 0 ||
-               fail(KvEArchiveRule::versionIsVersion, KvEProperty::version,
+               fail(about(KvEArchiveRule::versionIsVersion, KvEProperty::version),
                     L"ERROR: File entry %u is invalid. Property \"version\" is invalid.\n",
                     L"ERROR: File entry %u is invalid. Property \"version\" of \"boards\" element %u is invalid.\n");
     }
@@ -115,7 +114,7 @@ private:
     [[nodiscard]] bool checkMode() {
         const jsonView mode = properties_[KvEProperty::mode];
         return !mode.is_string() || mode.get_string() == "standard" || mode.get_string() == "upgrade" ||
-               fail(KvEArchiveRule::modeIsKnown, KvEProperty::mode,
+               fail(about(KvEArchiveRule::modeIsKnown, KvEProperty::mode),
                     L"ERROR: File entry %u is invalid. Property \"mode\" is invalid.\n",
                     L"ERROR: File entry %u is invalid. Property \"mode\" of \"boards\" element %u is invalid.\n");
     }
@@ -133,13 +132,15 @@ private:
                                entry_, static_cast<unsigned>(board_));
     }
 
+    [[nodiscard]] KvTArchiveFinding about(KvEArchiveRule rule, KvEProperty property, std::size_t item = noItem) const {
+        return {rule, entry_, board_, property, item};
+    }
+
     /// Reports a broken rule in the wording for an entry or for an element of "boards".
     template <typename... Arguments>
-    [[nodiscard]] bool fail(KvEArchiveRule rule, KvEProperty property,
-                            KvCFormat<unsigned, std::type_identity_t<Arguments>...> entryMessage,
-                            KvCFormat<unsigned, std::type_identity_t<Arguments>..., unsigned> boardMessage,
-                            Arguments... arguments) {
-        const KvTArchiveFinding finding{rule, entry_, board_, property};
+    [[nodiscard]] bool
+    fail(const KvTArchiveFinding& finding, KvCFormat<unsigned, std::type_identity_t<Arguments>...> entryMessage,
+         KvCFormat<unsigned, std::type_identity_t<Arguments>..., unsigned> boardMessage, Arguments... arguments) {
         if (board_ < 0) {
             return findings_.error<unsigned, Arguments...>(finding, entryMessage, entry_, arguments...);
         }

@@ -8,6 +8,7 @@
 #include "UpdateFileReaders.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <optional>
 #include <utility>
@@ -58,6 +59,23 @@ std::optional<json> takeFiles(json& document, KvCArchiveFindings& findings) {
 
 } // namespace
 
+std::optional<std::string> textOfFile(const std::wstring& path, std::size_t most) {
+    constexpr std::size_t pieceSize = 65536;
+    const FileStream file = openForReading(path);
+    if (file == nullptr) {
+        return std::nullopt;
+    }
+    std::string text;
+    std::array<char, pieceSize> piece{};
+    std::size_t size = piece.size();
+    while (size == piece.size() && text.size() <= most) {
+        size = std::fread(piece.data(), 1, piece.size(), file.get());
+        text.append(piece.data(), size);
+    }
+    const bool isRead = std::ferror(file.get()) == 0 && text.size() <= most;
+    return isRead ? std::optional(std::move(text)) : std::nullopt;
+}
+
 bool KvCFirmwareArchive::readArchive() {
     KvCArchiveFindings findings(writer_);
     const bool isRead = parseDescription(descriptionFilePath(options_), findings) && completeFromUpdateFiles(findings);
@@ -81,7 +99,11 @@ bool KvCFirmwareArchive::readDescriptionFile() {
 }
 
 bool KvCFirmwareArchive::parseDescription(const std::wstring& path, KvCArchiveFindings& findings) {
-    return readDocument(parseFile(path), path, findings);
+    if (!keepsText_) {
+        return readDocument(parseFile(path), path, findings);
+    }
+    text_ = textOfFile(path);
+    return parseDescription(path, text_, findings);
 }
 
 bool KvCFirmwareArchive::parseDescription(const std::wstring& path, const std::optional<std::string>& text,

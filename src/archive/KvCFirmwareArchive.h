@@ -4,11 +4,17 @@
 #include "KvTArchiveFile.h"
 #include "KvTOptions.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
+
+/// What the file at `path` holds; nothing if it cannot be opened or read, or holds more than `most` bytes.
+[[nodiscard]] std::optional<std::string> textOfFile(const std::wstring& path,
+                                                    std::size_t most = std::numeric_limits<std::size_t>::max());
 
 /// The firmware archive of a session: its description and the checksums of its update files. Read once; failures are
 /// printed.
@@ -17,6 +23,9 @@ public:
     /// Both must outlive the archive.
     KvCFirmwareArchive(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options)
         : writer_(writer), options_(options) {}
+
+    /// Lets the following keep the text of the description file.
+    void keepText() { keepsText_ = true; }
 
     /// Reads the description file, then the checksums that it leaves out. True when both succeeded.
     [[nodiscard]] bool readArchive();
@@ -54,6 +63,8 @@ public:
     [[nodiscard]] const std::vector<KvTArchiveFile>& ignoredFiles() const { return ignoredFiles_; }
     /// Number of entries skipped for their feature level.
     [[nodiscard]] std::uint32_t ignoredEntryCount() const { return ignoredEntryCount_; }
+    /// The text of the description file that was read last; nothing if it is not kept or could not be read.
+    [[nodiscard]] const std::optional<std::string>& text() const { return text_; }
     /// Why the last readArchive() or readDescriptionFile() has failed: one line without end, UTF-8. Empty if it has
     /// not.
     [[nodiscard]] const std::string& refusal() const { return refusal_; }
@@ -74,4 +85,6 @@ private:
     std::uint32_t maxSequence_ = 0;
     std::uint32_t ignoredEntryCount_ = 0;
     std::string refusal_;
+    bool keepsText_ = false;
+    std::optional<std::string> text_;
 };

@@ -7,6 +7,7 @@
 #include "KvNInventoryIDs.h"
 #include "OwnedErrorList.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <memory>
@@ -15,6 +16,8 @@
 #include <string_view>
 
 namespace {
+
+constexpr std::size_t wordSize = 4;
 
 /// Layout of the head of a firmware image; numbers are big-endian.
 namespace image {
@@ -68,6 +71,40 @@ std::uint16_t read16(std::span<const std::uint8_t> bytes, std::size_t offset) {
 
 std::uint32_t read32(std::span<const std::uint8_t> bytes, std::size_t offset) {
     return (std::uint32_t{read16(bytes, offset)} << 16) | read16(bytes, offset + 2);
+}
+
+bool isImage(std::span<const std::uint8_t> head) {
+    return read32(head, image::firstMagicOffset) == image::firstMagic &&
+           read32(head, image::secondMagicOffset) == image::secondMagic;
+}
+
+bool isBitstream(std::span<const std::uint8_t> head) {
+    return std::string_view(reinterpret_cast<const char*>(head.data()), bitstream::magic.size()) == bitstream::magic;
+}
+
+/// The number of bytes that the header takes of which a file has `head`, with zeros behind its `size` bytes; 0 for a
+/// file without a header that is known.
+std::size_t headerSizeOf(std::span<const std::uint8_t> head, std::size_t size) {
+    // The second magic word may be cut itself.
+    const bool endsInMagic = size >= image::secondMagicOffset && size < image::secondMagicOffset + wordSize;
+    if (isImage(head) || (endsInMagic && read32(head, image::firstMagicOffset) == image::firstMagic)) {
+        return image::typeIdOffset + wordSize;
+    }
+    if (!isBitstream(head)) {
+        return 0;
+    }
+    const bool statesSize = read32(head, bitstream::formatVersionOffset) == bitstream::formatVersion;
+    const std::size_t stated = statesSize ? read32(head, bitstream::headerSizeOffset) : 0;
+    return std::max(stated, bitstream::headSize);
+}
+
+KvEFileExtent extentOf(std::span<const std::uint8_t> head, std::size_t size) {
+    if (size == 0) {
+        return KvEFileExtent::empty;
+    }
+    // Of a longer file the end was not seen.
+    const bool isShort = size < head.size() && size < headerSizeOf(head, size);
+    return isShort ? KvEFileExtent::cutInHeader : KvEFileExtent::whole;
 }
 
 std::uint8_t servicePackBuild(std::uint8_t releaseKind) {
@@ -133,16 +170,16 @@ void readFirmware(KvCErrorListPool& errors, const KvCInventoryItem& firmware, bo
     header.version = readParameter(errors, firmware, VERSION, unknownVersion(), header);
 }
 
-} // namespace
-
-KvEReadStatus readImageHeader(const std::wstring& path, KvTUpdateFileHeader& header) {
+/// As readImageHeader(); states the extent, too, if the file can be read.
+KvEReadStatus readImage(const std::wstring& path, KvTUpdateFileHeader& header, KvEFileExtent& extent) {
     // A shorter file reads as zeros beyond its end.
     std::array<std::uint8_t, image::headSize> head{};
-    if (path.empty() || !readHead(path, head)) {
+    const std::optional<std::size_t> size = path.empty() ? std::nullopt : readHead(path, head);
+    if (!size) {
         return KvEReadStatus::cannotOpen;
     }
-    if (read32(head, image::firstMagicOffset) != image::firstMagic ||
-        read32(head, image::secondMagicOffset) != image::secondMagic) {
+    extent = extentOf(head, *size);
+    if (!isImage(head)) {
         return KvEReadStatus::notThisKind;
     }
     header.minHwCompatibilityId = read32(head, image::minHwCompatibilityOffset);
@@ -155,6 +192,13 @@ KvEReadStatus readImageHeader(const std::wstring& path, KvTUpdateFileHeader& hea
                                 servicePackBuild(head[image::releaseKindOffset]),
                                 read16(head, image::servicePackNumberOffset), read16(head, image::patchLevelOffset));
     return KvEReadStatus::success;
+}
+
+} // namespace
+
+KvEReadStatus readImageHeader(const std::wstring& path, KvTUpdateFileHeader& header) {
+    KvEFileExtent ignored = KvEFileExtent::whole;
+    return readImage(path, header, ignored);
 }
 
 KvEReadStatus readInventoryFile(const std::wstring& path, KvTUpdateFileHeader& header) {
@@ -187,9 +231,7 @@ KvEReadStatus readBitstreamHeader(const std::wstring& path, std::uint32_t& check
     checksum = unknownValue;
     std::array<std::uint8_t, bitstream::headSize> head{};
     const bool complete = readHead(path, head) == head.size();
-    const std::string_view magic(reinterpret_cast<const char*>(head.data()), bitstream::magic.size());
-    if (!complete || magic != bitstream::magic ||
-        read32(head, bitstream::formatVersionOffset) != bitstream::formatVersion) {
+    if (!complete || !isBitstream(head) || read32(head, bitstream::formatVersionOffset) != bitstream::formatVersion) {
         return KvEReadStatus::notThisKind;
     }
     if (read32(head, bitstream::headerSizeOffset) >= bitstream::headSize) {
@@ -199,7 +241,8 @@ KvEReadStatus readBitstreamHeader(const std::wstring& path, std::uint32_t& check
 }
 
 KvEReadStatus readUpdateFile(const std::wstring& path, KvTUpdateFileHeader& header) {
-    KvEReadStatus status = readImageHeader(path, header);
+    KvEFileExtent extent = KvEFileExtent::whole;
+    KvEReadStatus status = readImage(path, header, extent);
     if (status == KvEReadStatus::notThisKind) {
         status = readInventoryFile(path, header);
     }
@@ -210,6 +253,9 @@ KvEReadStatus readUpdateFile(const std::wstring& path, KvTUpdateFileHeader& head
             header = {};
             header.checksum = checksum;
         }
+    }
+    if (status != KvEReadStatus::cannotOpen) {
+        header.extent = extent;
     }
     return status;
 }

@@ -6,6 +6,15 @@
 #include <cstdint>
 #include <string>
 
+/// How much of an update file there is.
+enum class KvEFileExtent : std::uint8_t {
+    /// As far as its beginning shows, nothing is missing.
+    whole,
+    empty,
+    /// It ends before its header does.
+    cutInHeader
+};
+
 /// What the header of an update file tells; what it does not tell is unknownValue or unknownVersion().
 struct KvTUpdateFileHeader {
     std::uint32_t minHwCompatibilityId = unknownValue;
@@ -18,6 +27,8 @@ struct KvTUpdateFileHeader {
     KvCVersion version = unknownVersion();
     /// False if the file states something that could not be read, which counts as not stated.
     bool isWhole = true;
+    /// Set by readUpdateFile() alone, of every file that it could read.
+    KvEFileExtent extent = KvEFileExtent::whole;
 };
 
 enum class KvEReadStatus : std::uint8_t { success = 0, notThisKind = 1, cannotOpen = 2 };
@@ -35,5 +46,6 @@ enum class KvEReadStatus : std::uint8_t { success = 0, notThisKind = 1, cannotOp
 [[nodiscard]] KvEReadStatus readBitstreamHeader(const std::wstring& path, std::uint32_t& checksum);
 
 /// Tries the three kinds in turn: firmware image, inventory tree, bitstream. A file that cannot be opened is not
-/// tried further.
+/// tried further. An image that is cut in its header reads as zeros beyond its end; a bitstream may be not of this kind
+/// then.
 [[nodiscard]] KvEReadStatus readUpdateFile(const std::wstring& path, KvTUpdateFileHeader& header);

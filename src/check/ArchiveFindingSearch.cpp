@@ -1,37 +1,14 @@
 #include "ArchiveFindingSearch.h"
 
 #include "ArchivePaths.h"
-#include "CheckedArchive.h"
-#include "Files.h"
+#include "KvCFirmwareArchive.h"
 #include "MessageCapture.h"
 #include "ReaderFindings.h"
 #include "Warnings.h"
 
-#include <array>
-#include <cstdio>
-#include <optional>
-#include <string>
 #include <string_view>
-#include <utility>
 
 namespace {
-
-/// What the file at `path` holds; nothing if it cannot be opened or read.
-std::optional<std::string> textOfFile(const std::wstring& path) {
-    constexpr std::size_t pieceSize = 65536;
-    const FileStream file = openForReading(path);
-    if (file == nullptr) {
-        return std::nullopt;
-    }
-    std::string text;
-    std::array<char, pieceSize> piece{};
-    std::size_t size = piece.size();
-    while (size == piece.size()) {
-        size = std::fread(piece.data(), 1, piece.size(), file.get());
-        text.append(piece.data(), size);
-    }
-    return std::ferror(file.get()) == 0 ? std::optional(std::move(text)) : std::nullopt;
-}
 
 std::vector<KvTOutlinedEntry> entriesOf(const KvCJsonOutline& outline, const KvCReaderFindings& read) {
     std::vector<KvTOutlinedEntry> entries;
@@ -45,25 +22,29 @@ std::vector<KvTOutlinedEntry> entriesOf(const KvCJsonOutline& outline, const KvC
 } // namespace
 
 std::vector<KvNReflasher::KvTFinding> findingsOfArchive(const KvNReflasher::KvTOptions& options) {
+    // Read once: the reader and the outline must see the same text.
+    return findingsOfText(options, textOfFile(descriptionFilePath(options)));
+}
+
+std::vector<KvNReflasher::KvTFinding> findingsOfText(const KvNReflasher::KvTOptions& options,
+                                                     const std::optional<std::string>& text) {
     KvNReflasher::KvTOptions silent = options;
     // In this mode the reader has nothing to say but its findings.
     silent.mode = KvNReflasher::dumpArchiveDescription;
-    const std::wstring path = descriptionFilePath(options);
-    // Read once: the reader and the outline must see the same text.
-    const std::optional<std::string> text = textOfFile(path);
     const KvCMessageCapture messages;
     KvCFirmwareArchive archive(messages.writer(), silent);
     KvCReaderFindings read(messages);
-    (void)archive.parseDescription(path, text, read);
+    (void)archive.parseDescription(descriptionFilePath(options), text, read);
     (void)archive.completeFromUpdateFiles(read);
 
     const std::string_view description = text ? std::string_view(*text) : std::string_view();
     const KvCJsonOutline outline(description);
     const std::vector<KvTOutlinedEntry> entries = entriesOf(outline, read);
-    const KvTCheckedArchive checked{silent, outline, entries, archive};
+    KvCFolderFiles folder(options);
+    const KvTCheckedArchive checked{silent, outline, entries, archive, folder};
     KvCFindingList findings;
-    read.addTo(findings, outline, description);
-    for (const auto warn : {warnOfKeys, warnOfValues, warnOfNames, warnOfFiles, warnOfShadows}) {
+    read.addTo(findings, outline, description, folder);
+    for (const auto warn : {warnOfKeys, warnOfValues, warnOfNames, warnOfTexts, warnOfFiles, warnOfShadows}) {
         warn(checked, findings);
     }
     return findings.takeInOrder(description);

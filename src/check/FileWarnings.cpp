@@ -5,10 +5,15 @@
 #include "ForeignPaths.h"
 #include "HeaderComparison.h"
 #include "UpdateFileReaders.h"
+#include "Words.h"
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -38,13 +43,11 @@ public:
             }
             return;
         }
-        if (state.status != KvEReadStatus::success) {
-            return;
+        if (state.header.extent != KvEFileExtent::whole) {
+            warnOfExtent(entry.find("name"), state.header.extent);
+        } else if (state.status == KvEReadStatus::success) {
+            compareHeader(entry, file, state.header);
         }
-        if (file.hasOwnChecksum) {
-            compareChecksum(entry.find("checksumCrc32"), file, state.header);
-        }
-        compareVersion(entry, file, state.header);
     }
 
 private:
@@ -64,8 +67,27 @@ private:
             findings_.warn(KvECheckRule::updateFileUnreadable, name,
                            "The update file " + inQuotes(name.text()) + " cannot be read.");
         } else {
-            findings_.warn(KvECheckRule::updateFileMissing, name,
-                           "The update file " + inQuotes(name.text()) + " is not in the archive folder.");
+            const KvTFindingRow& row = findingRow(KvECheckRule::updateFileMissing);
+            std::string suggestion = suggestionFor(name.text(), checked_.folder);
+            findings_.add(row, name, "The update file " + inQuotes(name.text()) + " is not in the archive folder.",
+                          suggestion.empty() ? hintOf(row) : std::move(suggestion));
+        }
+    }
+
+    void warnOfExtent(KvCOutlineValue name, KvEFileExtent extent) {
+        const bool isEmpty = extent == KvEFileExtent::empty;
+        findings_.warn(isEmpty ? KvECheckRule::updateFileEmpty : KvECheckRule::updateFileCut, name,
+                       "The update file " + inQuotes(name.text()) +
+                           (isEmpty ? " is empty." : " ends within its header."));
+    }
+
+    void compareHeader(KvCOutlineValue entry, const KvTArchiveFile& file, const KvTUpdateFileHeader& header) {
+        if (file.hasOwnChecksum) {
+            compareChecksum(entry.find("checksumCrc32"), file, header);
+        }
+        compareVersion(entry, file, header);
+        for (const KvTExcludedId& excluded : excludedIds(header, file)) {
+            warnOfExcludedId(entry, excluded);
         }
     }
 
@@ -91,10 +113,72 @@ private:
                        inQuotes(found));
     }
 
+    void warnOfExcludedId(KvCOutlineValue entry, const KvTExcludedId& excluded) {
+        const std::string_view key = propertyKey(excluded.property);
+        const KvCOutlineValue owner = excluded.isShared ? entry : entry.find("boards").at(excluded.selection);
+        const KvCOutlineValue value = owner.find(key);
+        KvCOutlineValue place = value.isValid() ? value : entry;
+        if (const KvCOutlineValue item = value.at(excluded.item); item.isValid()) {
+            place = item;
+        }
+        std::string allowed =
+            value.isValid() ? "The description allows the " + std::string(excluded.kind) + " compatibility identifier "
+                            : "Without " + inQuotes(key) + " the entry is for the identifier ";
+        allowed.append(std::to_string(excluded.id)).append(", the update file is for ").append(excluded.range);
+        findings_.warn(KvECheckRule::compatibilityMismatch, place, allowed.append("."), inQuotes(key));
+    }
+
     const KvTCheckedArchive& checked_;
     KvCFindingList& findings_;
     std::unordered_map<std::string_view, FileState> states_;
 };
+
+/// The names of update files that the entries of a description have, those that are refused or skipped included.
+class EntryNames {
+public:
+    explicit EntryNames(const std::vector<KvTOutlinedEntry>& entries) {
+        for (const KvTOutlinedEntry& entry : entries) {
+            add(entry.value.find("name").text());
+        }
+    }
+
+    /// True if an entry names `file`, one of `files`. On systems without upper and lower case a name that differs in
+    /// case does, unless the file of exactly that name is there, too.
+    [[nodiscard]] bool contain(const std::string& file, const std::vector<std::string>& files) const {
+        if (names_.contains(file)) {
+            return true;
+        }
+        const auto found = namesByLowerCase_.find(lowerCaseOf(file));
+        return found != namesByLowerCase_.end() && !std::binary_search(files.begin(), files.end(), found->second);
+    }
+
+private:
+    /// A path is taken for the name of its file, in whatever folder.
+    void add(std::string_view name) {
+        name = name.substr(0, name.find('\0'));
+        name = name.substr(name.find_last_of("/\\") + 1);
+        names_.insert(name);
+        namesByLowerCase_.try_emplace(lowerCaseOf(name), name);
+    }
+
+    std::unordered_set<std::string_view> names_;
+    std::unordered_map<std::string, std::string_view> namesByLowerCase_;
+};
+
+void warnOfUnnamedFiles(const KvTCheckedArchive& checked, KvCFindingList& findings) {
+    const KvCOutlineValue entries = checked.outline.root().find("files");
+    if (entries.kind() != KvEJsonKind::array) {
+        return;
+    }
+    const EntryNames names(checked.entries);
+    const std::vector<std::string>& files = checked.folder.names();
+    for (const std::string& file : files) {
+        if (!names.contain(file, files) && !checked.folder.isDescription(file)) {
+            findings.warn(KvECheckRule::unnamedFile, entries,
+                          "No entry names the file " + inQuotes(file) + " of the archive folder.");
+        }
+    }
+}
 
 } // namespace
 
@@ -103,4 +187,5 @@ void warnOfFiles(const KvTCheckedArchive& checked, KvCFindingList& findings) {
     for (const KvTArchiveFile& file : checked.archive.files()) {
         rules.check(file);
     }
+    warnOfUnnamedFiles(checked, findings);
 }

@@ -13,11 +13,18 @@ namespace {
 
 constexpr std::string_view separators = "/\\";
 
-std::string lowerCaseOf(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), lowerCase);
-    return lower;
-}
+/// Remembers names, and finds those that differ from an earlier one only in case.
+class NamesInAnyCase {
+public:
+    /// The first name that differs from `name` only in case; `name` itself if it is the first one. Names must outlive
+    /// the object.
+    std::string_view firstOf(std::string_view name) {
+        return firstByLowerCase_.try_emplace(lowerCaseOf(name), name).first->second;
+    }
+
+private:
+    std::unordered_map<std::string, std::string_view> firstByLowerCase_;
+};
 
 /// Looks at the names of update files, at each place where one stands; what costs is asked once for each name.
 class NameRules {
@@ -32,7 +39,7 @@ public:
         } else if (text.find_first_of(separators) != std::string_view::npos) {
             findings_.warn(KvECheckRule::nameWithSeparator, name, "The name " + inQuotes(text) + " is a path.");
         }
-        const std::string_view first = firstByLowerCase_.try_emplace(lowerCaseOf(text), text).first->second;
+        const std::string_view first = names_.firstOf(text);
         if (first != text) {
             findings_.warn(KvECheckRule::nameCase, name,
                            "The names " + inQuotes(text) + " and " + inQuotes(first) + " differ only in case.");
@@ -51,7 +58,7 @@ private:
     const KvTCheckedArchive& checked_;
     KvCFindingList& findings_;
     std::unordered_map<std::string_view, bool> leavesFolder_;
-    std::unordered_map<std::string, std::string_view> firstByLowerCase_;
+    NamesInAnyCase names_;
 };
 
 /// True for a path that names the target's root folder once more.
@@ -63,9 +70,6 @@ bool repeatsTargetRoot(std::string_view path) {
 }
 
 void warnOfTargetPath(KvCOutlineValue value, KvCFindingList& findings) {
-    if (value.kind() != KvEJsonKind::text) {
-        return;
-    }
     const std::string_view path = value.text();
     const std::string quoted = inQuotes(path);
     if (leavesTargetRoot(path)) {
@@ -83,6 +87,15 @@ void warnOfTargetPath(KvCOutlineValue value, KvCFindingList& findings) {
     }
 }
 
+void warnOfCase(KvCOutlineValue targetPath, NamesInAnyCase& targetPaths, KvCFindingList& findings) {
+    const std::string_view first = targetPaths.firstOf(targetPath.text());
+    if (first != targetPath.text()) {
+        findings.warn(KvECheckRule::targetPathCase, targetPath,
+                      "The target paths " + inQuotes(targetPath.text()) + " and " + inQuotes(first) +
+                          " differ only in case.");
+    }
+}
+
 } // namespace
 
 void warnOfNames(const KvTCheckedArchive& checked, KvCFindingList& findings) {
@@ -93,6 +106,12 @@ void warnOfNames(const KvTCheckedArchive& checked, KvCFindingList& findings) {
             rules.check(name);
         }
     }
-    forEachEntryObject(checked,
-                       [&findings](KvCOutlineValue object) { warnOfTargetPath(object.find("targetPath"), findings); });
+    NamesInAnyCase targetPaths;
+    forEachEntryObject(checked, [&](KvCOutlineValue object) {
+        const KvCOutlineValue path = object.find("targetPath");
+        if (path.kind() == KvEJsonKind::text) {
+            warnOfTargetPath(path, findings);
+            warnOfCase(path, targetPaths, findings);
+        }
+    });
 }

@@ -26,6 +26,12 @@ std::size_t editDistance(std::string_view from, std::string_view to) {
 
 } // namespace
 
+std::string lowerCaseOf(std::string_view text) {
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(), lowerCase);
+    return lower;
+}
+
 std::string_view nearestWord(std::string_view word, std::span<const std::string_view> words) {
     std::string_view nearest;
     // A third of a word may be wrong.

@@ -2,10 +2,13 @@
 
 #include "ArchivePaths.h"
 #include "Files.h"
+#include "FindingList.h"
+#include "FolderFiles.h"
 #include "HeaderComparison.h"
 #include "UpdateFileReaders.h"
 
 #include <set>
+#include <string_view>
 
 namespace {
 
@@ -13,7 +16,7 @@ std::string versionTextOf(const KvCVersion& version) {
     return std::string(version.getAsString().view());
 }
 
-/// What the header tells otherwise than the description.
+/// Fields in which the header differs from the description.
 void compareHeader(const KvTUpdateFileHeader& header, const KvTArchiveFile& file, std::vector<std::string>& findings) {
     const std::string name(file.name.view());
     if (!header.isWhole) {
@@ -27,24 +30,35 @@ void compareHeader(const KvTUpdateFileHeader& header, const KvTArchiveFile& file
         findings.push_back(name + ": its version is " + versionTextOf(header.version) + ", the description says " +
                            versionTextOf(file.version));
     }
+    for (const KvTExcludedId& excluded : excludedIds(header, file)) {
+        findings.push_back(name + ": it is for the " + excluded.kind + " compatibility identifier " + excluded.range +
+                           ", the description allows " + std::to_string(excluded.id));
+    }
 }
 
-void checkUpdateFile(const std::wstring& path, const KvTArchiveFile& file, std::vector<std::string>& findings) {
+std::string absenceOf(std::string_view name, KvCFolderFiles& folder) {
+    const std::string_view nearest = folder.nearest(name);
+    return std::string(name) + ": not found" + (nearest.empty() ? "" : "; did you mean " + inQuotes(nearest) + "?");
+}
+
+void checkUpdateFile(const std::wstring& path, const KvTArchiveFile& file, KvCFolderFiles& folder,
+                     std::vector<std::string>& findings) {
+    const std::string name(file.name.view());
     if (!pathExists(path)) {
-        findings.push_back(std::string(file.name.view()) + ": not found");
+        findings.push_back(absenceOf(name, folder));
         return;
     }
     KvTUpdateFileHeader header;
-    switch (readUpdateFile(path, header)) {
-    case KvEReadStatus::success:
+    const KvEReadStatus status = readUpdateFile(path, header);
+    if (status == KvEReadStatus::cannotOpen) {
+        findings.push_back(name + ": cannot be read");
+    } else if (header.extent == KvEFileExtent::empty) {
+        findings.push_back(name + ": it is empty");
+    } else if (header.extent == KvEFileExtent::cutInHeader) {
+        findings.push_back(name + ": it ends within its header");
+    } else if (status == KvEReadStatus::success) {
         compareHeader(header, file, findings);
-        break;
-    case KvEReadStatus::notThisKind:
-        break; // a plain file tells nothing of itself
-    case KvEReadStatus::cannotOpen:
-        findings.push_back(std::string(file.name.view()) + ": cannot be read");
-        break;
-    }
+    } // a plain file states nothing of itself
 }
 
 } // namespace
@@ -57,10 +71,11 @@ std::vector<std::string> preflightFindings(const KvCFirmwareArchive& archive, co
             indices.insert(element.entry->fileIndex);
         }
     }
+    KvCFolderFiles folder(options);
     std::vector<std::string> findings;
     for (const std::uint32_t index : indices) {
         const KvTArchiveFile& file = archive.files()[index];
-        checkUpdateFile(updateFilePath(options, file.name), file, findings);
+        checkUpdateFile(updateFilePath(options, file.name), file, folder, findings);
     }
     return findings;
 }

@@ -1,7 +1,6 @@
 #include "ReaderFindings.h"
 
 #include "KvNJson.h"
-#include "RuleAdvice.h"
 #include "TextConversion.h"
 
 #include <algorithm>
@@ -77,7 +76,8 @@ std::string_view KvCReaderFindings::messageOf(std::size_t index) const {
     return messages.substr(begin, end - begin);
 }
 
-void KvCReaderFindings::addTo(KvCFindingList& list, const KvCJsonOutline& outline, std::string_view text) const {
+void KvCReaderFindings::addTo(KvCFindingList& list, const KvCJsonOutline& outline, std::string_view text,
+                              KvCFolderFiles& folder) const {
     for (std::size_t index = 0; index < taken_.size(); ++index) {
         const KvTArchiveFinding& finding = taken_[index].finding;
         std::string message = sentenceOf(messageOf(index));
@@ -86,6 +86,10 @@ void KvCReaderFindings::addTo(KvCFindingList& list, const KvCJsonOutline& outlin
             continue;
         }
         KvTRuleAdvice advice = adviceOn(finding, outline.root());
+        if (finding.rule == KvEArchiveRule::updateFileExists) {
+            std::string suggestion = suggestionFor(advice.place.text(), folder);
+            advice.hint = suggestion.empty() ? advice.hint : std::move(suggestion);
+        }
         list.add(findingRow(finding.rule), advice.place, std::move(message), std::move(advice.hint));
     }
 }

@@ -2,12 +2,24 @@
 
 #include "ArchiveFindings.h"
 #include "FindingList.h"
+#include "FolderFiles.h"
 #include "JsonOutline.h"
 #include "MessageCapture.h"
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
+
+/// Where a broken rule shows, and what to do.
+struct KvTRuleAdvice {
+    /// The value concerned; if it is missing, the one that it should be in.
+    KvCOutlineValue place;
+    std::string hint;
+};
+
+/// What to say of `finding` in the document `root`.
+[[nodiscard]] KvTRuleAdvice adviceOn(const KvTArchiveFinding& finding, KvCOutlineValue root);
 
 /// Collects what the archive's reader has to say, and lets it go on.
 class KvCReaderFindings : public KvCArchiveFindings {
@@ -17,8 +29,9 @@ public:
         : KvCArchiveFindings(messages.writer()), messages_(messages) {}
 
     /// Adds the findings so far to `list`, each with the reader's own words. `outline` and `text` are those of the
-    /// description that was read.
-    void addTo(KvCFindingList& list, const KvCJsonOutline& outline, std::string_view text) const;
+    /// description that was read, from `folder`.
+    void addTo(KvCFindingList& list, const KvCJsonOutline& outline, std::string_view text,
+               KvCFolderFiles& folder) const;
 
     /// True for an element of "files" that the reader passes over.
     [[nodiscard]] bool isSkipped(std::uint32_t entry) const;

@@ -1,4 +1,4 @@
-#include "RuleAdvice.h"
+#include "ReaderFindings.h"
 
 #include "EntryProperties.h"
 #include "FindingTable.h"
@@ -15,25 +15,31 @@ constexpr std::string_view numberOrNumbers = "a number without sign, fraction an
 struct PropertyText {
     KvEProperty property;
     std::string_view expected;
+    /// The same for an item, if the property may be an array.
+    std::string_view expectedItem = "another value";
 };
 
 /// What a property has to be.
-constexpr std::array propertyTexts = {
-    PropertyText{KvEProperty::mode, R"("standard" or "upgrade")"},
-    PropertyText{KvEProperty::checksumCrc32, number},
-    PropertyText{KvEProperty::version, "a text, or null for a file without version"},
-    PropertyText{KvEProperty::swCompatibilityId, numberOrNumbers},
-    PropertyText{KvEProperty::hwCompatibilityId, numberOrNumbers},
-    PropertyText{KvEProperty::targetPath, "a text"},
-    PropertyText{KvEProperty::id, number},
-    PropertyText{KvEProperty::boardId, numberOrNumbers},
-    PropertyText{KvEProperty::boardVariant, "a text, null for boards without variant, or an array of such"},
-    PropertyText{KvEProperty::boardType, "a text, or an array of texts"}};
+constexpr std::array propertyTexts = {PropertyText{KvEProperty::mode, R"("standard" or "upgrade")"},
+                                      PropertyText{KvEProperty::checksumCrc32, number},
+                                      PropertyText{KvEProperty::version, "a text, or null for a file without version"},
+                                      PropertyText{KvEProperty::swCompatibilityId, numberOrNumbers, number},
+                                      PropertyText{KvEProperty::hwCompatibilityId, numberOrNumbers, number},
+                                      PropertyText{KvEProperty::targetPath, "a text"},
+                                      PropertyText{KvEProperty::id, number},
+                                      PropertyText{KvEProperty::boardId, numberOrNumbers, number},
+                                      PropertyText{KvEProperty::boardVariant,
+                                                   "a text, null for boards without variant, or an array of such",
+                                                   "a text, or null for boards without variant"},
+                                      PropertyText{KvEProperty::boardType, "a text, or an array of texts", "a text"}};
 
-std::string_view expectedOf(KvEProperty property) {
+std::string_view expectedOf(const KvTArchiveFinding& finding) {
     const auto* const found = std::find_if(propertyTexts.begin(), propertyTexts.end(),
-                                           [=](const PropertyText& text) { return text.property == property; });
-    return found != propertyTexts.end() ? found->expected : "another value";
+                                           [&](const PropertyText& text) { return text.property == finding.property; });
+    if (found == propertyTexts.end()) {
+        return "another value";
+    }
+    return finding.item == noItem ? found->expected : found->expectedItem;
 }
 
 /// `value`, or `otherwise` when there is none.
@@ -103,8 +109,9 @@ KvTRuleAdvice adviceOn(const KvTArchiveFinding& finding, KvCOutlineValue root) {
     if (finding.rule == KvEArchiveRule::mandatoryProperties) {
         adviseOnMandatory(subject, advice);
     } else if (finding.rule == KvEArchiveRule::propertyType || finding.rule == KvEArchiveRule::propertyElements) {
-        advice.place = memberOf(subject, propertyKey(finding.property));
-        advice.hint = hintOf(row, expectedOf(finding.property));
+        const KvCOutlineValue value = memberOf(subject, propertyKey(finding.property));
+        advice.place = existing(finding.item == noItem ? value : value.at(finding.item), value);
+        advice.hint = hintOf(row, expectedOf(finding));
     }
     return advice;
 }

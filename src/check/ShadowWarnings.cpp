@@ -1,12 +1,15 @@
 #include "Warnings.h"
 
-#include "EntryConditions.h"
 #include "EntryMatching.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -15,17 +18,95 @@ namespace {
 /// How many earlier entries of one board type and address an entry is held against, to keep the work linear.
 constexpr std::size_t mostCandidates = 128;
 
+/// The sets of values that entries allow, each known by a number.
+class ValueSets {
+public:
+    /// The number of the set of the allowed values.
+    [[nodiscard]] std::uint32_t numberOf(const KvCAllowedValues& allowed);
+    /// True when set `part` is empty or every value of it is in set `whole`.
+    [[nodiscard]] bool isWithin(std::uint32_t part, std::uint32_t whole) const;
+    [[nodiscard]] bool isEmpty(std::uint32_t set) const { return sets_[set]->empty(); }
+
+private:
+    /// Sorted, without repeated values.
+    using Values = std::vector<KvTComparedValue>;
+
+    std::map<Values, std::uint32_t> numbers_;
+    std::vector<const Values*> sets_;
+};
+
+/// The values that a selection allows for a board of its types, as the numbers of sets in the order of
+/// comparedProperties.
+using Conditions = std::array<std::uint32_t, comparedProperties.size()>;
+
+/// Tells the conditions of selections; those that the selections of an entry share are worked out once.
+class EntryConditions {
+public:
+    /// Begins with another entry.
+    void beginEntry() { shared_ = {}; }
+    [[nodiscard]] Conditions of(const KvTEntrySelection& selection);
+    [[nodiscard]] const ValueSets& sets() const { return sets_; }
+
+private:
+    ValueSets sets_;
+    /// Numbers of the entry's own sets; nothing as long as they are not worked out.
+    std::array<std::optional<std::uint32_t>, std::tuple_size_v<Conditions>> shared_;
+};
+
+std::uint32_t ValueSets::numberOf(const KvCAllowedValues& allowed) {
+    Values values;
+    for (std::size_t index = 0; index < allowed.size(); ++index) {
+        if (const std::optional<KvTComparedValue> value = allowed.at(index)) {
+            values.push_back(*value);
+        }
+    }
+    std::sort(values.begin(), values.end());
+    values.erase(std::unique(values.begin(), values.end()), values.end());
+    const auto [found, isNew] = numbers_.try_emplace(std::move(values), static_cast<std::uint32_t>(sets_.size()));
+    if (isNew) {
+        sets_.push_back(&found->first);
+    }
+    return found->second;
+}
+
+bool ValueSets::isWithin(std::uint32_t part, std::uint32_t whole) const {
+    if (part == whole || isEmpty(part)) {
+        return true;
+    }
+    const Values& inner = *sets_[part];
+    const Values& outer = *sets_[whole];
+    // The least and the greatest value mostly decide already.
+    return !outer.empty() && inner.front() >= outer.front() && inner.back() <= outer.back() &&
+           std::includes(outer.begin(), outer.end(), inner.begin(), inner.end());
+}
+
+Conditions EntryConditions::of(const KvTEntrySelection& selection) {
+    Conditions conditions{};
+    for (std::size_t index = 0; index < conditions.size(); ++index) {
+        const KvCAllowedValues& allowed = selection.*comparedProperties[index].allowed;
+        if (!allowed.isShared()) {
+            conditions[index] = sets_.numberOf(allowed);
+            continue;
+        }
+        if (!shared_[index]) {
+            shared_[index] = sets_.numberOf(allowed);
+        }
+        conditions[index] = *shared_[index];
+    }
+    return conditions;
+}
+
 /// An element of "boards", or the entry itself, for one board type.
 struct Choice {
     /// Board type and address.
     std::string place;
-    KvTConditions conditions{};
+    Conditions conditions{};
 };
 
 /// The same for an earlier entry.
 struct Candidate {
     std::uint32_t entry = 0;
-    KvTConditions conditions{};
+    Conditions conditions{};
 };
 
 /// Tells places of different board types or addresses apart.
@@ -75,7 +156,7 @@ private:
             if (selection.boardTypes.empty() && !isEmptyArray(selection.writtenBoardTypes)) {
                 warnOfUnreachable(file, index);
             }
-            const KvTConditions conditions = conditions_.of(selection);
+            const Conditions conditions = conditions_.of(selection);
             const bool matches = std::none_of(conditions.begin(), conditions.end(),
                                               [this](std::uint32_t set) { return conditions_.sets().isEmpty(set); });
             for (const std::string_view boardType : selection.boardTypes) {
@@ -101,7 +182,7 @@ private:
         return std::nullopt;
     }
 
-    bool covers(const KvTConditions& whole, const KvTConditions& part) const {
+    bool covers(const Conditions& whole, const Conditions& part) const {
         for (std::size_t index = 0; index < part.size(); ++index) {
             if (!conditions_.sets().isWithin(part[index], whole[index])) {
                 return false;
@@ -130,7 +211,7 @@ private:
 
     const KvTCheckedArchive& checked_;
     KvCFindingList& findings_;
-    KvCEntryConditions conditions_;
+    EntryConditions conditions_;
     std::unordered_map<std::string, std::vector<Candidate>> candidates_;
 };
 

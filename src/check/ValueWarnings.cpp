@@ -17,8 +17,10 @@ constexpr std::array<std::string_view, 3> comparedKeys = {"boardId", "hwCompatib
 
 void warnOfEmptyArray(KvCOutlineValue value, const char* consequence, KvCFindingList& findings) {
     if (value.kind() == KvEJsonKind::array && value.size() == 0) {
+        const bool isRequired = value.key() == "files" || value.key() == "boardType";
         findings.warn(KvECheckRule::emptyArray, value,
-                      "The array " + inQuotes(value.key()) + " is empty: " + consequence + ".");
+                      "The array " + inQuotes(value.key()) + " is empty: " + consequence + ".",
+                      isRequired ? "Give it an element." : "Give it an element, or leave it out.");
     }
 }
 

@@ -67,6 +67,8 @@ public:
     [[nodiscard]] KvNReflasher::KvTActivity activity() const override { return control_.activity(); }
     void setStallLimit(std::uint32_t seconds) override { control_.setStallLimit(seconds); }
     void leaveOutDowngrades() override;
+    void keepDescription() override { preparation_.archive().keepText(); }
+    [[nodiscard]] std::vector<KvNReflasher::KvTFinding> findings() override;
 
 protected:
     explicit KvCReflasher(KvNReflasher::KvTOptions options);

@@ -1,4 +1,5 @@
 #include "ArchiveEntries.h"
+#include "ArchiveFindingSearch.h"
 #include "ErrorEntries.h"
 #include "ForeignPaths.h"
 #include "KvCReflasher.h"
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <charconv>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -55,6 +57,13 @@ std::vector<std::uint32_t> elementsNamed(const KvTPlan& plan, const std::string&
     return elements;
 }
 
+std::vector<KvTFinding> onlyError(const char* code, const char* message) {
+    std::vector<KvTFinding> findings(1);
+    findings.front().code = code;
+    findings.front().message = message;
+    return findings;
+}
+
 } // namespace
 
 const KvTPlan* KvCReflasher::plan() const {
@@ -87,6 +96,21 @@ std::vector<KvTHiddenElement> KvCReflasher::hiddenElements() const {
 std::vector<KvTForeignPath> KvCReflasher::foreignPaths() const {
     return withoutException(std::vector<KvTForeignPath>(),
                             [this] { return foreignPathsOf(preparation_.archive(), options_.archiveFolder); });
+}
+
+std::vector<KvTFinding> KvCReflasher::findings() {
+    std::vector<KvTFinding> found;
+    const bool isChecked = withoutException(false, [&] {
+        const std::optional<std::string>& text = preparation_.archive().text();
+        found = text ? findingsOfText(options_, text)
+                     : onlyError("description-unreadable", "No text of the archive description was kept.");
+        return true;
+    });
+    if (!isChecked) {
+        noteOutOfMemory();
+        attempt([&] { found = onlyError("out-of-memory", "Out of memory."); });
+    }
+    return found;
 }
 
 KvTDisabling KvCReflasher::disableElement(const std::string& element) {

@@ -11,12 +11,12 @@
 #include <vector>
 
 bool operator==(const KvTArchiveFinding& a, const KvTArchiveFinding& b) {
-    return a.rule == b.rule && a.entry == b.entry && a.board == b.board && a.property == b.property;
+    return a.rule == b.rule && a.entry == b.entry && a.board == b.board && a.property == b.property && a.item == b.item;
 }
 
 void PrintTo(const KvTArchiveFinding& finding, std::ostream* out) {
     *out << "rule " << static_cast<int>(finding.rule) << ", entry " << finding.entry << ", board " << finding.board
-         << ", " << propertyKey(finding.property);
+         << ", " << propertyKey(finding.property) << ", item " << finding.item;
 }
 
 namespace {
@@ -135,7 +135,7 @@ TEST_F(ArchiveFindings, EveryFlawOfAnEntryIsFoundInTheOrderOfTheReports) {
                                                   .set("targetPath", "1")
                                                   .set("checksumCrc32", "-1")
                                                   .set("boardType", "[1]")
-                                                  .set("boardId", "[null]")
+                                                  .set("boardId", "[1, 2, null, -1]")
                                                   .set("version", "\"x\"")
                                                   .set("mode", "\"x\""))));
     EXPECT_THAT(errors(), ElementsAre(KvTArchiveFinding{Rule::featureLevelIsUnsigned, 0},
@@ -143,8 +143,8 @@ TEST_F(ArchiveFindings, EveryFlawOfAnEntryIsFoundInTheOrderOfTheReports) {
                                       KvTArchiveFinding{Rule::propertyType, 0, -1, Property::checksumCrc32},
                                       KvTArchiveFinding{Rule::propertyType, 0, -1, Property::targetPath},
                                       KvTArchiveFinding{Rule::propertyType, 0, -1, Property::boardVariant},
-                                      KvTArchiveFinding{Rule::propertyElements, 0, -1, Property::boardType},
-                                      KvTArchiveFinding{Rule::propertyElements, 0, -1, Property::boardId},
+                                      KvTArchiveFinding{Rule::propertyElements, 0, -1, Property::boardType, 0},
+                                      KvTArchiveFinding{Rule::propertyElements, 0, -1, Property::boardId, 2},
                                       KvTArchiveFinding{Rule::versionIsVersion, 0, -1, Property::version},
                                       KvTArchiveFinding{Rule::modeIsKnown, 0, -1, Property::mode},
                                       KvTArchiveFinding{Rule::idOrTargetPathNotBoth, 0}));
@@ -157,7 +157,7 @@ TEST_F(ArchiveFindings, EveryBoardIsLookedAt) {
     EXPECT_THAT(errors(), ElementsAre(KvTArchiveFinding{Rule::boardIsObjectWithType, 0, 0},
                                       KvTArchiveFinding{Rule::boardIsObjectWithType, 0, 1},
                                       KvTArchiveFinding{Rule::propertyType, 0, 1, Property::boardId},
-                                      KvTArchiveFinding{Rule::propertyElements, 0, 3, Property::swCompatibilityId},
+                                      KvTArchiveFinding{Rule::propertyElements, 0, 3, Property::swCompatibilityId, 0},
                                       KvTArchiveFinding{Rule::versionIsVersion, 0, 3, Property::version},
                                       KvTArchiveFinding{Rule::boardHasNoEntryProperties, 0, 3}));
 }

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -560,6 +561,55 @@ TEST_F(UpdateFileReader, WhatCannotBeOpenedIsNotPassedOn) {
         EXPECT_EQ(KvEReadStatus::cannotOpen, readUpdateFile(path, header));
         expectForeignHeader();
     }
+}
+
+/// How much there is of a file, besides whether it was recognised.
+struct ExtentRow {
+    const char* name;
+    std::string bytes;
+    KvEReadStatus status;
+    KvEFileExtent extent;
+
+    friend void PrintTo(const ExtentRow& row, std::ostream* stream) { *stream << row.name; }
+};
+
+class FileExtent : public ReaderTest, public testing::WithParamInterface<ExtentRow> {};
+
+TEST_P(FileExtent, IsStatedOfEveryFileThatCanBeRead) {
+    EXPECT_EQ(GetParam().status, readAny(GetParam().bytes));
+    EXPECT_EQ(GetParam().extent, header.extent);
+}
+
+constexpr auto known = KvEReadStatus::success;
+constexpr auto other = KvEReadStatus::notThisKind;
+constexpr auto whole = KvEFileExtent::whole;
+constexpr auto cut = KvEFileExtent::cutInHeader;
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, FileExtent,
+    testing::Values(ExtentRow{"Empty", "", other, KvEFileExtent::empty}, ExtentRow{"OneByte", "k", other, whole},
+                    ExtentRow{"Tree", treeFile(allParameters), known, whole},
+                    ExtentRow{"BeforeTheMagic", imageFile(1).resize(43).bytes(), other, whole},
+                    ExtentRow{"BetweenTheMagicWords", imageFile(1).resize(44).bytes(), other, cut},
+                    ExtentRow{"WithinTheSecondMagicWord", imageFile(1).resize(47).bytes(), other, cut},
+                    ExtentRow{"BehindTheMagic", imageFile(1).resize(48).bytes(), known, cut},
+                    ExtentRow{"ImageWithoutItsLastByte", imageFile(1).resize(363).bytes(), known, cut},
+                    ExtentRow{"HeaderOfAnImage", imageFile(1).resize(364).bytes(), known, whole},
+                    ExtentRow{"Image", imageFile(1).bytes(), known, whole},
+                    ExtentRow{"MagicOfABitstream", bitstreamFile(92, 1).resize(8).bytes(), other, cut},
+                    ExtentRow{"BitstreamWithoutItsLastByte", bitstreamFile(92, 1).resize(91).bytes(), other, cut},
+                    ExtentRow{"HeaderOfABitstream", bitstreamFile(92, 1).resize(92).bytes(), known, whole},
+                    ExtentRow{"BitstreamWithAShortHeader", bitstreamFile(80, 1).bytes(), known, whole},
+                    ExtentRow{"BitstreamWithALongHeader", bitstreamFile(200, 1).bytes(), known, whole},
+                    ExtentRow{"BitstreamWithALongerHeader", bitstreamFile(201, 1).bytes(), known, cut},
+                    ExtentRow{"BitstreamOfAnotherFormat", bitstreamFile(201, 1).put32(12, 2).bytes(), other, whole},
+                    ExtentRow{"BitstreamWhoseEndIsNotSeen", bitstreamFile(5000, 1).resize(1000).bytes(), known, whole}),
+    [](const auto& row) { return row.param.name; });
+
+TEST_F(UpdateFileReader, WhatCannotBeOpenedKeepsItsExtent) {
+    header.extent = KvEFileExtent::empty;
+    EXPECT_EQ(KvEReadStatus::cannotOpen, readUpdateFile(pathOf(L"missing"), header));
+    EXPECT_EQ(KvEFileExtent::empty, header.extent);
 }
 
 } // namespace

@@ -16,8 +16,10 @@ class CheckTest : public testing::Test {
 protected:
     CheckTest();
 
-    /// Everything found in an archive with this description.
+    /// Everything found in an archive with this description, but for files that it does not name.
     [[nodiscard]] std::vector<KvNReflasher::KvTFinding> check(std::string_view description);
+    /// Everything found, files included that it does not name.
+    [[nodiscard]] std::vector<KvNReflasher::KvTFinding> checkFolder(std::string_view description);
     /// The one finding of this archive; a test failure when there is another number of them.
     [[nodiscard]] KvNReflasher::KvTFinding onlyFinding(std::string_view description);
     /// The codes of what is found, in order, separated by blanks.

@@ -48,6 +48,21 @@ TEST_F(CheckNames, NamesThatDifferOnlyInCaseAreAWarning) {
     EXPECT_EQ("The names \"A.bin\" and \"a.bin\" differ only in case.", finding.message);
 }
 
+TEST_F(CheckNames, TargetPathsThatDifferOnlyInCaseAreAWarning) {
+    const auto entryOf = [](const char* boardType, const char* path) {
+        return goodEntry().remove("id").set("boardType", boardType).set("targetPath", path);
+    };
+    const std::string text = ArchiveBuilder()
+                                 .entry(entryOf("\"QB\"", "\"etc/x.ini\""))
+                                 .entry(entryOf("\"QC\"", "\"etc/x.ini\""))
+                                 .entry(entryOf("\"QC\"", "\"etc/X.ini\""))
+                                 .text();
+    const KvTFinding finding = onlyFinding(text);
+    EXPECT_EQ("target-path-case", finding.code);
+    EXPECT_EQ("$.files[2].targetPath", finding.path);
+    EXPECT_EQ("The target paths \"etc/X.ini\" and \"etc/x.ini\" differ only in case.", finding.message);
+}
+
 TEST_F(CheckNames, ATargetPathThatLeavesTheTargetIsAWarning) {
     EXPECT_EQ("", codesOfTargetPath("etc/../x.ini"));
     EXPECT_EQ("outside-target", codesOfTargetPath("etc/../../x.ini"));

@@ -77,6 +77,29 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         FileRow{"AsDescribed", image("2.0", 2), "\"2.0\"", "2", {}},
         FileRow{"Missing", std::nullopt, "\"2.0\"", "2", {"x.bin: not found"}},
+        FileRow{"Empty", "", "\"2.0\"", "2", {"x.bin: it is empty"}},
+        FileRow{"EmptyAndNothingDescribed", "", "null", "", {"x.bin: it is empty"}},
+        FileRow{"ImageThatEndsWithinItsHeader",
+                image("2.0", 2).substr(0, 363),
+                "\"2.0\"",
+                "2",
+                {"x.bin: it ends within its header"}},
+        FileRow{"BitstreamThatEndsWithinItsHeader",
+                bitstream(2).substr(0, 91),
+                "\"2.0\"",
+                "2",
+                {"x.bin: it ends within its header"}},
+        FileRow{"ForOtherHardware",
+                withHardwareIds(image("2.0", 2), 1, 3),
+                "\"2.0\"",
+                "2",
+                {"x.bin: it is for the hardware compatibility identifier 1 to 3, the description allows 0"}},
+        FileRow{"ForOtherSoftware",
+                withSoftwareIds(image("2.0", 2), 5, 5),
+                "\"2.0\"",
+                "2",
+                {"x.bin: it is for the software compatibility identifier 5, the description allows 0"}},
+        FileRow{"ForItsHardwareAndMore", withHardwareIds(image("2.0", 2), 0, 3), "\"2.0\"", "2", {}},
         FileRow{"OtherChecksum", image("2.0", 7), "\"2.0\"", "2", {"x.bin: its checksum is 7, the description says 2"}},
         FileRow{"OtherVersion",
                 image("2.0.1", 2),
@@ -102,6 +125,15 @@ INSTANTIATE_TEST_SUITE_P(
         FileRow{"HeaderWithoutChecksum", bitstream(7, 40), "\"2.0\"", "2", {}},
         FileRow{"WithoutHeader", "content", "\"2.0\"", "2", {}}),
     [](const auto& row) { return row.param.name; });
+
+TEST_F(Preflight, AFileOfASimilarNameIsSuggestedForOneThatIsMissing) {
+    folder().write("qb4120-fpga.kbs", "content");
+    const ArchiveBuilder description =
+        ArchiveBuilder().entry(entryOf("qb4120-fgpa.kbs")).entry(entryOf("qb7001-settings.cfg"));
+    EXPECT_THAT(
+        faultsOf(description, planOf({0, 1})),
+        ElementsAre("qb4120-fgpa.kbs: not found; did you mean \"qb4120-fpga.kbs\"?", "qb7001-settings.cfg: not found"));
+}
 
 TEST_F(Preflight, AFolderInPlaceOfAFileCannotBeRead) {
     std::filesystem::create_directory(folder().path() / "x.bin");

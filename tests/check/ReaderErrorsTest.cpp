@@ -135,6 +135,37 @@ TEST_F(Check, AnErrorStandsAtTheValueConcerned) {
           "$.files[0].boards[0].version");
 }
 
+TEST_F(Check, ABadItemOfAnArrayIsPointedAt) {
+    const auto check = [this](const ObjectText& entry, std::string_view value, const char* path, const char* hint) {
+        const std::string text = entryText(entry);
+        const KvTFinding finding = onlyFinding(text);
+        EXPECT_EQ("property-elements", finding.code);
+        EXPECT_EQ(placeOfValue(text, value, path), placeOf(finding)) << text;
+        EXPECT_EQ(hint, finding.hint);
+    };
+    check(goodEntry().set("boardType", "[\"QB1\", 555]"), "555", "$.files[0].boardType[1]", "Write a text.");
+    check(goodEntry().set("boardVariant", "[null, \"A\", false, 1]"), "false", "$.files[0].boardVariant[2]",
+          "Write a text, or null for boards without variant.");
+    for (const char* key : {"boardId", "hwCompatibilityId", "swCompatibilityId"}) {
+        check(goodEntry().set(key, "[1, 2, \"3\"]"), "\"3\"", joined("$.files[0].", key, "[2]").c_str(),
+              "Write a number without sign, fraction and exponent.");
+    }
+    check(entryWithBoards(R"({"boardType": "QB", "id": 1}, {"boardType": ["QC", 555], "id": 1})"), "555",
+          "$.files[0].boards[1].boardType[1]", "Write a text.");
+}
+
+TEST_F(Check, AFileOfASimilarNameIsSuggestedForOneThatIsMissing) {
+    folder().write("qb4120-fpga.kbs", "content");
+    const auto findingOn = [this](const ObjectText& entry) { return onlyFinding(entryText(entry)); };
+    const ObjectText entry = goodEntry().set("name", "\"qb4120-fgpa.kbs\"");
+    EXPECT_EQ("update-file-missing", findingOn(entry).code);
+    EXPECT_EQ("Did you mean \"qb4120-fpga.kbs\"?", findingOn(entry).hint);
+    const KvTFinding error = findingOn(ObjectText(entry).remove("checksumCrc32"));
+    EXPECT_EQ("checksum-file-missing", error.code);
+    EXPECT_EQ("Did you mean \"qb4120-fpga.kbs\"?", error.hint);
+    EXPECT_THAT(findingOn(goodEntry().set("name", "\"settings.cfg\"")).hint, HasSubstr("Put the file"));
+}
+
 TEST_F(Check, WhatIsMissingIsReportedAtTheObjectThatLacksIt) {
     EXPECT_EQ("$.files[0]", onlyFinding(entryText(goodEntry().remove("id"))).path);
     EXPECT_EQ("$.info", onlyFinding(ArchiveBuilder().withoutInfo("archiveName").entry(goodEntry()).text()).path);

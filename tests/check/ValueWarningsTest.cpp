@@ -19,6 +19,33 @@ TEST_F(CheckValues, AnEmptyArrayMatchesNothing) {
               codes(ArchiveBuilder().entry(entryWithBoards(goodBoard().set("boardId", "[]").text())).text()));
 }
 
+TEST_F(CheckValues, WhatIsRequiredIsNotToBeLeftOut) {
+    const auto hint = [this](const std::string& text) { return onlyFinding(text).hint; };
+    EXPECT_EQ("Give it an element.", hint(ArchiveBuilder().text()));
+    EXPECT_EQ("Give it an element.", hint(with("boardType", "[]")));
+    EXPECT_EQ("Give it an element.",
+              hint(ArchiveBuilder().entry(entryWithBoards(goodBoard().set("boardType", "[]").text())).text()));
+    EXPECT_EQ("Give it an element, or leave it out.", hint(with("boardId", "[]")));
+    const std::vector<std::string> descriptions = {
+        ArchiveBuilder().info("formatVersion", "1").entry(goodEntry()).text(),
+        ArchiveBuilder().info("archiveVersion", "1").entry(goodEntry()).text(),
+        ArchiveBuilder().info("productName", "1").entry(goodEntry()).text(),
+        ArchiveBuilder().info("archiveName", "1").entry(goodEntry()).text(),
+        ArchiveBuilder().root("files", "1").text(),
+        with("name", "1"),
+        with("sequence", "null"),
+        with("boardType", "1"),
+        with("boardType", "[1]"),
+        with("id", "null"),
+        ArchiveBuilder().entry(entryWithBoards("")).text(),
+        ArchiveBuilder().entry(entryWithBoards("{}")).text()};
+    for (const std::string& description : descriptions) {
+        for (const KvTFinding& finding : check(description)) {
+            EXPECT_EQ(std::string::npos, finding.hint.find("eave")) << description;
+        }
+    }
+}
+
 TEST_F(CheckValues, AnArchiveWithoutEntriesUpdatesNothing) {
     EXPECT_EQ("$.files", onlyFinding(ArchiveBuilder().text()).path);
 }

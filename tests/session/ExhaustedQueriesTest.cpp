@@ -97,6 +97,26 @@ TEST_F(ExhaustedQueriesTest, ALookFailsOrIsComplete) {
     EXPECT_LT(10U, failures);
 }
 
+TEST_F(ExhaustedQueriesTest, FindingsAreCompleteOrAnErrorOfTheOutcome) {
+    archive.folder().write("a_file_with_a_long_name_that_no_entry_names.bin", "content");
+    observedFor(performUpdate).keepDescription();
+    arrange();
+    std::vector<KvTFinding> findings;
+    std::size_t failures = 0;
+    sweep(
+        20, [&] { findings = observed().findings(); },
+        [&](bool struck) {
+            ASSERT_EQ(1U, findings.size());
+            const bool hasFailed = findings.front().code == "out-of-memory";
+            failures += hasFailed ? 1 : 0;
+            EXPECT_TRUE(hasFailed || findings.front().code == "unnamed-file");
+            // A call of the platform that has no memory is one that has failed.
+            EXPECT_TRUE(struck || !hasFailed);
+            EXPECT_EQ(failures == 0 ? KvEFailure::none : KvEFailure::errors, outcome().verdict.failure);
+        });
+    EXPECT_LT(20U, failures);
+}
+
 TEST_F(ExhaustedQueriesTest, AnExplanationIsEmptyOrComplete) {
     arrange();
     KvTExplanation explanation;

@@ -26,6 +26,18 @@ std::string firmwareImage(const KvCVersion& version, std::uint32_t checksum, std
     return bytes;
 }
 
+std::string withHardwareIds(std::string image, std::uint32_t lowest, std::uint32_t highest) {
+    put(image, 344, 4, lowest);
+    put(image, 348, 4, highest);
+    return image;
+}
+
+std::string withSoftwareIds(std::string image, std::uint32_t lowest, std::uint32_t highest) {
+    put(image, 352, 4, lowest);
+    put(image, 356, 4, highest);
+    return image;
+}
+
 std::string bitstream(std::uint32_t checksum, std::uint32_t headerSize) {
     constexpr std::size_t size = 200;
     std::string bytes(size, '\0');

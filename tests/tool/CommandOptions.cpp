@@ -48,7 +48,7 @@ const std::vector<CommandOption>& commandOptions() {
         {"--stall-limit", "", "60", false, updateCommand},
         {"--events", "", "events.jsonl", false, updateCommand},
         {"--report", "", "report.html", false, {"plan", "update", "verify"}},
-        {"--strict", "", "", false, checkCommand},
+        {"--strict", "", "", false, {"check", "update"}},
         {"--format", "", "json", false, checkCommand},
         {"--json",
          "",

@@ -51,7 +51,8 @@ TEST(Options, ASessionIsOffOrEmptyByDefault) {
 TEST(Options, WhatSurroundsASessionIsOffOrEmptyByDefault) {
     const auto update = commandOf<UpdateCommand>(smallestCommandLine("update"));
     EXPECT_TRUE(update->disabled.elements.empty());
-    EXPECT_FALSE(update->steps.reboots || update->steps.hasPreflight || update->steps.verifies);
+    EXPECT_FALSE(update->steps.reboots || update->steps.hasPreflight || update->steps.isStrict ||
+                 update->steps.verifies);
     EXPECT_EQ(update->steps.waitSeconds, 300U);
     EXPECT_FALSE(update->report.file.has_value());
     const auto check = commandOf<CheckCommand>(smallestCommandLine("check"));
@@ -84,6 +85,7 @@ std::vector<Field> updateFields() {
         {"--json", [](auto&, const auto& request) { return request.textStream == stderr; }},
         {"--quiet", [](auto&, const auto& request) { return request.isQuiet; }},
         {"--preflight", [](auto& update, const auto&) { return update.steps.hasPreflight; }},
+        {"--strict", [](auto& update, const auto&) { return update.steps.isStrict; }},
         {"--verify", [](auto& update, const auto&) { return update.steps.verifies; }},
         {"--wait", [](auto& update, const auto&) { return update.steps.waitSeconds == 60; }},
         {"--report", [](auto& update,

@@ -129,6 +129,136 @@ TEST_F(Preflight, WithoutAPlanTheSessionTellsWhy) {
     EXPECT_THAT(result.errors, AllOf(HasSubstr("none.json"), Not(HasSubstr("preflight"))));
 }
 
+/// What an update must not do that is refused before the target is touched: exit code, report and last line agree.
+class RefusedUpdate : public UpdateChecks {
+protected:
+    /// Runs an update with these and all other options that look at it; returns what it says.
+    std::string refused(const std::vector<std::string>& options) {
+        const ScratchFolder reports;
+        std::vector<std::string> all{"--verify", "--report", reports.text() + "/report.json"};
+        all.insert(all.end(), options.begin(), options.end());
+        const ToolRun result = run("update", all);
+        EXPECT_EQ(3, result.exitCode);
+        EXPECT_THAT(result.output, AllOf(Not(HasSubstr("Updating:")), Not(HasSubstr("Verification:"))));
+        EXPECT_FALSE(std::filesystem::exists(std::filesystem::path(rack()) / "state"));
+        const KvNJson::json report = KvNJson::json::parse(reports.read("report.json"));
+        EXPECT_EQ("archive", report.view().find("failure").get_string());
+        const std::string message(report.view().find("message").get_string());
+        EXPECT_THAT(result.errors, EndsWith("\nkvreflash: " + message + "\n"));
+        expectInstalled(false);
+        return result.errors;
+    }
+    /// The beginning of a line on the description.
+    [[nodiscard]] std::string place(const char* position) const {
+        return "kvreflash: check: " + archive.folder().text() + "/archive.json:" + position + ": ";
+    }
+};
+
+using PreflightRefuses = RefusedUpdate;
+using Strict = RefusedUpdate;
+
+TEST_F(PreflightRefuses, AnEmptyFile) {
+    archive.folder().write("node1.bin", "");
+    EXPECT_EQ(refusal("kvreflash: preflight: node1.bin: it is empty\n", "1 fault"), refused({"--preflight"}));
+}
+
+TEST_F(PreflightRefuses, AFileThatEndsWithinItsHeader) {
+    archive.folder().write("node1.bin", firmwareImage(KvCVersion("2.0"), 2).substr(0, 100));
+    archive.folder().write("node2.bin", bitstream(2).substr(0, 50));
+    EXPECT_EQ(refusal("kvreflash: preflight: node1.bin: it ends within its header\n"
+                      "kvreflash: preflight: node2.bin: it ends within its header\n",
+                      "2 faults"),
+              refused({"--preflight"}));
+}
+
+TEST_F(PreflightRefuses, AFileForOtherBoards) {
+    archive.folder().write("node2.bin", withHardwareIds(firmwareImage(KvCVersion("2.0"), 2), 4, 6));
+    EXPECT_EQ(refusal("kvreflash: preflight: node2.bin: it is for the hardware compatibility identifier 4 to 6, the "
+                      "description allows 0\n",
+                      "1 fault"),
+              refused({"--preflight"}));
+}
+
+TEST_F(PreflightRefuses, AMissingFileAndNamesTheOneThatWasMeant) {
+    archive.removeFile("node2.bin");
+    writeImage("mode2.bin", "2.0", 2);
+    EXPECT_EQ(refusal("kvreflash: preflight: node2.bin: not found; did you mean \"mode2.bin\"?\n", "1 fault"),
+              refused({"--preflight"}));
+}
+
+TEST_F(Strict, AnArchiveWithoutFindingsIsInstalled) {
+    const ToolRun result = run("update", {"--strict", "--preflight", "--verify"});
+    EXPECT_EQ(0, result.exitCode);
+    EXPECT_EQ("", result.errors);
+    expectInstalled(true);
+}
+
+TEST_F(Strict, AWarningRefusesTheUpdate) {
+    archive.folder().write("left.bin", "content");
+    const std::string file = archive.folder().text() + "/archive.json";
+    EXPECT_EQ(place("9:14") + "warning: No entry names the file \"left.bin\" of the archive folder. [unnamed-file]\n" +
+                  "kvreflash: nothing was touched: '" + file + "' has 0 errors, 1 warning, which --strict refuses\n",
+              refused({"--strict"}));
+}
+
+TEST_F(Strict, WithoutItTheSameArchiveIsInstalled) {
+    archive.folder().write("left.bin", "content");
+    EXPECT_EQ(0, run("update").exitCode);
+    expectInstalled(true);
+}
+
+TEST_F(Strict, WhatLeavesTheArchivesFolderOrTheTargetsRootIsRefused) {
+    archive.addWithoutFile(entry("../outside.bin").board("NODE", 7));
+    archive.add(entry("a.cfg").target("NODE", "../../etc/a.cfg"));
+    const std::string errors = refused({"--strict"});
+    EXPECT_THAT(errors, AllOf(HasSubstr(" [outside-archive]\n"), HasSubstr(" [outside-target]\n"),
+                              EndsWith(" has 0 errors, 2 warnings, which --strict refuses\n")));
+}
+
+TEST_F(Strict, AFileThatNoUpdateOfThePlanNeedsIsLookedAtToo) {
+    archive.folder().write("other.bin", "");
+    archive.addWithoutFile(entry("other.bin").board("OTHER", 1));
+    EXPECT_THAT(refused({"--strict", "--preflight"}), HasSubstr("\"other.bin\" is empty. [update-file-empty]\n"));
+}
+
+TEST_F(Strict, OfAnArchiveThatTheSessionRefusesItsOwnWordsCount) {
+    archive.add(entry("b.bin").board("NODE", 3).mode("wrong"));
+    EXPECT_EQ("kvreflash: File entry 2 is invalid. Property \"mode\" is invalid.\n",
+              run("update", {"--strict"}).errors);
+    EXPECT_EQ(3, run("update", {"--strict"}).exitCode);
+}
+
+TEST_F(Strict, TheArchiveComesBeforeATargetThatCannotBeHad) {
+    archive.folder().write("left.bin", "content");
+    target.add(fault("scan").occurrence(0));
+    const ToolRun result = run("update", {"--strict"});
+    EXPECT_EQ(3, result.exitCode);
+    EXPECT_THAT(result.errors, AllOf(HasSubstr(" [unnamed-file]\n"), EndsWith(", which --strict refuses\n")));
+    EXPECT_EQ(4, run("update").exitCode);
+}
+
+TEST_F(Strict, WithoutAnArchiveThatWasReadTheTargetCounts) {
+    const ToolRun result = run("update", {"--strict", "--emulate", "no such folder"});
+    EXPECT_EQ(4, result.exitCode);
+    EXPECT_THAT(result.errors, Not(HasSubstr("--strict")));
+}
+
+TEST_F(Strict, TheFindingsAreThoseOfCheck) {
+    archive.folder().write("left.bin", "content");
+    archive.addWithoutFile(entry("missing.bin").board("NODE", 7));
+    const std::string errors = refused({"--strict"});
+    const std::string checked = runCaptured({"check", "-a", archive.folder().text()}).output;
+    constexpr std::string_view mark = "kvreflash: check: ";
+    std::size_t count = 0;
+    for (std::size_t begin = errors.find(mark); begin != std::string::npos; ++count) {
+        const std::size_t end = errors.find('\n', begin) + 1;
+        EXPECT_THAT(checked, HasSubstr(errors.substr(begin + mark.size(), end - begin - mark.size())));
+        begin = errors.find(mark, end);
+    }
+    EXPECT_EQ(2U, count);
+    EXPECT_THAT(checked, EndsWith("\n0 errors, 2 warnings\n"));
+}
+
 TEST_F(Verify, WhatTheTargetReportsAsExpectedIsCounted) {
     const ToolRun result = run("update", {"--verify"});
     EXPECT_EQ(0, result.exitCode);

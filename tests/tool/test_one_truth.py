@@ -212,14 +212,12 @@ class VerificationTest(TruthTest):
         self.lay_out()
         (self.scratch / "archive" / "qb4120-fpga.kbs").write_bytes(b"")
 
-    def test_an_empty_update_file_is_not_as_expected(self):
+    def test_an_empty_update_file_is_refused_by_preflight_and_by_a_strict_update(self):
         self.empty_fpga()
-        session = self.updated(*EVERYTHING)
-        self.assertIn(session.code, (3, 6), session)
-        if session.code == 3:
-            self.assertEqual(session.touched(), [])
-        else:
-            self.assert_verified(session, NODE_FPGA, views.DIFFERS)
+        for options in (EVERYTHING, ("--strict", "--report", views.REPORT)):
+            session = self.updated(*options)
+            self.assert_refused(session, {3})
+            self.assertEqual(session.report.failure, "archive", session)
 
     def test_a_checksum_of_0_differs_from_that_of_the_archive(self):
         self.empty_fpga()

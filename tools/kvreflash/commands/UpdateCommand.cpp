@@ -1,5 +1,6 @@
 #include "UpdateCommand.h"
 
+#include "FindingText.h"
 #include "KvNRtosAbstraction.h"
 #include "SessionResult.h"
 #include "Streams.h"
@@ -28,10 +29,15 @@ class UpdateSession {
 public:
     explicit UpdateSession(UpdateCommand& command)
         : steps_(command.steps), report_(command.report), json_(command.json),
-          session_(command.request(performUpdate)) {}
+          archiveFile_(command.archive.folder + "/" + command.archive.description),
+          session_(command.request(performUpdate)) {
+        if (steps_.isStrict) {
+            session_->keepDescription();
+        }
+    }
 
     [[nodiscard]] ExitCode updateAndReport() {
-        if (opensFiles() && session_.prepare() && mayRun()) {
+        if (opensFiles() && prepares() && mayRun()) {
             updateAndReboot();
         }
         result_.verdict.add(session_.verdict());
@@ -47,6 +53,26 @@ private:
             result_.verdict = session_.openEvents();
         }
         return result_.verdict.isSuccess();
+    }
+
+    /// What is found in the archive refuses the update even if the target cannot be had.
+    [[nodiscard]] bool prepares() {
+        const bool isPrepared = session_.prepare();
+        const bool isRead = isPrepared || session_->outcome().stage != KvEStage::created;
+        return (!steps_.isStrict || !isRead || passesCheck()) && isPrepared;
+    }
+
+    /// Whether there is nothing to be said about the archive that the session has read.
+    [[nodiscard]] bool passesCheck() {
+        const std::vector<KvTFinding> findings = session_->findings();
+        for (const KvTFinding& finding : findings) {
+            session_.remark("check: " + findingLine(finding, archiveFile_));
+        }
+        if (!findings.empty()) {
+            result_.verdict.add({KvEFailure::archive, "nothing was touched: '" + archiveFile_ + "' has " +
+                                                          findingCounts(findings) + ", which --strict refuses"});
+        }
+        return findings.empty();
     }
 
     /// Whether the prepared session is to run.
@@ -120,6 +146,8 @@ private:
     const UpdateSteps& steps_;
     const ReportOption& report_;
     const JsonOption& json_;
+    /// For messages.
+    const std::string archiveFile_;
     ToolSession session_;
     SessionResult result_{"update", session_, {}, {}};
     /// run() and what follows it went well.
@@ -155,6 +183,7 @@ void ProgressOptions::applyTo(SessionRequest& request) const {
 void UpdateSteps::addTo(CommandSyntax& syntax) {
     syntax.addSwitch("--reboot", reboots, "Reboot the target after a successful update");
     syntax.addSwitch("--preflight", hasPreflight, "Check every update file of the plan before the target is touched");
+    syntax.addSwitch("--strict", isStrict, "Refuse an archive that check has errors or warnings for");
     syntax.addSwitch("--verify", verifies,
                      "Look at the target again after the update and judge by what it reports then");
     syntax.addOption("--wait", "SECONDS",

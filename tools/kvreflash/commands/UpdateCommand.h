@@ -29,6 +29,8 @@ struct ProgressOptions final : OptionGroup {
 struct UpdateSteps final : OptionGroup {
     bool reboots = false;
     bool hasPreflight = false;
+    /// What `check` has to say of the archive refuses the update.
+    bool isStrict = false;
     bool verifies = false;
     /// How long a rebooted target has to show the update.
     std::uint32_t waitSeconds = 300;

@@ -29,10 +29,7 @@ std::string onOneLine(const std::string& text) {
 }
 
 std::string paragraph(const KvTFinding& finding, const std::string& file) {
-    const std::string place = file + ":" + std::to_string(finding.line) + ":" + std::to_string(finding.column);
-    std::string text = onOneLine(place + ": " + severityText(finding.severity) + ": " + finding.message);
-    text.append(" [").append(finding.code).append("]\n    ");
-    return text + onOneLine(finding.path + ": " + finding.hint) + "\n\n";
+    return findingLine(finding, file) + "\n    " + onOneLine(finding.path + ": " + finding.hint) + "\n\n";
 }
 
 } // namespace
@@ -46,6 +43,12 @@ std::size_t countOf(const std::vector<KvTFinding>& findings, KvESeverity severit
 std::string findingCounts(const std::vector<KvTFinding>& findings) {
     return counted(countOf(findings, KvESeverity::error), "error") + ", " +
            counted(countOf(findings, KvESeverity::warning), "warning");
+}
+
+std::string findingLine(const KvTFinding& finding, const std::string& file) {
+    const std::string place = file + ":" + std::to_string(finding.line) + ":" + std::to_string(finding.column);
+    std::string text = onOneLine(place + ": " + severityText(finding.severity) + ": " + finding.message);
+    return text.append(" [").append(finding.code).append("]");
 }
 
 std::string findingText(const std::vector<KvTFinding>& findings, const std::string& file) {

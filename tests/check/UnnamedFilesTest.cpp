@@ -1,0 +1,141 @@
+#include "CheckFixture.h"
+#include "FolderFiles.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <string>
+
+namespace {
+
+using KvNReflasher::KvESeverity;
+using KvNReflasher::KvTFinding;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// The folder has "a.bin", which goodEntry() names.
+class UnnamedFiles : public CheckTest {
+protected:
+    std::string codesOfFolder(const std::string& description) { return codesOf(checkFolder(description)); }
+    static std::string goodDescription() { return ArchiveBuilder().entry(goodEntry()).text(); }
+};
+
+TEST_F(UnnamedFiles, AFileThatNoEntryNamesIsAWarningAtTheEntries) {
+    EXPECT_EQ("", codesOfFolder(goodDescription()));
+    folder().write("left.bin", "content");
+    folder().write("another.bin", "content");
+    const std::vector<KvTFinding> findings = checkFolder(goodDescription());
+    ASSERT_EQ("unnamed-file unnamed-file", codesOf(findings));
+    EXPECT_EQ(KvESeverity::warning, findings[0].severity);
+    EXPECT_EQ("$.files", findings[0].path);
+    EXPECT_EQ("No entry names the file \"another.bin\" of the archive folder.", findings[0].message);
+    EXPECT_EQ("No entry names the file \"left.bin\" of the archive folder.", findings[1].message);
+}
+
+TEST_F(UnnamedFiles, NamesOfEntriesThatAreRefusedOrSkippedCount) {
+    folder().write("new.bin", "content");
+    folder().write("wrong.bin", "content");
+    EXPECT_EQ("entry-skipped mode-unknown",
+              codesOfFolder(ArchiveBuilder()
+                                .entry(goodEntry())
+                                .entry(R"({"featureLevel": 3, "name": "new.bin"})")
+                                .entry(goodEntry().set("name", "\"wrong.bin\"").set("id", "7").set("mode", "\"x\""))
+                                .text()));
+}
+
+TEST_F(UnnamedFiles, AnotherDescriptionOfTheFolderNeedsNoName) {
+    folder().write("summer.json", ArchiveBuilder().text());
+    folder().write("WINTER.JSON", R"({"files": []})");
+    EXPECT_EQ("", codesOfFolder(goodDescription()));
+    for (const char* content : {"", "{}", "[]", R"({"files": {}})", R"({"files": [})", "text"}) {
+        folder().write("summer.json", content);
+        EXPECT_EQ("unnamed-file", codesOfFolder(goodDescription())) << content;
+    }
+    folder().write("summer.json", R"({"files": []})");
+    folder().write("summer.txt", R"({"files": []})");
+    EXPECT_EQ("unnamed-file", codesOfFolder(goodDescription()));
+}
+
+TEST_F(UnnamedFiles, FoldersAreNotLookedInto) {
+    std::filesystem::create_directory(folder().path() / "notes");
+    folder().write("notes/left.bin", "content");
+    EXPECT_EQ("", codesOfFolder(goodDescription()));
+}
+
+TEST_F(UnnamedFiles, AFileThatAnEntryNamesByAPathIsNamed) {
+    EXPECT_EQ("name-with-separator",
+              codesOfFolder(ArchiveBuilder().entry(goodEntry().set("name", "\"./a.bin\"")).text()));
+}
+
+TEST_F(UnnamedFiles, WithoutEntriesNothingIsSaidOfFiles) {
+    EXPECT_EQ("files-missing", codesOfFolder(ArchiveBuilder().withoutRoot("files").text()));
+    EXPECT_EQ("invalid-json", codesOfFolder("{"));
+    EXPECT_EQ("empty-array unnamed-file", codesOfFolder(ArchiveBuilder().text()));
+}
+
+TEST_F(UnnamedFiles, ANameInAnotherCaseNamesAFileUnlessItsOwnIsThere) {
+    folder().write("b.bin", "content");
+    const ObjectText entry = goodEntry().set("name", "\"B.bin\"").set("id", "7");
+    const std::string text = ArchiveBuilder().entry(goodEntry()).entry(entry).text();
+    EXPECT_EQ(std::string::npos, codesOfFolder(text).find("unnamed-file"));
+    folder().write("B.bin", "content");
+    const bool areTwo = std::distance(std::filesystem::directory_iterator(folder().path()), {}) == 4;
+    EXPECT_EQ(areTwo ? "unnamed-file" : "", codesOfFolder(text));
+}
+
+class FolderFiles : public CheckTest {};
+
+TEST_F(FolderFiles, AreThoseBesideTheDescriptionInOrder) {
+    folder().write("archive.json", "{}");
+    folder().write("c.bin", "content");
+    folder().write("b.bin", "content");
+    KvCFolderFiles files(options());
+    EXPECT_THAT(files.names(), ElementsAre("a.bin", "b.bin", "c.bin"));
+    folder().write("d.bin", "content");
+    EXPECT_THAT(files.names(), testing::SizeIs(3)) << "the folder is listed once";
+}
+
+TEST_F(FolderFiles, AFolderThatIsMissingHasNone) {
+    KvNReflasher::KvTOptions missing = options();
+    missing.archiveFolder += L"/missing";
+    KvCFolderFiles files(missing);
+    EXPECT_THAT(files.names(), IsEmpty());
+    EXPECT_EQ("", files.nearest("a.bin"));
+}
+
+TEST_F(FolderFiles, TheNearestNameIsSuggested) {
+    folder().write("qb4120-firmware.kfw", "content");
+    folder().write("qb7001-firmware.kfw", "content");
+    KvCFolderFiles files(options());
+    EXPECT_EQ("qb4120-firmware.kfw", files.nearest("qb4120-fimrware.kfw"));
+    EXPECT_EQ("qb7001-firmware.kfw", files.nearest("QB7001-Firmware.kfw"));
+    EXPECT_EQ("", files.nearest("something-else.cfg"));
+    EXPECT_EQ("Did you mean \"qb7001-firmware.kfw\"?", suggestionFor("qb7001-firmware", files));
+    EXPECT_EQ("", suggestionFor("something-else.cfg", files));
+}
+
+TEST_F(FolderFiles, AfterVeryManyQuestionsNothingIsSuggested) {
+    const std::string name = std::string(200, 'x') + ".bin";
+    folder().write(name, "content");
+    KvCFolderFiles files(options());
+    std::string asked = name;
+    asked[7] = 'y';
+    std::size_t answers = 0;
+    while (files.nearest(asked) == name && answers < 10'000) {
+        ++answers;
+    }
+    EXPECT_GT(answers, 1'000U);
+    EXPECT_LT(answers, 10'000U);
+}
+
+TEST_F(FolderFiles, ALargeFileIsNotLookedInto) {
+    folder().write("large.json", R"({"files": []})");
+    KvCFolderFiles files(options());
+    EXPECT_TRUE(files.isDescription("large.json"));
+    std::filesystem::resize_file(folder().path() / "large.json", std::uintmax_t{64} * 1024 * 1024 + 1);
+    EXPECT_FALSE(files.isDescription("large.json"));
+    EXPECT_FALSE(files.isDescription("a.bin"));
+    EXPECT_FALSE(files.isDescription("missing.json"));
+}
+
+} // namespace
