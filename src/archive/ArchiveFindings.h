@@ -53,6 +53,9 @@ struct KvTArchiveFinding {
     std::int32_t board = noBoard;
     /// The property concerned, for the rules on one property.
     KvEProperty property = KvEProperty::name;
+    /// What the file concerned is, if that is why it was not read: "a pipe, not a regular file". Its message does not
+    /// say it.
+    std::string fileFault = {};
 };
 
 /// A message of the rules (UTF-8) as a sentence: without the word that it begins with and the end of its line; of two
@@ -78,7 +81,7 @@ public:
         if (errorCount_ == 1) {
             std::wstring text;
             KvCConsoleWriter::format<Arguments...>(text, message, arguments...);
-            keepFirstError(text);
+            keepFirstError(text, finding.fileFault);
         }
         return goOn;
     }
@@ -93,8 +96,8 @@ public:
 
     /// Number of errors reported so far.
     [[nodiscard]] std::uint32_t errorCount() const { return errorCount_; }
-    /// The sentence of the first error in one line, UTF-8; empty if there is none. Line breaks in names are shown as
-    /// JSON writes them.
+    /// The sentence of the first error in one line, UTF-8, and what the file concerned is if that is the reason; empty
+    /// if there is none. Line breaks in names are shown as JSON writes them.
     [[nodiscard]] const std::string& firstError() const { return firstError_; }
 
 protected:
@@ -104,7 +107,7 @@ protected:
     virtual void takeWarning(const KvTArchiveFinding& /*finding*/) {}
 
 private:
-    void keepFirstError(const std::wstring& message);
+    void keepFirstError(const std::wstring& message, const std::string& fileFault);
 
     const KvCConsoleWriter& writer_;
     std::uint32_t errorCount_ = 0;

@@ -1,6 +1,7 @@
 #include "KvCFirmwareArchive.h"
 
 #include "ArchivePaths.h"
+#include "DescriptionFile.h"
 #include "DescriptionRules.h"
 #include "Files.h"
 #include "KvCConsoleWriter.h"
@@ -19,7 +20,7 @@ using KvNJson::jsonView;
 
 /// What the file at `path` holds; nothing when it cannot be opened or read.
 std::optional<json> parseFile(const std::wstring& path) {
-    const FileStream file = openForReading(path);
+    const FileStream file = openDescription(path);
     if (file == nullptr) {
         return std::nullopt;
     }
@@ -30,7 +31,7 @@ std::optional<json> parseFile(const std::wstring& path) {
 /// False after a reported error.
 bool isDocument(const std::optional<json>& document, const std::wstring& path, KvCArchiveFindings& findings) {
     if (!document) {
-        (void)findings.error({KvEArchiveRule::descriptionFileOpens},
+        (void)findings.error({.rule = KvEArchiveRule::descriptionFileOpens, .fileFault = faultOfDescription(path)},
                              L"ERROR: Cannot open archive description file %s\n", path.c_str());
         return false;
     }
@@ -168,7 +169,9 @@ bool KvCFirmwareArchive::completeFromUpdateFile(KvTArchiveFile& file, KvCArchive
     }
     KvTUpdateFileHeader header;
     if (readUpdateFile(path, header) != KvEReadStatus::success) {
-        return findings.error({KvEArchiveRule::updateFileHasChecksum, file.descriptionIndex},
+        return findings.error({.rule = KvEArchiveRule::updateFileHasChecksum,
+                               .entry = file.descriptionIndex,
+                               .fileFault = faultOfKind(path)},
                               L"ERROR: Cannot read checksum from update file %hs.\n", file.name.c_str());
     }
     file.checksumCrc32 = header.checksum;

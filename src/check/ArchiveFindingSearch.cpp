@@ -2,11 +2,12 @@
 
 #include "ArchivePaths.h"
 #include "CheckedArchive.h"
-#include "Files.h"
+#include "DescriptionFile.h"
 #include "MessageCapture.h"
 #include "ReaderFindings.h"
 #include "Warnings.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <optional>
@@ -16,21 +17,24 @@
 
 namespace {
 
-/// What the file at `path` holds; nothing if it cannot be opened or read.
+/// What the description at `path` holds; nothing if it cannot be opened or read.
 std::optional<std::string> textOfFile(const std::wstring& path) {
     constexpr std::size_t pieceSize = 65536;
-    const FileStream file = openForReading(path);
+    const FileStream file = openDescription(path);
     if (file == nullptr) {
         return std::nullopt;
     }
     std::string text;
+    text.reserve(static_cast<std::size_t>(std::min(sizeOfOpenFile(*file), largestDescription)));
     std::array<char, pieceSize> piece{};
     std::size_t size = piece.size();
-    while (size == piece.size()) {
+    // Somebody may write to the file meanwhile.
+    while (size == piece.size() && text.size() <= largestDescription) {
         size = std::fread(piece.data(), 1, piece.size(), file.get());
         text.append(piece.data(), size);
     }
-    return std::ferror(file.get()) == 0 ? std::optional(std::move(text)) : std::nullopt;
+    const bool isWhole = std::ferror(file.get()) == 0 && text.size() <= largestDescription;
+    return isWhole ? std::optional(std::move(text)) : std::nullopt;
 }
 
 std::vector<KvTOutlinedEntry> entriesOf(const KvCJsonOutline& outline, const KvCReaderFindings& read) {

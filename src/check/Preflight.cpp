@@ -1,6 +1,7 @@
 #include "Preflight.h"
 
 #include "ArchivePaths.h"
+#include "DescriptionFile.h"
 #include "Files.h"
 #include "HeaderComparison.h"
 #include "UpdateFileReaders.h"
@@ -29,6 +30,12 @@ void compareHeader(const KvTUpdateFileHeader& header, const KvTArchiveFile& file
     }
 }
 
+/// ": it is a pipe, not a regular file"; empty if the kind of the file is not the reason.
+std::string reasonOf(const std::wstring& path) {
+    const std::string fault = faultOfKind(path);
+    return fault.empty() ? fault : ": it is " + fault;
+}
+
 void checkUpdateFile(const std::wstring& path, const KvTArchiveFile& file, std::vector<std::string>& findings) {
     if (!pathExists(path)) {
         findings.push_back(std::string(file.name.view()) + ": not found");
@@ -42,7 +49,7 @@ void checkUpdateFile(const std::wstring& path, const KvTArchiveFile& file, std::
     case KvEReadStatus::notThisKind:
         break; // a plain file tells nothing of itself
     case KvEReadStatus::cannotOpen:
-        findings.push_back(std::string(file.name.view()) + ": cannot be read");
+        findings.push_back(std::string(file.name.view()) + ": cannot be read" + reasonOf(path));
         break;
     }
 }

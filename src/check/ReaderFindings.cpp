@@ -86,6 +86,9 @@ void KvCReaderFindings::addTo(KvCFindingList& list, const KvCJsonOutline& outlin
             continue;
         }
         KvTRuleAdvice advice = adviceOn(finding, outline.root());
+        if (!finding.fileFault.empty()) {
+            advice.hint = "It is " + finding.fileFault + ".";
+        }
         list.add(findingRow(finding.rule), advice.place, std::move(message), std::move(advice.hint));
     }
 }

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Ctrl-C: an update is interrupted by a second one only, everything else at once."""
 
+import json
 import os
 import re
 import signal
@@ -96,13 +97,16 @@ class InterruptTest(ScratchTest):
 
     @unless_launched
     def test_everything_else_ends_at_the_first_interrupt(self):
-        folder = self.scratch / "archive"
-        folder.mkdir()
-        os.mkfifo(folder / "archive.json")
-        process = self.start(["content", "-a", folder])
-        with open(folder / "archive.json", "wb"):  # waits until the tool reads
-            self.interrupt(process)
-            self.assertEqual(process.wait(timeout=20), 130)
+        archive, _ = self.lay_out_examples()
+        path = archive / "archive.json"
+        description = json.loads(path.read_text(encoding="utf-8"))
+        # Far more than a pipe holds: the tool waits for its reader.
+        description["files"] *= 1000
+        path.write_text(json.dumps(description), encoding="utf-8")
+        process = self.start(["content", "-a", archive])
+        self.assertTrue(process.stdout.read(1))
+        self.interrupt(process)
+        self.assertEqual(process.wait(timeout=20), 130)
         self.assertEqual(process.communicate()[1], b"")
 
 
