@@ -41,6 +41,9 @@ std::string sentenceOf(std::string_view message) {
     return sentence;
 }
 
-void KvCArchiveFindings::keepFirstError(const std::wstring& message) {
+void KvCArchiveFindings::keepFirstError(const std::wstring& message, const std::string& fileFault) {
     firstError_ = onOneLine(sentenceOf(messageBytes(message)));
+    if (!fileFault.empty()) {
+        firstError_.append(" (it is ").append(fileFault).append(")");
+    }
 }

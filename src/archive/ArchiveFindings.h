@@ -60,6 +60,9 @@ struct KvTArchiveFinding {
     KvEProperty property = KvEProperty::name;
     /// Index in the property's array, from 0, for the rule on the items of arrays.
     std::size_t item = noItem;
+    /// What the file concerned is, if that is why it was not read: "a pipe, not a regular file". Its message does not
+    /// say it.
+    std::string fileFault = {};
 };
 
 /// A message of the rules (UTF-8) as a sentence: without the word that it begins with and the end of its line; of two
@@ -85,7 +88,7 @@ public:
         if (errorCount_ == 1) {
             std::wstring text;
             KvCConsoleWriter::format<Arguments...>(text, message, arguments...);
-            keepFirstError(text);
+            keepFirstError(text, finding.fileFault);
         }
         return goOn;
     }
@@ -100,8 +103,8 @@ public:
 
     /// Number of errors reported so far.
     [[nodiscard]] std::uint32_t errorCount() const { return errorCount_; }
-    /// The sentence of the first error in one line, UTF-8; empty if there is none. Line breaks in names are shown as
-    /// JSON writes them.
+    /// The sentence of the first error in one line, UTF-8, and what the file concerned is if that is the reason; empty
+    /// if there is none. Line breaks in names are shown as JSON writes them.
     [[nodiscard]] const std::string& firstError() const { return firstError_; }
 
 protected:
@@ -111,7 +114,7 @@ protected:
     virtual void takeWarning(const KvTArchiveFinding& /*finding*/) {}
 
 private:
-    void keepFirstError(const std::wstring& message);
+    void keepFirstError(const std::wstring& message, const std::string& fileFault);
 
     const KvCConsoleWriter& writer_;
     std::uint32_t errorCount_ = 0;

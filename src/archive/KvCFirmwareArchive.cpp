@@ -1,6 +1,7 @@
 #include "KvCFirmwareArchive.h"
 
 #include "ArchivePaths.h"
+#include "DescriptionFile.h"
 #include "DescriptionRules.h"
 #include "Files.h"
 #include "KvCConsoleWriter.h"
@@ -20,7 +21,7 @@ using KvNJson::jsonView;
 
 /// What the file at `path` holds; nothing when it cannot be opened or read.
 std::optional<json> parseFile(const std::wstring& path) {
-    const FileStream file = openForReading(path);
+    const FileStream file = openDescription(path);
     if (file == nullptr) {
         return std::nullopt;
     }
@@ -31,7 +32,7 @@ std::optional<json> parseFile(const std::wstring& path) {
 /// False after a reported error.
 bool isDocument(const std::optional<json>& document, const std::wstring& path, KvCArchiveFindings& findings) {
     if (!document) {
-        (void)findings.error({KvEArchiveRule::descriptionFileOpens},
+        (void)findings.error({.rule = KvEArchiveRule::descriptionFileOpens, .fileFault = faultOfDescription(path)},
                              L"ERROR: Cannot open archive description file %s\n", path.c_str());
         return false;
     }
@@ -59,13 +60,14 @@ std::optional<json> takeFiles(json& document, KvCArchiveFindings& findings) {
 
 } // namespace
 
-std::optional<std::string> textOfFile(const std::wstring& path, std::size_t most) {
+std::optional<std::string> textOfFile(const std::wstring& path, std::uint64_t most) {
     constexpr std::size_t pieceSize = 65536;
     const FileStream file = openForReading(path);
-    if (file == nullptr) {
+    if (file == nullptr || sizeOfOpenFile(*file) > most) {
         return std::nullopt;
     }
     std::string text;
+    // Somebody may write to the file meanwhile.
     std::array<char, pieceSize> piece{};
     std::size_t size = piece.size();
     while (size == piece.size() && text.size() <= most) {
@@ -190,7 +192,9 @@ bool KvCFirmwareArchive::completeFromUpdateFile(KvTArchiveFile& file, KvCArchive
     }
     KvTUpdateFileHeader header;
     if (readUpdateFile(path, header) != KvEReadStatus::success) {
-        return findings.error({KvEArchiveRule::updateFileHasChecksum, file.descriptionIndex},
+        return findings.error({.rule = KvEArchiveRule::updateFileHasChecksum,
+                               .entry = file.descriptionIndex,
+                               .fileFault = faultOfKind(path)},
                               L"ERROR: Cannot read checksum from update file %hs.\n", file.name.c_str());
     }
     file.checksumCrc32 = header.checksum;

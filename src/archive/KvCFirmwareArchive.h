@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ArchiveFindings.h"
+#include "DescriptionFile.h"
 #include "KvTArchiveFile.h"
 #include "KvTOptions.h"
 
@@ -14,7 +15,7 @@
 
 /// What the file at `path` holds; nothing if it cannot be opened or read, or holds more than `most` bytes.
 [[nodiscard]] std::optional<std::string> textOfFile(const std::wstring& path,
-                                                    std::size_t most = std::numeric_limits<std::size_t>::max());
+                                                    std::uint64_t most = largestDescription));
 
 /// The firmware archive of a session: its description and the checksums of its update files. Read once; failures are
 /// printed.

@@ -1,6 +1,7 @@
 #include "Warnings.h"
 
 #include "ArchivePaths.h"
+#include "DescriptionFile.h"
 #include "Files.h"
 #include "ForeignPaths.h"
 #include "HeaderComparison.h"
@@ -22,6 +23,8 @@ struct FileState {
     bool exists = false;
     KvEReadStatus status = KvEReadStatus::cannotOpen;
     KvTUpdateFileHeader header;
+    /// What it is in place of a regular file; empty if it is one.
+    std::string fault;
 };
 
 /// Looks at the update files of the entries; into each file once.
@@ -58,6 +61,9 @@ private:
             const std::wstring path = updateFilePath(checked_.options, name);
             state.exists = pathExists(path);
             state.status = state.exists ? readUpdateFile(path, state.header) : KvEReadStatus::cannotOpen;
+            if (state.exists && state.status == KvEReadStatus::cannotOpen) {
+                state.fault = faultOfKind(path);
+            }
         }
         return found->second;
     }
@@ -65,7 +71,8 @@ private:
     void warnOfAbsence(KvCOutlineValue name, const FileState& state) {
         if (state.exists) {
             findings_.warn(KvECheckRule::updateFileUnreadable, name,
-                           "The update file " + inQuotes(name.text()) + " cannot be read.");
+                           "The update file " + inQuotes(name.text()) +
+                               (state.fault.empty() ? " cannot be read." : " is " + state.fault + "."));
         } else {
             const KvTFindingRow& row = findingRow(KvECheckRule::updateFileMissing);
             std::string suggestion = suggestionFor(name.text(), checked_.folder);

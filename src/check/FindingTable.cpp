@@ -29,7 +29,7 @@ constexpr bool isInOrder(const Table& table, Rule lastRule) {
 /// One for each rule, in their order.
 constexpr auto readerTable = std::to_array<RuleRow<KvEArchiveRule>>(
     {{descriptionFileOpens,
-      {"description-unreadable", error, "the description cannot be opened or read",
+      {"description-unreadable", error, "the description cannot be opened or read, or is larger than 256 MiB",
        "Check the folder given with --archive and the name given with --description.", KvEFindingSubject::root, ""}},
      {descriptionIsJson,
       {"invalid-json", error, "the description is not one JSON document", "{}", KvEFindingSubject::root, ""}},

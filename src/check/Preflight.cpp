@@ -1,6 +1,7 @@
 #include "Preflight.h"
 
 #include "ArchivePaths.h"
+#include "DescriptionFile.h"
 #include "Files.h"
 #include "FindingList.h"
 #include "FolderFiles.h"
@@ -36,6 +37,12 @@ void compareHeader(const KvTUpdateFileHeader& header, const KvTArchiveFile& file
     }
 }
 
+/// ": it is a pipe, not a regular file"; empty if the kind of the file is not the reason.
+std::string reasonOf(const std::wstring& path) {
+    const std::string fault = faultOfKind(path);
+    return fault.empty() ? fault : ": it is " + fault;
+}
+
 std::string absenceOf(std::string_view name, KvCFolderFiles& folder) {
     const std::string_view nearest = folder.nearest(name);
     return std::string(name) + ": not found" + (nearest.empty() ? "" : "; did you mean " + inQuotes(nearest) + "?");
@@ -51,7 +58,7 @@ void checkUpdateFile(const std::wstring& path, const KvTArchiveFile& file, KvCFo
     KvTUpdateFileHeader header;
     const KvEReadStatus status = readUpdateFile(path, header);
     if (status == KvEReadStatus::cannotOpen) {
-        findings.push_back(name + ": cannot be read");
+        findings.push_back(name + ": cannot be read" + reasonOf(path));
     } else if (header.extent == KvEFileExtent::empty) {
         findings.push_back(name + ": it is empty");
     } else if (header.extent == KvEFileExtent::cutInHeader) {

@@ -90,6 +90,9 @@ void KvCReaderFindings::addTo(KvCFindingList& list, const KvCJsonOutline& outlin
             std::string suggestion = suggestionFor(advice.place.text(), folder);
             advice.hint = suggestion.empty() ? advice.hint : std::move(suggestion);
         }
+        if (!finding.fileFault.empty()) {
+            advice.hint = "It is " + finding.fileFault + ".";
+        }
         list.add(findingRow(finding.rule), advice.place, std::move(message), std::move(advice.hint));
     }
 }

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <string_view>
 
 /// Closes a stream at the end of its scope.
 struct KvTFileCloser {
@@ -13,9 +14,16 @@ using FileStream = std::unique_ptr<std::FILE, KvTFileCloser>;
 
 // Paths are wide texts; off Windows a "\" separates like a "/".
 
-/// Opens a file for binary reading; null when that is not possible. A folder cannot be opened or, off Windows, not
-/// read.
+/// Opens a regular file for binary reading; null when that is not possible. Anything else, such as a folder, a pipe or
+/// a device, cannot be opened, and nothing waits for it.
 [[nodiscard]] FileStream openForReading(const std::wstring& path);
+
+/// Size of an open file in bytes; 0 when it is not known.
+[[nodiscard]] std::uint64_t sizeOfOpenFile(std::FILE& file);
+
+/// What exists at `path`, or what a link there leads to, if that is not a regular file: "a folder", "a pipe", "a
+/// socket" or "a device". Empty for a regular file and for what cannot be looked at. Nothing is opened for reading.
+[[nodiscard]] std::string_view otherKindOf(const std::wstring& path);
 
 /// Creates a file for binary writing, emptying an existing one; null when that is not possible.
 [[nodiscard]] FileStream openForWriting(const std::wstring& path);
@@ -33,5 +41,6 @@ using FileStream = std::unique_ptr<std::FILE, KvTFileCloser>;
 /// bytes that the system has. Empty when nothing exists there or it cannot be looked at.
 [[nodiscard]] std::string resolvedPath(const std::wstring& path);
 
-/// Size of a file in bytes; a file that is missing is created empty. 0 when it cannot be opened.
+/// Size of a regular file in bytes; a file that is missing is created empty. 0 when it cannot be opened or is of
+/// another kind, for which nothing waits.
 [[nodiscard]] std::uint64_t sizeOfFileCreatedIfMissing(const std::wstring& path);

@@ -3,6 +3,7 @@
 #include "TextConversion.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -16,10 +17,63 @@ std::string nativePath(const std::wstring& path) {
     return result;
 }
 
+bool isRegular(int file) {
+    struct stat status {};
+    return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+/// The descriptor of a regular file, open for reading; -1 when there is none. `creation` is 0 or O_CREAT.
+int openRegularFile(const std::string& path, int creation) {
+    constexpr mode_t newFileMode = 0666;
+    struct stat status {};
+    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+        return -1; // Opening may wait for another process, and does something to some devices.
+    }
+    // O_NONBLOCK is for what has taken the file's place meanwhile.
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | creation, newFileMode);
+    if (file >= 0 && !isRegular(file)) {
+        close(file);
+        return -1;
+    }
+    return file;
+}
+
 } // namespace
 
 FileStream openForReading(const std::wstring& path) {
-    return FileStream(std::fopen(nativePath(path).c_str(), "rbe"));
+    const int file = openRegularFile(nativePath(path), 0);
+    if (file < 0) {
+        return nullptr;
+    }
+    FileStream stream(fdopen(file, "rb"));
+    if (stream == nullptr) {
+        close(file);
+    }
+    return stream;
+}
+
+std::uint64_t sizeOfOpenFile(std::FILE& file) {
+    struct stat status {};
+    return fstat(fileno(&file), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+std::string_view otherKindOf(const std::wstring& path) {
+    struct stat status {};
+    if (stat(nativePath(path).c_str(), &status) != 0) {
+        return {};
+    }
+    switch (status.st_mode & S_IFMT) {
+    case S_IFREG:
+        return {};
+    case S_IFDIR:
+        return "a folder";
+    case S_IFIFO:
+        return "a pipe";
+    case S_IFSOCK:
+        return "a socket";
+    default:
+        return "a device";
+    }
 }
 
 FileStream openForWriting(const std::wstring& path) {
@@ -46,12 +100,12 @@ std::string resolvedPath(const std::wstring& path) {
 }
 
 std::uint64_t sizeOfFileCreatedIfMissing(const std::wstring& path) {
-    const int file = open(nativePath(path).c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0666);
+    const int file = openRegularFile(nativePath(path), O_CREAT);
     if (file < 0) {
         return 0;
     }
     struct stat status {};
-    const bool known = fstat(file, &status) == 0 && S_ISREG(status.st_mode);
+    const bool known = fstat(file, &status) == 0;
     close(file);
     return known ? static_cast<std::uint64_t>(status.st_size) : 0;
 }

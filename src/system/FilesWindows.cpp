@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <io.h>
 #include <string_view>
+#include <utility>
 #include <windows.h>
 
 namespace {
@@ -20,6 +21,18 @@ struct HandleCloser {
 };
 using OpenHandle = std::unique_ptr<void, HandleCloser>;
 
+/// True when the system takes the path for a device: NUL and COM1 in any folder, on older systems aux.ini, too. Asked
+/// before anything is opened: a console or a port may keep whoever reads it waiting.
+bool isDevicePath(const std::wstring& path) {
+    std::wstring full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
+    full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+    return full.starts_with(LR"(\\.\)");
+}
+
+HANDLE handleOf(std::FILE& file) {
+    return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(&file)));
+}
+
 /// A file or folder; null when there is none. Its contents may not be read.
 OpenHandle openToLookAt(std::wstring path) {
     // Paths without limit of their length know no "/".
@@ -32,7 +45,32 @@ OpenHandle openToLookAt(std::wstring path) {
 } // namespace
 
 FileStream openForReading(const std::wstring& path) {
-    return openFile(path, L"rb");
+    if (isDevicePath(path)) {
+        return nullptr;
+    }
+    FileStream file = openFile(path, L"rb");
+    return file != nullptr && GetFileType(handleOf(*file)) == FILE_TYPE_DISK ? std::move(file) : nullptr;
+}
+
+std::uint64_t sizeOfOpenFile(std::FILE& file) {
+    LARGE_INTEGER size{};
+    return GetFileSizeEx(handleOf(file), &size) != 0 ? static_cast<std::uint64_t>(size.QuadPart) : 0;
+}
+
+std::string_view otherKindOf(const std::wstring& path) {
+    if (isDevicePath(path)) {
+        return "a device";
+    }
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+        return "a folder";
+    }
+    const OpenHandle file = openToLookAt(path);
+    const DWORD type = file != nullptr ? GetFileType(file.get()) : FILE_TYPE_DISK;
+    if (type == FILE_TYPE_DISK) {
+        return {};
+    }
+    return type == FILE_TYPE_PIPE ? "a pipe" : "a device";
 }
 
 FileStream openForWriting(const std::wstring& path) {
@@ -69,13 +107,16 @@ std::string resolvedPath(const std::wstring& path) {
 }
 
 std::uint64_t sizeOfFileCreatedIfMissing(const std::wstring& path) {
+    if (isDevicePath(path)) {
+        return 0;
+    }
     HANDLE file =
         CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         return 0;
     }
     LARGE_INTEGER size{};
-    const bool known = GetFileSizeEx(file, &size) != 0;
+    const bool known = GetFileType(file) == FILE_TYPE_DISK && GetFileSizeEx(file, &size) != 0;
     CloseHandle(file);
     return known ? static_cast<std::uint64_t>(size.QuadPart) : 0;
 }

@@ -1,3 +1,4 @@
+#include "DescriptionFile.h"
 #include "ArchiveFixture.h"
 
 #include <array>
@@ -44,6 +45,25 @@ TEST_F(DescriptionFile, AFolderInItsPlaceCannotBeOpened) {
     options().descriptionFileName = L"folder.json";
     EXPECT_FALSE(readArchive(ArchiveBuilder()));
     EXPECT_EQ(cannotOpen(pathOf(L"folder.json")), messages());
+}
+
+TEST_F(DescriptionFile, AFileOfMoreThan256MebibytesCannotBeOpened) {
+    EXPECT_TRUE(readArchive(ArchiveBuilder()));
+    std::error_code error;
+    for (const std::uintmax_t size : {std::uintmax_t(256) << 20U, (std::uintmax_t(256) << 20U) + 1}) {
+        std::filesystem::resize_file(folder() / "archive.json", size, error);
+        if (error) {
+            GTEST_SKIP() << "no room for a large file: " << error.message();
+        }
+        forgetMessages();
+        KvCFirmwareArchive fresh(writer(), options());
+        EXPECT_FALSE(fresh.readArchive());
+        const bool isTooLarge = size > largestDescription;
+        const std::wstring path = pathOf(L"archive.json");
+        EXPECT_EQ(isTooLarge ? cannotOpen(path) : invalidJson(path), messages());
+        EXPECT_EQ(isTooLarge, fresh.refusal().ends_with(" (it is larger than 256 MiB, the most that is read)"))
+            << fresh.refusal();
+    }
 }
 
 TEST_F(DescriptionFile, AnEmptyFileNameIsTheFolder) {

@@ -53,6 +53,16 @@ TEST_F(Refusal, IsTheFirstErrorOfTheUpdateFiles) {
     EXPECT_EQ(archive().refusal(), "Cannot read checksum from update file readme.");
 }
 
+TEST_F(Refusal, SaysOfAFileThatIsNoRegularOneWhatItIs) {
+    makeFolder("folder");
+    EXPECT_FALSE(readArchive(ArchiveBuilder().entry(goodEntry().set("name", "\"folder\"").remove("checksumCrc32"))));
+    EXPECT_EQ(archive().refusal(),
+              "Cannot read checksum from update file folder. (it is a folder, not a regular file)");
+    options().descriptionFileName = L"folder";
+    EXPECT_FALSE(readDescription("text"));
+    EXPECT_THAT(archive().refusal(), testing::EndsWith("folder (it is a folder, not a regular file)"));
+}
+
 TEST_F(Refusal, HasTwoLinesInOne) {
     EXPECT_FALSE(readDescription(ArchiveBuilder().info("formatVersion", R"("2.0")")));
     EXPECT_EQ(archive().refusal(), "This firmware archive cannot be processed by the update tool. Do not use firmware "

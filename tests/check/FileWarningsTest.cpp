@@ -38,7 +38,9 @@ TEST_F(CheckFiles, AMissingFileThatTheReaderNeedsIsAnErrorOnly) {
 
 TEST_F(CheckFiles, AFileThatCannotBeReadIsAWarning) {
     std::filesystem::create_directory(folder().path() / "folder.bin");
-    EXPECT_EQ("update-file-unreadable", codesOfEntry(goodEntry().set("name", "\"folder.bin\"")));
+    const KvTFinding finding = findingOf(goodEntry().set("name", "\"folder.bin\""));
+    EXPECT_EQ("update-file-unreadable", finding.code);
+    EXPECT_EQ("The update file \"folder.bin\" is a folder, not a regular file.", finding.message);
 }
 
 TEST_F(CheckFiles, AChecksumThatTheFileContradictsIsAWarning) {

@@ -137,7 +137,8 @@ TEST_F(Preflight, AFileOfASimilarNameIsSuggestedForOneThatIsMissing) {
 
 TEST_F(Preflight, AFolderInPlaceOfAFileCannotBeRead) {
     std::filesystem::create_directory(folder().path() / "x.bin");
-    EXPECT_THAT(faultsOf(ArchiveBuilder().entry(entryOf("x.bin")), planOf({0})), ElementsAre("x.bin: cannot be read"));
+    EXPECT_THAT(faultsOf(ArchiveBuilder().entry(entryOf("x.bin")), planOf({0})),
+                ElementsAre("x.bin: cannot be read: it is a folder, not a regular file"));
 }
 
 TEST_F(Preflight, FilesOfElementsThatAreNotUpdatedAreNotLookedAt) {

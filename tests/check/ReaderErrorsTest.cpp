@@ -258,6 +258,31 @@ TEST_F(Check, ADescriptionThatCannotBeOpenedIsAnError) {
     EXPECT_EQ(readersFirstError(), findings.front().message);
 }
 
+TEST_F(Check, OfWhatIsNoRegularFileTheHintSaysWhatItIs) {
+    std::filesystem::create_directory(folder().path() / "folder.bin");
+    const KvTFinding finding = onlyFinding(entryText(goodEntry().set("name", "\"folder.bin\"").remove("checksumCrc32")));
+    EXPECT_EQ("checksum-unreadable", finding.code);
+    EXPECT_EQ("Cannot read checksum from update file folder.bin.", finding.message);
+    EXPECT_EQ("It is a folder, not a regular file.", finding.hint);
+    std::filesystem::remove(folder().path() / "archive.json");
+    std::filesystem::create_directory(folder().path() / "archive.json");
+    const std::vector<KvTFinding> findings = findingsOfArchive(options());
+    ASSERT_EQ("description-unreadable", codesOf(findings));
+    EXPECT_EQ("It is a folder, not a regular file.", findings.front().hint);
+}
+
+TEST_F(Check, ADescriptionOfMoreThan256MebibytesIsAnErrorThatSaysSo) {
+    folder().write("archive.json", entryText(goodEntry()));
+    std::error_code error;
+    std::filesystem::resize_file(folder().path() / "archive.json", std::uintmax_t(4) << 30U, error);
+    if (error) {
+        GTEST_SKIP() << "no room for a large file: " << error.message();
+    }
+    const std::vector<KvTFinding> findings = findingsOfArchive(options());
+    ASSERT_EQ("description-unreadable", codesOf(findings));
+    EXPECT_EQ("It is larger than 256 MiB, the most that is read.", findings.front().hint);
+}
+
 TEST_F(Check, ColumnsCountCharactersAndNoByteOrderMark) {
     const std::string text =
         "\xEF\xBB\xBF" + entryText(goodEntry().set("comment", "\"\xC3\xA9\xE2\x82\xAC\"").set("mode", "7"));

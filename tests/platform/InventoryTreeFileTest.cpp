@@ -126,4 +126,31 @@ TEST_F(InventoryTreeFile, NeedsNoServedTarget) {
     EXPECT_EQ(number, 3U);
 }
 
+TEST_F(InventoryTreeFile, OfMoreThan256MebibytesIsNone) {
+    const std::string path = files.write("tree.json", R"({"inventoryTree": {"id": "FIRMWARE"}})");
+    extractPath(path);
+    EXPECT_NE(tree, nullptr);
+    std::error_code error;
+    std::filesystem::resize_file(files.path() / "tree.json", std::uintmax_t(4) << 30U, error);
+    if (error) {
+        GTEST_SKIP() << "no room for a large file: " << error.message();
+    }
+    extractPath(path);
+    EXPECT_EQ(tree, nullptr);
+    EXPECT_THAT(takeErrorTexts(),
+                ElementsAre("\"" + path + "\" is no inventory tree file: it is larger than 256 MiB."));
+}
+
+TEST_F(InventoryTreeFile, MayHoldTextsOfAtMost4096Bytes) {
+    const auto textOf = [](std::size_t size) {
+        return R"({"inventoryTree": {"id": "FIRMWARE", "parameters": {"VERSION": ")" + std::string(size, '1') + "\"}}}";
+    };
+    extract(textOf(4096));
+    EXPECT_NE(tree, nullptr);
+    extract(textOf(4097));
+    EXPECT_EQ(tree, nullptr);
+    EXPECT_THAT(takeErrorTexts(),
+                ElementsAre(HasSubstr("$.inventoryTree.parameters.VERSION: the text has 4097 bytes")));
+}
+
 } // namespace

@@ -163,6 +163,76 @@ TEST_F(TargetDescription, AMalformedOneIsRefusedWithPlaceAndReason) {
     }
 }
 
+/// Where a description has texts.
+const Refusal placesOfTexts[] = {
+    {"an identifier", withItem(R"({"id": "TEXT"})"), "$.inventory.items[0].id"},
+    {"a parameter", withItem(R"({"id": "CN", "parameters": {"NAME": "TEXT"}})"),
+     "$.inventory.items[0].parameters.NAME"},
+    {"a version", withItem(R"({"id": "CN", "parameters": {"PRODUCT/VERSION": "TEXT"}})"),
+     "$.inventory.items[0].parameters[\"PRODUCT/VERSION\"]"},
+    {"an error of an update",
+     withItem(R"({"id": "UPDATE_ELEMENT", "update": {"errors": [{"code": 1, "text": "TEXT"}]}})"),
+     "$.inventory.items[0].update.errors[0].text"},
+    {"an error of a fault", R"({"faults": [{"call": "scan", "errors": [{"code": 1, "text": "TEXT"}]}]})",
+     "$.faults[0].errors[0].text"},
+    {"a function", R"({"faults": [{"call": "scan", "errors": [{"code": 1, "text": "", "function": "TEXT"}]}]})",
+     "$.faults[0].errors[0].function"},
+    {"a call", R"({"faults": [{"call": "TEXT"}]})", "$.faults[0].call"},
+    {"an address of a fault", R"({"faults": [{"call": "lock", "at": "TEXT"}]})", "$.faults[0].at"},
+    {"an address", R"({"addresses": ["TEXT"]})", "$.addresses[0]"},
+};
+
+std::string withText(std::string description, const std::string& text) {
+    return description.replace(description.find("TEXT"), std::string_view("TEXT").size(), text);
+}
+
+TEST_F(TargetDescription, ATextOfMoreThan4096BytesIsRefusedWhereverItIs) {
+    for (const Refusal& place : placesOfTexts) {
+        EXPECT_EQ(refusalOf(withText(place.text, std::string(4097, 'a'))),
+                  std::string(place.message) + ": the text has 4097 bytes; at most 4096 are allowed")
+            << place.about;
+    }
+}
+
+TEST_F(TargetDescription, ATextOf4096BytesIsRead) {
+    for (const Refusal& place : {placesOfTexts[1], placesOfTexts[2], placesOfTexts[3], placesOfTexts[4]}) {
+        expectServed(withText(place.text, std::string(4096, 'a')));
+    }
+    const std::string umlaut = "\xC3\xA4";
+    std::string text;
+    for (int count = 0; count < 2048; ++count) {
+        text += umlaut;
+    }
+    // Bytes count, as they are once escapes are read.
+    expectServed(withText(placesOfTexts[1].text, text));
+    EXPECT_THAT(refusalOf(withText(placesOfTexts[1].text, text + "a")), HasSubstr("4097 bytes"));
+    expectServed(withText(placesOfTexts[1].text, std::string(4090, 'a') + "\\u00e4\\u00e4\\u00e4"));
+}
+
+TEST_F(TargetDescription, CommentsAndTextsInThemMayBeOfAnyLength) {
+    const std::string text(100000, 'a');
+    expectServed(withText(R"({"comment": "TEXT", "inventory": {"id": "ROOT"}})", text));
+    expectServed(withText(withItem(R"({"id": "CN", "comment": ["TEXT"], "parameters": {"comment": 1}})"), text));
+    expectServed(withText(withItem(R"({"id": "CN", "parameters": {"comment": {"a": "TEXT"}}})"), text));
+}
+
+TEST_F(TargetDescription, AFileOfMoreThan256MebibytesIsRefusedUnread) {
+    const ScratchFolder folder;
+    folder.write("target.json", "{}");
+    std::error_code error;
+    for (const auto& [size, reason] : {std::pair(std::uintmax_t(256) << 20U, "line 1, column 3: "),
+                                       std::pair((std::uintmax_t(256) << 20U) + 1, "is larger than 256 MiB"),
+                                       std::pair(std::uintmax_t(4) << 30U, "is larger than 256 MiB")}) {
+        std::filesystem::resize_file(folder.path() / "target.json", size, error);
+        if (error) {
+            GTEST_SKIP() << "no room for a large file: " << error.message();
+        }
+        const KvEmulation::KvTServeResult result = KvEmulation::serve(folder.text());
+        EXPECT_FALSE(result.served);
+        EXPECT_THAT(result.error, StartsWith(folder.text() + "/target.json: " + reason));
+    }
+}
+
 TEST_F(TargetDescription, ALongTextIsCutWhereItIsToldOf) {
     const std::string calls(98, 'a');
     EXPECT_THAT(refusalOf(R"({"faults": [{"call": ")" + calls + R"(aa"}]})"), EndsWith('"' + calls + "aa\""));

@@ -46,6 +46,18 @@ class SaidTwice(unittest.TestCase):
         calls = [call for line in table.splitlines()[2:] for call in re.findall(r"`(\w+)`", line.split("|")[1])]
         self.assertEqual(sorted(traced), sorted(calls))
 
+    def test_the_longest_text_of_a_target_is_the_same_for_emulation_capture_and_document(self):
+        limits = words("platform/emulation/json/JsonPlace.h", r"longestText = (\d+);")
+        self.assertEqual(limits, words("tools/kvreflash/capture/InventoryDescription.cpp", r"longestText = (\d+);"))
+        for document in ("docs/emulation.md", "docs/rehearsing.md"):
+            self.assertIn(f"more than {int(limits[0]):,} bytes", text(document))
+
+    def test_the_largest_files_are_those_of_the_documents(self):
+        for source, document in (("src/archive/DescriptionFile.h", "docs/archive-format.md"),
+                                 ("platform/emulation/json/JsonDocument.h", "docs/emulation.md")):
+            mebibytes = words(source, r"largest\w+ = std::uint64_t{(\d+)} << 20U")[0]
+            self.assertIn(f"{mebibytes} MiB", text(document))
+
     def test_the_schema_knows_the_keys_of_entries_and_boards(self):
         table = words("src/archive/EntryProperties.cpp", r"keys = \{(.*?)\};", re.DOTALL)[0]
         schema = json.loads(text("docs/schemas/archive.schema.json"))["$defs"]

@@ -63,11 +63,25 @@ TEST_F(FilesTest, WhatIsMissingCannotBeReadAndIsNotCreated) {
 TEST_F(FilesTest, AFolderCannotBeRead) {
     const std::wstring name = madeFolder("sub");
     for (const std::wstring& path : {name, name + L"\\"}) {
-        const FileStream file = openForReading(path);
-        char byte = 0;
-        EXPECT_TRUE(file == nullptr || (std::fread(&byte, 1, 1, file.get()) == 0 && std::ferror(file.get()) != 0));
+        EXPECT_EQ(openForReading(path), nullptr);
+        EXPECT_EQ(otherKindOf(path), "a folder");
     }
     EXPECT_EQ(openForWriting(name), nullptr);
+}
+
+TEST_F(FilesTest, ARegularFileIsOfNoOtherKindAndWhatIsMissingNeither) {
+    const std::wstring file = written("data", "");
+    for (const std::wstring& name : {file, path("missing"), path("no folder") + L"\\missing", L""s, illFormed()}) {
+        EXPECT_EQ(otherKindOf(name), "") << testing::PrintToString(name);
+    }
+}
+
+TEST_F(FilesTest, TheSizeOfAnOpenFileIsThatOfTheFile) {
+    for (const std::string& content : {""s, "a\r\nb"s, std::string(100000, 'x')}) {
+        const FileStream file = openForReading(written("data", content));
+        ASSERT_NE(file, nullptr);
+        EXPECT_EQ(sizeOfOpenFile(*file), content.size());
+    }
 }
 
 TEST_F(FilesTest, ABackslashSeparatesAsASlashDoes) {

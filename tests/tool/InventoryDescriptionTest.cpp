@@ -207,4 +207,44 @@ TEST(InventoryDescription, ATextThatIsNotUtf8IsNamed) {
     EXPECT_THAT(warnings, ElementsAre("NAME of ROOT[1] is not UTF-8; what is not is written as U+FFFD"));
 }
 
+struct LongText {
+    const char* about;
+    std::string text;
+    std::string written;
+    std::vector<std::string> warnings;
+};
+
+TEST(InventoryDescription, ATextOfMoreBytesThanADescriptionMayHoldIsCutAndNamed) {
+    const std::string longest(4096, 'a');
+    const std::string euro = "\xE2\x82\xAC";
+    const std::string replaced = "\xEF\xBF\xBD";
+    const std::string cut = " bytes; it is cut to 4096, the most that a target.json may hold";
+    std::string manyReplaced;
+    for (int count = 0; count < 1365; ++count) {
+        manyReplaced += replaced;
+    }
+    const LongText rows[] = {
+        {"as long as allowed", longest, longest, {}},
+        {"one byte more", longest + "b", longest, {"NAME of ROOT[1] has 4097" + cut}},
+        {"a character at the limit", longest.substr(1) + euro, longest.substr(1), {"NAME of ROOT[1] has 4098" + cut}},
+        {"a character before the limit",
+         longest.substr(3) + euro + "b",
+         longest.substr(3) + euro,
+         {"NAME of ROOT[1] has 4097" + cut}},
+        // Each byte that is not UTF-8 is written as three.
+        {"not UTF-8",
+         std::string(1366, '\xFF'),
+         manyReplaced,
+         {"NAME of ROOT[1] is not UTF-8; what is not is written as U+FFFD", "NAME of ROOT[1] has 4098" + cut}},
+    };
+    for (const LongText& row : rows) {
+        OwnItem root(ROOT);
+        root.parameter(NAME, KvCString(row.text));
+        std::vector<std::string> warnings;
+        EXPECT_EQ(described(root, warnings), R"({"id":"ROOT","parameters":{"NAME":")" + row.written + R"("}})")
+            << row.about;
+        EXPECT_EQ(warnings, row.warnings) << row.about;
+    }
+}
+
 } // namespace

@@ -70,8 +70,9 @@ TEST_F(Preflight, FilesThatAreNotInstalledAreNotLookedAt) {
 TEST_F(Preflight, AFolderInPlaceOfAFileCannotBeRead) {
     archive.removeFile("node1.bin");
     std::filesystem::create_directory(archive.folder().path() / "node1.bin");
-    EXPECT_EQ(refusal("kvreflash: preflight: node1.bin: cannot be read\n", "1 fault"),
-              run("update", {"--preflight"}).errors);
+    EXPECT_EQ(
+        refusal("kvreflash: preflight: node1.bin: cannot be read: it is a folder, not a regular file\n", "1 fault"),
+        run("update", {"--preflight"}).errors);
 }
 
 TEST_F(Preflight, AVersionThatTheDescriptionDoesNotGiveAndAPlainFileAreNotCompared) {

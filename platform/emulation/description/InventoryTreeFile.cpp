@@ -50,7 +50,7 @@ std::optional<std::string> readObjectText(std::FILE& file) {
             }
         }
         text += piece;
-        return true;
+        return text.size() <= largestDocument;
     });
     return isRead ? std::optional(std::move(text)) : std::nullopt;
 }
@@ -62,6 +62,10 @@ const ItemDescription* InventoryTreeFile::firmware() const {
 }
 
 InventoryTreeFile readInventoryTreeFile(std::FILE& file, std::string& reason) {
+    if (!fitsDocument(file, reason)) {
+        reason.insert(0, "it ");
+        return {};
+    }
     const auto text = readObjectText(file);
     if (!text) {
         reason = "it holds no JSON object";

@@ -100,7 +100,11 @@ bool readParameter(const JsonPlace& place, std::string_view path, ItemParts& par
     const std::uint32_t key = KvCInventoryParameter::keyOf(identifiers->group, identifiers->parameter);
     const KvNJson::jsonView value = place.value();
     if (value.is_string()) {
-        parts.parameters.emplace_back(key, std::string(value.get_string()));
+        std::string text;
+        if (!JsonValues::readText(place, text)) {
+            return false;
+        }
+        parts.parameters.emplace_back(key, std::move(text));
         return true;
     }
     if (value.is_number_unsigned()) {

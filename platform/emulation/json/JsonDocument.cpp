@@ -1,5 +1,7 @@
 #include "JsonDocument.h"
 
+#include "SystemFiles.h"
+
 #include <algorithm>
 #include <cstddef>
 
@@ -18,6 +20,15 @@ std::string lineAndColumn(std::string_view text, std::size_t offset) {
 }
 
 } // namespace
+
+bool fitsDocument(std::FILE& file, std::string& reason) {
+    constexpr unsigned mebibyteShift = 20;
+    const bool fits = SystemFiles::sizeOf(file) <= largestDocument;
+    if (!fits) {
+        reason = "is larger than " + std::to_string(largestDocument >> mebibyteShift) + " MiB";
+    }
+    return fits;
+}
 
 KvNJson::json parseDocument(std::string_view text, std::string& reason) {
     std::string sentence;

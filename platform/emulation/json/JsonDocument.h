@@ -5,8 +5,16 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <cstdio>
 #include <string>
 #include <string_view>
+
+/// Size in bytes of the largest document that is read from a file.
+inline constexpr std::uint64_t largestDocument = std::uint64_t{256} << 20U;
+
+/// False with `reason`, such as "is larger than 256 MiB", when `file` is larger than that. Nothing is read.
+[[nodiscard]] bool fitsDocument(std::FILE& file, std::string& reason);
 
 /// The JSON value of `text`. When it is none, is_invalid() is true and `reason` tells the line, the column (in
 /// characters, from 1) and what is wrong there.

@@ -79,6 +79,10 @@ bool readText(const JsonPlace& place, std::string& text) {
     if (!place.value().is_string()) {
         return place.refuse("a text is expected");
     }
+    if (const std::size_t size = place.value().get_string().size(); size > longestText) {
+        return place.refuse("the text has " + std::to_string(size) + " bytes; at most " + std::to_string(longestText) +
+                            " are allowed");
+    }
     text = place.value().get_string();
     return true;
 }

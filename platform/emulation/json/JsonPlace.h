@@ -54,8 +54,12 @@ namespace JsonValues {
 /// `text` in quotes, control characters escaped, and cut when it is long: for messages.
 [[nodiscard]] std::string quoted(std::string_view text);
 
+/// The longest text that is read, in bytes of UTF-8.
+inline constexpr std::size_t longestText = 4096;
+
 [[nodiscard]] bool requireObject(const JsonPlace& place);
 [[nodiscard]] bool requireArray(const JsonPlace& place);
+/// A text of at most longestText bytes.
 [[nodiscard]] bool readText(const JsonPlace& place, std::string& text);
 [[nodiscard]] bool readUnsigned(const JsonPlace& place, std::uint64_t lowest, std::uint64_t highest,
                                 std::uint64_t& number);

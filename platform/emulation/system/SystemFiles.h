@@ -36,8 +36,11 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 /// The path that the environment variable `name` holds; nothing when it is unset or empty.
 [[nodiscard]] std::optional<std::filesystem::path> pathFromEnvironment(const char* name);
 
-/// Opens a file for reading bytes; whatever is no regular file, as a folder, is refused.
+/// Opens a regular file for reading bytes. Anything else, such as a folder, a pipe or a device, is refused, and nothing
+/// waits for it.
 [[nodiscard]] File openForReading(const std::filesystem::path& path, std::error_code& error);
+/// Size of an open file in bytes; 0 when it is not known.
+[[nodiscard]] std::uint64_t sizeOf(std::FILE& file);
 /// Creates a file for writing bytes; whatever exists at `path`, be it a link, is a failure.
 [[nodiscard]] File createNew(const std::filesystem::path& path, std::error_code& error);
 /// The paths in a folder, in no order; those found before an error. (The standard library's iterators end the process
@@ -45,7 +48,8 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 [[nodiscard]] std::vector<std::filesystem::path> pathsIn(const std::filesystem::path& folder, std::error_code& error);
 /// Renames a file, replacing the one that is at `to`, in one step for other processes.
 [[nodiscard]] std::error_code moveIntoPlace(const std::filesystem::path& from, const std::filesystem::path& to);
-/// Appends `bytes` to a file, which is created when missing, in one step for other processes.
+/// Appends `bytes` to a file, which is created when missing, in one step for other processes. A pipe that nobody reads
+/// is a failure.
 [[nodiscard]] std::error_code appendWhole(const std::filesystem::path& path, std::string_view bytes);
 
 /// An exclusive lock on a file, held against other processes and other owners in this one. It ends with the object and
@@ -54,8 +58,8 @@ class FileLock {
 public:
     enum class Wait : std::uint8_t { no, untilFree };
 
-    /// Takes the lock on the file at `path`, which is created when missing and must be no link. Nothing without a
-    /// error: another owner holds it (with Wait::no only).
+    /// Takes the lock on the file at `path`, which is created when missing and must be a regular file. Nothing without
+    /// an error: another owner holds it (with Wait::no only).
     [[nodiscard]] static std::optional<FileLock> take(const std::filesystem::path& path, Wait wait,
                                                       std::error_code& error);
 

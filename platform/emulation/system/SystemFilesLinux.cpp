@@ -1,5 +1,7 @@
 #include "SystemFiles.h"
 
+#include "OtherKind.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -65,22 +67,48 @@ File streamOn(Descriptor descriptor, const char* mode, std::error_code& error) {
 
 /// What is wrong with a file of this mode for who expects a regular file; nothing when it is one.
 std::error_code errorOfKind(mode_t mode) {
-    if (S_ISLNK(mode)) {
+    switch (mode & S_IFMT) {
+    case S_IFREG:
+        return {};
+    case S_IFLNK:
         return std::make_error_code(std::errc::too_many_symbolic_link_levels);
-    }
-    if (S_ISDIR(mode)) {
+    case S_IFDIR:
         return std::make_error_code(std::errc::is_a_directory);
+    case S_IFIFO:
+        return OtherKind::pipe;
+    case S_IFSOCK:
+        return OtherKind::socket;
+    default:
+        return OtherKind::device;
     }
-    return S_ISREG(mode) ? std::error_code() : std::make_error_code(std::errc::operation_not_supported);
 }
 
-/// The same for the file `name`.
-std::error_code errorOfRegularFile(int folder, const char* name) {
+/// The same for the file `name`; `linkFlag` is AT_SYMLINK_NOFOLLOW, or 0 for what a link leads to.
+std::error_code errorOfRegularFile(int folder, const char* name, int linkFlag = AT_SYMLINK_NOFOLLOW) {
     struct stat status {};
-    if (::fstatat(folder, name, &status, AT_SYMLINK_NOFOLLOW) != 0) {
-        return lastError();
+    return ::fstatat(folder, name, &status, linkFlag) == 0 ? errorOfKind(status.st_mode) : lastError();
+}
+
+/// The same for an open file.
+std::error_code errorOfOpenFile(const Descriptor& file) {
+    struct stat status {};
+    return ::fstat(file.number(), &status) == 0 ? errorOfKind(status.st_mode) : lastError();
+}
+
+/// Opens a regular file for reading; null with `error` for anything else. `linkFlag` as above.
+File openRegularFile(int folder, const char* name, int linkFlag, std::error_code& error) {
+    // Opening may wait for another process, and does something to some devices.
+    error = errorOfRegularFile(folder, name, linkFlag);
+    if (error) {
+        return nullptr;
     }
-    return errorOfKind(status.st_mode);
+    // O_NONBLOCK is for what has taken the file's place meanwhile.
+    const int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | (linkFlag != 0 ? O_NOFOLLOW : 0);
+    Descriptor descriptor(::openat(folder, name, flags));
+    if (descriptor.isOpen()) {
+        error = errorOfOpenFile(descriptor);
+    }
+    return error ? nullptr : streamOn(std::move(descriptor), "rb", error);
 }
 
 /// False when the file at `path` is not the open one (any more).
@@ -122,14 +150,12 @@ std::optional<std::filesystem::path> pathFromEnvironment(const char* name) {
 }
 
 File openForReading(const std::filesystem::path& path, std::error_code& error) {
-    // Without O_NONBLOCK a named pipe that nobody writes to would block the open.
-    Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    return openRegularFile(AT_FDCWD, path.c_str(), 0, error);
+}
+
+std::uint64_t sizeOf(std::FILE& file) {
     struct stat status {};
-    if (descriptor.isOpen() && ::fstat(descriptor.number(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        error = errorOfKind(status.st_mode);
-        return nullptr;
-    }
-    return streamOn(std::move(descriptor), "rb", error);
+    return ::fstat(::fileno(&file), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
 File createNew(const std::filesystem::path& path, std::error_code& error) {
@@ -167,8 +193,10 @@ std::error_code moveIntoPlace(const std::filesystem::path& from, const std::file
 }
 
 std::error_code appendWhole(const std::filesystem::path& path, std::string_view bytes) {
-    const Descriptor descriptor(::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, newFileMode));
-    if (!descriptor.isOpen()) {
+    constexpr int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC;
+    // Without O_NONBLOCK the opening of a pipe waits for a reader. The reader, once there, is waited for.
+    const Descriptor descriptor(::open(path.c_str(), flags | O_NONBLOCK, newFileMode));
+    if (!descriptor.isOpen() || ::fcntl(descriptor.number(), F_SETFL, flags) != 0) {
         return lastError();
     }
     const auto written = ::write(descriptor.number(), bytes.data(), bytes.size());
@@ -186,6 +214,10 @@ std::optional<FileLock> FileLock::take(const std::filesystem::path& path, Wait w
             ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, newFileMode));
         if (!descriptor.isOpen()) {
             error = lastError();
+            return std::nullopt;
+        }
+        error = errorOfOpenFile(descriptor);
+        if (error) {
             return std::nullopt;
         }
         if (lockDescriptor(descriptor.number(), wait) != 0) {
@@ -243,13 +275,7 @@ std::error_code Folder::makeFolder(const std::string& name) const {
 }
 
 File Folder::openFile(const std::string& name, std::error_code& error) const {
-    const int folder = impl_->descriptor.number();
-    error = errorOfRegularFile(folder, name.c_str());
-    if (error) {
-        return nullptr;
-    }
-    return streamOn(Descriptor(::openat(folder, name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK)), "rb",
-                    error);
+    return openRegularFile(impl_->descriptor.number(), name.c_str(), AT_SYMLINK_NOFOLLOW, error);
 }
 
 File Folder::createFile(const std::string& name, std::error_code& error) const {

@@ -1,5 +1,7 @@
 #include "SystemFiles.h"
 
+#include "OtherKind.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
@@ -98,6 +100,13 @@ std::error_code errorOfAttributes(DWORD attributes) {
     return {};
 }
 
+/// True when the system takes the path for a device: NUL and COM1 in any folder, on older systems aux.ini, too.
+bool isDevicePath(const std::wstring& path) {
+    std::wstring full(GetFullPathNameW(path.c_str(), 0, nullptr, nullptr), L'\0');
+    full.resize(GetFullPathNameW(path.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr));
+    return full.starts_with(L"\\\\.\\");
+}
+
 std::error_code errorOfRegularFile(const std::wstring& path) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
     return attributes == INVALID_FILE_ATTRIBUTES ? lastError() : errorOfAttributes(attributes);
@@ -170,12 +179,29 @@ std::optional<std::filesystem::path> pathFromEnvironment(const char* name) {
 }
 
 File openForReading(const std::filesystem::path& path, std::error_code& error) {
+    error.clear();
     const DWORD attributes = GetFileAttributesW(path.c_str());
-    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
+    if (isDevicePath(path.native())) {
+        error = OtherKind::device;
+    } else if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
         error = std::make_error_code(std::errc::is_a_directory);
+    }
+    if (error) {
         return nullptr;
     }
-    return streamOn(openHandle(path.native(), GENERIC_READ, shareAll, OPEN_EXISTING), true, error);
+    Handle file = openHandle(path.native(), GENERIC_READ, shareAll, OPEN_EXISTING);
+    const DWORD type = file.isOpen() ? GetFileType(file.get()) : FILE_TYPE_DISK;
+    if (type != FILE_TYPE_DISK) {
+        error = type == FILE_TYPE_PIPE ? OtherKind::pipe : OtherKind::device;
+        return nullptr;
+    }
+    return streamOn(std::move(file), true, error);
+}
+
+std::uint64_t sizeOf(std::FILE& file) {
+    LARGE_INTEGER size{};
+    HANDLE handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(&file)));
+    return GetFileSizeEx(handle, &size) != 0 ? static_cast<std::uint64_t>(size.QuadPart) : 0;
 }
 
 File createNew(const std::filesystem::path& path, std::error_code& error) {

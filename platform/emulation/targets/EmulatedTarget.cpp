@@ -2,12 +2,12 @@
 
 #include "FileBytes.h"
 #include "ItemAddressText.h"
+#include "JsonDocument.h"
 #include "KvNInventoryIDs.h"
 #include "SystemFiles.h"
 #include "TargetPath.h"
 
 #include <functional>
-#include <limits>
 #include <system_error>
 #include <utility>
 
@@ -38,8 +38,11 @@ std::unique_ptr<TargetDescription> readDescriptionFile(const std::filesystem::pa
         reason = "cannot be opened: " + error.message();
         return nullptr;
     }
-    const std::uintmax_t size = std::filesystem::file_size(path, error);
-    auto text = readBytes(*file, std::numeric_limits<std::size_t>::max(), error ? 0 : static_cast<std::size_t>(size));
+    if (!fitsDocument(*file, reason)) {
+        return nullptr;
+    }
+    auto text = readBytes(*file, static_cast<std::size_t>(largestDocument),
+                          static_cast<std::size_t>(SystemFiles::sizeOf(*file)));
     if (!text) {
         reason = "cannot be read";
         return nullptr;

@@ -149,9 +149,23 @@ const std::vector<ValueReader>& readersOf(KvEParameterKind kind) {
     return ofText;
 }
 
-/// False of a text that is not UTF-8.
-bool survivesWriting(const json& value) {
-    return json::parse(value.dump()).view().get_string() == value.view().get_string();
+/// The most bytes of a text that a description may hold.
+constexpr std::size_t longestText = 4096;
+
+/// The value as it is read again: what is not UTF-8 in a text is replaced.
+json asWritten(const json& value) {
+    return json::parse(value.dump(-1, ' ', false, KvNJson::error_handler_t::replace));
+}
+
+/// The first longestText bytes of a longer text in UTF-8, or fewer: no character is cut in two.
+json shortened(std::string_view text) {
+    constexpr unsigned char continuationMask = 0xC0;
+    constexpr unsigned char continuation = 0x80;
+    std::size_t end = longestText;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & continuationMask) == continuation) {
+        --end;
+    }
+    return {text.substr(0, end)};
 }
 
 class InventoryReader {
@@ -223,8 +237,26 @@ private:
         errors_->reset();
         if (!value) {
             warn(parameter.name + " of " + addressOf(item) + " cannot be read; it is left out");
-        } else if (!survivesWriting(*value)) {
+            return value;
+        }
+        if (value->view().is_string()) {
+            return describable(std::move(*value), item, parameter);
+        }
+        return value;
+    }
+
+    /// The text as a description may hold it; warns if that is another one.
+    [[nodiscard]] json describable(json value, const KvCInventoryItem& item, const ParameterPath& parameter) {
+        const json written = asWritten(value);
+        const std::string_view text = written.view().get_string();
+        if (text != value.view().get_string()) {
             warn(parameter.name + " of " + addressOf(item) + " is not UTF-8; what is not is written as U+FFFD");
+            value = json(text);
+        }
+        if (text.size() > longestText) {
+            warn(parameter.name + " of " + addressOf(item) + " has " + std::to_string(text.size()) +
+                 " bytes; it is cut to " + std::to_string(longestText) + ", the most that a target.json may hold");
+            value = shortened(text);
         }
         return value;
     }
