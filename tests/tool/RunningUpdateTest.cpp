@@ -101,4 +101,15 @@ TEST(PlainProgress, TellsEachTenthOfAPhaseOnce) {
     EXPECT_EQ("Phase 5: 10%\n", progress.lineFor(11));
 }
 
+TEST(RunningUpdates, NamesMakeNoLines) {
+    KvTPlan plan;
+    plan.elements.emplace_back().displayName = "A\nkvreflash: forged\r\x1B";
+    plan.elements.back().phase = 0;
+    RunningUpdate update(plan);
+    update.beginPhase(0);
+    const std::chrono::steady_clock::time_point begin{100s};
+    (void)update.interrupt(begin);
+    EXPECT_THAT(update.interrupt(begin + 1s).text, EndsWith("\n  0  A\\x0Akvreflash: forged\\x0D\\x1B\n"));
+}
+
 } // namespace

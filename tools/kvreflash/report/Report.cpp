@@ -54,20 +54,6 @@ const KvTVerifiedElement* ReportData::verificationOf(const KvTPlannedElement& el
     return found != verified.end() && found->index == element.index ? &*found : nullptr;
 }
 
-std::string withoutOverwritten(const std::string& messages) {
-    std::string text;
-    std::size_t lineBegin = 0;
-    for (const char character : messages) {
-        if (character == '\r') {
-            text.resize(lineBegin);
-            continue;
-        }
-        text += character;
-        lineBegin = character == '\n' ? text.size() : lineBegin;
-    }
-    return text;
-}
-
 std::string timeText(std::chrono::system_clock::time_point time) {
     const auto day = std::chrono::floor<std::chrono::days>(time);
     const std::chrono::year_month_day date(day);

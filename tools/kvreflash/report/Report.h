@@ -29,9 +29,6 @@ struct ReportData {
     verificationOf(const KvNReflasher::KvTPlannedElement& element) const;
 };
 
-/// `messages` as a terminal shows them in the end: of each line what stands behind the last carriage return.
-[[nodiscard]] std::string withoutOverwritten(const std::string& messages);
-
 /// A point of time as RFC 3339 has it, in UTC: "2026-03-01T12:34:56Z".
 [[nodiscard]] std::string timeText(std::chrono::system_clock::time_point time);
 

@@ -1,6 +1,7 @@
 #include "RunningUpdate.h"
 
 #include "ExitCodes.h"
+#include "Texts.h"
 #include "ToolOutput.h"
 
 #include <atomic>
@@ -19,7 +20,7 @@ std::mutex answering;
 RunningUpdate::RunningUpdate(const KvNReflasher::KvTPlan& plan) {
     for (const KvNReflasher::KvTPlannedElement& element : plan.elements) {
         if (element.phase) {
-            elements_.push_back({element.index, *element.phase, element.displayName});
+            elements_.push_back({element.index, *element.phase, visibleInLine(element.displayName)});
         }
     }
     currentUpdate = this;

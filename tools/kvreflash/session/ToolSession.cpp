@@ -1,6 +1,7 @@
 #include "ToolSession.h"
 
 #include "EmulatedTargets.h"
+#include "PathTexts.h"
 #include "Selection.h"
 #include "Streams.h"
 #include "Texts.h"
@@ -37,7 +38,7 @@ KvTVerdict ToolSession::closeEvents() {
     if (events_.close()) {
         return {};
     }
-    return {KvEFailure::output, "cannot write '" + request_.eventsFile.value_or("") + "'"};
+    return {KvEFailure::output, "cannot write " + quotedPath(request_.eventsFile.value_or(""))};
 }
 
 void ToolSession::keepMessages() {
@@ -47,7 +48,7 @@ void ToolSession::keepMessages() {
 
 void ToolSession::remark(const std::string& sentence) {
     say(sentence);
-    remarks_.append(sentence).append("\n");
+    remarks_.append(visibleInLine(sentence)).append("\n");
 }
 
 bool ToolSession::prepare() {
@@ -84,6 +85,10 @@ KvTVerdict ToolSession::prepareAndRun() {
 KvTVerdict ToolSession::verdict() const {
     KvTVerdict verdict = served_;
     verdict.add(session_->outcome().verdict);
+    if (verdict.failure == KvEFailure::archive) {
+        verdict.message = withPastablePath(std::move(verdict.message), utf8Of(request_.options.archiveFolder),
+                                           utf8Of(request_.options.descriptionFileName));
+    }
     if (served_.isSuccess() && verdict.failure == KvEFailure::target && request_.options.target.empty()) {
         verdict.message = "give the target with -t HOST";
     }

@@ -1,5 +1,6 @@
 #include "FindingText.h"
 
+#include "PathTexts.h"
 #include "Texts.h"
 
 #include <algorithm>
@@ -12,27 +13,21 @@ const char* severityText(KvESeverity severity) {
     return severity == KvESeverity::error ? "error" : "warning";
 }
 
-/// `text` on one line: line ends are shown as JSON writes them.
-std::string onOneLine(const std::string& text) {
-    std::string line;
-    line.reserve(text.size());
-    for (const char character : text) {
-        if (character == '\n') {
-            line += "\\n";
-        } else if (character == '\r') {
-            line += "\\r";
-        } else {
-            line += character;
-        }
-    }
-    return visibleInLine(line);
-}
+/// Where the description of an archive is.
+struct Place {
+    const std::string& folder;
+    const std::string& description;
+    /// As it is shown.
+    std::string file;
+};
 
-std::string paragraph(const KvTFinding& finding, const std::string& file) {
-    const std::string place = file + ":" + std::to_string(finding.line) + ":" + std::to_string(finding.column);
-    std::string text = onOneLine(place + ": " + severityText(finding.severity) + ": " + finding.message);
-    text.append(" [").append(finding.code).append("]\n    ");
-    return text + onOneLine(finding.path + ": " + finding.hint) + "\n\n";
+std::string paragraph(const KvTFinding& finding, const Place& place) {
+    std::string head = place.file;
+    head.append(":").append(std::to_string(finding.line)).append(":").append(std::to_string(finding.column));
+    head.append(": ").append(severityText(finding.severity)).append(": ");
+    head.append(withPastablePath(finding.message, place.folder, place.description));
+    head.append(" [").append(finding.code).append("]");
+    return visibleInLine(head) + "\n    " + visibleInLine(finding.path + ": " + finding.hint) + "\n\n";
 }
 
 } // namespace
@@ -48,13 +43,15 @@ std::string findingCounts(const std::vector<KvTFinding>& findings) {
            counted(countOf(findings, KvESeverity::warning), "warning");
 }
 
-std::string findingText(const std::vector<KvTFinding>& findings, const std::string& file) {
+std::string findingText(const std::vector<KvTFinding>& findings, const std::string& folder,
+                        const std::string& description) {
     if (findings.empty()) {
         return "No findings.\n";
     }
+    const Place place{folder, description, shellWord(archivePath(folder + "/" + description))};
     std::string text;
     for (const KvTFinding& finding : findings) {
-        text += paragraph(finding, file);
+        text += paragraph(finding, place);
     }
     return text + findingCounts(findings) + "\n";
 }
