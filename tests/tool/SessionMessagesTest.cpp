@@ -50,7 +50,7 @@ TEST(SessionMessages, EveryOtherCarriageReturnIsShown) {
 }
 
 TEST(SessionMessages, ControlCharactersAreShown) {
-    EXPECT_EQ(reported("\tPower-cycle\n\x1B[2J\xC2\x85\xFF\n"), "\tPower-cycle\n\\x1B[2J\\x85\\xFF\n");
+    EXPECT_EQ(reported("a\tb\n\tPower-cycle\n\x1B[2J\xC2\x85\xFF\n"), "a\\x09b\n\tPower-cycle\n\\x1B[2J\\x85\\xFF\n");
 }
 
 /// A session with one element and one entry of these names.

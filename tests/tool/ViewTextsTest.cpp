@@ -105,7 +105,7 @@ TEST(FindingText, FindingsAreCountedBySeverity) {
     EXPECT_EQ(countOf(findings, KvESeverity::warning), 3U);
     EXPECT_EQ(findingCounts(findings), "2 errors, 3 warnings");
     EXPECT_EQ(findingCounts({warning}), "0 errors, 1 warning");
-    EXPECT_EQ(findingText({}, "f"), "No findings.\n");
+    EXPECT_EQ(findingText({}, "f", "d"), "No findings.\n");
 }
 
 constexpr std::array allReasons{KvEReason::versionDiffers, KvEReason::checksumDiffers, KvEReason::invalid,

@@ -53,6 +53,19 @@ std::string withoutProgress(std::string_view messages) {
     return text;
 }
 
+/// With tabs made visible that are not at the beginning of a line, where the library has its own.
+std::string withVisibleTabs(const std::string& messages) {
+    std::string text;
+    for (const char character : messages) {
+        if (character == '\t' && !text.empty() && text.back() != '\n') {
+            text += visibleInLine("\t");
+        } else {
+            text += character;
+        }
+    }
+    return text;
+}
+
 /// Names that hold line feeds.
 class BrokenNames {
 public:
@@ -140,5 +153,5 @@ std::set<std::string> namesOf(const ReportData& report) {
 } // namespace
 
 std::string reportedMessages(const std::string& messages, const ReportData& report) {
-    return visibleInLines(withoutProgress(BrokenNames(namesOf(report)).joinedIn(messages)));
+    return visibleInLines(withVisibleTabs(withoutProgress(BrokenNames(namesOf(report)).joinedIn(messages))));
 }
