@@ -371,7 +371,8 @@ def session(name, title):
         **outcome,
         "verificationCounts": part("counts", "What the verification has found.", "nothing was verified"),
         "look": part("look", "How the target was looked at in the end.", "nothing was verified"),
-        "messages": text("What the session said, without progress that was overwritten."),
+        "messages": text("What the session said, in visible characters and without progress that was "
+                         "overwritten."),
     }, {"target": target, "archive": IDENTITY, "element": reported, **PLANNED_PARTS, "error": ERROR,
         "fileOutcome": FILE_OUTCOME, "counts": COUNTS, "look": LOOK},
         (*planned, *outcome), {**together(*planned), **together(*outcome)})

@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <optional>
 #include <string>
 #include <utility>
@@ -15,7 +14,7 @@
 
 /// What the file at `path` holds; nothing if it cannot be opened or read, or holds more than `most` bytes.
 [[nodiscard]] std::optional<std::string> textOfFile(const std::wstring& path,
-                                                    std::uint64_t most = largestDescription));
+                                                    std::uint64_t most = largestDescription);
 
 /// The firmware archive of a session: its description and the checksums of its update files. Read once; failures are
 /// printed.

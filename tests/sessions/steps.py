@@ -17,6 +17,8 @@ from patches import CaseError
 RETURN_SIGN = "\u240d\n".encode()
 # The library's version, in its banner or alone as `version` prints it.
 VERSION_SIGN = b"{version}"
+# In paths that the tool itself shows, by the shell of the system: a POSIX shell, cmd. The last one is for JSON.
+PATH_SIGNS = {b"{quote}": (b"'", b'"'), b"{separator}": (b"/", b"\\"), b"{escaped-separator}": (b"/", b"\\\\")}
 PRINTED_VERSION = cases.printed_version().encode()
 # When something of a document or an event was.
 TIME = re.compile(rb'("(?:begin|end|time)": ?)"[0-9-]+T[0-9:.]+Z"')
@@ -43,6 +45,19 @@ class Runner:
         self.fold_crlf = fold_crlf
         self.timeout = timeout
         self.update = update
+
+    def with_path_signs(self, data):
+        """In the text of an expected file what stands for the signs of paths that this system's shell takes."""
+        for sign, (posix, windows) in PATH_SIGNS.items():
+            data = data.replace(sign, windows if self.fold_crlf else posix)
+        return data
+
+    def keep_path_signs(self, data, former):
+        """The same in the lines that are as they were."""
+        for line in former.split(b"\n"):
+            if any(sign in line for sign in PATH_SIGNS):
+                data = data.replace(self.with_path_signs(line), line)
+        return data
 
     def fold(self, data):
         return data.replace(b"\r\n", b"\n") if self.fold_crlf else data
@@ -122,7 +137,7 @@ class Session:
         path = self.case.folder / name
         self.used.add(name)
         data = path.read_bytes() if path.exists() else b""
-        return data.replace(RETURN_SIGN, b"\r").replace(VERSION_SIGN, PRINTED_VERSION)
+        return self.runner.with_path_signs(data).replace(RETURN_SIGN, b"\r").replace(VERSION_SIGN, PRINTED_VERSION)
 
     def compare_trace(self, number):
         """The same line by line; only the layout of the JSON lines may differ."""
@@ -145,7 +160,8 @@ class Session:
         if data:
             data = re.sub(rb'(^|Tool, Vs |"toolVersion": ?")' + re.escape(PRINTED_VERSION) + rb'(?=$|\\n|",)',
                           rb"\g<1>" + VERSION_SIGN, data, flags=re.MULTILINE)
-            path.write_bytes(data.replace(b"\r", RETURN_SIGN))
+            former = path.read_bytes() if path.exists() else b""
+            path.write_bytes(self.runner.keep_path_signs(data, former).replace(b"\r", RETURN_SIGN))
         else:
             path.unlink(missing_ok=True)
         self.updated.append(name)

@@ -86,6 +86,18 @@ class RunnerTest(unittest.TestCase):
     def test_carriage_return_is_written_as_a_sign(self):
         self.assertEqual(self.report({"run": "print '50%\\r100%\\n'"}, files={"1.out": "50%\u240d\n100%\n"}), "")
 
+    def test_paths_are_expected_as_the_system_shows_them(self):
+        files = {"1.out": "{quote}a{separator}b{quote} {escaped-separator}\n"}
+        self.assertEqual(self.report({"run": r"""print "'a/b' "/'\n'"""}, files=files), "")
+        self.assertEqual(self.report({"run": r"""print '"a\\b" \\\\\n'"""}, files=files,
+                                     runner=self.runner(fold_crlf=True)), "")
+
+    def test_an_update_keeps_the_signs_of_paths(self):
+        files = {"1.out": "file a{separator}b\nold\n"}
+        with contextlib.redirect_stdout(io.StringIO()):
+            self.report({"run": r"print 'file a/b\nnew\n'"}, files=files, runner=self.runner(update=True))
+        self.assertEqual((self.case / "1.out").read_text(encoding="utf-8"), "file a{separator}b\nnew\n")
+
     def test_carriage_return_and_line_feed_is_folded_only_when_told(self):
         steps, files = [{"run": "print 'a\\r\\n'"}], {"1.out": "a\n"}
         self.assertIn("1.out", self.report(*steps, files=files))

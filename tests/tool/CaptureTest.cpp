@@ -3,6 +3,7 @@
 #include "EnvironmentVariable.h"
 #include "ExampleRack.h"
 #include "KvNJson.h"
+#include "PathTexts.h"
 #include "ScratchFolder.h"
 #include "TargetBuilder.h"
 #include "ToolRun.h"
@@ -48,7 +49,7 @@ TEST_F(Capture, WritesWhatAnEmulatedTargetIsMadeOf) {
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_EQ(run.errors, "");
     EXPECT_EQ(run.output,
-              "Captured 127.0.0.1: 3 items with 2 parameters.\nRehearse with --emulate '" + copy() + "'.\n");
+              "Captured 127.0.0.1: 3 items with 2 parameters.\nRehearse with: --emulate " + quotedPath(copy()) + "\n");
     EXPECT_EQ(copied(), "{\n"
                         "    \"addresses\": [\n"
                         "        \"127.0.0.1\"\n"
@@ -115,7 +116,7 @@ TEST_F(Capture, RefusesAFolderThatHoldsAnything) {
     const ToolRun run = captureInto(copy(), rack_.write());
     EXPECT_EQ(run.exitCode, 1);
     EXPECT_EQ(run.output, "");
-    EXPECT_EQ(run.errors, "kvreflash: '" + copy() + "' exists and is not empty\n");
+    EXPECT_EQ(run.errors, "kvreflash: " + quotedPath(copy()) + " exists and is not empty\n");
     EXPECT_EQ(scratch_.list(), (CapturedNames{"copy", "copy/something"}));
 }
 
@@ -123,7 +124,7 @@ TEST_F(Capture, RefusesAFileInThePlaceOfTheFolder) {
     scratch_.write("copy", "kept");
     const ToolRun run = captureInto(copy(), rack_.write());
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_EQ(run.errors, "kvreflash: '" + copy() + "' exists and is no folder\n");
+    EXPECT_EQ(run.errors, "kvreflash: " + quotedPath(copy()) + " exists and is no folder\n");
     EXPECT_EQ(scratch_.read("copy"), "kept");
 }
 
@@ -133,7 +134,7 @@ TEST_F(Capture, MakesNoFolderAbove) {
         const ToolRun run = captureInto(copy(name), rack_.write());
         EXPECT_EQ(run.exitCode, 1);
         EXPECT_EQ(run.output, "");
-        EXPECT_THAT(run.errors, StartsWith("kvreflash: '" + copy(name) + "' cannot be "));
+        EXPECT_THAT(run.errors, StartsWith("kvreflash: " + quotedPath(copy(name)) + " cannot be "));
         EXPECT_EQ(scratch_.list(), CapturedNames{"file"});
     }
 }
@@ -172,7 +173,7 @@ TEST_F(Capture, TheTargetIsScannedOnce) {
 TEST_F(Capture, AnEmptyNameIsNoFolder) {
     const ToolRun run = captureInto("", rack_.write());
     EXPECT_EQ(run.exitCode, 1);
-    EXPECT_THAT(run.errors, StartsWith("kvreflash: '' cannot be created: "));
+    EXPECT_THAT(run.errors, StartsWith("kvreflash: " + quotedPath("") + " cannot be created: "));
 }
 
 TEST_F(Capture, NamesWhatCannotBeReadAndLeavesItOut) {

@@ -1,5 +1,6 @@
 #include "ArchiveFolder.h"
 #include "KvNJson.h"
+#include "PathTexts.h"
 #include "ScratchFolder.h"
 #include "ToolRun.h"
 
@@ -37,7 +38,8 @@ TEST_F(CheckCommand, WarningsFailOnlyWhenItIsStrict) {
     EXPECT_EQ(0, run().exitCode);
     const ToolRun strict = run({"--strict"});
     EXPECT_EQ(3, strict.exitCode);
-    EXPECT_EQ("kvreflash: '" + archive_.folder().text() + "/archive.json' has 0 errors, 1 warning\n", strict.errors);
+    EXPECT_EQ("kvreflash: " + quotedPath(archive_.folder().text() + "/archive.json") + " has 0 errors, 1 warning\n",
+              strict.errors);
     EXPECT_THAT(run().output, EndsWith("\n\n0 errors, 1 warning\n"));
     EXPECT_EQ("", run().errors);
 }
@@ -47,7 +49,8 @@ TEST_F(CheckCommand, ErrorsFailAlways) {
     const ToolRun done = run();
     EXPECT_EQ(3, done.exitCode);
     EXPECT_THAT(done.output, EndsWith("\n\n1 error, 0 warnings\n"));
-    EXPECT_THAT(done.errors, EndsWith("archive.json' has 1 error, 0 warnings\n"));
+    EXPECT_THAT(done.errors,
+                EndsWith(quotedPath(archive_.folder().text() + "/archive.json") + " has 1 error, 0 warnings\n"));
     EXPECT_EQ(3, run({"--strict"}).exitCode);
 }
 
@@ -87,7 +90,8 @@ TEST_F(CheckCommand, AnotherDescriptionOfTheFolderMayBeChecked) {
     EXPECT_EQ(3, done.exitCode);
     EXPECT_THAT(done.output, HasSubstr("\"code\": \"description-unreadable\""));
     EXPECT_THAT(done.output, HasSubstr("/other.json\""));
-    EXPECT_THAT(done.errors, EndsWith("/other.json' has 1 error, 0 warnings\n"));
+    EXPECT_THAT(done.errors,
+                EndsWith(quotedPath(archive_.folder().text() + "/other.json") + " has 1 error, 0 warnings\n"));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "EnvironmentVariable.h"
 #include "KvEmulation.h"
 #include "KvNJson.h"
+#include "PathTexts.h"
 #include "ScratchFolder.h"
 #include "TargetBuilder.h"
 #include "ToolRun.h"
@@ -226,17 +227,17 @@ TEST_F(MatrixWithFailures, TheOthersHaveTheirTurnAllTheSame) {
     EXPECT_THAT(cellsOf(done.output, folders_[1]),
                 ElementsAre(folders_[1], "", "---", "---", "---", "---", "[FAILED]"));
     const std::string reason = folders_[1] + "/target.json: ";
-    EXPECT_THAT(done.errors, StartsWith("kvreflash: '" + folders_[1] + "' cannot be planned for: " + reason));
+    EXPECT_THAT(done.errors, StartsWith("kvreflash: " + quotedPath(folders_[1]) + " cannot be planned for: " + reason));
+    EXPECT_THAT(done.errors, HasSubstr("kvreflash: " + quotedPath(folders_[3]) +
+                                       " cannot be planned for: The target has no address.\n"));
     EXPECT_THAT(done.errors,
-                HasSubstr("kvreflash: '" + folders_[3] + "' cannot be planned for: The target has no address.\n"));
-    EXPECT_THAT(done.errors,
-                HasSubstr("kvreflash: '" + folders_[4] +
-                          "' cannot be planned for: errors were reported, so that the plan may be "
+                HasSubstr("kvreflash: " + quotedPath(folders_[4]) +
+                          " cannot be planned for: errors were reported, so that the plan may be "
                           "incomplete\n"
                           "       ERROR 0x2001 (Host PC): There is no parameter PRODUCT[1]/SLOT_COUNT[1] of "
                           "HCN[1].\n"));
-    EXPECT_THAT(done.errors,
-                HasSubstr("\nkvreflash: 3 of 6 targets cannot be planned for; '" + folders_[1] + "': " + reason));
+    EXPECT_THAT(done.errors, HasSubstr("\nkvreflash: 3 of 6 targets cannot be planned for; " + quotedPath(folders_[1]) +
+                                       ": " + reason));
     EXPECT_THAT(done.errors, Not(HasSubstr("Copyright")));
 }
 

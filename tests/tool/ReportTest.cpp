@@ -1,5 +1,6 @@
 #include "Report.h"
 #include "KvCVersion.h"
+#include "PathTexts.h"
 #include "PhasePicture.h"
 #include "ScratchFolder.h"
 #include "TimeText.h"
@@ -8,6 +9,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <iterator>
@@ -118,6 +120,43 @@ TEST_F(Reports, WhatProgressHasOverwrittenIsLeftOut) {
         AllOf(Not(HasSubstr("\r")), HasSubstr("\n100%                                                    [OK]\n")));
 }
 
+TEST_F(Reports, EachErrorIsListedOnceWithItsElement) {
+    node.element(completeElement(1, "One").reports(0x2004, "Flash worn."));
+    archive.add(entry("node1.bin").board("NODE", 1));
+    target.add(fault("unlock").error(0x10, "Still locked."));
+    const std::string page = report("update", "report.html", 1);
+    const std::size_t begin = page.find("<h2>Reported errors</h2>");
+    ASSERT_NE(begin, std::string::npos);
+    const std::string section = page.substr(begin, page.find("<h2>", begin + 1) - begin);
+    const auto rows = std::count(section.begin(), section.end(), '\n') - 4;
+    EXPECT_EQ(rows, 2) << section;
+    EXPECT_THAT(section, AllOf(HasSubstr("<tr><td>0</td><td>NODE, SN 7, One</td><td>ERROR 0x2004</td><td>Host PC</td>"
+                                         "<td>Flash worn.</td></tr>\n"),
+                               HasSubstr("<tr><td></td><td>session</td><td>ERROR 0x10</td><td>Host PC</td>"
+                                         "<td>Still locked.</td></tr>\n")));
+    EXPECT_THAT(page, HasSubstr("ERROR 0x2004 (reported by Host PC):\n")) << "in the base of the library";
+}
+
+TEST_F(Reports, AnErrorOfTheLookIsListed) {
+    addNodeElement(1, "One");
+    archive.folder().write("node1.bin", firmwareImage(KvCVersion("2.0"), 2));
+    target.add(fault("scan").occurrence(2).error(0x2fff, "Fault at scan."));
+    EXPECT_THAT(report("update", "report.html", 0),
+                HasSubstr("<td>session, looking at the target afterwards</td><td>ERROR 0x2fff</td>"));
+}
+
+TEST_F(Reports, WithoutErrorsThereIsNoListOfThem) {
+    addNodeElement(1, "One");
+    EXPECT_THAT(report("plan", "report.html", 0), Not(HasSubstr("Reported errors")));
+}
+
+TEST(ReportPages, TheArchiveFolderCanBePasted) {
+    ReportData report;
+    report.facts.archiveFolder = "my\\archive x";
+    EXPECT_THAT(reportPage(report), HasSubstr("<th>Archive folder</th><td>" +
+                                              markupText(quotedPath(archivePath("my\\archive x"))) + "</td>"));
+}
+
 TEST_F(Reports, AFileThatCannotBeWrittenFails) {
     addNodeElement(1, "One");
     const std::string path = archive.folder().text() + "/missing/report.html";
@@ -125,7 +164,7 @@ TEST_F(Reports, AFileThatCannotBeWrittenFails) {
         const ToolRun result = run(command, {"--report", path});
         EXPECT_EQ(1, result.exitCode);
         EXPECT_EQ("", result.output) << "nothing has happened yet";
-        EXPECT_EQ("kvreflash: cannot write '" + path + "': " + std::generic_category().message(ENOENT) + "\n",
+        EXPECT_EQ("kvreflash: cannot write " + quotedPath(path) + ": " + std::generic_category().message(ENOENT) + "\n",
                   result.errors);
     }
     EXPECT_THAT(run("plan").output, HasSubstr("| 1 != 2    | N"));
@@ -139,7 +178,8 @@ TEST_F(Reports, AFolderInPlaceOfTheFileFails) {
     const ToolRun result = run("plan", {"--report", folder.text() + "/report.html"});
     EXPECT_EQ(1, result.exitCode);
     EXPECT_EQ("", result.output);
-    EXPECT_THAT(result.errors, HasSubstr("/report.html': " + std::generic_category().message(EISDIR) + "\n"));
+    EXPECT_THAT(result.errors, HasSubstr(quotedPath(folder.text() + "/report.html") + ": " +
+                                         std::generic_category().message(EISDIR) + "\n"));
 }
 
 TEST_F(Reports, NothingButTheReportIsLeftInItsFolder) {
@@ -227,7 +267,96 @@ TEST(PhasePicture, LongPhasesAreCut) {
     }
     const std::string picture = phasePicture(report);
     EXPECT_THAT(picture,
-                AllOf(HasSubstr("... and 10 more"), HasSubstr("\xC3\xA4...</text>"), Not(HasSubstr("\xC3..."))));
+                AllOf(HasSubstr("... and 10 more"), HasSubstr("\xC3\xA4 10</text>"), HasSubstr(">Element \xC3\xA4")));
+}
+
+/// A plan of so many elements, each in a phase of its own.
+KvNReflasher::KvTPlan planOfPhases(std::uint32_t count, const std::string& name) {
+    KvNReflasher::KvTPlan plan;
+    for (std::uint32_t index = 0; index < count; ++index) {
+        KvNReflasher::KvTPlannedElement& element = plan.elements.emplace_back();
+        element.index = index;
+        element.decision.update = true;
+        element.phase = index;
+        element.displayName = name;
+    }
+    return plan;
+}
+
+std::ptrdiff_t occurrencesOf(const std::string& text, const std::string& part) {
+    std::ptrdiff_t count = 0;
+    for (std::size_t place = text.find(part); place != std::string::npos; place = text.find(part, place + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+TEST(PhasePicture, LongNamesAreCutBetweenCharacters) {
+    const KvNReflasher::KvTPlan plan = planOfPhases(1, std::string(33, 'x') + "\xC3\xA4\xC3\xB6");
+    ReportData report;
+    report.plan = &plan;
+    EXPECT_THAT(phasePicture(report), HasSubstr(std::string(33, 'x') + "\xC3\xA4\xE2\x80\xA6</text>"));
+}
+
+TEST(PhasePicture, ManyPhasesAreCounted) {
+    const KvNReflasher::KvTPlan plan = planOfPhases(100000, "Element");
+    ReportData report;
+    report.plan = &plan;
+    const std::string picture = phasePicture(report);
+    EXPECT_THAT(picture,
+                AllOf(HasSubstr(">Phase 39<"), Not(HasSubstr(">Phase 40<")), HasSubstr(">... and 99960 more phases<")));
+    EXPECT_LT(picture.size(), 30000U);
+}
+
+class LongReports : public testing::Test {
+protected:
+    [[nodiscard]] std::string page() {
+        report_.facts.command = "update";
+        report_.plan = &plan;
+        report_.outcome.elements.resize(plan.elements.size());
+        report_.facts.messages = messages;
+        return reportPage(report_);
+    }
+
+    KvNReflasher::KvTPlan plan = planOfPhases(2, "Element");
+    std::string messages;
+
+private:
+    ReportData report_;
+};
+
+TEST_F(LongReports, APageSaysNothingOfShorteningIfNothingIsShortened) {
+    plan.elements[0].displayName = std::string(200, 'x');
+    messages = std::string(1000, 'x') + "\n";
+    EXPECT_THAT(page(), AllOf(Not(HasSubstr("<p class=\"shortened\">")), HasSubstr(std::string(1000, 'x') + "\n")));
+}
+
+TEST_F(LongReports, LongTextsOfTablesAreShortenedAndTheirLengthIsStated) {
+    plan.elements[0].displayName = std::string(4096, 'x');
+    plan.elements[1].entry.emplace().fileName = std::string(300, 'y');
+    const std::string text = page();
+    EXPECT_THAT(text,
+                AllOf(HasSubstr("<td>" + std::string(200, 'x') +
+                                "<span class=\"shortened\">\xE2\x80\xA6 (4096 characters)</span></td>"),
+                      HasSubstr(std::string(200, 'y') + "<span class=\"shortened\">\xE2\x80\xA6 (300 characters)"),
+                      HasSubstr("<p class=\"shortened\">2 long texts of this page are shortened: tables show 200 "
+                                "columns of a text, the messages 1000 of a line. A report in JSON has them "
+                                "whole.</p>\n"),
+                      Not(HasSubstr(std::string(201, 'x')))));
+}
+
+TEST_F(LongReports, LongLinesOfTheMessagesAreShortened) {
+    messages = "a\n" + std::string(1001, 'z') + "\n\tb\n";
+    EXPECT_THAT(page(), AllOf(HasSubstr("<pre>a\n" + std::string(1000, 'z') +
+                                        "<span class=\"shortened\">\xE2\x80\xA6 (1001 characters)</span>\n\tb\n</pre>"),
+                              HasSubstr("<p class=\"shortened\">1 long text of this page is shortened: ")));
+}
+
+TEST_F(LongReports, EachElementHasOneRow) {
+    plan = planOfPhases(1000, std::string(4096, 'x'));
+    const std::string text = page();
+    EXPECT_EQ(occurrencesOf(text, "<tr><td>"), 1000);
+    EXPECT_LT(text.size(), 1000000U);
 }
 
 TEST(ReportTimes, AreInUniversalTime) {

@@ -1,6 +1,7 @@
 #include "ArchiveFolder.h"
 #include "CompleteItems.h"
 #include "KvNJson.h"
+#include "PathTexts.h"
 #include "RedirectedStream.h"
 #include "ScratchFolder.h"
 #include "TargetBuilder.h"
@@ -248,11 +249,12 @@ TEST_F(Session, AnEventsFileThatCannotBeCreatedEndsWithOneBeforePrepare) {
         const ToolRun done = run("update", {"--events", path});
         EXPECT_EQ(done.exitCode, 1);
         EXPECT_EQ(done.output, "");
-        EXPECT_THAT(done.errors, StartsWith("kvreflash: cannot create '" + path + "': "));
+        EXPECT_THAT(done.errors, StartsWith("kvreflash: cannot create " + quotedPath(path) + ": "));
     }
     const std::string reason = std::generic_category().message(ENOENT);
     const std::string path = folder.text() + "/missing/events";
-    EXPECT_EQ(run("update", {"--events", path}).errors, "kvreflash: cannot create '" + path + "': " + reason + "\n");
+    EXPECT_EQ(run("update", {"--events", path}).errors,
+              "kvreflash: cannot create " + quotedPath(path) + ": " + reason + "\n");
 }
 
 TEST_F(Session, EventsGoIntoTheFileOrToStandardError) {

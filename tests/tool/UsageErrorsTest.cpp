@@ -1,4 +1,5 @@
 #include "CommandOptions.h"
+#include "PathTexts.h"
 #include "ScratchFolder.h"
 #include "ToolRun.h"
 #include "UpdateCommand.h"
@@ -182,7 +183,7 @@ TEST(UsageErrors, AWordThatAnOptionDoesNotKnowIsRefused) {
                   "--progress: '' must be one of auto, line, plain, none");
     expectRefused({"check", "-a", "folder", "--format", ""}, "--format: '' must be one of text, json");
     expectRefused({"plan", "-a", "folder", "--report", "report.txt"},
-                  "--report: 'report.txt' ends neither with .html nor with .json");
+                  "--report: " + quotedPath("report.txt") + " ends neither with .html nor with .json");
     expectRefused({"check", "-a", "folder", "--json", "--format", "text"}, "--json contradicts --format text");
 }
 

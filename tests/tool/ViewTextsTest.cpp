@@ -1,4 +1,5 @@
 #include "FindingText.h"
+#include "PathTexts.h"
 #include "ReasonTexts.h"
 #include "TextTable.h"
 #include "ValueTexts.h"
@@ -33,6 +34,14 @@ TEST(TextTable, ACellTakesOneLineWhateverItHolds) {
     EXPECT_EQ(tableText({{"A", "B"}, {"x\n\ty\x1B", "\xE2\x80\xAE"}}), "A              | B       \n"
                                                                        "-------------------------\n"
                                                                        "x\\x0A\\x09y\\x1B | \\u{202E}\n");
+}
+
+TEST(TextTable, WideCharactersAndMarksAreCountedInColumns) {
+    EXPECT_EQ(tableText({{"Name", "B"}, {"\xE4\xB8\xAD\xE6\x96\x87\xE5\xAD\x97", "1"}, {"u\xCC\x88", "2"}}),
+              "Name   | B\n"
+              "----------\n"
+              "\xE4\xB8\xAD\xE6\x96\x87\xE5\xAD\x97 | 1\n"
+              "u\xCC\x88      | 2\n");
 }
 
 TEST(TextTable, IsEmptyWithoutRows) {
@@ -75,8 +84,17 @@ TEST(FindingText, AFindingTakesTwoLinesWhateverNamesItHolds) {
     finding.path = "$['a\nb']";
     finding.message = "One\r\ntwo.";
     finding.hint = "Do\nit.";
-    EXPECT_EQ("f:1:1: warning: One\\r\\ntwo. [code]\n    $['a\\nb']: Do\\nit.\n\n0 errors, 1 warning\n",
-              findingText({finding}, "f"));
+    EXPECT_EQ("f/d:1:1: warning: One\\x0D\\x0Atwo. [code]\n    $['a\\x0Ab']: Do\\x0Ait.\n\n0 errors, 1 warning\n",
+              findingText({finding}, "f", "d"));
+}
+
+TEST(FindingText, ThePathOfTheDescriptionCanBePasted) {
+    KvTFinding finding;
+    finding.message = "Cannot open archive description file my folder\\d.";
+    const std::string text = findingText({finding}, "my folder", "d");
+    EXPECT_TRUE(text.starts_with(shellWord("my folder/d") + ":1:1: error: Cannot open archive description file " +
+                                 shellWord(archivePath("my folder\\d")) + ". []\n"))
+        << text;
 }
 
 TEST(FindingText, FindingsAreCountedBySeverity) {
@@ -87,7 +105,7 @@ TEST(FindingText, FindingsAreCountedBySeverity) {
     EXPECT_EQ(countOf(findings, KvESeverity::warning), 3U);
     EXPECT_EQ(findingCounts(findings), "2 errors, 3 warnings");
     EXPECT_EQ(findingCounts({warning}), "0 errors, 1 warning");
-    EXPECT_EQ(findingText({}, "f"), "No findings.\n");
+    EXPECT_EQ(findingText({}, "f", "d"), "No findings.\n");
 }
 
 constexpr std::array allReasons{KvEReason::versionDiffers, KvEReason::checksumDiffers, KvEReason::invalid,

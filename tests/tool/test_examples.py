@@ -36,9 +36,12 @@ def examples_of(block):
 
 
 def shown(output):
-    """What a terminal shows in the end, without blanks at the ends of lines."""
+    """What a terminal shows in the end, without blanks at the ends of lines. In the tool's own lines the paths of Windows
+    have the separator of the documents."""
     text = output.decode("utf-8").replace("\r\n", "\n")
-    return [line.rpartition("\r")[2].rstrip() for line in text.split("\n")]
+    lines = [line.rpartition("\r")[2].rstrip() for line in text.split("\n")]
+    is_windows = getattr(tool_runs.arguments, "launcher", "")
+    return [line.replace("\\", "/") if is_windows and line.startswith("kvreflash: ") else line for line in lines]
 
 
 def pattern_of(lines):

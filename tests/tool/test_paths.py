@@ -39,10 +39,11 @@ class ExamplesTest(ScratchTest):
     def check_refused(self, folder):
         """With the reader's own message about the description file."""
         done = run("content", "-a", folder)
-        message = f"ERROR: Cannot open archive description file {folder}\\archive.json\n"
+        sentence = "Cannot open archive description file"
         self.assertEqual(done.code, 3)
-        self.assertIn(message, done.output.decode())
-        self.assertEqual(done.errors.decode(), message.replace("ERROR", "kvreflash"))
+        self.assertIn(f"ERROR: {sentence} {folder}\\archive.json\n", done.output.decode())
+        shown = f"{folder}\\archive.json" if tool_runs.arguments.launcher else f"{folder}/archive.json"
+        self.assertEqual(done.errors.decode(), f"kvreflash: {sentence} {shown}\n")
 
 
 class PathsTest(ExamplesTest):

@@ -4,11 +4,12 @@
 import json
 import os
 import resource
+import shlex
 import signal
 import subprocess
 
 import tool_runs
-from tool_runs import ScratchTest, arguments, cases, run
+from tool_runs import ScratchTest, arguments, cases, command_of, run
 
 LOST = b"kvreflash: cannot write to standard output\n"
 
@@ -92,6 +93,28 @@ class ProcessTest(ScratchTest):
             self.assertEqual(done.errors.decode(), f"kvreflash: '{folder}' cannot take the file target.json\n")
             self.assertEqual(folder.exists(), left)
             self.assertEqual(list(folder.glob("*")), [])
+
+    def test_what_a_capture_prints_can_be_pasted_into_a_shell(self):
+        rack = self.lay_out_examples()[1]
+        folder = self.scratch / "it's a `copy` of $HOME"
+        done = run("capture", "-t", "127.0.0.1", folder, "--emulate", rack)
+        self.assertEqual((done.code, done.errors), (0, b""))
+        options = done.output.decode().splitlines()[-1].removeprefix("Rehearse with: ")
+        self.assertTrue(options.startswith("--emulate "), options)
+        command = f"{shlex.join(command_of('connect', '-t', '127.0.0.1'))} {options}"
+        self.assertEqual(subprocess.run(["sh", "-c", command], capture_output=True, check=False).returncode, 0, command)
+
+    def test_a_path_of_a_message_can_be_pasted_into_a_shell(self):
+        folder = self.scratch / "it's my archive"
+        folder.mkdir()
+        (folder / "archive.json").write_text("{", encoding="utf-8")
+        line = run("content", "-a", folder).errors.decode().splitlines()[-1]
+        self.assertIn(f"{folder}/archive.json", shlex.split(line))
+        found = run("check", "-a", folder)
+        place = found.output.decode().splitlines()[0].partition(": error: ")[0]
+        printed = subprocess.run(["sh", "-c", f"printf %s {place}"], capture_output=True, check=False).stdout.decode()
+        self.assertRegex(printed.removeprefix(f"{folder}/archive.json"), r"^:1:\d+$")
+        self.assertEqual(shlex.split(found.errors.decode())[1:3], [f"{folder}/archive.json", "has"])
 
 
 def forbid_long_files():

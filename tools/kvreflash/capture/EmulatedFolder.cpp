@@ -1,5 +1,6 @@
 #include "EmulatedFolder.h"
 
+#include "PathTexts.h"
 #include "UserFiles.h"
 
 #include <filesystem>
@@ -18,7 +19,7 @@ fs::path targetFolderPath(const std::string& folder) {
 }
 
 std::string faultOf(const std::string& folder, const std::string& reason) {
-    return "'" + folder + "' " + reason;
+    return quotedPath(folder) + " " + reason;
 }
 
 } // namespace

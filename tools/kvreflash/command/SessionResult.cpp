@@ -1,6 +1,8 @@
 #include "SessionResult.h"
 
 #include "ExitCodes.h"
+#include "PathTexts.h"
+#include "SessionMessages.h"
 #include "Texts.h"
 #include "TimeText.h"
 #include "ToolOutput.h"
@@ -19,7 +21,7 @@ void SessionResult::showVerification() {
 
 void SessionResult::writeReport(const ReportOption* option) {
     if (option != nullptr && option->file && !writeReportFile(report(), *option->file)) {
-        verdict.add({KvEFailure::output, "cannot write '" + *option->file + "'"});
+        verdict.add({KvEFailure::output, "cannot write " + quotedPath(*option->file)});
     }
 }
 
@@ -50,12 +52,13 @@ ReportData SessionResult::report() const {
                     .target = utf8Of(options.target),
                     .archiveFolder = utf8Of(options.archiveFolder),
                     .exitCode = exitCodeOf(verdict.failure),
-                    .messages = session.remarks() + withoutOverwritten(session.messages())};
+                    .messages = {}};
     report.verdict = verdict;
     report.plan = session->plan();
     report.outcome = session->outcome();
     report.verification = verification ? &*verification : nullptr;
     report.entries = session->archiveEntries();
+    report.facts.messages = session.remarks() + reportedMessages(session.messages(), report);
     return report;
 }
 

@@ -1,6 +1,7 @@
 #include "SharedOptions.h"
 
 #include "EmulatedTargets.h"
+#include "PathTexts.h"
 #include "Texts.h"
 #include "UserFiles.h"
 
@@ -86,7 +87,7 @@ void ReportOption::addTo(CommandSyntax& syntax) {
     syntax.addOption("--report", "FILE", "Write a report to FILE, .html or .json (default: none)",
                      [this](const std::string& path) {
                          if (!path.ends_with(".html") && !path.ends_with(".json")) {
-                             refuse("--report: '" + path + "' ends neither with .html nor with .json");
+                             refuse("--report: " + quotedPath(path) + " ends neither with .html nor with .json");
                          }
                          file = path;
                      });

@@ -2,6 +2,7 @@
 
 #include "EmulatedFolder.h"
 #include "InventoryDescription.h"
+#include "PathTexts.h"
 #include "Texts.h"
 #include "ToolOutput.h"
 
@@ -35,8 +36,8 @@ KvTVerdict write(DescribedInventory inventory, const std::string& address, const
         return {KvEFailure::output, std::move(fault)};
     }
     writeText(stdout, "Captured " + address + ": " + counted(inventory.itemCount, "item") + " with " +
-                          counted(inventory.parameterCount, "parameter") + ".\nRehearse with --emulate '" + folder +
-                          "'.\n");
+                          counted(inventory.parameterCount, "parameter") + ".\nRehearse with: --emulate " +
+                          visibleInLine(quotedPath(folder)) + "\n");
     return {};
 }
 

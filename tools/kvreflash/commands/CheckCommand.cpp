@@ -3,6 +3,7 @@
 #include "EmulatedTargets.h"
 #include "FindingText.h"
 #include "KvDocuments.h"
+#include "PathTexts.h"
 #include "Texts.h"
 #include "ToolOutput.h"
 
@@ -15,7 +16,8 @@ namespace {
 
 KvTVerdict verdictOf(const std::vector<KvTFinding>& findings, const std::string& file, bool isStrict) {
     const bool isRefused = isStrict ? !findings.empty() : countOf(findings, KvESeverity::error) != 0;
-    return isRefused ? KvTVerdict{KvEFailure::archive, "'" + file + "' has " + findingCounts(findings)} : KvTVerdict();
+    return isRefused ? KvTVerdict{KvEFailure::archive, quotedPath(file) + " has " + findingCounts(findings)}
+                     : KvTVerdict();
 }
 
 } // namespace
@@ -37,7 +39,7 @@ void FindingOptions::addTo(CommandSyntax& syntax) {
 ExitCode CheckCommand::run() {
     const std::unique_ptr<KvIArchive> reader(
         KvIArchive::createInstance(wideOf(archive.folder), wideOf(archive.description)));
-    const std::string file = archive.folder + "/" + archive.description;
+    const std::string file = archivePath(archive.folder + "/" + archive.description);
     // No target is needed, but whoever names one must name it well.
     if (std::string fault = serveEmulatedTargets(common.emulatedTargets); !fault.empty()) {
         return show({}, file, {KvEFailure::target, std::move(fault)});
@@ -51,7 +53,7 @@ ExitCode CheckCommand::show(const std::vector<KvTFinding>& found, const std::str
     if (findings.json.isWanted) {
         writeText(stdout, checkDocument(found, file, verdict));
     } else if (verdict.failure != KvEFailure::target) {
-        writeText(stdout, findingText(found, file));
+        writeText(stdout, findingText(found, archive.folder, archive.description));
     }
     return conclude(verdict);
 }

@@ -3,6 +3,7 @@
 #include "EmulatedTargets.h"
 #include "KvDocuments.h"
 #include "MatrixTables.h"
+#include "PathTexts.h"
 #include "Texts.h"
 #include "ToolOutput.h"
 #include "ValueTexts.h"
@@ -100,12 +101,12 @@ private:
     /// Writes what is known of a target before the next one's turn.
     void tell(const KvTMatrixTarget& target, const std::string& messages) const {
         if (!target.plan) {
-            say("'" + target.folder + "' cannot be planned for: " + target.verdict.message);
+            say(quotedPath(target.folder) + " cannot be planned for: " + target.verdict.message);
             writeText(stderr, messages);
         } else if (!isJson_) {
             writeText(stdout, matrixTargetText(target, messages));
         } else if (!messages.empty()) {
-            say("'" + target.folder + "':");
+            say(quotedPath(target.folder) + ":");
             writeText(stderr, messages);
         }
     }
@@ -115,8 +116,8 @@ private:
                                           [](const KvTMatrixTarget& target) { return !target.plan.has_value(); });
         for (const KvTMatrixTarget& target : targets_) {
             verdict_.add({target.verdict.failure, std::to_string(failed) + " of " + std::to_string(targets_.size()) +
-                                                      " targets cannot be planned for; '" + target.folder +
-                                                      "': " + target.verdict.message});
+                                                      " targets cannot be planned for; " + quotedPath(target.folder) +
+                                                      ": " + target.verdict.message});
         }
     }
 

@@ -2,6 +2,7 @@
 
 #include "FindingText.h"
 #include "KvNRtosAbstraction.h"
+#include "PathTexts.h"
 #include "SessionResult.h"
 #include "Streams.h"
 #include "Texts.h"
@@ -28,8 +29,7 @@ void warnOfForeignPaths(const KvISession& session) {
 class UpdateSession {
 public:
     explicit UpdateSession(UpdateCommand& command)
-        : steps_(command.steps), report_(command.report), json_(command.json),
-          archiveFile_(command.archive.folder + "/" + command.archive.description),
+        : steps_(command.steps), report_(command.report), json_(command.json), archive_(command.archive),
           session_(command.request(performUpdate)) {
         if (steps_.isStrict) {
             session_->keepDescription();
@@ -66,10 +66,11 @@ private:
     [[nodiscard]] bool passesCheck() {
         const std::vector<KvTFinding> findings = session_->findings();
         for (const KvTFinding& finding : findings) {
-            session_.remark("check: " + findingLine(finding, archiveFile_));
+            session_.remark("check: " + findingLine(finding, archive_.folder, archive_.description));
         }
         if (!findings.empty()) {
-            result_.verdict.add({KvEFailure::archive, "nothing was touched: '" + archiveFile_ + "' has " +
+            const std::string file = quotedPath(archivePath(archive_.folder + "/" + archive_.description));
+            result_.verdict.add({KvEFailure::archive, "nothing was touched: " + file + " has " +
                                                           findingCounts(findings) + ", which --strict refuses"});
         }
         return findings.empty();
@@ -146,8 +147,7 @@ private:
     const UpdateSteps& steps_;
     const ReportOption& report_;
     const JsonOption& json_;
-    /// For messages.
-    const std::string archiveFile_;
+    const ArchiveOptions& archive_;
     ToolSession session_;
     SessionResult result_{"update", session_, {}, {}};
     /// run() and what follows it went well.

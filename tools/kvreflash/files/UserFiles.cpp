@@ -1,5 +1,7 @@
 #include "UserFiles.h"
 
+#include "PathTexts.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
@@ -82,5 +84,9 @@ std::string fileFailure(const char* what, const std::string& path) {
     // Not every system says so.
     std::error_code ignored;
     const bool isFolder = fs::is_directory(filePath(path), ignored);
-    return what + (" '" + path) + "': " + std::generic_category().message(isFolder ? EISDIR : stated);
+    return std::string(what)
+        .append(" ")
+        .append(quotedPath(path))
+        .append(": ")
+        .append(std::generic_category().message(isFolder ? EISDIR : stated));
 }

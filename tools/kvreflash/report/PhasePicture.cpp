@@ -12,9 +12,16 @@ constexpr int rowHeight = 26;
 constexpr int boxHeight = 20;
 constexpr int gap = 30;
 constexpr int headHeight = 34;
+/// In columns of a terminal.
+/// @{
 constexpr std::size_t longestName = 34;
-/// More elements of one phase are only counted.
+constexpr std::size_t longestTip = 200;
+/// @}
+/// More elements of one phase, and more phases, are only counted.
+/// @{
 constexpr std::size_t mostBoxes = 40;
+constexpr std::size_t mostPhases = 40;
+/// @}
 
 using KvNReflasher::KvTPlannedElement;
 using Phases = std::map<std::uint32_t, std::vector<const KvTPlannedElement*>>;
@@ -53,16 +60,10 @@ std::string attribute(const char* name, int value) {
     return attribute(name, std::to_string(value));
 }
 
-/// Cut between two characters.
-std::string shortened(const std::string& name) {
-    if (name.size() <= longestName) {
-        return name;
-    }
-    std::size_t end = longestName;
-    while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0U) == 0x80U) {
-        --end;
-    }
-    return name.substr(0, end).append("...");
+/// The name in one line, with a mark if it is cut.
+std::string shortened(const std::string& name, std::size_t limit) {
+    const Beginning beginning = beginningOf(name, limit);
+    return beginning.shown + (beginning.isCut ? "\xE2\x80\xA6" : "");
 }
 
 std::string textAt(int x, int y, const char* style, const std::string& content) {
@@ -75,8 +76,8 @@ std::string box(const ReportData& report, const KvTPlannedElement& element, int 
     return "<rect" + attribute("x", x) + attribute("y", y) + attribute("width", columnWidth) +
            attribute("height", boxHeight) + attribute("rx", 4) +
            attribute("class", std::string(report.styleOf(element))) + "><title>" +
-           markupText(element.displayName + ": " + outcome) + "</title></rect>\n" +
-           textAt(x + 6, y + 14, "name", shortened(element.displayName));
+           markupText(shortened(element.displayName, longestTip) + ": " + outcome) + "</title></rect>\n" +
+           textAt(x + 6, y + 14, "name", shortened(element.displayName, longestName));
 }
 
 std::string column(const ReportData& report, std::uint32_t phase, const std::vector<const KvTPlannedElement*>& elements,
@@ -93,6 +94,18 @@ std::string column(const ReportData& report, std::uint32_t phase, const std::vec
     return text;
 }
 
+Phases phasesOf(const ReportData& report) {
+    Phases phases;
+    if (report.plan != nullptr) {
+        for (const KvTPlannedElement& element : report.plan->elements) {
+            if (element.phase) {
+                phases[*element.phase].push_back(&element);
+            }
+        }
+    }
+    return phases;
+}
+
 /// From one phase to the next.
 std::string arrow(int x) {
     std::string path = "M";
@@ -107,26 +120,26 @@ std::string markupText(const std::string& text) {
 }
 
 std::string markupLines(const std::string& text) {
-    return withoutMarkup(visibleOnTerminal(text));
+    return withoutMarkup(visibleInLines(text));
 }
 
 std::string phasePicture(const ReportData& report) {
-    Phases phases;
-    if (report.plan != nullptr) {
-        for (const KvTPlannedElement& element : report.plan->elements) {
-            if (element.phase) {
-                phases[*element.phase].push_back(&element);
-            }
-        }
-    }
+    const Phases phases = phasesOf(report);
     if (phases.empty()) {
         return {};
     }
     std::size_t rows = 0;
+    std::size_t shown = 0;
     int x = 0;
     std::string columns;
     for (const auto& [phase, elements] : phases) {
-        columns += (x != 0 ? arrow(x - gap) : "") + column(report, phase, elements, x);
+        columns += x != 0 ? arrow(x - gap) : "";
+        if (shown++ == mostPhases) {
+            columns += textAt(x, 20, "phase", "... and " + std::to_string(phases.size() - mostPhases) + " more phases");
+            x += columnWidth + gap;
+            break;
+        }
+        columns += column(report, phase, elements, x);
         x += columnWidth + gap;
         rows = std::max(rows, std::min(elements.size(), mostBoxes + 1));
     }

@@ -53,20 +53,6 @@ const KvTVerifiedElement* ReportData::verificationOf(const KvTPlannedElement& el
     return found != verified.end() && found->index == element.index ? &*found : nullptr;
 }
 
-std::string withoutOverwritten(const std::string& messages) {
-    std::string text;
-    std::size_t lineBegin = 0;
-    for (const char character : messages) {
-        if (character == '\r') {
-            text.resize(lineBegin);
-            continue;
-        }
-        text += character;
-        lineBegin = character == '\n' ? text.size() : lineBegin;
-    }
-    return text;
-}
-
 std::string documentOf(const ReportData& report) {
     const KvTSessionRecord session{.verdict = report.verdict,
                                    .plan = report.plan,

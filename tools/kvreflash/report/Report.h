@@ -28,9 +28,6 @@ struct ReportData {
     verificationOf(const KvNReflasher::KvTPlannedElement& element) const;
 };
 
-/// `messages` as a terminal shows them in the end: of each line what stands behind the last carriage return.
-[[nodiscard]] std::string withoutOverwritten(const std::string& messages);
-
 /// The report as one HTML file that needs no other.
 [[nodiscard]] std::string reportPage(const ReportData& report);
 

@@ -2,6 +2,7 @@
 
 #include "EmulatedTargets.h"
 #include "ExitCodes.h"
+#include "PathTexts.h"
 #include "Selection.h"
 #include "Streams.h"
 #include "Texts.h"
@@ -50,7 +51,7 @@ KvTVerdict ToolSession::endEvents(const KvTVerdict& verdict) {
     if (events_.close()) {
         return {};
     }
-    return {KvEFailure::output, "cannot write '" + request_.eventsFile.value_or("") + "'"};
+    return {KvEFailure::output, "cannot write " + quotedPath(request_.eventsFile.value_or(""))};
 }
 
 void ToolSession::keepMessages() {
@@ -60,7 +61,7 @@ void ToolSession::keepMessages() {
 
 void ToolSession::remark(const std::string& sentence) {
     say(sentence);
-    remarks_.append(sentence).append("\n");
+    remarks_.append(visibleInLine(sentence)).append("\n");
 }
 
 bool ToolSession::prepare() {
@@ -117,6 +118,10 @@ KvTVerdict ToolSession::prepareAndRun() {
 KvTVerdict ToolSession::verdict() const {
     KvTVerdict verdict = served_;
     verdict.add(session_->outcome().verdict);
+    if (verdict.failure == KvEFailure::archive) {
+        verdict.message = withPastablePath(std::move(verdict.message), utf8Of(request_.options.archiveFolder),
+                                           utf8Of(request_.options.descriptionFileName));
+    }
     if (!served_.isSuccess() || verdict.failure != KvEFailure::target) {
         return verdict;
     }

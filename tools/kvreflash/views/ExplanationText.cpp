@@ -141,7 +141,7 @@ std::string explanationText(const KvTPlannedElement& element, const KvTExplanati
 std::string hiddenElementsText(const std::vector<KvTHiddenElement>& elements) {
     std::string text = elements.empty() ? "" : "Not looked at:\n\n";
     for (const KvTHiddenElement& element : elements) {
-        text += "   " + visibleInLine(element.displayName) + " (" + element.address + ")\n";
+        text += "   " + visibleInLine(element.displayName + " (" + element.address + ")") + "\n";
         for (const KvEHiddenBy reason : element.hiddenBy) {
             addLine(text, "", sentenceOf(reason));
         }

@@ -1,5 +1,6 @@
 #include "FindingText.h"
 
+#include "PathTexts.h"
 #include "Texts.h"
 
 #include <algorithm>
@@ -10,26 +11,6 @@ namespace {
 
 const char* severityText(KvESeverity severity) {
     return severity == KvESeverity::error ? "error" : "warning";
-}
-
-/// `text` on one line: line ends are shown as JSON writes them.
-std::string onOneLine(const std::string& text) {
-    std::string line;
-    line.reserve(text.size());
-    for (const char character : text) {
-        if (character == '\n') {
-            line += "\\n";
-        } else if (character == '\r') {
-            line += "\\r";
-        } else {
-            line += character;
-        }
-    }
-    return visibleInLine(line);
-}
-
-std::string paragraph(const KvTFinding& finding, const std::string& file) {
-    return findingLine(finding, file) + "\n    " + onOneLine(finding.path + ": " + finding.hint) + "\n\n";
 }
 
 } // namespace
@@ -45,19 +26,23 @@ std::string findingCounts(const std::vector<KvTFinding>& findings) {
            counted(countOf(findings, KvESeverity::warning), "warning");
 }
 
-std::string findingLine(const KvTFinding& finding, const std::string& file) {
-    const std::string place = file + ":" + std::to_string(finding.line) + ":" + std::to_string(finding.column);
-    std::string text = onOneLine(place + ": " + severityText(finding.severity) + ": " + finding.message);
-    return text.append(" [").append(finding.code).append("]");
+std::string findingLine(const KvTFinding& finding, const std::string& folder, const std::string& description) {
+    std::string line = shellWord(archivePath(folder + "/" + description));
+    line.append(":").append(std::to_string(finding.line)).append(":").append(std::to_string(finding.column));
+    line.append(": ").append(severityText(finding.severity)).append(": ");
+    line.append(withPastablePath(finding.message, folder, description));
+    return visibleInLine(line.append(" [").append(finding.code).append("]"));
 }
 
-std::string findingText(const std::vector<KvTFinding>& findings, const std::string& file) {
+std::string findingText(const std::vector<KvTFinding>& findings, const std::string& folder,
+                        const std::string& description) {
     if (findings.empty()) {
         return "No findings.\n";
     }
     std::string text;
     for (const KvTFinding& finding : findings) {
-        text += paragraph(finding, file);
+        text += findingLine(finding, folder, description) + "\n    ";
+        text += visibleInLine(finding.path + ": " + finding.hint) + "\n\n";
     }
     return text + findingCounts(findings) + "\n";
 }

@@ -1,5 +1,6 @@
 #include "MatrixTables.h"
 
+#include "PathTexts.h"
 #include "TextTable.h"
 #include "Texts.h"
 #include "ValueTexts.h"
@@ -32,7 +33,7 @@ bool isDowngraded(const KvTPlannedElement& element) {
 }
 
 std::vector<std::string> summaryRow(const KvTMatrixTarget& target) {
-    std::vector<std::string> row{target.folder, target.address};
+    std::vector<std::string> row{shellWord(target.folder), target.address};
     if (!target.plan) {
         row.insert(row.end(), outlookCount, unknownText);
         row.emplace_back("[FAILED]");
@@ -54,7 +55,7 @@ std::vector<std::string> summaryRow(const KvTMatrixTarget& target) {
 
 std::string matrixTargetText(const KvTMatrixTarget& target, const std::string& messages) {
     std::string text("\n");
-    text.append(visibleInLine(target.folder)).append(" (").append(target.address).append(")\n\n").append(messages);
+    text.append(visibleInLine(shellWord(target.folder) + " (" + target.address + ")")).append("\n\n").append(messages);
     if (!target.plan->supported) {
         text += "Not supported by this archive: an update would refuse this target.\n";
     }

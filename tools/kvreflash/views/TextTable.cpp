@@ -11,18 +11,12 @@ namespace {
 
 constexpr std::string_view columnSeparator = " | ";
 
-/// The number of characters, not of bytes.
-std::size_t widthOf(const std::string& cell) {
-    return static_cast<std::size_t>(std::count_if(
-        cell.begin(), cell.end(), [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
-}
-
 std::vector<std::size_t> columnWidths(const KvTTextTable& rows) {
     std::vector<std::size_t> widths;
     for (const auto& row : rows) {
         widths.resize(std::max(widths.size(), row.size()));
         for (std::size_t column = 0; column < row.size(); ++column) {
-            widths[column] = std::max(widths[column], widthOf(row[column]));
+            widths[column] = std::max(widths[column], columnsOf(row[column]));
         }
     }
     return widths;
@@ -32,7 +26,7 @@ std::string lineOf(const std::vector<std::string>& row, const std::vector<std::s
     std::string line;
     for (std::size_t column = 0; column < widths.size(); ++column) {
         const std::string cell = column < row.size() ? row[column] : std::string();
-        line.append(column != 0 ? columnSeparator : "").append(cell).append(widths[column] - widthOf(cell), ' ');
+        line.append(column != 0 ? columnSeparator : "").append(cell).append(widths[column] - columnsOf(cell), ' ');
     }
     return line + "\n";
 }

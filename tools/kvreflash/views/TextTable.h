@@ -7,5 +7,6 @@
 /// it holds.
 using KvTTextTable = std::vector<std::vector<std::string>>;
 
-/// The table with columns as wide as their longest cell, " | " between them, and a rule below the heading.
+/// The table with columns as wide as a terminal shows their widest cell, " | " between them, and a rule below the
+/// heading.
 [[nodiscard]] std::string tableText(KvTTextTable rows);

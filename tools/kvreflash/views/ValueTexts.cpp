@@ -15,17 +15,18 @@ std::string checksumCell(const std::optional<std::uint32_t>& checksum) {
     return checksum ? std::to_string(*checksum) : unknownText;
 }
 
-std::string errorText(const KvTErrorInfo& error) {
+std::string codeText(const KvTErrorInfo& error) {
     std::array<char, 16> code{};
     std::snprintf(code.data(), code.size(), "%#x", static_cast<unsigned>(error.code));
-    const std::string origin =
-        error.originNode != 0 ? "S/N " + std::to_string(error.originNode) : std::string("Host PC");
-    return std::string("ERROR ")
-        .append(code.data())
-        .append(" (")
-        .append(origin)
-        .append("): ")
-        .append(visibleInLine(error.text));
+    return std::string("ERROR ").append(code.data());
+}
+
+std::string originText(const KvTErrorInfo& error) {
+    return error.originNode != 0 ? "S/N " + std::to_string(error.originNode) : std::string("Host PC");
+}
+
+std::string errorText(const KvTErrorInfo& error) {
+    return codeText(error).append(" (").append(originText(error)).append("): ").append(visibleInLine(error.text));
 }
 
 std::string errorsText(const std::vector<KvTErrorInfo>& errors) {

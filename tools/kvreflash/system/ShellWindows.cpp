@@ -1,0 +1,5 @@
+#include "Shell.h"
+
+ShellSyntax systemShell() {
+    return ShellSyntax::windows;
+}
