@@ -11,9 +11,9 @@
 #include <vector>
 
 // JSON documents of sessions and archives: UTF-8, indented, with a line end. Each begins with its format and states the
-// verdict. docs/documents.md describes them, docs/schemas has their schemas. Values that are not there (null pointers)
-// leave out what depends on them. Bytes that are not UTF-8 are replaced by U+FFFD. All functions throw std::bad_alloc
-// when memory is exhausted.
+// verdict. Values that are not there (null pointers) leave out what depends on them. Then the lines of events. All are
+// described in docs/documents.md and have schemas in docs/schemas. Bytes that are not UTF-8 are replaced by U+FFFD. All
+// functions throw std::bad_alloc when memory is exhausted.
 
 namespace KvNReflasher {
 
@@ -27,15 +27,15 @@ struct KvTSessionRecord {
     const KvTOutcome* outcome = nullptr;
     /// Of the elements of `plan`; null if nothing was verified.
     const KvTVerification* verification = nullptr;
-    /// The accepted entries of the archive; null if the session reads none.
+    /// The accepted entries of the archive; null: none.
     const std::vector<KvTArchiveEntry>* entries = nullptr;
 };
 
-/// Facts about the run of a session, for its report.
+/// Facts about the run of a session, for its document.
 struct KvTReportFacts {
     /// "plan", "update", "verify" or "reboot"; part of the format's name.
     std::string command;
-    /// Version of the program that writes the report.
+    /// Version of the program that writes the document.
     std::string toolVersion;
     /// RFC 3339.
     /// @{
@@ -72,8 +72,6 @@ inline constexpr std::size_t outlookCount = 4;
 /// Of an archive that was refused: the verdict alone.
 [[nodiscard]] KV_REFLASH_API std::string contentDocument(const KvTArchiveContent& content, const KvTVerdict& verdict);
 [[nodiscard]] KV_REFLASH_API std::string elementsDocument(const KvTPlan* plan, const KvTVerdict& verdict);
-[[nodiscard]] KV_REFLASH_API std::string planDocument(const KvTPlan* plan, const std::vector<KvTArchiveEntry>& entries,
-                                                      const KvTVerdict& verdict);
 /// The explained elements, in the order of `explanations`, whose indices are those of elements of `plan`.
 [[nodiscard]] KV_REFLASH_API std::string explainDocument(const KvTPlan* plan,
                                                          const std::vector<KvTExplanation>& explanations,
@@ -85,12 +83,44 @@ inline constexpr std::size_t outlookCount = 4;
 /// `file`: path of the description.
 [[nodiscard]] KV_REFLASH_API std::string checkDocument(const std::vector<KvTFinding>& findings, const std::string& file,
                                                        const KvTVerdict& verdict);
-/// Everything that a plan's document has, and what came of it.
+/// The document of plan, update, verify or reboot, and their report: the plan, and what came of it.
 [[nodiscard]] KV_REFLASH_API std::string reportDocument(const KvTSessionRecord& session, const KvTReportFacts& facts);
 
 /// The entries that no element of any target takes, in their order. Empty if no target has a plan.
 [[nodiscard]] KV_REFLASH_API std::vector<KvTArchiveEntry> unmatchedEntries(const KvTArchiveContent& content,
                                                                            const std::vector<KvTMatrixTarget>& targets);
+
+// The lines of events: JSON on one line, with a line end. `time` is RFC 3339 in UTC with milliseconds, such as
+// "2026-03-01T12:34:56.789Z".
+
+/// A command begins. Of the facts it states command, version of the program, target and archive folder.
+[[nodiscard]] KV_REFLASH_API std::string runBeginEvent(const std::string& time, const KvTReportFacts& facts);
+/// The plan is made.
+[[nodiscard]] KV_REFLASH_API std::string planEvent(const std::string& time, const KvTPlan& plan);
+/// The target is locked.
+[[nodiscard]] KV_REFLASH_API std::string lockedEvent(const std::string& time);
+/// The phase `number` begins; 0xFFFFFFFF: the last one is over.
+[[nodiscard]] KV_REFLASH_API std::string phaseEvent(const std::string& time, std::uint32_t number);
+/// The running phase has come so far.
+[[nodiscard]] KV_REFLASH_API std::string progressEvent(const std::string& time, std::uint32_t percent);
+/// An update file was transferred for this phase, or could not be.
+[[nodiscard]] KV_REFLASH_API std::string transferEvent(const std::string& time, const std::string& fileName,
+                                                       std::uint32_t phase, bool succeeded);
+/// The update of an element begins.
+[[nodiscard]] KV_REFLASH_API std::string elementStartEvent(const std::string& time, const KvTPlannedElement& element);
+/// The update of an element has failed; `reason` as of KvTElementOutcome.
+[[nodiscard]] KV_REFLASH_API std::string elementErrorEvent(const std::string& time, const KvTPlannedElement& element,
+                                                           const std::string& reason);
+/// The update of an element has ended; `reason` as of KvTElementOutcome.
+[[nodiscard]] KV_REFLASH_API std::string elementEndEvent(const std::string& time, const KvTPlannedElement& element,
+                                                         bool succeeded, KvEResult result, const std::string& reason);
+/// The lock was given back, or could not be.
+[[nodiscard]] KV_REFLASH_API std::string unlockedEvent(const std::string& time, bool succeeded);
+/// The target was looked at and judged.
+[[nodiscard]] KV_REFLASH_API std::string verifyEvent(const std::string& time, const KvTVerification& verification,
+                                                     const KvTVerdict& verdict);
+/// The command ends.
+[[nodiscard]] KV_REFLASH_API std::string runEndEvent(const std::string& time, const KvTVerdict& verdict, int exitCode);
 
 // The words for values: stable codes of the documents, with hyphens. Documents write null for a failure, failed test or
 // failed call of `none`.

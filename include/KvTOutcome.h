@@ -144,6 +144,8 @@ struct KvTElementOutcome {
     std::string message;
     /// The errors of its calls, then those that the target reported for it.
     std::vector<KvTErrorInfo> errors;
+    /// Why it failed, was cancelled, is missing or was not started, in one sentence; empty otherwise.
+    std::string reason;
 };
 
 /// Outcome of one phase for one update file.

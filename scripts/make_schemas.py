@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Writes the JSON Schemas of the documents, each a file that needs no other, from the parts that they share. The words
-of enumerations are those of src/documents/DocumentCodes.cpp.
+"""Writes the JSON Schemas of documents and events, each a file that needs no other, from the parts that they share. The
+words of enumerations are those of src/documents/DocumentCodes.cpp.
 
 usage: make_schemas.py [--check]    --check: writes nothing; exit code 1 if a file is not what this script would write
 """
@@ -14,8 +14,12 @@ PROJECT = Path(__file__).resolve().parent.parent
 SCHEMAS = PROJECT / "docs" / "schemas"
 CODES = PROJECT / "src" / "documents" / "DocumentCodes.cpp"
 
+DRAFT = "https://json-schema.org/draft/2020-12/schema"
+
 MAX_32 = 0xFFFFFFFF
-TIME = r"^[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}(\.[0-9]+)?(Z|[+-][0-9]{2}:[0-9]{2})$"
+SECOND = r"^[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}"
+TIME = SECOND + r"(\.[0-9]+)?(Z|[+-][0-9]{2}:[0-9]{2})$"
+EVENT_TIME = SECOND + r"\.[0-9]{3}Z$"
 
 
 def words(table):
@@ -205,18 +209,20 @@ FINDING = record("Something that is to be said about the archive.", {
 
 ERROR = record("An error that the device access libraries have reported.", {
     "code": number("Its number."),
+    "codeText": text("The number as messages show it, in hexadecimal.", pattern="^0x[0-9a-f]{1,8}$"),
     "text": text("What it says."),
     "originNode": number("Serial number of the node that reported it; 0: the host."),
     "seconds": with_null({"description": "Seconds since the time base of the error manager.", "type": "number"},
                          "not known"),
-    "mainModule": number("Main module."),
-    "subModule": number("Sub-module."),
+    "mainModule": number("Main module.", "not known"),
+    "subModule": number("Sub-module.", "not known"),
     "function": text("Function; empty if it is not known."),
     "line": number("Line.", "not known"),
 })
 
 OUTCOME = {
     "outcome": word("What became of the element.", "resultWords"),
+    "reason": text("Why it failed, was cancelled, is missing or was not started, in one sentence; else empty."),
     "failedCall": word("The call that made it fail.", "failedCallWords", "none"),
     "state": number("What the target answered to the last status query: 1 running, 2 succeeded, anything else failed.",
                     "it answered none"),
@@ -249,23 +255,7 @@ LOOK = record("How the target was looked at in the end.", {
 COUNTS = record("Number of verified elements with each result.",
                 {result: count("Number of elements.") for result in words("verifiedWords")})
 
-PLAN_GROUP = ("archive", "targetAddress", "supported", "unsupportedElements", "phaseCount", "elements")
-
 FILES = records("entry", "The accepted entries of the archive, in their order.")
-
-
-def plan_members(elements):
-    return {
-        "archive": part("archive", "The archive.", "the session reads none"),
-        "files": FILES,
-        "targetAddress": text("IPv4 address of the target."),
-        "supported": flag("False: an update would refuse the target."),
-        "unsupportedElements": list_of("Indices of the elements that decide that: elements of processor boards without "
-                                       "an entry.", number("Index of an element."), uniqueItems=True),
-        "phaseCount": number("Number of phases."),
-        "elements": records("element", elements),
-    }
-
 
 IN_ORDER = "The elements in the order of the element list."
 PLANNED_PARTS = {"installed": INSTALLED, "entry": ENTRY}
@@ -275,22 +265,23 @@ def element(more=None, **rules):
     return record("An element of the target and what an update does to it.", {**ELEMENT, **(more or {})}, **rules)
 
 
-def document(name, title, members, parts, optional=(), dependent=None, commands=None, never_required=()):
-    """The schema of a document; those of `commands` are of one form. A document of a success has the optional members,
-    too, but for those that are never required."""
-    names = [f"kvreflash.{command}" for command in commands or (name,)]
-    kind = {"const": names[0]} if len(names) == 1 else {"enum": names}
+def identified(name, title):
+    """How each schema begins."""
+    return {"$schema": DRAFT, "$id": f"urn:kvreflash:schema:{name}:1", "title": title}
+
+
+def document(name, title, members, parts, optional=(), dependent=None):
+    """The schema of a document. A document of a success has the optional members, too."""
     form = record("What kind of document it is.", {
-        "name": {"description": "The kind, named after the command.", **kind},
+        "name": {"description": "The kind, named after the command.", "const": f"kvreflash.{name}"},
         "version": {"description": "Version of the format.", "const": 1},
     })
     schema = record(title + ".", {"format": form, **VERDICT, **members}, optional, dependent)
     del schema["description"]
     if optional:
         schema["if"] = {"properties": {"failure": {"const": None}}}
-        schema["then"] = {"required": [member for member in optional if member not in never_required]}
-    return {"$schema": "https://json-schema.org/draft/2020-12/schema", "$id": f"urn:kvreflash:schema:{name}:1",
-            "title": title, **schema, "$defs": parts}
+        schema["then"] = {"required": list(optional)}
+    return {**identified(name, title), **schema, "$defs": parts}
 
 
 def content():
@@ -303,11 +294,6 @@ def content():
 def elements():
     return document("elements", "Update elements of a target", {"elements": records("element", IN_ORDER)},
                     {"element": element(), **PLANNED_PARTS}, ("elements",))
-
-
-def plan():
-    return document("plan", "Plan of an update", plan_members(IN_ORDER),
-                    {"archive": IDENTITY, "element": element(), **PLANNED_PARTS}, PLAN_GROUP, together(*PLAN_GROUP))
 
 
 def explain():
@@ -350,44 +336,151 @@ def check():
     }, {"finding": FINDING})
 
 
-def report():
+def session(name, title):
+    """The document of a command that plans or changes a target."""
     target = record("The target.", {
         "given": text("As it was given."),
         "address": text("IPv4 address; empty if the target was not scanned."),
     })
     reported = element({**OUTCOME, **VERIFIED}, optional=tuple(OUTCOME), dependent=together(*OUTCOME))
+    planned = {
+        "archive": part("archive", "The archive.", "the session reads none"),
+        "targetAddress": text("IPv4 address of the target."),
+        "supported": flag("False: an update would refuse the target."),
+        "unsupportedElements": list_of("Indices of the elements that decide that: elements of processor boards without "
+                                       "an entry.", number("Index of an element."), uniqueItems=True),
+        "phaseCount": number("Number of phases."),
+        "elements": records("element", IN_ORDER),
+    }
     outcome = {
         "stage": word("How far the session came; each value includes those before it.", "stageWords"),
         "fileOutcomes": records("fileOutcome", "The update files in the order in which they were transferred or "
                                                "written; those that were never begun follow."),
         "errors": records("error", "The errors that belong to no element."),
     }
-    return document("report", "Report of a session", {
+    return document(name, title, {
         "toolVersion": text("Version of kvreflash."),
         "begin": text("Begin of the session.", pattern=TIME),
         "end": text("End of the session.", pattern=TIME),
-        "exitCode": number("Exit code of kvreflash, but for a report that cannot be written.", maximum=255),
+        "exitCode": number("Exit code of kvreflash, but for a document that cannot be written.", maximum=255),
         "target": part("target", "The target."),
         "archiveFolder": text("Folder of the archive; empty if the session reads none."),
-        **plan_members(IN_ORDER),
+        "files": records("entry", "The accepted entries of the archive, in their order; empty if there is none."),
+        **planned,
         **outcome,
         "verificationCounts": part("counts", "What the verification has found.", "nothing was verified"),
         "look": part("look", "How the target was looked at in the end.", "nothing was verified"),
         "messages": text("What the session said, without progress that was overwritten."),
     }, {"target": target, "archive": IDENTITY, "element": reported, **PLANNED_PARTS, "error": ERROR,
         "fileOutcome": FILE_OUTCOME, "counts": COUNTS, "look": LOOK},
-        (*PLAN_GROUP, "files", *outcome), {**together(*PLAN_GROUP), **together(*outcome)},
-        ("plan", "update", "verify", "reboot"), ("files",))
+        (*planned, *outcome), {**together(*planned), **together(*outcome)})
 
 
-DOCUMENTS = {"content": content, "elements": elements, "plan": plan, "explain": explain, "matrix": matrix,
-             "check": check, "report": report}
+def plan():
+    return session("plan", "Plan of an update")
+
+
+def update():
+    return session("update", "Update of a target")
+
+
+def verify():
+    return session("verify", "Verification of a target")
+
+
+def reboot():
+    return session("reboot", "Reboot of a target")
+
+
+# Events. Each has its time and its name.
+
+INDEX = number("Index of the element in the list of the plan.")
+NAME = text("The element's name in tables and messages: its displayName in documents.")
+SUCCEEDED = flag("False: it has failed.")
+
+EVENTS = {
+    "runBegin": ("The command begins.", {
+        "command": text("The command."),
+        "toolVersion": text("Version of kvreflash."),
+        "target": text("The target as it was given; may be empty."),
+        "archiveFolder": text("Folder of the archive; empty if the session reads none."),
+    }),
+    "plan": ("The plan is made.", {
+        "phaseCount": number("Number of phases."),
+        "updates": number("Number of elements that are to be updated."),
+        "supported": flag("False: the update refuses the target."),
+        "targetAddress": text("IPv4 address of the target."),
+    }),
+    "locked": ("The target is locked.", {}),
+    "phase": ("A phase begins.", {
+        "value": number("Number of the phase, from 0; 4294967295 when the last one is over."),
+    }),
+    "progress": ("The running phase has come so far.", {
+        "value": number("Percentage, 0 to 100; above that only while the target says that more is done than there is "
+                        "to do."),
+    }),
+    "transfer": ("An update file was transferred, or could not be.", {
+        "file": text("Name of the update file, relative to the archive folder."),
+        "phase": number("The phase that it is for, from 0."),
+        "succeeded": SUCCEEDED,
+    }),
+    "elementStart": ("The update of an element begins.", {
+        "value": INDEX,
+        "name": NAME,
+        "address": text("Address of the inventory item; empty for a file that the inventory does not list."),
+        "file": text("Name of the update file, relative to the archive folder."),
+    }),
+    "elementError": ("The update of an element has failed.", {
+        "value": INDEX,
+        "name": NAME,
+        "reason": text("Why, in one sentence."),
+    }),
+    "elementEnd": ("The update of an element has ended.", {
+        "value": INDEX,
+        "name": NAME,
+        "succeeded": SUCCEEDED,
+        "result": word("What became of it: its outcome in documents.", "resultWords"),
+        "reason": text("Why it failed, in one sentence; else empty."),
+    }),
+    "unlocked": ("The lock was given back, or could not be.", {"succeeded": SUCCEEDED}),
+    "verify": ("The target was looked at and judged.", {
+        "counts": part("counts", "What the verification has found."),
+        "failure": word("The class of its failure.", "failureWords", "success"),
+    }),
+    "runEnd": ("The command ends: the last event.", {
+        **VERDICT,
+        "exitCode": number("Exit code of kvreflash.", maximum=255),
+    }),
+}
+
+
+def event(description, name, members):
+    return record(description, {
+        "time": text("When it happened: RFC 3339, UTC with milliseconds.", pattern=EVENT_TIME),
+        "event": {"description": "Its name.", **name},
+        **members,
+    })
+
+
+def events():
+    """Knows each event that is written; another one only has to have time and name."""
+    described = {name: event(description, {"const": name}, members) for name, (description, members) in EVENTS.items()}
+    described["otherEvent"] = event("An event of a later version.",
+                                    {"type": "string", "not": {"enum": list(EVENTS)}}, {})
+    return {**identified("events", "Event of an update"),
+            "description": "One line of what `kvreflash update --events FILE` writes.",
+            "oneOf": [{"$ref": f"#/$defs/{name}"} for name in described],
+            "$defs": {**described, "counts": COUNTS}}
+
+
+SCHEMA_MAKERS = {"content": content, "elements": elements, "plan": plan, "explain": explain, "matrix": matrix,
+                 "check": check, "update": update, "verify": verify, "reboot": reboot, "events": events}
 
 
 def schema_texts():
     """{file name: contents}"""
     return {f"{name}.schema.json": json.dumps(make(), indent=4, ensure_ascii=False) + "\n"
-            for name, make in DOCUMENTS.items()}
+            for name, make in SCHEMA_MAKERS.items()}
 
 
 def main():

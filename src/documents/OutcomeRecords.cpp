@@ -2,23 +2,46 @@
 
 #include "JsonValues.h"
 
+#include <array>
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 namespace KvNReflasher {
 
 using KvNJson::json;
 
+namespace {
+
+/// The code as error reports print it, such as "0x2004".
+std::string hexadecimal(std::uint32_t code) {
+    constexpr int base = 16;
+    std::array<char, 8> digits{};
+    char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), code, base).ptr;
+    std::string text = "0x";
+    return text.append(digits.data(), end);
+}
+
+/// Null for 0, which stands for what is not known.
+template <typename Number>
+json numberOrNull(Number number) {
+    return number != 0 ? json(number) : json();
+}
+
+} // namespace
+
 json errorRecord(const KvTErrorInfo& error) {
     json record = json::makeObject();
     record.set("code", error.code);
+    record.set("codeText", textValue(hexadecimal(error.code)));
     record.set("text", textValue(error.text));
     record.set("originNode", error.originNode);
-    record.set("seconds", error.seconds != 0 ? json(error.seconds) : json());
-    record.set("mainModule", error.mainModule);
-    record.set("subModule", error.subModule);
+    record.set("seconds", numberOrNull(error.seconds));
+    record.set("mainModule", numberOrNull(error.mainModule));
+    record.set("subModule", numberOrNull(error.subModule));
     record.set("function", textValue(error.function));
-    record.set("line", error.line != 0 ? json(error.line) : json());
+    record.set("line", numberOrNull(error.line));
     return record;
 }
 
@@ -55,6 +78,7 @@ json verifiedCounts(const KvTVerification& verification) {
 
 void setOutcome(json& record, const KvTElementOutcome& outcome) {
     record.set("outcome", codeOf(outcome.result));
+    record.set("reason", textValue(outcome.reason));
     record.set("failedCall", codeOrNull(outcome.failedCall));
     record.set("state", valueOrNull(outcome.state));
     record.set("message", textValue(outcome.message));

@@ -2,11 +2,10 @@
 #include "ElementRecords.h"
 #include "JsonValues.h"
 #include "KvDocuments.h"
-#include "PlanMembers.h"
 
 #include <cstdint>
 
-// What is on the target, what an update does to it, and why.
+// What is on the target, and why a plan decides what it does.
 
 namespace KvNReflasher {
 
@@ -31,12 +30,6 @@ std::string elementsDocument(const KvTPlan* plan, const KvTVerdict& verdict) {
     if (plan != nullptr) {
         document.set("elements", listOf(plan->elements, plannedElementRecord));
     }
-    return documentText(document);
-}
-
-std::string planDocument(const KvTPlan* plan, const std::vector<KvTArchiveEntry>& entries, const KvTVerdict& verdict) {
-    json document = framedDocument("plan", verdict);
-    setPlanMembers(document, plan, &entries, plannedElementRecord);
     return documentText(document);
 }
 

@@ -1,9 +1,9 @@
+#include "ArchiveRecords.h"
 #include "DocumentFrame.h"
 #include "ElementRecords.h"
 #include "JsonValues.h"
 #include "KvDocuments.h"
 #include "OutcomeRecords.h"
-#include "PlanMembers.h"
 
 #include <cstdint>
 #include <vector>
@@ -70,6 +70,17 @@ private:
     std::vector<const KvTVerifiedElement*> verified_;
 };
 
+void setPlanMembers(json& document, const KvTSessionRecord& session) {
+    const KvTPlan& plan = *session.plan;
+    document.set("archive", plan.archive ? identityRecord(*plan.archive) : json());
+    document.set("targetAddress", textValue(plan.targetAddress));
+    document.set("supported", plan.supported);
+    document.set("unsupportedElements",
+                 listOf(plan.unsupportedElements, [](std::uint32_t index) { return json(index); }));
+    document.set("phaseCount", plan.phaseCount);
+    document.set("elements", listOf(plan.elements, ElementReports(session)));
+}
+
 void setOutcomeMembers(json& document, const KvTOutcome& outcome) {
     document.set("stage", codeOf(outcome.stage));
     document.set("fileOutcomes", listOf(outcome.files, fileOutcomeRecord));
@@ -81,7 +92,10 @@ void setOutcomeMembers(json& document, const KvTOutcome& outcome) {
 std::string reportDocument(const KvTSessionRecord& session, const KvTReportFacts& facts) {
     json document = framedDocument(facts.command, session.verdict);
     setFacts(document, facts, session.plan);
-    setPlanMembers(document, session.plan, session.entries, ElementReports(session));
+    document.set("files", session.entries != nullptr ? listOf(*session.entries, entryRecord) : json::makeArray());
+    if (session.plan != nullptr) {
+        setPlanMembers(document, session);
+    }
     if (session.outcome != nullptr) {
         setOutcomeMembers(document, *session.outcome);
     }

@@ -166,6 +166,7 @@ KvTOutcome sampleOutcome() {
                                    .subModule = 5,
                                    .function = "flash",
                                    .line = 66}};
+    outcome.elements[0].reason = "updateErrors2: 0x4d: Flash \"worn\"";
     outcome.elements[2].result = KvEResult::updated;
     outcome.elements[2].message = "written twice";
     outcome.files = {

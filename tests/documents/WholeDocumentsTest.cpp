@@ -17,7 +17,7 @@ namespace {
 using namespace KvNReflasher;
 
 struct DocumentRow {
-    /// Name of the file, which begins with that of the schema.
+    /// Name of the file of expected/, which begins with that of the schema.
     const char* name;
     std::string (*document)();
 };
@@ -40,19 +40,23 @@ KvTMatrixTarget failedTarget() {
     return {.folder = "racks/two", .address = "", .verdict = noTarget, .plan = std::nullopt};
 }
 
-std::string plan() {
-    return planDocument(std::make_unique<KvTPlan>(samplePlan()).get(), sampleContent().entries, noSupport);
-}
-
 /// In the modes without an archive.
-std::string elements() {
+KvTPlan planWithoutArchive() {
     KvTPlan plan = samplePlan();
+    plan.archive.reset();
+    plan.supported = true;
+    plan.unsupportedElements.clear();
+    plan.phaseCount = 0;
     for (KvTPlannedElement& element : plan.elements) {
         element.entry.reset();
         element.decision = {};
         element.phase.reset();
     }
-    return elementsDocument(&plan, success);
+    return plan;
+}
+
+std::string elements() {
+    return elementsDocument(std::make_unique<KvTPlan>(planWithoutArchive()).get(), success);
 }
 
 std::string explain() {
@@ -60,50 +64,104 @@ std::string explain() {
                            success);
 }
 
-std::string report(const std::string& command, bool isVerified) {
-    const KvTPlan plan = samplePlan();
-    const KvTOutcome outcome = sampleOutcome();
-    const KvTVerification verification = sampleVerification();
-    const std::vector<KvTArchiveEntry> entries = sampleContent().entries;
-    const KvTVerdict verdict = {.failure = KvEFailure::elements, .message = "An element failed."};
-    return reportDocument({.verdict = verdict,
-                           .plan = &plan,
-                           .outcome = &outcome,
-                           .verification = isVerified ? &verification : nullptr,
-                           .entries = &entries},
-                          sampleFacts(command, 1));
+/// Nothing was updated.
+KvTOutcome untouched(KvEStage stage) {
+    KvTOutcome outcome;
+    outcome.stage = stage;
+    outcome.elements.resize(samplePlan().elements.size());
+    return outcome;
 }
 
-std::string reportWithoutPlan() {
+std::string plan() {
+    const KvTPlan plan = samplePlan();
+    KvTOutcome outcome = untouched(KvEStage::ended);
+    outcome.elements[0].result = KvEResult::notStarted;
+    outcome.elements[2].result = KvEResult::notStarted;
+    const std::vector<KvTArchiveEntry> entries = sampleContent().entries;
+    return reportDocument({.verdict = noSupport, .plan = &plan, .outcome = &outcome, .entries = &entries},
+                          sampleFacts("plan", 2));
+}
+
+std::string planWithoutTarget() {
     const KvTOutcome outcome;
-    return reportDocument({.verdict = noTarget, .outcome = &outcome}, sampleFacts("update", 4));
+    const std::vector<KvTArchiveEntry> entries = sampleContent().entries;
+    return reportDocument({.verdict = noTarget, .outcome = &outcome, .entries = &entries}, sampleFacts("plan", 4));
+}
+
+std::string verified(const std::string& command, const KvTOutcome& outcome, const KvTVerdict& verdict, int exitCode) {
+    const KvTPlan plan = samplePlan();
+    const KvTVerification verification = sampleVerification();
+    const std::vector<KvTArchiveEntry> entries = sampleContent().entries;
+    return reportDocument(
+        {.verdict = verdict, .plan = &plan, .outcome = &outcome, .verification = &verification, .entries = &entries},
+        sampleFacts(command, exitCode));
+}
+
+std::string update() {
+    return verified("update", sampleOutcome(), {.failure = KvEFailure::elements, .message = "An element failed."}, 1);
+}
+
+std::string updateWithoutPlan() {
+    return reportDocument({.verdict = {.failure = KvEFailure::output, .message = "cannot write 'r.html'"}},
+                          sampleFacts("update", 1));
+}
+
+std::string verify() {
+    return verified("verify", untouched(KvEStage::ended),
+                    {.failure = KvEFailure::verification, .message = "1 different"}, 6);
+}
+
+std::string reboot() {
+    const KvTPlan plan = planWithoutArchive();
+    const KvTOutcome outcome = untouched(KvEStage::rebooted);
+    KvTReportFacts facts = sampleFacts("reboot", 0);
+    facts.archiveFolder.clear();
+    return reportDocument({.verdict = success, .plan = &plan, .outcome = &outcome}, facts);
+}
+
+/// One of each.
+std::string events() {
+    const std::string time = "2026-03-01T12:34:56.789Z";
+    const KvTPlan plan = samplePlan();
+    const KvTPlannedElement& element = plan.elements.front();
+    const std::string reason = sampleOutcome().elements.front().reason;
+    const KvTVerdict verdict = {.failure = KvEFailure::elements, .message = "An element failed."};
+    return runBeginEvent(time, sampleFacts("update", 1)) + planEvent(time, plan) + lockedEvent(time) +
+           phaseEvent(time, 0) + progressEvent(time, 100) + transferEvent(time, "netz-\u00FC.ini", 0, true) +
+           elementStartEvent(time, element) + elementErrorEvent(time, element, reason) +
+           elementEndEvent(time, element, false, KvEResult::failed, reason) + unlockedEvent(time, true) +
+           verifyEvent(time, sampleVerification(), {.failure = KvEFailure::verification, .message = "1 different"}) +
+           runEndEvent(time, verdict, 1);
 }
 
 const std::vector<DocumentRow>& documentRows() {
     static const std::vector<DocumentRow> all = {
-        {"content", [] { return contentDocument(sampleContent(), success); }},
-        {"content.refused", [] { return contentDocument(refusedContent(), refusedContent().verdict); }},
-        {"check", [] { return checkDocument(sampleFindings(), "archive/archive.json", refusedContent().verdict); }},
-        {"check.nothing", [] { return checkDocument({}, "archive/archive.json", success); }},
-        {"elements", elements},
-        {"elements.no-plan", [] { return elementsDocument(nullptr, noTarget); }},
-        {"plan", plan},
-        {"plan.no-plan", [] { return planDocument(nullptr, sampleContent().entries, noTarget); }},
-        {"explain", explain},
-        {"explain.no-plan", [] { return explainDocument(nullptr, {}, {}, noTarget); }},
-        {"matrix",
+        {"content.json", [] { return contentDocument(sampleContent(), success); }},
+        {"content.refused.json", [] { return contentDocument(refusedContent(), refusedContent().verdict); }},
+        {"check.json",
+         [] { return checkDocument(sampleFindings(), "archive/archive.json", refusedContent().verdict); }},
+        {"check.nothing.json", [] { return checkDocument({}, "archive/archive.json", success); }},
+        {"elements.json", elements},
+        {"elements.no-plan.json", [] { return elementsDocument(nullptr, noTarget); }},
+        {"explain.json", explain},
+        {"explain.no-plan.json", [] { return explainDocument(nullptr, {}, {}, noTarget); }},
+        {"matrix.json",
          [] {
              return matrixDocument(sampleContent(), {plannedTarget(), failedTarget()}, noTarget);
          }},
-        {"matrix.refused", [] { return matrixDocument(refusedContent(), {}, refusedContent().verdict); }},
-        {"report.plan", [] { return report("plan", false); }},
-        {"report.update", [] { return report("update", true); }},
-        {"report.no-plan", reportWithoutPlan}};
+        {"matrix.refused.json", [] { return matrixDocument(refusedContent(), {}, refusedContent().verdict); }},
+        {"plan.json", plan},
+        {"plan.no-target.json", planWithoutTarget},
+        {"update.json", update},
+        {"update.no-plan.json", updateWithoutPlan},
+        {"verify.json", verify},
+        {"reboot.json", reboot},
+        {"events.jsonl", events}};
     return all;
 }
 
 std::string pathOf(const DocumentRow& row) {
-    return std::string(KV_EXPECTED_DOCUMENTS) + "/" + row.name + ".json";
+    return std::string(KV_EXPECTED_DOCUMENTS) + "/" + row.name;
 }
 
 std::string expectedDocument(const DocumentRow& row) {

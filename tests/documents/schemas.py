@@ -10,9 +10,11 @@ import jsonschema
 PROJECT = Path(__file__).resolve().parents[2]
 SCHEMAS = PROJECT / "docs" / "schemas"
 
-# Of the documents that are written, and of what is read.
-NAMES = ("content", "elements", "plan", "explain", "matrix", "check", "report", "events")
+# Of what is written, and of what is read.
+NAMES = ("content", "elements", "plan", "explain", "matrix", "check", "update", "verify", "reboot", "events")
 READ_NAMES = ("archive",)
+# The part of a schema for events that this version does not write.
+OTHER_EVENT = "otherEvent"
 
 
 def schema_of(name):
@@ -32,11 +34,18 @@ def objects_in(schema):
 
 
 def closed(schema):
-    """The same schema without room for other members."""
+    """The same schema without room for other members and events."""
     schema = copy.deepcopy(schema)
+    if schema.get("$defs", {}).pop(OTHER_EVENT, None):
+        schema["oneOf"].remove({"$ref": f"#/$defs/{OTHER_EVENT}"})
     for described in list(objects_in(schema)):
         described["additionalProperties"] = False
     return schema
+
+
+def validator_of(name):
+    """Knows this one file, as readers do."""
+    return jsonschema.Draft202012Validator(schema_of(name))
 
 
 def strict_validator_of(name):
@@ -55,14 +64,23 @@ def objects_of(value):
             yield from objects_of(item)
 
 
-def spoilt_versions(document, never_required=()):
+def spoilt_versions(document):
     """Copies of a document, each with one member missing, added, or of a wrong type."""
     for number, shape in enumerate(objects_of(document)):
-        changes = [(key, "retype") for key in shape] + [(key, "drop") for key in shape if key not in never_required]
-        for change in [*changes, ("surplus", "retype")]:
-            spoilt = copy.deepcopy(document)
-            spoil(next(found for index, found in enumerate(objects_of(spoilt)) if index == number), *change)
-            yield spoilt
+        for change in [*((key, how) for key in shape for how in ("retype", "drop")), ("surplus", "retype")]:
+            yield with_change(document, number, *change)
+
+
+def extended_versions(document):
+    """Copies of a document, each with a member more."""
+    for number, _ in enumerate(objects_of(document)):
+        yield with_change(document, number, "surplus", "retype")
+
+
+def with_change(document, number, key, how):
+    changed = copy.deepcopy(document)
+    spoil(next(found for index, found in enumerate(objects_of(changed)) if index == number), key, how)
+    return changed
 
 
 def spoil(found, key, how):

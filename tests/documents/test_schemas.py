@@ -2,7 +2,10 @@
 
 import json
 import re
+import shutil
+import subprocess
 import sys
+import tempfile
 import unittest
 from pathlib import Path
 
@@ -12,19 +15,27 @@ except ImportError:
     raise SystemExit("python3-jsonschema is missing (a Debian package)") from None
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
-from schemas import (NAMES, PROJECT, READ_NAMES, SCHEMAS, objects_in, schema_of, spoilt_versions,  # noqa: E402
-                     strict_validator_of)
+from schemas import (NAMES, PROJECT, READ_NAMES, SCHEMAS, closed, extended_versions, objects_in,  # noqa: E402
+                     schema_of, spoilt_versions, strict_validator_of, validator_of)
 
 EXPECTED = Path(__file__).resolve().parent / "expected"
 TYPES = {"std::uint32_t": "integer", "std::wstring": "string", "std::string": "string", "bool": "boolean"}
 # Numbers of the query record that stand for a flag.
 FLAGS = ("custom", "hasArchiveFile")
+# The documents of sessions, which have the same members.
+SESSIONS = ("plan", "update", "verify", "reboot")
+
+
+def texts_of(path):
+    """The documents of a file: one, or one in each line."""
+    text = path.read_text(encoding="utf-8")
+    return text.splitlines() if path.suffix == ".jsonl" else [text]
 
 
 def expected_documents():
     """[(name, schema, document)]: the name of a file begins with that of the schema."""
-    return [(path.stem, path.name.split(".")[0], json.loads(path.read_text(encoding="utf-8")))
-            for path in sorted(EXPECTED.iterdir())]
+    return [(path.name, path.name.split(".")[0], json.loads(text))
+            for path in sorted(EXPECTED.iterdir()) for text in texts_of(path)]
 
 
 def fields_of(record):
@@ -39,6 +50,23 @@ def info_fields():
     """The texts that the query of the archive's information fills."""
     header = (PROJECT / "include" / "KvIReflasher.h").read_text(encoding="utf-8")
     return re.findall(r"std::wstring& (\w+)", re.search(r"void getArchiveInfo\((.*?)\)", header, re.DOTALL).group(1))
+
+
+def words_of_the_sources():
+    """Every word of every enumeration, but for "none", which documents write as null."""
+    code = (PROJECT / "src" / "documents" / "DocumentCodes.cpp").read_text(encoding="utf-8")
+    tables = re.findall(r"wordsUpTo<\w+::\w+>\((.*?)\);", code, re.DOTALL)
+    return {word for table in tables for word in re.findall(r'"([^"]*)"', table)} - {"none"}
+
+
+def words_of_the_schemas():
+    return {word for name in NAMES for words in values_of("enum", closed(schema_of(name))) for word in words} - {None}
+
+
+def events_of_the_schema():
+    """{name: members} of each event that is written."""
+    described = [part["properties"] for part in closed(schema_of("events"))["$defs"].values()]
+    return {members["event"]["const"]: set(members) for members in described if "event" in members}
 
 
 def values_of(key, schema):
@@ -96,11 +124,28 @@ class SchemasTest(unittest.TestCase):
 
     def test_the_records_have_the_fields_of_the_query_records(self):
         self.assertEqual(len(fields_of("KvTUpdateElementInfo")), 20)
-        for name in ("elements", "plan", "explain", "matrix", "report"):
+        for name in ("elements", "explain", "matrix", *SESSIONS):
             self.check_record(name, "element", fields_of("KvTUpdateElementInfo"))
-        for name in ("content", "plan", "report"):
+        for name in ("content", *SESSIONS):
             self.check_record(name, "entry", fields_of("KvTArchiveFileInfo"))
             self.check_record(name, "archive", [(field, "string") for field in info_fields()])
+
+    def test_the_documents_of_sessions_have_the_same_members(self):
+        plan = schema_of("plan")
+        for name in SESSIONS:
+            schema = schema_of(name)
+            self.assertEqual(list(schema["properties"]), list(plan["properties"]))
+            self.assertEqual(schema["$defs"], plan["$defs"])
+            self.assertEqual(schema["properties"]["format"]["properties"]["name"]["const"], f"kvreflash.{name}")
+
+    def test_the_words_are_those_of_the_sources(self):
+        self.assertEqual(words_of_the_schemas(), words_of_the_sources() | {"update", "leave"})
+
+    def test_an_event_of_a_later_version_is_for_readers_to_ignore(self):
+        later = {"time": "2026-03-01T12:34:56.789Z", "event": "pause", "seconds": 3}
+        validator_of("events").validate(later)
+        self.assertFalse(strict_validator_of("events").is_valid(later))
+        self.assertFalse(validator_of("events").is_valid({**later, "event": "phase"}), "it has no value")
 
     def test_the_page_on_documents_names_every_word(self):
         text = (PROJECT / "docs" / "documents.md").read_text(encoding="utf-8")
@@ -118,24 +163,51 @@ class ExpectedDocumentsTest(unittest.TestCase):
             with self.subTest(name):
                 strict_validator_of(schema).validate(document)
 
+    def test_each_schema_validates_alone_as_a_file(self):
+        for name in NAMES:
+            with self.subTest(name), tempfile.TemporaryDirectory() as folder:
+                shutil.copy(SCHEMAS / f"{name}.schema.json", folder)
+                documents = [document for _, schema, document in expected_documents() if schema == name]
+                self.assertTrue(documents)
+                self.assertEqual(self.validate_in(folder, name, documents), 0)
+                self.assertNotEqual(self.validate_in(folder, name, [{}]), 0)
+
+    def validate_in(self, folder, name, documents):
+        """The exit code of the package's own program, which sees this folder alone."""
+        instances = []
+        for number, document in enumerate(documents):
+            Path(folder, f"{number}.json").write_text(json.dumps(document), encoding="utf-8")
+            instances += ["-i", f"{number}.json"]
+        return subprocess.run([sys.executable, "-m", "jsonschema", *instances, f"{name}.schema.json"], cwd=folder,
+                              capture_output=True, check=False).returncode
+
     def test_spoilt_ones_do_not(self):
         tried = 0
         for name, schema, document in expected_documents():
             validator = strict_validator_of(schema)
-            never_required = ("files",) if schema == "report" else ()
-            for spoilt in spoilt_versions(document, never_required):
+            for spoilt in spoilt_versions(document):
                 self.assertFalse(validator.is_valid(spoilt), f"{name}: {spoilt}")
                 tried += 1
-        self.assertGreater(tried, 2000)
+        self.assertGreater(tried, 3000)
+
+    def test_readers_accept_a_member_that_is_not_described_and_tests_refuse_it(self):
+        tried = 0
+        for name, schema, document in expected_documents():
+            validator, strict_validator = validator_of(schema), strict_validator_of(schema)
+            for extended in extended_versions(document):
+                validator.validate(extended)
+                self.assertFalse(strict_validator.is_valid(extended), f"{name}: {extended}")
+                tried += 1
+        self.assertGreater(tried, 150)
 
     def test_they_have_every_member_of_the_schemas(self):
         for name in set(NAMES) - {"events"}:
             found = {key for _, schema, document in expected_documents() if schema == name for key in document}
             self.assertEqual(found, set(schema_of(name)["properties"]), name)
 
-    def test_a_report_of_a_plan_is_a_plan_with_more(self):
-        document = next(document for name, _, document in expected_documents() if name == "report.plan")
-        jsonschema.Draft202012Validator(schema_of("plan")).validate(document)
+    def test_they_have_every_event(self):
+        found = {document["event"]: set(document) for _, schema, document in expected_documents() if schema == "events"}
+        self.assertEqual(found, events_of_the_schema())
 
 
 if __name__ == "__main__":

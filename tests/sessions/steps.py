@@ -18,6 +18,8 @@ RETURN_SIGN = "\u240d\n".encode()
 # The library's version, in its banner or alone as `version` prints it.
 VERSION_SIGN = b"{version}"
 PRINTED_VERSION = cases.printed_version().encode()
+# When something of a document or an event was.
+TIME = re.compile(rb'("(?:begin|end|time)": ?)"[0-9-]+T[0-9:.]+Z"')
 
 
 class Mismatch(Exception):
@@ -114,7 +116,7 @@ class Session:
     def produced(self, name):
         path = self.scratch / name
         data = self.runner.fold(path.read_bytes()) if path.exists() else b""
-        return data.replace(str(self.scratch).encode(), b"{scratch}")
+        return TIME.sub(rb'\1"{time}"', data.replace(str(self.scratch).encode(), b"{scratch}"))
 
     def expected(self, name):
         path = self.case.folder / name
@@ -141,8 +143,8 @@ class Session:
     def write_expected(self, name, data):
         path = self.case.folder / name
         if data:
-            data = re.sub(rb"^(.*Tool, Vs )?" + re.escape(PRINTED_VERSION) + rb"$", rb"\g<1>" + VERSION_SIGN, data,
-                          flags=re.MULTILINE)
+            data = re.sub(rb'(^|Tool, Vs |"toolVersion": ?")' + re.escape(PRINTED_VERSION) + rb'(?=$|\\n|",)',
+                          rb"\g<1>" + VERSION_SIGN, data, flags=re.MULTILINE)
             path.write_bytes(data.replace(b"\r", RETURN_SIGN))
         else:
             path.unlink(missing_ok=True)

@@ -323,11 +323,16 @@ private:
     std::mt19937 engine_;
 };
 
-/// What a run says, whatever the rack is called.
+/// What a run says, whatever the rack is called and whenever it ran.
 std::string toldOf(const ToolRun& run, const std::string& rack) {
     std::string text = std::to_string(run.exitCode) + "\n" + run.output + "\n" + run.errors;
     for (std::size_t place = text.find(rack); place != std::string::npos; place = text.find(rack, place)) {
         text.replace(place, rack.size(), "RACK");
+    }
+    for (const char* const key : {"\n    \"begin\": ", "\n    \"end\": "}) {
+        if (const std::size_t place = text.find(key); place != std::string::npos) {
+            text.erase(place, text.find('\n', place + 1) - place);
+        }
     }
     return text;
 }

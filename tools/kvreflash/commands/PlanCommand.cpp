@@ -1,6 +1,5 @@
 #include "PlanCommand.h"
 
-#include "KvDocuments.h"
 #include "SessionResult.h"
 #include "ToolOutput.h"
 
@@ -11,7 +10,7 @@ ExitCode PlanCommand::run() {
     SessionResult result = resultOfPlan("plan", session, report);
     result.writeReport(report);
     if (json.isWanted) {
-        writeText(stdout, planDocument(session->plan(), session->archiveEntries(), result.verdict));
+        writeText(stdout, documentOf(result.report()));
     }
     return conclude(result.verdict);
 }

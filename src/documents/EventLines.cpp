@@ -1,0 +1,125 @@
+#include "DocumentFrame.h"
+#include "JsonValues.h"
+#include "KvDocuments.h"
+#include "OutcomeRecords.h"
+
+#include <algorithm>
+#include <cstdint>
+
+// The lines of events.
+
+namespace KvNReflasher {
+
+using KvNJson::json;
+
+namespace {
+
+json eventRecord(const std::string& time, const char* name) {
+    json event = json::makeObject();
+    event.set("time", textValue(time));
+    event.set("event", name);
+    return event;
+}
+
+/// One that has a number.
+json numberEvent(const std::string& time, const char* name, std::uint32_t value) {
+    json event = eventRecord(time, name);
+    event.set("value", value);
+    return event;
+}
+
+json elementEvent(const std::string& time, const char* name, const KvTPlannedElement& element) {
+    json event = numberEvent(time, name, element.index);
+    event.set("name", textValue(element.displayName));
+    return event;
+}
+
+std::string lineOf(const json& event) {
+    return event.dump(-1, ' ', false, KvNJson::error_handler_t::replace) + "\n";
+}
+
+} // namespace
+
+std::string runBeginEvent(const std::string& time, const KvTReportFacts& facts) {
+    json event = eventRecord(time, "runBegin");
+    event.set("command", textValue(facts.command));
+    event.set("toolVersion", textValue(facts.toolVersion));
+    event.set("target", textValue(facts.target));
+    event.set("archiveFolder", textValue(facts.archiveFolder));
+    return lineOf(event);
+}
+
+std::string planEvent(const std::string& time, const KvTPlan& plan) {
+    const auto isUpdated = [](const KvTPlannedElement& element) { return element.decision.update; };
+    const auto updates = std::count_if(plan.elements.begin(), plan.elements.end(), isUpdated);
+    json event = eventRecord(time, "plan");
+    event.set("phaseCount", plan.phaseCount);
+    event.set("updates", static_cast<std::uint64_t>(updates));
+    event.set("supported", plan.supported);
+    event.set("targetAddress", textValue(plan.targetAddress));
+    return lineOf(event);
+}
+
+std::string lockedEvent(const std::string& time) {
+    return lineOf(eventRecord(time, "locked"));
+}
+
+std::string phaseEvent(const std::string& time, std::uint32_t number) {
+    return lineOf(numberEvent(time, "phase", number));
+}
+
+std::string progressEvent(const std::string& time, std::uint32_t percent) {
+    return lineOf(numberEvent(time, "progress", percent));
+}
+
+std::string transferEvent(const std::string& time, const std::string& fileName, std::uint32_t phase, bool succeeded) {
+    json event = eventRecord(time, "transfer");
+    event.set("file", textValue(fileName));
+    event.set("phase", phase);
+    event.set("succeeded", succeeded);
+    return lineOf(event);
+}
+
+std::string elementStartEvent(const std::string& time, const KvTPlannedElement& element) {
+    json event = elementEvent(time, "elementStart", element);
+    event.set("address", textValue(element.address));
+    event.set("file", element.entry ? textValue(element.entry->fileName) : json(""));
+    return lineOf(event);
+}
+
+std::string elementErrorEvent(const std::string& time, const KvTPlannedElement& element, const std::string& reason) {
+    json event = elementEvent(time, "elementError", element);
+    event.set("reason", textValue(reason));
+    return lineOf(event);
+}
+
+std::string elementEndEvent(const std::string& time, const KvTPlannedElement& element, bool succeeded, KvEResult result,
+                            const std::string& reason) {
+    json event = elementEvent(time, "elementEnd", element);
+    event.set("succeeded", succeeded);
+    event.set("result", codeOf(result));
+    event.set("reason", textValue(reason));
+    return lineOf(event);
+}
+
+std::string unlockedEvent(const std::string& time, bool succeeded) {
+    json event = eventRecord(time, "unlocked");
+    event.set("succeeded", succeeded);
+    return lineOf(event);
+}
+
+std::string verifyEvent(const std::string& time, const KvTVerification& verification, const KvTVerdict& verdict) {
+    json event = eventRecord(time, "verify");
+    event.set("counts", verifiedCounts(verification));
+    event.set("failure", codeOrNull(verdict.failure));
+    return lineOf(event);
+}
+
+std::string runEndEvent(const std::string& time, const KvTVerdict& verdict, int exitCode) {
+    json event = eventRecord(time, "runEnd");
+    setVerdict(event, verdict);
+    event.set("exitCode", static_cast<std::uint32_t>(exitCode));
+    return lineOf(event);
+}
+
+} // namespace KvNReflasher
