@@ -18,9 +18,9 @@ namespace {
 std::string hexadecimal(std::uint32_t code) {
     constexpr int base = 16;
     std::array<char, 8> digits{};
-    const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), code, base).ptr;
+    char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), code, base).ptr;
     std::string text = "0x";
-    return text.append(digits.data(), static_cast<std::size_t>(end - digits.data()));
+    return text.append(digits.data(), end);
 }
 
 /// Null for 0, which stands for what is not known.

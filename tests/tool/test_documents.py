@@ -144,6 +144,81 @@ class DocumentsTest(ScratchTest):
         document = self.report("update", archive, rack, "-e", "UserIpl", "--verify", "--reboot")
         self.assertGreater(self.check_spoilt("update", document), 100)
 
+    def test_a_json_report_is_the_document_of_its_command(self):
+        archive, rack = self.lay_out_examples()
+        file = self.scratch / "report.json"
+        for command, options in (("plan", ()), ("verify", ()), ("update", ("--verify",)), ("plan", ("-d", "none"))):
+            with self.subTest(command, options=options):
+                done = run(command, "-a", archive, "-t", "127.0.0.1", "--emulate", rack, "--json", "--report", file,
+                           *options)
+                self.assertEqual(done.output.decode(), file.read_text(encoding="utf-8"))
+
+    def test_updates_keep_to_the_schema(self):
+        archive, rack = self.lay_out_examples()
+        target = ("-t", "127.0.0.1", "--emulate", rack)
+        document = self.document("update", "--json", "-a", archive, *target)
+        self.assertEqual((document["stage"], document["exitCode"]), ("ended", 0))
+        self.assertIn("updated", {element["outcome"] for element in document["elements"]})
+        self.assertNotIn("elements", self.document("update", "--json", "-a", self.scratch / "missing", *target))
+        refused = self.document("update", "--json", "-a", archive, *target, "-b", "QB9999")
+        self.assertEqual((refused["failure"], refused["elements"]), ("selection", []))
+
+    def test_reboots_keep_to_the_schema(self):
+        _, rack = self.lay_out_examples()
+        document = self.document("reboot", "--json", "-t", "127.0.0.1", "--emulate", rack)
+        self.assertEqual((document["stage"], document["archive"], document["archiveFolder"], document["files"]),
+                         ("rebooted", None, "", []))
+        self.assertEqual({element["decision"] for element in document["elements"]}, {None})
+        document = self.document("reboot", "--json", "-t", "127.0.0.9", "--emulate", rack)
+        self.assertEqual(document["failure"], "target")
+
+    def test_what_failed_has_its_reason(self):
+        reasons = {}
+        for name in ("events", "update-file-missing", "update-fails-and-cancels-later-phase"):
+            for element in self.report("update", *self.lay_out_case(name))["elements"]:
+                reasons.setdefault(element["outcome"], set()).add(element["reason"])
+        for outcome in ("failed", "cancelled", "file-missing"):
+            self.assertTrue(reasons[outcome])
+            self.assertNotIn("", reasons[outcome])
+        self.assertEqual(reasons["updated"] | reasons["not-planned"], {""})
+
+    def events(self, folders, exit_code, *options):
+        archive, rack = folders
+        file = self.scratch / "events.jsonl"
+        done = run("update", "-a", archive, "-t", "127.0.0.1", "--emulate", rack, "--events", file, *options)
+        self.assertEqual(done.code, exit_code, done.output.decode())
+        events = [json.loads(line) for line in file.read_text(encoding="utf-8").splitlines()]
+        for event in events:
+            strict_validator_of("events").validate(event)
+        return events
+
+    def test_events_keep_to_the_schema(self):
+        events = self.events(self.lay_out_examples(), 0, "--verify") + self.events(self.lay_out_case("events"), 1)
+        self.assertEqual({event["event"] for event in events}, {
+            "runBegin", "plan", "locked", "phase", "progress", "transfer", "elementStart", "elementError", "elementEnd",
+            "unlocked", "verify", "runEnd"})
+        for event in events:
+            self.check_spoilt("events", event)
+
+    def test_events_begin_and_end_with_the_run(self):
+        archive, rack = self.lay_out_examples()
+        missing = self.scratch / "missing"
+        for folder, exit_code, failure in ((archive, 0, None), (missing, 3, "archive")):
+            first, *_, last = self.events((folder, rack), exit_code)
+            self.assertEqual((first["event"], first["command"], first["target"], first["archiveFolder"]),
+                             ("runBegin", "update", "127.0.0.1", str(folder)))
+            self.assertEqual((last["event"], last["exitCode"], last["failure"]), ("runEnd", exit_code, failure))
+
+    def test_events_name_what_failed_and_why(self):
+        folders = self.lay_out_case("events")
+        events = self.events(folders, 1)
+        names = [element["displayName"] for element in self.report("plan", *folders)["elements"]]
+        failed = [event for event in events if event["event"] == "elementError"]
+        self.assertTrue(failed)
+        for event in failed:
+            self.assertEqual(event["name"], names[event["value"]])
+            self.assertTrue(event["reason"])
+
     def test_a_spoilt_document_does_not_keep_to_its_schema(self):
         documents = self.documents(*self.lay_out_case("records-as-json"))
         tried = sum(self.check_spoilt(*found) for found in documents.items())

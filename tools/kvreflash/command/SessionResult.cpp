@@ -26,6 +26,7 @@ void SessionResult::writeReport(const ReportOption* option) {
 }
 
 ExitCode SessionResult::conclude(const ReportOption* reportOption, const JsonOption& json) {
+    end_ = timeText(std::chrono::system_clock::now());
     verdict.add(verdictOfStandardOutput());
     writeReport(reportOption);
     if (json.isWanted) {
@@ -48,7 +49,7 @@ ReportData SessionResult::report() const {
     report.facts = {.command = command,
                     .toolVersion = KvISession::version(),
                     .begin = timeText(session.begin()),
-                    .end = timeText(std::chrono::system_clock::now()),
+                    .end = end_,
                     .target = utf8Of(options.target),
                     .archiveFolder = utf8Of(options.archiveFolder),
                     .exitCode = exitCodeOf(verdict.failure),

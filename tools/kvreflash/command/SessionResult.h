@@ -26,6 +26,9 @@ struct SessionResult {
 
 private:
     void writeReport(const ReportOption* option);
+
+    /// When it was concluded, as all documents state it.
+    std::string end_;
 };
 
 /// Prepares and runs a session that shows a plan, unless its report cannot be written. The verdict includes whether the
