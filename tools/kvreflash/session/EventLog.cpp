@@ -1,6 +1,7 @@
 #include "EventLog.h"
 
 #include "Streams.h"
+#include "ToolOutput.h"
 #include "UserFiles.h"
 
 bool EventLog::open(const std::string& path) {
@@ -9,10 +10,14 @@ bool EventLog::open(const std::string& path) {
 }
 
 void EventLog::write(const char* event, std::uint32_t value) {
-    if (file_ != nullptr) {
-        complete_ = std::fprintf(file_, "{\"event\":\"%s\",\"value\":%u}\n", event, value) > 0 &&
-                    std::fflush(file_) == 0 && complete_;
+    if (file_ == nullptr) {
+        return;
     }
+    std::string line("{\"event\":\"");
+    line.append(event).append("\",\"value\":").append(std::to_string(value)).append("}\n");
+    const bool isWritten =
+        file_ == stderr ? writeToErrors(line) : std::fputs(line.c_str(), file_) >= 0 && std::fflush(file_) == 0;
+    complete_ = isWritten && complete_;
 }
 
 bool EventLog::close() {
