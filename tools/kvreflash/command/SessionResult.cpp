@@ -3,6 +3,7 @@
 #include "ExitCodes.h"
 #include "Texts.h"
 #include "ToolOutput.h"
+#include "UserFiles.h"
 #include "VerificationText.h"
 
 #include <chrono>
@@ -16,9 +17,21 @@ void SessionResult::showVerification() {
     }
 }
 
+void SessionResult::openReport(const ReportOption& option) {
+    if (!option.file) {
+        return;
+    }
+    if (const int error = reportFile.open(filePath(*option.file)); error != 0) {
+        verdict.add({KvEFailure::output, fileFailure("cannot write", *option.file, error)});
+    }
+}
+
 void SessionResult::writeReport(const ReportOption& option) {
-    if (option.file && !writeReportFile(report(), *option.file)) {
-        verdict.add({KvEFailure::output, "cannot write '" + *option.file + "'"});
+    if (!option.file || !reportFile.isOpen()) {
+        return;
+    }
+    if (const int error = reportFile.commit(reportFor(report(), *option.file)); error != 0) {
+        verdict.add({KvEFailure::output, fileFailure("cannot write", *option.file, error)});
     }
 }
 
@@ -42,7 +55,8 @@ ReportData SessionResult::report() const {
 }
 
 SessionResult resultOfPlan(const char* command, ToolSession& session, const ReportOption& option) {
-    SessionResult result{command, session, option.verdictOnFile(), {}};
+    SessionResult result{command, session, {}, {}};
+    result.openReport(option);
     if (result.verdict.isSuccess()) {
         result.verdict = session.prepareAndRun();
     }

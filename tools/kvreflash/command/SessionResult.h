@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KvTOutcome.h"
+#include "ReplacedFile.h"
 #include "Report.h"
 #include "SharedOptions.h"
 #include "ToolSession.h"
@@ -15,10 +17,14 @@ struct SessionResult {
     KvNReflasher::KvTVerdict verdict;
     /// Nothing if the target was not judged.
     std::optional<KvNReflasher::KvTVerification> verification;
+    /// Open while a report is to be written.
+    ReplacedFile reportFile{};
 
     /// Shows the verification and takes its verdict in. Of a command that has failed the class stays.
     void showVerification();
-    /// Writes the report if one is wanted; class output if that fails.
+    /// Opens the file of the report if one is wanted; class output if it cannot be written.
+    void openReport(const ReportOption& option);
+    /// Writes the report if its file is open; class output if that fails.
     void writeReport(const ReportOption& option);
     [[nodiscard]] ReportData report() const;
 };

@@ -2,7 +2,6 @@
 
 #include "EmulatedTargets.h"
 #include "Texts.h"
-#include "UserFiles.h"
 
 #include <cstdio>
 
@@ -80,13 +79,6 @@ void ReportOption::addTo(CommandSyntax& syntax) {
 
 void ReportOption::applyTo(SessionRequest& request) const {
     request.keepsMessages = file.has_value();
-}
-
-KvTVerdict ReportOption::verdictOnFile() const {
-    if (!file || canWriteWholeFile(filePath(*file))) {
-        return {};
-    }
-    return {KvEFailure::output, fileFailure("cannot write", *file)};
 }
 
 void CommonOptions::addTo(CommandSyntax& syntax) {

@@ -44,7 +44,7 @@ public:
 private:
     /// Nothing is done if it cannot be recorded.
     [[nodiscard]] bool opensFiles() {
-        result_.verdict = report_.verdictOnFile();
+        result_.openReport(report_);
         if (result_.verdict.isSuccess()) {
             result_.verdict = session_.openEvents();
         }
