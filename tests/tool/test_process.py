@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """The tool as a process among others: readers that go away, closed streams, arguments that are no text."""
 
+import errno
 import json
 import os
 import resource
@@ -90,7 +91,8 @@ class ProcessTest(ScratchTest):
             folder = self.scratch / name
             done = run("capture", "-t", "127.0.0.1", folder, "--emulate", rack, preexec_fn=forbid_long_files)
             self.assertEqual((done.code, done.output), (1, b""))
-            self.assertEqual(done.errors.decode(), f"kvreflash: '{folder}' cannot take the file target.json\n")
+            self.assertEqual(done.errors.decode(),
+                             f"kvreflash: '{folder}' cannot take the file target.json: {os.strerror(errno.EFBIG)}\n")
             self.assertEqual(folder.exists(), left)
             self.assertEqual(list(folder.glob("*")), [])
 

@@ -1,6 +1,7 @@
 #include "EmulatedFolder.h"
 
 #include "PathTexts.h"
+#include "ReplacedFile.h"
 #include "UserFiles.h"
 
 #include <filesystem>
@@ -22,6 +23,23 @@ std::string faultOf(const std::string& folder, const std::string& reason) {
     return quotedPath(folder) + " " + reason;
 }
 
+/// Why a folder cannot be made, as far as that shows when a file is made in its place and removed again.
+std::string faultOfNewFolder(const std::string& folder) {
+    fs::path path = targetFolderPath(folder);
+    if (!path.has_filename()) {
+        path = path.parent_path(); // a separator at the end
+    }
+    const int error = ReplacedFile().open(path);
+    return error == 0 ? std::string() : faultOf(folder, "cannot be created: " + reasonOf(path, error));
+}
+
+std::string faultOfDescription(const std::string& folder, int error) {
+    std::string reason("cannot take the file ");
+    reason.append(targetDescriptionFile).append(": ");
+    reason.append(reasonOf(targetFolderPath(folder) / targetDescriptionFile, error));
+    return faultOf(folder, reason);
+}
+
 } // namespace
 
 std::string faultOfNewTarget(const std::string& folder) {
@@ -29,7 +47,7 @@ std::string faultOfNewTarget(const std::string& folder) {
     std::error_code fault;
     const fs::file_status status = fs::status(path, fault);
     if (status.type() == fs::file_type::not_found) {
-        return {};
+        return faultOfNewFolder(folder);
     }
     if (status.type() == fs::file_type::none) {
         return faultOf(folder, "cannot be looked at: " + fault.message());
@@ -41,7 +59,11 @@ std::string faultOfNewTarget(const std::string& folder) {
     if (fault) {
         return faultOf(folder, "cannot be looked at: " + fault.message());
     }
-    return isEmpty ? std::string() : faultOf(folder, "exists and is not empty");
+    if (!isEmpty) {
+        return faultOf(folder, "exists and is not empty");
+    }
+    const int error = ReplacedFile().open(path / targetDescriptionFile);
+    return error == 0 ? std::string() : faultOfDescription(folder, error);
 }
 
 std::string writeNewTarget(const std::string& folder, const std::string& description) {
@@ -51,11 +73,16 @@ std::string writeNewTarget(const std::string& folder, const std::string& descrip
     if (fault) {
         return faultOf(folder, "cannot be created: " + fault.message());
     }
-    if (writeWholeFile(path / targetDescriptionFile, description)) {
+    ReplacedFile file;
+    int error = file.open(path / targetDescriptionFile);
+    if (error == 0) {
+        error = file.commit(description);
+    }
+    if (error == 0) {
         return {};
     }
     if (isNew) {
         fs::remove(path, fault);
     }
-    return faultOf(folder, std::string("cannot take the file ") + targetDescriptionFile);
+    return faultOfDescription(folder, error);
 }

@@ -3,7 +3,6 @@
 #include "EmulatedTargets.h"
 #include "PathTexts.h"
 #include "Texts.h"
-#include "UserFiles.h"
 
 #include <cstdio>
 
@@ -95,13 +94,6 @@ void ReportOption::addTo(CommandSyntax& syntax) {
 
 void ReportOption::applyTo(SessionRequest& request) const {
     request.keepsMessages = file.has_value();
-}
-
-KvTVerdict ReportOption::verdictOnFile() const {
-    if (!file || canWriteWholeFile(filePath(*file))) {
-        return {};
-    }
-    return {KvEFailure::output, fileFailure("cannot write", *file)};
 }
 
 void CommonOptions::addTo(CommandSyntax& syntax) {

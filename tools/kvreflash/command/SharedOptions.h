@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ArgumentParser.h"
-#include "KvTOutcome.h"
 #include "ToolSession.h"
 
 #include <optional>
@@ -80,9 +79,6 @@ struct ReportOption final : OptionGroup {
 
     void addTo(CommandSyntax& syntax) override;
     void applyTo(SessionRequest& request) const override;
-
-    /// Class output if the file is wanted and cannot be written. Nothing is changed.
-    [[nodiscard]] KvNReflasher::KvTVerdict verdictOnFile() const;
 };
 
 /// The options of every command.

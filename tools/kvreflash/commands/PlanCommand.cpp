@@ -6,6 +6,7 @@ using namespace KvNReflasher;
 
 ExitCode PlanCommand::run() {
     ToolSession session(request(showUpdatePlan));
-    SessionResult result = resultOfPlan("plan", session, report);
-    return result.conclude(&report, json);
+    SessionResult result("plan", session);
+    showPlan(result, session, report);
+    return result.conclude(json);
 }

@@ -6,10 +6,11 @@ using namespace KvNReflasher;
 
 ExitCode RebootCommand::run() {
     ToolSession session(request(connectOnly));
-    SessionResult result{"reboot", session, session.prepareAndRun(), {}};
+    SessionResult result("reboot", session);
+    result.verdict = session.prepareAndRun();
     if (result.verdict.isSuccess()) {
         session->reboot();
         result.verdict.add(session.verdict());
     }
-    return result.conclude(nullptr, json);
+    return result.conclude(json);
 }

@@ -42,13 +42,13 @@ public:
         }
         result_.verdict.add(session_.verdict());
         lookAgain();
-        return result_.conclude(&report_, json_);
+        return result_.conclude(json_);
     }
 
 private:
     /// Nothing is done if it cannot be recorded.
     [[nodiscard]] bool opensFiles() {
-        result_.verdict = report_.verdictOnFile();
+        result_.openReport(report_);
         if (result_.verdict.isSuccess()) {
             result_.verdict = session_.openEvents();
         }
@@ -149,7 +149,7 @@ private:
     const JsonOption& json_;
     const ArchiveOptions& archive_;
     ToolSession session_;
-    SessionResult result_{"update", session_, {}, {}};
+    SessionResult result_{"update", session_};
     /// run() and what follows it went well.
     bool succeeded_ = false;
 };

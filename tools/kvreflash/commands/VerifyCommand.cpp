@@ -8,11 +8,12 @@ using namespace KvNReflasher;
 
 ExitCode VerifyCommand::run() {
     ToolSession session(request(showUpdatePlan));
-    SessionResult result = resultOfPlan("verify", session, report);
+    SessionResult result("verify", session);
+    showPlan(result, session, report);
     if (session.hasRun()) {
         result.verification = verifyPlan(*session->plan());
         writeText(session.request().textStream, elementsWithoutEntryText(*session->plan()));
         result.showVerification();
     }
-    return result.conclude(&report, json);
+    return result.conclude(json);
 }

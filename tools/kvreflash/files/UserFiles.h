@@ -7,15 +7,10 @@
 /// The path of a file (UTF-8) as files of archives and of users are opened: "\" separates on every system.
 [[nodiscard]] std::filesystem::path filePath(std::string_view utf8);
 
-/// Writes a file that appears under its name once it is complete, and as NAME.new until then: if this fails, what was
-/// there before is still there. What is not a plain file, such as a link or a pipe, is written to as it is. Returns
-/// false if it cannot be written.
-[[nodiscard]] bool writeWholeFile(const std::filesystem::path& path, std::string_view text);
+/// Why something cannot be done with a file, in words; `error` is a value of errno.
+[[nodiscard]] std::string reasonOf(const std::filesystem::path& path, int error);
 
-/// Tries whether such a file could be written; the file itself stays as it is. `errno` states why not, unless it is a
-/// folder.
-[[nodiscard]] bool canWriteWholeFile(const std::filesystem::path& path);
-
-/// A sentence: something cannot be done with a file, and the reason that the system has stated last. `what` is such as
-/// "cannot create".
+/// A sentence: something cannot be done with a file, and why. `what` is such as "cannot create"; `error` is a value of
+/// errno, the current one if it is left out.
+[[nodiscard]] std::string fileFailure(const char* what, const std::string& path, int error);
 [[nodiscard]] std::string fileFailure(const char* what, const std::string& path);

@@ -1,7 +1,6 @@
 #include "Report.h"
 
 #include "ReasonTexts.h"
-#include "UserFiles.h"
 
 #include <algorithm>
 #include <array>
@@ -62,6 +61,6 @@ std::string documentOf(const ReportData& report) {
     return reportDocument(session, report.facts);
 }
 
-bool writeReportFile(const ReportData& report, const std::string& path) {
-    return writeWholeFile(filePath(path), path.ends_with(".json") ? documentOf(report) : reportPage(report));
+std::string reportFor(const ReportData& report, const std::string& path) {
+    return path.ends_with(".json") ? documentOf(report) : reportPage(report);
 }

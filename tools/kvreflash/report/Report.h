@@ -34,6 +34,5 @@ struct ReportData {
 /// The report as the JSON document of its command.
 [[nodiscard]] std::string documentOf(const ReportData& report);
 
-/// Writes the report to a file, whose ending, .html or .json, decides the form. False if it cannot be written; what
-/// becomes of an earlier report then, writeWholeFile() says.
-[[nodiscard]] bool writeReportFile(const ReportData& report, const std::string& path);
+/// The report for a file, whose ending, .html or .json, decides the form.
+[[nodiscard]] std::string reportFor(const ReportData& report, const std::string& path);

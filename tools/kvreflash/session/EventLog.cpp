@@ -2,6 +2,7 @@
 
 #include "Streams.h"
 #include "TimeText.h"
+#include "ToolOutput.h"
 #include "UserFiles.h"
 
 #include <chrono>
@@ -88,7 +89,10 @@ std::string EventLog::lineOf(const KvTEvent& event, const KvISession& session) {
 }
 
 void EventLog::writeLine(const std::string& line) {
-    complete_ = std::fwrite(line.data(), 1, line.size(), file_) == line.size() && std::fflush(file_) == 0 && complete_;
+    const bool isWritten =
+        file_ == stderr ? writeToErrors(line)
+                        : std::fwrite(line.data(), 1, line.size(), file_) == line.size() && std::fflush(file_) == 0;
+    complete_ = isWritten && complete_;
 }
 
 bool EventLog::close() {

@@ -17,7 +17,8 @@ public:
     EventLog& operator=(const EventLog&) = delete;
     ~EventLog() { (void)close(); }
 
-    /// Creates `path` (UTF-8; "-": standard error), emptying an existing file. False when that is not possible.
+    /// Creates `path` (UTF-8; "-": standard error), emptying an existing file. False, with errno, when that is not
+    /// possible; a pipe that nobody reads is not waited for.
     [[nodiscard]] bool open(const std::string& path);
     /// True while lines are written.
     [[nodiscard]] bool isOpen() const { return file_ != nullptr; }

@@ -1,6 +1,7 @@
 #include "RunningUpdate.h"
 
 #include "ExitCodes.h"
+#include "ReplacedFile.h"
 #include "Texts.h"
 #include "ToolOutput.h"
 
@@ -26,6 +27,7 @@ void carryOut(const RunningUpdate::Answer& answer) {
         writeText(stderr, answer.text);
     }
     if (answer.endsTool) {
+        removeTemporaryFiles();
         std::_Exit(exitInterrupted);
     }
 }
@@ -33,6 +35,7 @@ void carryOut(const RunningUpdate::Answer& answer) {
 /// Ends the tool unless its update has ended. The mutex must be held.
 void endUnlessUpdated() {
     if (!hasUpdated) {
+        removeTemporaryFiles();
         std::_Exit(exitInterrupted);
     }
 }
