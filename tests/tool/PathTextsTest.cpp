@@ -17,8 +17,8 @@ struct PathRow {
 TEST(QuotedPath, IsOneWordForTheShell) {
     for (const PathRow& row :
          {PathRow{"rack", "'rack'", "\"rack\""}, PathRow{"", "''", "\"\""},
-          PathRow{"my rack", "'my rack'", "\"my rack\""}, PathRow{"it's $HOME", "'it'\\''s $HOME'", "\"it's $HOME\""},
-          PathRow{"a\\b\\", "'a\\b\\'", "\"a\\b\\\\\""}, PathRow{"\\", "'\\'", "\"\\\\\""},
+          PathRow{"my rack", "'my rack'", "\"my rack\""}, PathRow{"it's $HOME", R"('it'\''s $HOME')", "\"it's $HOME\""},
+          PathRow{"a\\b\\", R"('a\b\')", R"("a\b\\")"}, PathRow{"\\", R"('\')", R"("\\")"},
           PathRow{"gr\xC3\xBCn", "'gr\xC3\xBCn'", "\"gr\xC3\xBCn\""}, PathRow{"a&b%c", "'a&b%c'", "\"a&b%c\""}}) {
         EXPECT_EQ(quotedPath(row.path, posix), row.posix);
         EXPECT_EQ(quotedPath(row.path, windows), row.windows);
