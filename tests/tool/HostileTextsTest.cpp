@@ -164,7 +164,8 @@ std::vector<Place> textPlaces() {
          }},
         {"a hidden element",
          [](const std::string& text) {
-             return hiddenElementsText(std::vector<KvTHiddenElement>{{text, text, {KvEHiddenBy::configuration}}});
+             return hiddenElementsText(
+                 std::vector<KvTHiddenElement>{{text, text, {KvEHiddenBy::configuration}, text, 0, text}});
          }},
         {"a finding", [](const std::string& text) { return findingText({findingOf(text)}, text, text); }},
         {"a verification",

@@ -56,12 +56,13 @@ class UnreadTest(ScratchTest):
         fill(writer)
         return writer
 
-    def start(self, *line, errors, scale="0"):
+    def start(self, *line, errors, scale="0", output=subprocess.PIPE):
         environment = {**os.environ, "KV_TIME_SCALE": scale}
         # pylint: disable-next=consider-using-with
-        process = subprocess.Popen(command_of(*line), env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+        process = subprocess.Popen(command_of(*line), env=environment, stdin=subprocess.DEVNULL, stdout=output,
                                    stderr=errors)
-        self.addCleanup(process.stdout.close)
+        if process.stdout:
+            self.addCleanup(process.stdout.close)
         self.addCleanup(process.wait)
         self.addCleanup(process.kill)
         return process
@@ -104,7 +105,7 @@ class UnreadTest(ScratchTest):
         self.addCleanup(os.close, reader)
         fill(writer)
         expected = run("plan", "-v", *self.line, "--json").errors
-        process = self.start("plan", "-v", *self.line, "--json", errors=writer)
+        process = self.start("plan", "-v", *self.line, "--json", errors=writer, output=subprocess.DEVNULL)
         os.close(writer)
         got = b""
         while piece := os.read(reader, 4096):
