@@ -13,8 +13,8 @@ void EventLog::write(const char* event, std::uint32_t value) {
     if (file_ == nullptr) {
         return;
     }
-    std::string line("{\"event\":\"");
-    line.append(event).append("\",\"value\":").append(std::to_string(value)).append("}\n");
+    std::string line(R"({"event":")");
+    line.append(event).append(R"(","value":)").append(std::to_string(value)).append("}\n");
     const bool isWritten =
         file_ == stderr ? writeToErrors(line) : std::fputs(line.c_str(), file_) >= 0 && std::fflush(file_) == 0;
     complete_ = isWritten && complete_;
