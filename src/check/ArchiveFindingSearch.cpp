@@ -19,6 +19,16 @@ std::vector<KvTOutlinedEntry> entriesOf(const KvCJsonOutline& outline, const KvC
     return entries;
 }
 
+/// Entries that are refused or skipped name files, too.
+std::vector<std::string_view> namesOf(const std::vector<KvTOutlinedEntry>& entries) {
+    std::vector<std::string_view> names;
+    names.reserve(entries.size());
+    for (const KvTOutlinedEntry& entry : entries) {
+        names.push_back(entry.value.find("name").text());
+    }
+    return names;
+}
+
 } // namespace
 
 std::vector<KvNReflasher::KvTFinding> findingsOfArchive(const KvNReflasher::KvTOptions& options) {
@@ -40,7 +50,7 @@ std::vector<KvNReflasher::KvTFinding> findingsOfText(const KvNReflasher::KvTOpti
     const std::string_view description = text ? std::string_view(*text) : std::string_view();
     const KvCJsonOutline outline(description);
     const std::vector<KvTOutlinedEntry> entries = entriesOf(outline, read);
-    KvCFolderFiles folder(options);
+    KvCFolderFiles folder(options, namesOf(entries));
     const KvTCheckedArchive checked{silent, outline, entries, archive, folder};
     KvCFindingList findings;
     read.addTo(findings, outline, description, folder);

@@ -6,15 +6,11 @@
 #include "ForeignPaths.h"
 #include "HeaderComparison.h"
 #include "UpdateFileReaders.h"
-#include "Words.h"
 
-#include <algorithm>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -140,47 +136,13 @@ private:
     std::unordered_map<std::string_view, FileState> states_;
 };
 
-/// The names of update files that the entries of a description have, those that are refused or skipped included.
-class EntryNames {
-public:
-    explicit EntryNames(const std::vector<KvTOutlinedEntry>& entries) {
-        for (const KvTOutlinedEntry& entry : entries) {
-            add(entry.value.find("name").text());
-        }
-    }
-
-    /// True if an entry names `file`, one of `files`. On systems without upper and lower case a name that differs in
-    /// case does, unless the file of exactly that name is there, too.
-    [[nodiscard]] bool contain(const std::string& file, const std::vector<std::string>& files) const {
-        if (names_.contains(file)) {
-            return true;
-        }
-        const auto found = namesByLowerCase_.find(lowerCaseOf(file));
-        return found != namesByLowerCase_.end() && !std::binary_search(files.begin(), files.end(), found->second);
-    }
-
-private:
-    /// A path is taken for the name of its file, in whatever folder.
-    void add(std::string_view name) {
-        name = name.substr(0, name.find('\0'));
-        name = name.substr(name.find_last_of("/\\") + 1);
-        names_.insert(name);
-        namesByLowerCase_.try_emplace(lowerCaseOf(name), name);
-    }
-
-    std::unordered_set<std::string_view> names_;
-    std::unordered_map<std::string, std::string_view> namesByLowerCase_;
-};
-
 void warnOfUnnamedFiles(const KvTCheckedArchive& checked, KvCFindingList& findings) {
     const KvCOutlineValue entries = checked.outline.root().find("files");
     if (entries.kind() != KvEJsonKind::array) {
         return;
     }
-    const EntryNames names(checked.entries);
-    const std::vector<std::string>& files = checked.folder.names();
-    for (const std::string& file : files) {
-        if (!names.contain(file, files) && !checked.folder.isDescription(file)) {
+    for (const std::string& file : checked.folder.unnamed()) {
+        if (!checked.folder.isDescription(file)) {
             findings.warn(KvECheckRule::unnamedFile, entries,
                           "No entry names the file " + inQuotes(file) + " of the archive folder.");
         }

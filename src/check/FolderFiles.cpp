@@ -7,38 +7,68 @@
 #include "KvCFirmwareArchive.h"
 #include "Words.h"
 
-#include <utility>
+#include <algorithm>
+#include <optional>
 
 namespace {
 
 constexpr std::size_t mostDescriptionBytes = std::size_t{64} * 1024 * 1024;
 
+/// The name of the file that a path names, as operating systems see it.
+std::string_view fileNameOf(std::string_view path) {
+    path = path.substr(0, path.find('\0'));
+    return path.substr(path.find_last_of("/\\") + 1);
+}
+
 } // namespace
 
-const std::vector<std::string>& KvCFolderFiles::names() {
-    if (names_) {
-        return *names_;
+KvCFolderFiles::KvCFolderFiles(const KvNReflasher::KvTOptions& options, const std::vector<std::string_view>& entryNames)
+    : options_(options) {
+    for (const std::string_view path : entryNames) {
+        const std::string_view name = fileNameOf(path);
+        entryNames_.insert(name);
+        entryNamesByLowerCase_.try_emplace(lowerCaseOf(name), name);
+    }
+}
+
+void KvCFolderFiles::list() {
+    if (isListed_) {
+        return;
     }
     // Without a folder it is the root.
-    std::vector<std::string> names = filesOfFolder(options_.archiveFolder.empty() ? L"\\" : options_.archiveFolder);
+    const std::vector<std::string> files =
+        filesOfFolder(options_.archiveFolder.empty() ? L"\\" : options_.archiveFolder);
     const std::string description = lowerCaseOf(toUtf8(options_.descriptionFileName).view());
-    std::erase_if(names, [&](const std::string& name) { return lowerCaseOf(name) == description; });
-    std::vector<std::string_view> words(names.begin(), names.end());
-    for (const std::string_view word : words) {
-        bytes_ += word.size();
+    for (const std::string& file : files) {
+        const std::string lowerCase = lowerCaseOf(file);
+        if (entryNames_.contains(file) || lowerCase == description) {
+            continue;
+        }
+        candidates_.push_back(file);
+        candidateBytes_ += file.size();
+        const auto found = entryNamesByLowerCase_.find(lowerCase);
+        if (found == entryNamesByLowerCase_.end() || std::binary_search(files.begin(), files.end(), found->second)) {
+            unnamed_.push_back(file);
+        }
     }
-    words_ = std::move(words);
-    return names_.emplace(std::move(names));
+    candidateWords_.assign(candidates_.begin(), candidates_.end());
+    isListed_ = true;
+}
+
+const std::vector<std::string>& KvCFolderFiles::unnamed() {
+    list();
+    return unnamed_;
 }
 
 std::string_view KvCFolderFiles::nearest(std::string_view name) {
-    static_cast<void>(names());
-    const std::size_t cost = name.size() * bytes_;
+    list();
+    const std::size_t cost = name.size() * candidateBytes_;
     if (cost > budget_) {
         return {};
     }
     budget_ -= cost;
-    return nearestWord(name, words_);
+    // That files are of one kind makes their names no more similar.
+    return nearestWord(name, candidateWords_, name.substr(0, name.rfind('.')).size());
 }
 
 bool KvCFolderFiles::isDescription(const std::string& name) const {

@@ -3,36 +3,48 @@
 #include "KvTOptions.h"
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
-/// The files of an archive folder beside the description. The folder is listed when they are first asked for.
+/// The files of an archive folder that are neither its description nor named by it. The folder is listed when they are
+/// first asked for.
 class KvCFolderFiles {
 public:
-    /// `options` name folder and description, and must outlive the object.
-    explicit KvCFolderFiles(const KvNReflasher::KvTOptions& options) : options_(options) {}
+    /// `options` name folder and description, `entryNames` are the update files that entries name. The options and
+    /// the texts of the names must outlive the object.
+    KvCFolderFiles(const KvNReflasher::KvTOptions& options, const std::vector<std::string_view>& entryNames);
     KvCFolderFiles(const KvCFolderFiles&) = delete;
     KvCFolderFiles& operator=(const KvCFolderFiles&) = delete;
     ~KvCFolderFiles() = default;
 
-    /// Their names (UTF-8) in ascending order; empty if the folder cannot be listed.
-    [[nodiscard]] const std::vector<std::string>& names();
-    /// Returns the file that `name`, which is missing, was most likely meant to be; empty if none has a similar name.
-    /// After very many questions the answer is empty, too, so that the work stays linear.
+    /// The files (UTF-8) that no entry names, in ascending order; empty if the folder cannot be listed. A name that
+    /// differs only in case (of ASCII letters) names a file unless the folder has one of exactly that name: some
+    /// systems take both for one.
+    [[nodiscard]] const std::vector<std::string>& unnamed();
+    /// Returns the file that `name`, which is missing, was most likely meant to be; empty if no file that is not named
+    /// exactly has a similar name. After very many questions the answer is empty, too, so that the work stays linear.
     [[nodiscard]] std::string_view nearest(std::string_view name);
     /// True if the file of this name is another archive description: a *.json file with an array "files". Files of more
     /// than 64 MiB are not looked into.
     [[nodiscard]] bool isDescription(const std::string& name) const;
 
 private:
+    void list();
+
     const KvNReflasher::KvTOptions& options_;
-    std::optional<std::vector<std::string>> names_;
-    /// The same.
-    std::vector<std::string_view> words_;
-    /// How many bytes the names have.
-    std::size_t bytes_ = 0;
+    std::unordered_set<std::string_view> entryNames_;
+    /// One of these names each.
+    std::unordered_map<std::string, std::string_view> entryNamesByLowerCase_;
+    bool isListed_ = false;
+    std::vector<std::string> unnamed_;
+    /// The files that are not named exactly.
+    std::vector<std::string> candidates_;
+    std::vector<std::string_view> candidateWords_;
+    /// How many bytes they have.
+    std::size_t candidateBytes_ = 0;
     /// How many pairs of bytes may still be compared.
     std::size_t budget_ = 100'000'000;
 };

@@ -32,10 +32,9 @@ std::string lowerCaseOf(std::string_view text) {
     return lower;
 }
 
-std::string_view nearestWord(std::string_view word, std::span<const std::string_view> words) {
+std::string_view nearestWord(std::string_view word, std::span<const std::string_view> words, std::size_t size) {
     std::string_view nearest;
-    // A third of a word may be wrong.
-    std::size_t limit = word.size() / 3 + 1;
+    std::size_t limit = size / 3 + 1;
     for (const std::string_view known : words) {
         const std::size_t apart = known.size() > word.size() ? known.size() - word.size() : word.size() - known.size();
         if (apart >= limit || limit > known.size()) {

@@ -78,7 +78,11 @@ std::vector<std::string> preflightFindings(const KvCFirmwareArchive& archive, co
             indices.insert(element.entry->fileIndex);
         }
     }
-    KvCFolderFiles folder(options);
+    std::vector<std::string_view> names;
+    for (const KvTArchiveFile& file : archive.files()) {
+        names.push_back(file.name.view());
+    }
+    KvCFolderFiles folder(options, names);
     std::vector<std::string> findings;
     for (const std::uint32_t index : indices) {
         const KvTArchiveFile& file = archive.files()[index];

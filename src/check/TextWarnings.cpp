@@ -51,13 +51,13 @@ std::string hiddenCharacterOf(std::string_view text) {
     return {};
 }
 
-/// Names of devices, whatever is appended behind a dot.
+/// Names of devices, whatever is appended behind a dot or colon.
 constexpr std::array<std::string_view, 6> devices = {"con", "prn", "aux", "nul", "conin$", "conout$"};
 /// Names of devices that a digit follows.
 constexpr std::array<std::string_view, 2> numberedDevices = {"com", "lpt"};
 
 bool isDeviceName(std::string_view name) {
-    name = name.substr(0, name.find('.'));
+    name = name.substr(0, name.find_first_of(".:"));
     name = name.substr(0, name.find_last_not_of(' ') + 1);
     const std::string word = lowerCaseOf(name);
     const bool isNumbered = !word.empty() && word.back() >= '0' && word.back() <= '9' &&

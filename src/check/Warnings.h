@@ -24,7 +24,7 @@ struct KvTCheckedArchive {
     const std::vector<KvTOutlinedEntry>& entries;
     /// What of it was accepted, with the checksums completed.
     const KvCFirmwareArchive& archive;
-    /// The files beside the description.
+    /// The other files of its folder.
     KvCFolderFiles& folder;
 
     /// The accepted entry as the description writes it.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,5 +14,12 @@
 [[nodiscard]] std::string lowerCaseOf(std::string_view text);
 
 /// The one of `words` that `word` was most likely meant to be: the first one of those that take the fewest changed,
-/// added and removed bytes, upper and lower case (of ASCII) being the same. Empty when none is near.
-[[nodiscard]] std::string_view nearestWord(std::string_view word, std::span<const std::string_view> words);
+/// added and removed bytes, upper and lower case (of ASCII) being the same. Empty when none is near: at most a third of
+/// `size` bytes may be wrong.
+/// @{
+[[nodiscard]] std::string_view nearestWord(std::string_view word, std::span<const std::string_view> words,
+                                           std::size_t size);
+[[nodiscard]] inline std::string_view nearestWord(std::string_view word, std::span<const std::string_view> words) {
+    return nearestWord(word, words, word.size());
+}
+/// @}

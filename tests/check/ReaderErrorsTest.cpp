@@ -260,7 +260,8 @@ TEST_F(Check, ADescriptionThatCannotBeOpenedIsAnError) {
 
 TEST_F(Check, OfWhatIsNoRegularFileTheHintSaysWhatItIs) {
     std::filesystem::create_directory(folder().path() / "folder.bin");
-    const KvTFinding finding = onlyFinding(entryText(goodEntry().set("name", "\"folder.bin\"").remove("checksumCrc32")));
+    const KvTFinding finding =
+        onlyFinding(entryText(goodEntry().set("name", "\"folder.bin\"").remove("checksumCrc32")));
     EXPECT_EQ("checksum-unreadable", finding.code);
     EXPECT_EQ("Cannot read checksum from update file folder.bin.", finding.message);
     EXPECT_EQ("It is a folder, not a regular file.", finding.hint);

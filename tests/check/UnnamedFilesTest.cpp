@@ -83,41 +83,53 @@ TEST_F(UnnamedFiles, ANameInAnotherCaseNamesAFileUnlessItsOwnIsThere) {
     EXPECT_EQ(areTwo ? "unnamed-file" : "", codesOfFolder(text));
 }
 
-class FolderFiles : public CheckTest {};
+/// The folder has "a.bin", which no entry names.
+class FolderFiles : public CheckTest {
+protected:
+    FolderFiles() {
+        for (const char* name : {"archive.json", "qb4120-firmware.kfw", "qb7001-firmware.kfw", "named.bin"}) {
+            folder().write(name, "content");
+        }
+    }
+    KvCFolderFiles files{options(), {"named.bin", "missing.bin"}};
+};
 
-TEST_F(FolderFiles, AreThoseBesideTheDescriptionInOrder) {
-    folder().write("archive.json", "{}");
-    folder().write("c.bin", "content");
-    folder().write("b.bin", "content");
-    KvCFolderFiles files(options());
-    EXPECT_THAT(files.names(), ElementsAre("a.bin", "b.bin", "c.bin"));
+TEST_F(FolderFiles, AreThoseThatNothingNamesInOrder) {
+    EXPECT_THAT(files.unnamed(), ElementsAre("a.bin", "qb4120-firmware.kfw", "qb7001-firmware.kfw"));
     folder().write("d.bin", "content");
-    EXPECT_THAT(files.names(), testing::SizeIs(3)) << "the folder is listed once";
+    EXPECT_THAT(files.unnamed(), testing::SizeIs(3)) << "the folder is listed once";
 }
 
 TEST_F(FolderFiles, AFolderThatIsMissingHasNone) {
-    KvNReflasher::KvTOptions missing = options();
-    missing.archiveFolder += L"/missing";
-    KvCFolderFiles files(missing);
-    EXPECT_THAT(files.names(), IsEmpty());
-    EXPECT_EQ("", files.nearest("a.bin"));
+    KvNReflasher::KvTOptions elsewhere = options();
+    elsewhere.archiveFolder += L"/missing";
+    KvCFolderFiles missing(elsewhere, {});
+    EXPECT_THAT(missing.unnamed(), IsEmpty());
+    EXPECT_EQ("", missing.nearest("a.bin"));
 }
 
 TEST_F(FolderFiles, TheNearestNameIsSuggested) {
-    folder().write("qb4120-firmware.kfw", "content");
-    folder().write("qb7001-firmware.kfw", "content");
-    KvCFolderFiles files(options());
     EXPECT_EQ("qb4120-firmware.kfw", files.nearest("qb4120-fimrware.kfw"));
     EXPECT_EQ("qb7001-firmware.kfw", files.nearest("QB7001-Firmware.kfw"));
+    EXPECT_EQ("qb7001-firmware.kfw", files.nearest("qb7001-firmware.kwf"));
     EXPECT_EQ("", files.nearest("something-else.cfg"));
     EXPECT_EQ("Did you mean \"qb7001-firmware.kfw\"?", suggestionFor("qb7001-firmware", files));
     EXPECT_EQ("", suggestionFor("something-else.cfg", files));
 }
 
+TEST_F(FolderFiles, WhatAnEntryNamesWasNotMeantByAnother) {
+    EXPECT_EQ("", files.nearest("namer.bin"));
+    EXPECT_EQ("named.bin", KvCFolderFiles(options(), {"namer.bin"}).nearest("namer.bin"));
+}
+
+TEST_F(FolderFiles, AnExtensionMakesShortNamesNoMoreSimilar) {
+    EXPECT_EQ("", files.nearest("x.bin"));
+    EXPECT_EQ("a.bin", files.nearest("A.bin"));
+}
+
 TEST_F(FolderFiles, AfterVeryManyQuestionsNothingIsSuggested) {
     const std::string name = std::string(200, 'x') + ".bin";
     folder().write(name, "content");
-    KvCFolderFiles files(options());
     std::string asked = name;
     asked[7] = 'y';
     std::size_t answers = 0;
@@ -130,7 +142,6 @@ TEST_F(FolderFiles, AfterVeryManyQuestionsNothingIsSuggested) {
 
 TEST_F(FolderFiles, ALargeFileIsNotLookedInto) {
     folder().write("large.json", R"({"files": []})");
-    KvCFolderFiles files(options());
     EXPECT_TRUE(files.isDescription("large.json"));
     std::filesystem::resize_file(folder().path() / "large.json", std::uintmax_t{64} * 1024 * 1024 + 1);
     EXPECT_FALSE(files.isDescription("large.json"));

@@ -216,6 +216,36 @@ TEST_F(TargetDescription, CommentsAndTextsInThemMayBeOfAnyLength) {
     expectServed(withText(withItem(R"({"id": "CN", "parameters": {"comment": {"a": "TEXT"}}})"), text));
 }
 
+/// A description of this many elements below a board with this name; the board's address and the root's count, too.
+std::string withElements(std::size_t count, const std::string& name, const std::string& ownName = {}) {
+    std::string elements;
+    for (std::size_t index = 0; index < count; ++index) {
+        elements += index == 0 ? "" : ",";
+        elements += R"({"id": "UPDATE_ELEMENT", "parameters": {"NAME": ")" + (index == 1 ? ownName : "") + R"("}})";
+    }
+    return withItem(R"({"id": "CN", "parameters": {"PRODUCT/NAME": ")" + name + R"("}, "items": [)" + elements + "]}");
+}
+
+TEST_F(TargetDescription, ASmallOneThatMakesMuchTextIsRefused) {
+    const std::string longest(4096, 'a');
+    // The names of a board are shown with each of its elements, and each line is as long as the longest.
+    expectServed(withElements(3000, longest));
+    EXPECT_EQ(refusalOf(withElements(5000, longest)),
+              "$.inventory: 5000 elements with texts of up to 4155 bytes, those of the items above them included, are "
+              "too much to be shown; 16777216 bytes in all are allowed");
+    EXPECT_THAT(refusalOf(withElements(5000, "", longest)),
+                StartsWith("$.inventory: 5000 elements with texts of up to "));
+    EXPECT_THAT(refusalOf(withElements(3000, longest, longest)), HasSubstr(" to 8251 bytes"));
+    // What is escaped in a document is longer there.
+    EXPECT_THAT(refusalOf(withElements(3000, std::string(1000, '<'))), HasSubstr(" to 6059 bytes"));
+}
+
+TEST_F(TargetDescription, ALargeOneMayMakeMuchText) {
+    std::string text = withElements(5000, std::string(4096, 'a'));
+    text.insert(1, R"("comment": ")" + std::string(std::size_t(2) << 20U, 'a') + "\", ");
+    expectServed(text);
+}
+
 TEST_F(TargetDescription, AFileOfMoreThan256MebibytesIsRefusedUnread) {
     const ScratchFolder folder;
     folder.write("target.json", "{}");

@@ -2,7 +2,6 @@
 """Files of gigabytes that hold nothing, and small targets that are made to fill pages: memory and output stay within
 bounds."""
 
-import itertools
 import json
 import os
 import resource
@@ -123,55 +122,59 @@ def board(elements, **names):
 
 
 class OutputTest(BoundsTest):
-    """Targets of 1 MiB whose texts are as long as they may be."""
+    """Targets of 1 MiB that are made to fill pages."""
 
     LONG = "n" * LONGEST_TEXT
     COMMANDS = (("elements", *TARGET), ("elements", *TARGET, "--json"), ("plan", *ARCHIVE, *TARGET),
                 ("plan", *ARCHIVE, *TARGET, "--json"), (*UPDATE, "--verify", "--report", "report.html"),
                 ("plan", *ARCHIVE, *TARGET, "--report", "report.json"))
 
-    def write_target(self, items):
-        """Items until the description has its size."""
-        taken = []
-        size = 1000
-        for item in items:
-            size += len(json.dumps(item, separators=(",", ":"))) + 1
-            if size > TARGET_SIZE:
-                break
-            taken.append(item)
-        target = {"addresses": ["127.0.0.1"], "inventory": {"id": "ROOT", "items": [self.node(taken)]}}
-        text = json.dumps(target, separators=(",", ":"))
-        self.assertLess(len(text), TARGET_SIZE)
-        (self.rack / "target.json").write_text(text, encoding="utf-8")
-        return len(taken)
-
-    def node(self, elements):
-        return board(elements)
-
-    def check_output(self, count):
+    def write_target(self, count, **names):
+        """A board with these names and so many elements; more of a comment than that until it has its size."""
+        target = {"addresses": ["127.0.0.1"], "comment": "",
+                  "inventory": {"id": "ROOT", "items": [board([element(1)] * count, **names)]}}
+        target["comment"] = "c" * (TARGET_SIZE - len(json.dumps(target)))
+        (self.rack / "target.json").write_text(json.dumps(target), encoding="utf-8")
+        self.assertEqual((self.rack / "target.json").stat().st_size, TARGET_SIZE)
         description = {"info": {"formatVersion": "1.0", "archiveVersion": "1.0", "productName": "", "archiveName": ""},
-                       "files": [{"name": "b.bin", "sequence": 1, "boardType": "B", "id": 1, "version": "2.0",
-                                  "checksumCrc32": 1}]}
+                       "files": []}
         (self.archive / "archive.json").write_text(json.dumps(description), encoding="utf-8")
-        (self.archive / "b.bin").write_bytes(b"content")
-        total = 0
+
+    def outputs(self):
+        """The largest stream or file that each command writes, and its exit code."""
         for line in self.COMMANDS:
             done = self.tool(*line)
-            reports = sum(path.stat().st_size for path in self.folder.glob("report.*"))
-            size = len(done.output) + len(done.errors) + reports
-            print(f"{self._testMethodName}: {count} elements, {line[0]} {line[-1]}: {size / TARGET_SIZE:.1f} MiB, "
-                  f"exit code {done.code}")
-            total += size
-            for path in self.folder.glob("report.*"):
+            reports = list(self.folder.glob("report.*"))
+            sizes = [len(done.output), len(done.errors), *(path.stat().st_size for path in reports)]
+            print(f"{self._testMethodName}: {line[0]} {line[-1]}: {[size >> 20 for size in sizes]} MiB, {done.code}")
+            for path in reports:
                 path.unlink()
-        self.assertLess(total, MOST_OUTPUT)
+            yield max(sizes), done.code
 
-    def test_one_long_name_among_many_short_ones(self):
-        elements = itertools.chain([element(1, NAME=self.LONG)], map(element, itertools.count(2)))
-        self.check_output(self.write_target(elements))
+    def check_refused(self):
+        self.assertEqual([code for size, code in self.outputs() if size > 1 << 16 or code != 4], [])
+        done = self.tool("elements", *TARGET)
+        self.assertEqual(done.errors.count(b"\n"), 1)
+        self.assertIn(b"kvreflash: rack/target.json: $.inventory", done.errors)
 
-    def test_long_names_of_all(self):
-        self.check_output(self.write_target(element(number, NAME=self.LONG) for number in itertools.count(1)))
+    def test_a_text_without_end_is_refused(self):
+        self.write_target(1000, NAME="n" * (TARGET_SIZE // 2))
+        self.check_refused()
+
+    def test_names_that_are_shown_with_thousands_of_elements_are_refused(self):
+        self.write_target(5000, BOARD_TYPE=self.LONG, NAME=self.LONG, VARIANT=self.LONG, UNITNAME=self.LONG)
+        self.check_refused()
+
+    def test_the_most_text_that_is_accepted(self):
+        """The longest names with as many elements as are served with them, and characters that are escaped."""
+        for text in ("n", "\x01"):
+            names = {key: text * (LONGEST_TEXT // (1 if text == "n" else 6))
+                     for key in ("BOARD_TYPE", "NAME", "VARIANT", "UNITNAME")}
+            self.write_target(1000, **names)
+            results = list(self.outputs())
+            self.assertEqual([result for result in results if result[0] > MOST_OUTPUT or result[1] == 4], [])
+            self.write_target(1100, **names)
+            self.check_refused()
 
 
 if __name__ == "__main__":

@@ -61,6 +61,8 @@ public:
 
     /// Position of the child with that identity; nothing when there is none.
     [[nodiscard]] std::optional<std::size_t> childIndex(const KvCInventoryAddress::Component& identity) const noexcept;
+    /// All parameters, in no order that means anything.
+    [[nodiscard]] const std::vector<KvCInventoryParameter>& parameters() const noexcept { return parameters_; }
     /// The parameter at `path`; null when there is none.
     [[nodiscard]] const KvCInventoryParameter* parameter(const KvCInventoryAddress& path) const noexcept;
 

@@ -3,6 +3,7 @@
 #include "Faults.h"
 #include "ItemDescription.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -20,6 +21,12 @@ struct TargetDescription {
     std::unique_ptr<ItemDescription> inventory;
     std::vector<Fault> faults;
 };
+
+/// How much text a description may make clients show: a table has a line as long as the longest for each element, and
+/// the names of what an element is in are told with each element. A byte of text for each of so many bytes of the
+/// description, or 16 MiB if that is more.
+inline constexpr std::size_t mostShownTextPerByte = 16;
+inline constexpr std::size_t shownTextAlwaysAllowed = std::size_t{16} << 20U;
 
 /// Reads a description. Null when it is refused: then `reason` is "JSON PATH: what was expected", or the line and
 /// column of what is no JSON.
