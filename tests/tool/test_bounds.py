@@ -7,7 +7,7 @@ import os
 import resource
 
 import tool_runs
-from tool_runs import ScratchTest
+from tool_runs import ScratchTest, pastable
 
 GIBIBYTE = 1 << 30
 # How large a file without content is made.
@@ -63,7 +63,7 @@ class SparseTest(BoundsTest):
             make_sparse(self.archive / "archive.json", begin)
             done = self.limited("check", *ARCHIVE)
             self.assertEqual(done.code, 3)
-            self.assertIn(b"Cannot open archive description file archive\\archive.json [description-unreadable]\n",
+            self.assertIn(b"Cannot open archive description file archive/archive.json [description-unreadable]\n",
                           done.output)
             self.assertIn(f"It{TOO_LARGE[2:]}.".encode(), done.output)
             self.assertEqual(done.errors, b"kvreflash: 'archive/archive.json' has 1 error, 0 warnings\n")
@@ -76,7 +76,7 @@ class SparseTest(BoundsTest):
                 done = self.limited(*line)
                 self.assertEqual(done.code, 3)
                 self.assertIn(f"ERROR: {message}\n", done.output.decode())
-                self.assertEqual(done.errors.decode(), f"kvreflash: {message} ({TOO_LARGE})\n")
+                self.assertEqual(done.errors.decode(), f"kvreflash: {pastable(message)} ({TOO_LARGE})\n")
         self.assertFalse((self.rack / "state").exists())
 
     def test_an_update_file_is_judged_by_its_head(self):

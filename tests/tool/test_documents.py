@@ -180,7 +180,7 @@ class DocumentsTest(ScratchTest):
         for outcome in ("failed", "cancelled", "file-missing"):
             self.assertTrue(reasons[outcome])
             self.assertNotIn("", reasons[outcome])
-        self.assertEqual(reasons["updated"] | reasons["not-planned"], {""})
+        self.assertEqual(reasons["updated"], {""})
 
     def events(self, folders, exit_code, *options):
         archive, rack = folders

@@ -9,7 +9,7 @@ import shutil
 import stat
 
 import tool_runs
-from tool_runs import ScratchTest, arguments
+from tool_runs import ScratchTest, arguments, pastable
 
 # Seconds after which a run counts as one that waits.
 PATIENCE = 20
@@ -127,7 +127,7 @@ class DescriptionTest(NotRegularTest):
                     done = self.tool(*line)
                     self.assertEqual(done.code, 3, line)
                     self.assertIn(f"ERROR: {self.MESSAGE}\n", (done.output + done.errors).decode(), line)
-                    self.check_last_line(done, f"kvreflash: {self.MESSAGE}{reason}")
+                    self.check_last_line(done, f"kvreflash: {pastable(self.MESSAGE)}{reason}")
                     self.assert_untouched()
 
     def test_check_finds_it(self):
@@ -135,7 +135,7 @@ class DescriptionTest(NotRegularTest):
             with self.in_place_of(self.archive / "archive.json", kind):
                 done = self.tool("check", *ARCHIVE)
                 self.assertEqual(done.code, 3)
-                self.assertIn(f"error: {self.MESSAGE} [description-unreadable]\n".encode(), done.output)
+                self.assertIn(f"error: {pastable(self.MESSAGE)} [description-unreadable]\n".encode(), done.output)
                 hint = f"It is {called}, not a regular file." if called else "Check the folder given with --archive "
                 self.assertIn(hint.encode(), done.output)
                 self.check_last_line(done, "kvreflash: 'archive/archive.json' has 1 error, 0 warnings")
@@ -164,11 +164,11 @@ class UpdateFileTest(NotRegularTest):
                         done = self.tool(*line)
                         self.assertEqual(done.code, 3, line)
                         self.assertIn(f"ERROR: {message}\n", done.output.decode())
-                        self.check_last_line(done, f"kvreflash: {message}{reason}")
+                        self.check_last_line(done, f"kvreflash: {pastable(message)}{reason}")
                     self.assert_untouched()
                     done = self.tool("check", *ARCHIVE)
                     self.assertEqual(done.code, 3)
-                    self.assertIn(f"error: {message} [".encode(), done.output)
+                    self.assertIn(f"error: {pastable(message)} [".encode(), done.output)
                     self.assertIn(f"It is {called}," if called else "Put the file into", done.output.decode())
 
     def test_a_file_that_is_transferred_fails_its_element(self):
@@ -347,7 +347,7 @@ class DeviceNamesTest(NotRegularTest):
                 message = f"Cannot open archive description file archive\\{name}"
                 self.assertEqual(done.code, 3)
                 self.assertIn(f"ERROR: {message}\n", done.output.decode())
-                self.check_last_line(done, f"kvreflash: {message} (it is a device, not a regular file)")
+                self.check_last_line(done, f"kvreflash: {pastable(message)} (it is a device, not a regular file)")
 
     def test_an_update_file(self):
         path = self.archive / "archive.json"

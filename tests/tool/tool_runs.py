@@ -60,6 +60,12 @@ def run(*line, folder=None, trace=None, timeout=300, **options):
     return Run(process)
 
 
+def pastable(message):
+    """A message of the library with the path of an archive, as the tool itself says it: with the separator of the system.
+    Its launcher is for Windows."""
+    return message if arguments.launcher else message.replace("\\", "/")
+
+
 class ScratchTest(unittest.TestCase):
     """A test with a scratch folder of its own."""
 
