@@ -13,8 +13,7 @@
 #include <vector>
 
 /// What the file at `path` holds; nothing if it cannot be opened or read, or holds more than `most` bytes.
-[[nodiscard]] std::optional<std::string> textOfFile(const std::wstring& path,
-                                                    std::uint64_t most = largestDescription);
+[[nodiscard]] std::optional<std::string> textOfFile(const std::wstring& path, std::uint64_t most = largestDescription);
 
 /// The firmware archive of a session: its description and the checksums of its update files. Read once; failures are
 /// printed.

@@ -1,4 +1,5 @@
 #include "QuietFilter.h"
+#include "ScratchFolder.h"
 #include "ToolRack.h"
 
 #include <gmock/gmock.h>
@@ -112,6 +113,15 @@ TEST_F(DowngradeTest, AreMarkedEverywhere) {
     EXPECT_THAT(runCaptured({"matrix", "-a", archive.folder().text(), "--emulate", rack()}).output,
                 HasSubstr("would update [DOWNGRADE]"));
     EXPECT_THAT(run("plan", {"--json"}).output, HasSubstr("\"isDowngrade\": true"));
+}
+
+TEST_F(DowngradeTest, AreMarkedInReports) {
+    const ScratchFolder folder;
+    const std::string page = folder.text() + "/r.html";
+    EXPECT_EQ(0, run("plan", {"--report", page}).exitCode);
+    EXPECT_THAT(folder.read("r.html"), HasSubstr(">planned (downgrade)<"));
+    EXPECT_EQ(0, run("update", {"--report", page}).exitCode);
+    EXPECT_THAT(folder.read("r.html"), HasSubstr(">updated (downgrade)<"));
 }
 
 TEST_F(DowngradeTest, AreLeftOutOnRequestAsADecisionWithItsReason) {

@@ -11,12 +11,12 @@ std::string ReportData::wordFor(const KvTPlannedElement& element) const {
     if (!element.decision.update) {
         return shortTextOf(element.decision);
     }
-    if (!isUpdate() || element.index >= outcome.elements.size()) {
-        return "planned";
+    std::string word = "planned";
+    if (isUpdate() && element.index < outcome.elements.size()) {
+        word = codeOf(outcome.elements[element.index].result);
+        std::replace(word.begin(), word.end(), '-', ' ');
     }
-    std::string word = codeOf(outcome.elements[element.index].result);
-    std::replace(word.begin(), word.end(), '-', ' ');
-    return word;
+    return word.append(element.isDowngrade ? " (downgrade)" : "");
 }
 
 const char* ReportData::styleOf(const KvTPlannedElement& element) const {
