@@ -1,4 +1,5 @@
 #include "ReplacedFile.h"
+#include "PathTexts.h"
 
 #include "ScratchFolder.h"
 #include "UserFiles.h"
@@ -157,10 +158,10 @@ TEST(ReplacedFile, IsRemovedBeforeTheProcessEndsWithoutDestructors) {
 TEST(FileFailure, StatesWhyInWords) {
     const ScratchFolder folder;
     EXPECT_EQ(fileFailure("cannot write", folder.text() + "/r.json", ENOSPC),
-              "cannot write '" + folder.text() + "/r.json': " + std::generic_category().message(ENOSPC));
+              "cannot write " + quotedPath(folder.text() + "/r.json") + ": " + std::generic_category().message(ENOSPC));
     EXPECT_EQ(fileFailure("cannot write", folder.text(), EACCES),
-              "cannot write '" + folder.text() + "': " + std::generic_category().message(EISDIR));
-    EXPECT_EQ(fileFailure("cannot create", "pipe", ENXIO), "cannot create 'pipe': nobody reads it");
+              "cannot write " + quotedPath(folder.text()) + ": " + std::generic_category().message(EISDIR));
+    EXPECT_EQ(fileFailure("cannot create", "pipe", ENXIO), "cannot create " + quotedPath("pipe") + ": nobody reads it");
 }
 
 } // namespace

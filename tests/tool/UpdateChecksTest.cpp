@@ -1,4 +1,5 @@
 #include "KvCVersion.h"
+#include "PathTexts.h"
 #include "ToolRack.h"
 #include "UpdateFiles.h"
 
@@ -198,7 +199,8 @@ TEST_F(Strict, AWarningRefusesTheUpdate) {
     archive.folder().write("left.bin", "content");
     const std::string file = archive.folder().text() + "/archive.json";
     EXPECT_EQ(place("9:14") + "warning: No entry names the file \"left.bin\" of the archive folder. [unnamed-file]\n" +
-                  "kvreflash: nothing was touched: '" + file + "' has 0 errors, 1 warning, which --strict refuses\n",
+                  "kvreflash: nothing was touched: " + quotedPath(file) +
+                  " has 0 errors, 1 warning, which --strict refuses\n",
               refused({"--strict"}));
 }
 

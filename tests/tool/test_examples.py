@@ -9,7 +9,7 @@ import sys
 import unittest
 
 import tool_runs
-from tool_runs import PROJECT, ScratchTest, run
+from tool_runs import PROJECT, ScratchTest, in_posix_quotes, run
 
 sys.path.insert(0, str(PROJECT / "scripts"))
 import documents  # noqa: E402
@@ -79,7 +79,7 @@ class ExamplesTest(ScratchTest):
         code = EXIT_CODE.search(line)
         with self.subTest(line):
             self.assertEqual(done.code, int(code.group(1)) if code else 0, done.errors)
-            text = "\n".join(shown(done.output + done.errors)) + "\n"
+            text = in_posix_quotes("\n".join(shown(done.output + done.errors)) + "\n")
             self.assertTrue(pattern_of(expected).fullmatch(text), text)
 
     def test_the_exit_codes_are_those_of_the_help(self):

@@ -3,6 +3,7 @@ tests as data."""
 
 import argparse
 import os
+import re
 import shlex
 import shutil
 import subprocess
@@ -58,6 +59,12 @@ def run(*line, folder=None, trace=None, timeout=300, **options):
         process.stdout = process.stdout.replace(b"\r\n", b"\n")
         process.stderr = process.stderr.replace(b"\r\n", b"\n")
     return Run(process)
+
+
+def in_posix_quotes(text):
+    """What the tool itself says, with its paths in the quotes of a POSIX shell. Its launcher is for Windows."""
+    return re.sub(r'^kvreflash: .*$', lambda line: line[0].replace('"', "'"), text, flags=re.MULTILINE) \
+        if arguments.launcher else text
 
 
 def pastable(message):
