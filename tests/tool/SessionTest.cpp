@@ -277,6 +277,23 @@ TEST_F(Session, EventsGoIntoTheFileOrToStandardError) {
     EXPECT_THAT(toErrors.output, HasSubstr("Update completed successfully!"));
 }
 
+TEST_F(Session, TheEventOfThePlanCountsWhatIsLeftIn) {
+    const ScratchFolder folder;
+    const auto planEvent = [&](const Arguments& more) {
+        Arguments arguments{"--events", folder.text() + "/events"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        (void)run("update", arguments);
+        const std::string lines = folder.read("events");
+        const std::size_t place = lines.find("\"event\":\"plan\"");
+        return place == std::string::npos ? "" : lines.substr(place, lines.find('\n', place) - place);
+    };
+    EXPECT_THAT(planEvent({"--disable", "0"}), HasSubstr("\"updates\":0,\"supported\":true"));
+    EXPECT_THAT(planEvent({}), HasSubstr("\"updates\":1,\"supported\":true"));
+    archive_.add(entry("other.bin").board("OTHER", 1));
+    target_.add(completeBoard("CN", "UNKNOWN", 1).element(completeElement(1)));
+    EXPECT_THAT(planEvent({}), HasSubstr("\"supported\":false"));
+}
+
 TEST_F(Session, TheLastEventIsTheVerdictWhateverHappens) {
     const ScratchFolder folder;
     const auto lastEvent = [&](int exitCode, const Arguments& more) {

@@ -70,9 +70,11 @@ bool ToolSession::prepare() {
         return false;
     }
     const bool isPrepared = session_->prepare() == 0;
-    if (isPrepared && update_) {
+    if (update_ && session_->plan() != nullptr) {
         update_->setPlan(*session_->plan());
-        events_.writePlan(*session_->plan());
+        if (!isPrepared) {
+            events_.writePlan(*session_->plan()); // nothing is left out of it any more
+        }
     }
     return isPrepared;
 }
@@ -102,6 +104,7 @@ KvTVerdict ToolSession::select() {
                    " to " + element.entry->version->text);
         }
     }
+    events_.writePlan(*session_->plan());
     return verdict;
 }
 
