@@ -68,7 +68,9 @@ scratch_folder() {
     local memory=/dev/shm free place=${TMPDIR:-/tmp}
     free=$(df --output=avail --block-size=1M "$memory" 2>/dev/null | tail -n 1)
     [[ -w $memory && ${free:-0} -ge $1 ]] && place=$memory
-    mktemp -d "$place/kvreflash.XXXXXX"
+    place=$(mktemp -d "$place/kvreflash.XXXXXX") || return
+    chmod 711 "$place" # tests run the tool as other users too
+    printf '%s\n' "$place"
 }
 
 # logged NAME COMMAND...: runs it with its output in build/logs/NAME.log, which is shown when it fails.
