@@ -17,15 +17,13 @@ std::optional<KvTComparedValue> comparedValueOf(jsonView scalar) {
     return scalar.is_null() ? std::optional(KvTComparedValue()) : std::nullopt;
 }
 
-/// The board types of a selection that are not in `seen`, which receives them.
-std::vector<std::string_view> newBoardTypes(jsonView written, std::unordered_set<std::string_view>& seen) {
-    std::vector<std::string_view> boardTypes;
-    forEachScalar(written, [&](jsonView boardType) {
+/// Adds the board types to the selection that are not in `seen`, which receives them.
+void addNewBoardTypes(KvTEntrySelection& selection, std::unordered_set<std::string_view>& seen) {
+    forEachScalar(selection.writtenBoardTypes, [&](jsonView boardType) {
         if (boardType.is_string() && seen.insert(boardType.get_string()).second) {
-            boardTypes.push_back(boardType.get_string());
+            selection.boardTypes.push_back(boardType.get_string());
         }
     });
-    return boardTypes;
 }
 
 /// The values of `own`, an element of "boards" or the entry itself, completed by those of the entry.
@@ -69,14 +67,21 @@ KvTEntryAddress addressOf(const KvCEntryProperties& properties) {
     return address;
 }
 
-std::vector<KvTEntrySelection> selectionsOf(const KvCEntryProperties& entry) {
-    std::vector<KvTEntrySelection> selections;
+KvCEntrySelections selectionsOf(const KvCEntryProperties& entry) {
+    KvCEntrySelections selections;
+    const jsonView boards = entry[KvEProperty::boards];
+    const jsonView boardType = entry[KvEProperty::boardType];
+    if (!boards.is_valid() && boardType.is_string()) {
+        // Most entries are for one board type, which nothing can repeat.
+        selections.push_back(completed(entry, entry));
+        selections.back().boardTypes.push_back(boardType.get_string());
+        return selections;
+    }
     std::unordered_set<std::string_view> seen;
     const auto add = [&](const KvCEntryProperties& own) {
         selections.push_back(completed(own, entry));
-        selections.back().boardTypes = newBoardTypes(own[KvEProperty::boardType], seen);
+        addNewBoardTypes(selections.back(), seen);
     };
-    const jsonView boards = entry[KvEProperty::boards];
     if (!boards.is_valid()) {
         add(entry);
         return selections;

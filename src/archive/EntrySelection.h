@@ -3,12 +3,12 @@
 #include "EntryProperties.h"
 #include "KvNJson.h"
 
+#include <boost/container/small_vector.hpp>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>
 #include <variant>
-#include <vector>
 
 /// A value of an element, or one that an entry allows for it: none, a text or a number.
 using KvTComparedValue = std::variant<std::monostate, std::string_view, std::uint64_t>;
@@ -55,7 +55,7 @@ struct KvTEntryAddress {
 struct KvTEntrySelection {
     /// The types of the boards for which the selection decides. A type of an earlier selection is left out: of each
     /// board type only the first one counts.
-    std::vector<std::string_view> boardTypes;
+    boost::container::small_vector<std::string_view, 1> boardTypes;
     /// All board types, as they are written: a text or an array.
     KvNJson::jsonView writtenBoardTypes;
     KvCAllowedValues boardVariant{KvEAbsentValue::none};
@@ -67,9 +67,12 @@ struct KvTEntrySelection {
     bool isAddressShared = true;
 };
 
+/// In the entry's own record as long as there is one, as most entries have: an archive may have very many.
+using KvCEntrySelections = boost::container::small_vector<KvTEntrySelection, 1>;
+
 /// The address that an entry, or an element of its "boards", has itself.
 [[nodiscard]] KvTEntryAddress addressOf(const KvCEntryProperties& properties);
 
 /// The selections of a sound entry in their order: one for each element of its "boards", or one for the entry. They
 /// look into the same object as `entry`.
-[[nodiscard]] std::vector<KvTEntrySelection> selectionsOf(const KvCEntryProperties& entry);
+[[nodiscard]] KvCEntrySelections selectionsOf(const KvCEntryProperties& entry);

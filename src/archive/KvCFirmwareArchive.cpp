@@ -185,13 +185,14 @@ bool KvCFirmwareArchive::completeFromUpdateFiles(KvCArchiveFindings& findings) {
 bool KvCFirmwareArchive::completeFromUpdateFile(KvTArchiveFile& file, KvCArchiveFindings& findings,
                                                 std::uint32_t& opened) {
     const std::wstring path = updateFilePath(options_, file.name);
-    if (!pathExists(path)) {
+    KvTUpdateFileHeader header;
+    const KvEReadStatus status = readUpdateFile(path, header);
+    if (status == KvEReadStatus::cannotOpen && !pathExists(path)) {
         file.fileMissing = true;
         return findings.error({KvEArchiveRule::updateFileExists, file.descriptionIndex},
                               L"ERROR: Cannot read checksum from update file. '%s' not found.\n", path.c_str());
     }
-    KvTUpdateFileHeader header;
-    if (readUpdateFile(path, header) != KvEReadStatus::success) {
+    if (status != KvEReadStatus::success) {
         return findings.error({.rule = KvEArchiveRule::updateFileHasChecksum,
                                .entry = file.descriptionIndex,
                                .fileFault = faultOfKind(path)},

@@ -7,7 +7,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 /// Stands for an identifier or checksum that is not known.
 inline constexpr std::uint32_t unknownValue = 0xFFFFFFFE;
@@ -44,7 +43,7 @@ struct KvTArchiveFile {
     /// The entry's JSON object, "boards" included. Copies of the record share it: the fields below look into it.
     std::shared_ptr<const KvNJson::json> description;
     /// The boards and places that the entry is meant for.
-    std::vector<KvTEntrySelection> selections;
+    KvCEntrySelections selections;
     /// The place that the entry itself names.
     KvTEntryAddress address;
     /// The file is written into the target's file system instead of updating an element.

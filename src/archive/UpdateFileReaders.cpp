@@ -52,19 +52,6 @@ constexpr std::uint32_t formatVersion = 1;
 constexpr std::size_t checksumOffset = 88;
 } // namespace bitstream
 
-/// The number of bytes that the file at `path` has for `head`, which receives them; nothing when it cannot be opened or
-/// read.
-std::optional<std::size_t> readHead(const std::wstring& path, std::span<std::uint8_t> head) {
-    const FileStream file = openForReading(path);
-    if (file == nullptr) {
-        return std::nullopt;
-    }
-    // A buffer would cost more than the one read that fills `head`.
-    (void)std::setvbuf(file.get(), nullptr, _IONBF, 0);
-    const std::size_t size = std::fread(head.data(), 1, head.size(), file.get());
-    return std::ferror(file.get()) == 0 ? std::optional(size) : std::nullopt;
-}
-
 std::uint16_t read16(std::span<const std::uint8_t> bytes, std::size_t offset) {
     return static_cast<std::uint16_t>((bytes[offset] << 8) | bytes[offset + 1]);
 }
@@ -174,7 +161,7 @@ void readFirmware(KvCErrorListPool& errors, const KvCInventoryItem& firmware, bo
 KvEReadStatus readImage(const std::wstring& path, KvTUpdateFileHeader& header, KvEFileExtent& extent) {
     // A shorter file reads as zeros beyond its end.
     std::array<std::uint8_t, image::headSize> head{};
-    const std::optional<std::size_t> size = path.empty() ? std::nullopt : readHead(path, head);
+    const std::optional<std::size_t> size = path.empty() ? std::nullopt : readBeginning(path, head);
     if (!size) {
         return KvEReadStatus::cannotOpen;
     }
@@ -230,7 +217,7 @@ KvEReadStatus readInventoryFile(const std::wstring& path, KvTUpdateFileHeader& h
 KvEReadStatus readBitstreamHeader(const std::wstring& path, std::uint32_t& checksum) {
     checksum = unknownValue;
     std::array<std::uint8_t, bitstream::headSize> head{};
-    const bool complete = readHead(path, head) == head.size();
+    const bool complete = readBeginning(path, head) == head.size();
     if (!complete || !isBitstream(head) || read32(head, bitstream::formatVersionOffset) != bitstream::formatVersion) {
         return KvEReadStatus::notThisKind;
     }

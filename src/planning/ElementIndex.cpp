@@ -58,6 +58,7 @@ KvCElementIndex::KvCElementIndex(const std::list<KvTUpdateElement>& elements) {
         Values values;
         std::transform(comparedProperties.begin(), comparedProperties.end(), values.begin(),
                        [&](const KvTComparedProperty& property) { return property.valueOf(element); });
+        boardTypes_.insert(place.boardType);
         places_[place].emplace(values, &element);
     }
 }
@@ -65,6 +66,9 @@ KvCElementIndex::KvCElementIndex(const std::list<KvTUpdateElement>& elements) {
 std::vector<const KvTUpdateElement*> KvCElementIndex::take(const KvTEntrySelection& selection, const Test& test) {
     Taken taken;
     for (const std::string_view boardType : selection.boardTypes) {
+        if (!boardTypes_.contains(boardType)) {
+            continue;
+        }
         if (const auto& path = selection.address.targetPath; path) {
             takeFrom({boardType, std::string_view(anyLocation)}, selection, test, taken);
             takeFrom({boardType, *path}, selection, test, taken);

@@ -10,6 +10,7 @@
 #include <map>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 /// The elements that no entry has taken yet, listed by the values that entries are compared with. It narrows down the
@@ -44,6 +45,8 @@ private:
 
     void takeFrom(const Place& place, const KvTEntrySelection& selection, const Test& test, Taken& taken);
 
+    /// Most entries of a large archive are for boards that the target does not have: few names tell them.
+    std::unordered_set<std::string_view> boardTypes_;
     std::unordered_map<Place, Elements, PlaceHash> places_;
 };
 

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -17,6 +20,10 @@ using FileStream = std::unique_ptr<std::FILE, KvTFileCloser>;
 /// Opens a regular file for binary reading; null when that is not possible. Anything else, such as a folder, a pipe or
 /// a device, cannot be opened, and nothing waits for it.
 [[nodiscard]] FileStream openForReading(const std::wstring& path);
+
+/// Fills `beginning` with the first bytes of the regular file at `path`, as far as it has so many, and returns how many
+/// it has; nothing when it cannot be opened, see openForReading(), or read.
+[[nodiscard]] std::optional<std::size_t> readBeginning(const std::wstring& path, std::span<std::uint8_t> beginning);
 
 /// Size of an open file in bytes; 0 when it is not known.
 [[nodiscard]] std::uint64_t sizeOfOpenFile(std::FILE& file);

@@ -3,6 +3,7 @@
 #include "TextConversion.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -50,6 +51,24 @@ FileStream openForReading(const std::wstring& path) {
         close(file);
     }
     return stream;
+}
+
+std::optional<std::size_t> readBeginning(const std::wstring& path, std::span<std::uint8_t> beginning) {
+    const int file = openRegularFile(nativePath(path), 0);
+    if (file < 0) {
+        return std::nullopt;
+    }
+    std::size_t size = 0;
+    ssize_t part = 1;
+    while (part != 0 && size < beginning.size()) {
+        part = read(file, beginning.data() + size, beginning.size() - size);
+        if (part < 0 && errno != EINTR) {
+            break;
+        }
+        size += part > 0 ? static_cast<std::size_t>(part) : 0;
+    }
+    close(file);
+    return part < 0 ? std::nullopt : std::optional(size);
 }
 
 std::uint64_t sizeOfOpenFile(std::FILE& file) {

@@ -52,6 +52,17 @@ FileStream openForReading(const std::wstring& path) {
     return file != nullptr && GetFileType(handleOf(*file)) == FILE_TYPE_DISK ? std::move(file) : nullptr;
 }
 
+std::optional<std::size_t> readBeginning(const std::wstring& path, std::span<std::uint8_t> beginning) {
+    const FileStream file = openForReading(path);
+    if (file == nullptr) {
+        return std::nullopt;
+    }
+    // A buffer would cost more than the one read that fills `beginning`.
+    (void)std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    const std::size_t size = std::fread(beginning.data(), 1, beginning.size(), file.get());
+    return std::ferror(file.get()) == 0 ? std::optional(size) : std::nullopt;
+}
+
 std::uint64_t sizeOfOpenFile(std::FILE& file) {
     LARGE_INTEGER size{};
     return GetFileSizeEx(handleOf(file), &size) != 0 ? static_cast<std::uint64_t>(size.QuadPart) : 0;

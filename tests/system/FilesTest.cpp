@@ -5,6 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <optional>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -82,6 +85,20 @@ TEST_F(FilesTest, TheSizeOfAnOpenFileIsThatOfTheFile) {
         ASSERT_NE(file, nullptr);
         EXPECT_EQ(sizeOfOpenFile(*file), content.size());
     }
+}
+
+TEST_F(FilesTest, TheBeginningOfAFileIsReadAsFarAsItGoes) {
+    const std::vector<std::pair<std::string, std::string>> rows = {
+        {"", ""s}, {"a\r\n"s, "a\r\n"s}, {"abcd", "abcd"}, {"abcde", "abcd"}, {std::string(9999, 'x'), "xxxx"}};
+    for (const auto& [content, expected] : rows) {
+        std::array<std::uint8_t, 4> beginning{};
+        const std::optional<std::size_t> size = readBeginning(written("data", content), beginning);
+        ASSERT_EQ(size, expected.size());
+        EXPECT_EQ(std::string(beginning.begin(), beginning.begin() + static_cast<std::ptrdiff_t>(*size)), expected);
+    }
+    std::array<std::uint8_t, 4> beginning{};
+    EXPECT_EQ(readBeginning(folder().path().wstring() + L"\\missing", beginning), std::nullopt);
+    EXPECT_EQ(readBeginning(folder().path().wstring(), beginning), std::nullopt);
 }
 
 TEST_F(FilesTest, ABackslashSeparatesAsASlashDoes) {

@@ -2,7 +2,9 @@
 #include "Files.h"
 #include "ScratchFolder.h"
 
+#include <array>
 #include <gtest/gtest.h>
+#include <optional>
 
 namespace {
 
@@ -21,7 +23,9 @@ TEST_F(OtherKinds, AreNeitherOpenedNorWaitedFor) {
     for (const OtherKindCase& other : otherKindCases) {
         SCOPED_TRACE(other.about);
         ASSERT_TRUE(other.place(path()));
+        std::array<std::uint8_t, 4> beginning{};
         EXPECT_EQ(openForReading(name()), nullptr);
+        EXPECT_EQ(readBeginning(name(), beginning), std::nullopt);
         EXPECT_EQ(sizeOfFileCreatedIfMissing(name()), 0U);
         EXPECT_EQ(otherKindOf(name()), other.kind);
         EXPECT_TRUE(pathExists(name()));
@@ -56,10 +60,14 @@ TEST_F(OtherKinds, NothingOfThemIsLeftOpen) {
     const int before = nextDescriptor();
     for (const OtherKindCase& other : otherKindCases) {
         ASSERT_TRUE(other.place(path()));
+        std::array<std::uint8_t, 4> beginning{};
         static_cast<void>(openForReading(name()));
+        static_cast<void>(readBeginning(name(), beginning));
         static_cast<void>(sizeOfFileCreatedIfMissing(name()));
         removeOtherKind(path());
     }
+    std::array<std::uint8_t, 4> beginning{};
+    EXPECT_EQ(readBeginning(path("file").wstring(), beginning), 0U);
     EXPECT_EQ(nextDescriptor(), before);
 }
 

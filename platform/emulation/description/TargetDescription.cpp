@@ -62,16 +62,15 @@ constexpr std::array<JsonMemberRule<TargetDescription>, 5> targetRules{{
     {"faults", readFaultList},
 }};
 
-/// Bytes of a text where it is shown, at most: JSON and markup write these characters with six.
+/// Bytes of a text where it is shown, at most: JSON and markup write some characters with six.
 std::size_t shownSize(std::string_view text) {
-    constexpr std::string_view escaped = "\"\\<>&\x7F";
     constexpr std::size_t escapeSize = 6;
-    std::size_t size = 0;
-    for (const char character : text) {
-        const bool isControl = static_cast<unsigned char>(character) < ' ';
-        size += isControl || escaped.find(character) != std::string_view::npos ? escapeSize : 1;
-    }
-    return size;
+    const auto isEscaped = [](char character) {
+        return static_cast<unsigned char>(character) < ' ' || character == '"' || character == '\\' ||
+               character == '<' || character == '>' || character == '&' || character == '\x7F';
+    };
+    const auto escaped = std::count_if(text.begin(), text.end(), isEscaped);
+    return text.size() + static_cast<std::size_t>(escaped) * (escapeSize - 1);
 }
 
 /// The elements of an inventory, and the text of the one that has the most: its own, that of all items above it, and

@@ -13,7 +13,11 @@ KvCString KvCInventoryAddress::toString() const {
             text += '/';
         }
         const std::string_view name = InventoryNames::nameOf(component.identifier);
-        text += name.empty() ? std::to_string(component.identifier) : std::string(name);
+        if (name.empty()) {
+            text += std::to_string(component.identifier);
+        } else {
+            text += name;
+        }
         text += '[';
         text += std::to_string(component.instance);
         text += ']';
