@@ -136,5 +136,6 @@ inline constexpr std::size_t outlookCount = 4;
 [[nodiscard]] KV_REFLASH_API const char* codeOf(KvEFailedCall call);
 [[nodiscard]] KV_REFLASH_API const char* codeOf(KvEOutlook outlook);
 [[nodiscard]] KV_REFLASH_API const char* codeOf(KvESeverity severity);
+[[nodiscard]] KV_REFLASH_API const char* codeOf(KvESeal seal);
 
 } // namespace KvNReflasher

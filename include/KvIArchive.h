@@ -3,9 +3,11 @@
 #include "KvIReflasher.h"
 #include "KvTOutcome.h"
 #include "KvTPlan.h"
+#include "KvTRelease.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -47,6 +49,8 @@ struct KvTArchiveContent {
     KvTVerdict verdict;
     /// The messages that a session prints while it reads the archive; UTF-8.
     std::string messages;
+    /// What vouches for it; nothing if it was not accepted, or if that was not asked for.
+    std::optional<KvTRelease> release;
 };
 
 } // namespace KvNReflasher
@@ -58,6 +62,11 @@ public:
     /// An archive in `folder` with the description file of that name. Nothing is read yet. The caller deletes it.
     /// Throws std::bad_alloc when memory is exhausted.
     static KvIArchive* createInstance(const std::wstring& folder, const std::wstring& descriptionFileName);
+
+    /// The same, and asks what vouches for the archive, as KvISession::setRelease() says: it is refused unless it is
+    /// what its manifest says, and signed by somebody trusted if there is a trust folder.
+    static KvIArchive* createInstance(const std::wstring& folder, const std::wstring& descriptionFileName,
+                                      const KvNReflasher::KvTReleaseOptions& release);
 
     KvIArchive(const KvIArchive&) = delete;
     KvIArchive& operator=(const KvIArchive&) = delete;

@@ -199,6 +199,20 @@ public:
     /// "description-unreadable". If memory is exhausted, it is the error "out-of-memory", and the outcome's verdict
     /// says so.
     [[nodiscard]] virtual std::vector<KvNReflasher::KvTFinding> findings() = 0;
+
+    // Before prepare().
+
+    /// Lets prepare() ask what vouches for the archive: the archive's manifest is obeyed, signatures are verified, and
+    /// with a trust folder only what somebody trusted has signed is accepted. What is not accepted is refused before the
+    /// target is looked for: prepare() returns 1, and each fault is printed. In mode 7 a sealed archive is copied to a
+    /// private folder while it is verified, and read there; so it is, as far as it is needed, if the archive folder is
+    /// a package (a file). Messages name the archive as it was given. The copy lasts until the next prepare().
+    virtual void setRelease(const KvNReflasher::KvTReleaseOptions& options) = 0;
+
+    // After prepare().
+
+    /// Returns what vouches for the archive that was accepted; nothing if none was, or without setRelease().
+    [[nodiscard]] virtual std::optional<KvNReflasher::KvTRelease> release() const = 0;
 };
 
 namespace KvNReflasher {

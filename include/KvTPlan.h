@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KvTRelease.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -203,6 +205,8 @@ struct KvTPlannedElement {
 struct KvTPlan {
     /// Nothing if the session reads no archive.
     std::optional<KvTArchiveIdentity> archive;
+    /// What vouches for the archive; nothing if the session was not told to ask.
+    std::optional<KvTRelease> release;
     /// IPv4 address of the target, in dotted form.
     std::string targetAddress;
     /// An update would not refuse the target.

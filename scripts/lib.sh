@@ -9,13 +9,13 @@ export CCACHE_SLOPPINESS=pch_defines,time_macros
 
 # shellcheck disable=SC2034  # the lists are for those who source this file
 # Debian packages that building needs, the test programs included.
-build_packages=(cmake ninja-build g++ python3 libboost1.81-dev libcli11-dev rapidjson-dev libgtest-dev libgmock-dev)
+build_packages=(cmake ninja-build g++ python3 libboost1.81-dev libcli11-dev libgcrypt20-dev rapidjson-dev libgtest-dev libgmock-dev)
 # shellcheck disable=SC2034
 # What running the tests natively needs besides: for documents in JSON, and for packages and what is linked with them.
 test_packages=(python3-jsonschema dpkg-dev file pkg-config)
 # shellcheck disable=SC2034
 # What building and testing for Windows needs besides.
-windows_packages=(g++-mingw-w64-x86-64-posix googletest wine wine64)
+windows_packages=(g++-mingw-w64-x86-64-posix libgcrypt-mingw-w64-dev libgpg-error-mingw-w64-dev googletest wine wine64)
 # shellcheck disable=SC2034
 # What the long gate needs besides.
 gate_packages=(ccache clang clang-format clang-tidy cppcheck valgrind shellcheck doxygen)

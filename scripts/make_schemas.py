@@ -104,6 +104,17 @@ IDENTITY = record("What the archive says of itself.", {
     "archiveVariant": text("Variant; empty if there is none."),
 })
 
+RELEASE = record("What vouches for the archive.", {
+    "seal": word("How far its content is vouched for.", "sealWords"),
+    "manifestSha256": text("SHA-256 of its manifest.", "it has none", pattern="^[0-9a-f]{64}$"),
+    "created": text("When it was sealed, as the manifest says.", "it has no manifest", format="date-time"),
+    "signer": text("Who has signed it, as the trust folder calls them.", "nobody who is trusted"),
+    "keyKind": text("Kind of the key that has signed it.", "it is not signed"),
+    "keyFingerprint": text("Fingerprint of the key.", "it is not signed", pattern="^SHA256:[A-Za-z0-9+/]{43}$"),
+    "trustFolder": text("The trust folder that was asked.", "none"),
+    "unsealedAccepted": flag("It was accepted only because archives that are not signed were to be accepted."),
+})
+
 ENTRY = record("An entry of the archive.", {
     "name": text("Name of the update file, relative to the archive folder."),
     "version": text("Version of its contents.", "not known"),
@@ -258,6 +269,8 @@ COUNTS = record("Number of verified elements with each result.",
 
 FILES = records("entry", "The accepted entries of the archive, in their order.")
 
+RELEASE_PART = part("release", "What vouches for the archive.", "that was not asked")
+
 IN_ORDER = "The elements in the order of the element list."
 PLANNED_PARTS = {"installed": INSTALLED, "entry": ENTRY}
 
@@ -288,8 +301,10 @@ def document(name, title, members, parts, optional=(), dependent=None):
 def content():
     return document("content", "Content of a firmware archive", {
         "archive": part("archive", "The archive."),
+        "release": RELEASE_PART,
         "files": FILES,
-    }, {"archive": IDENTITY, "entry": ENTRY}, ("archive", "files"), together("archive", "files"))
+    }, {"archive": IDENTITY, "release": RELEASE, "entry": ENTRY}, ("archive", "release", "files"),
+        together("archive", "release", "files"))
 
 
 def elements():
@@ -323,10 +338,12 @@ def matrix():
     state = word("What an update would do to it.", "outlookWords")
     return document("matrix", "Plans for several targets", {
         "archive": part("archive", "The archive."),
+        "release": RELEASE_PART,
         "targets": records("target", "The targets in the order of the command line."),
         "unmatchedEntries": records("entry", "The entries that no element of any planned target takes."),
-    }, {"archive": IDENTITY, "target": target, "element": element({"state": state}), **PLANNED_PARTS},
-        ("archive", "unmatchedEntries"), together("archive", "unmatchedEntries"))
+    }, {"archive": IDENTITY, "release": RELEASE, "target": target, "element": element({"state": state}),
+        **PLANNED_PARTS},
+        ("archive", "release", "unmatchedEntries"), together("archive", "release", "unmatchedEntries"))
 
 
 def check():
@@ -346,6 +363,7 @@ def session(name, title):
     reported = element({**OUTCOME, **VERIFIED}, optional=tuple(OUTCOME), dependent=together(*OUTCOME))
     planned = {
         "archive": part("archive", "The archive.", "the session reads none"),
+        "release": part("release", "What vouches for the archive.", "that was not asked"),
         "targetAddress": text("IPv4 address of the target."),
         "supported": flag("False: an update would refuse the target."),
         "unsupportedElements": list_of("Indices of the elements that decide that: elements of processor boards without "
@@ -373,7 +391,7 @@ def session(name, title):
         "look": part("look", "How the target was looked at in the end.", "nothing was verified"),
         "messages": text("What the session said, in visible characters and without progress that was "
                          "overwritten."),
-    }, {"target": target, "archive": IDENTITY, "element": reported, **PLANNED_PARTS, "error": ERROR,
+    }, {"target": target, "archive": IDENTITY, "release": RELEASE, "element": reported, **PLANNED_PARTS, "error": ERROR,
         "fileOutcome": FILE_OUTCOME, "counts": COUNTS, "look": LOOK},
         (*planned, *outcome), {**together(*planned), **together(*outcome)})
 
@@ -412,6 +430,7 @@ EVENTS = {
         "updates": number("Number of elements that are to be updated."),
         "supported": flag("False: the update refuses the target."),
         "targetAddress": text("IPv4 address of the target."),
+        "release": RELEASE_PART,
     }),
     "locked": ("The target is locked.", {}),
     "phase": ("A phase begins.", {
@@ -472,7 +491,7 @@ def events():
     return {**identified("events", "Event of an update"),
             "description": "One line of what `kvreflash update --events FILE` writes.",
             "oneOf": [{"$ref": f"#/$defs/{name}"} for name in described],
-            "$defs": {**described, "counts": COUNTS}}
+            "$defs": {**described, "counts": COUNTS, "release": RELEASE}}
 
 
 SCHEMA_MAKERS = {"content": content, "elements": elements, "plan": plan, "explain": explain, "matrix": matrix,

@@ -1,16 +1,14 @@
 #include "KvCFirmwareArchive.h"
 
-#include "ArchivePaths.h"
 #include "DescriptionFile.h"
 #include "DescriptionRules.h"
 #include "Files.h"
 #include "KvCConsoleWriter.h"
 #include "MessageCapture.h"
 #include "UpdateFileReaders.h"
+#include "WholeFiles.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <optional>
 #include <utility>
 
@@ -29,21 +27,6 @@ std::optional<json> parseFile(const std::wstring& path) {
     return std::ferror(file.get()) == 0 ? std::optional(std::move(document)) : std::nullopt;
 }
 
-/// False after a reported error.
-bool isDocument(const std::optional<json>& document, const std::wstring& path, KvCArchiveFindings& findings) {
-    if (!document) {
-        (void)findings.error({.rule = KvEArchiveRule::descriptionFileOpens, .fileFault = faultOfDescription(path)},
-                             L"ERROR: Cannot open archive description file %s\n", path.c_str());
-        return false;
-    }
-    if (document->is_invalid()) {
-        (void)findings.error({KvEArchiveRule::descriptionIsJson},
-                             L"ERROR: The archive description file %s is corrupt. Invalid JSON data.\n", path.c_str());
-        return false;
-    }
-    return true;
-}
-
 /// Moves the "files" array out of the description; nothing after a reported error.
 std::optional<json> takeFiles(json& document, KvCArchiveFindings& findings) {
     const jsonView root = document.view();
@@ -60,33 +43,7 @@ std::optional<json> takeFiles(json& document, KvCArchiveFindings& findings) {
 
 } // namespace
 
-std::optional<std::string> textOfFile(const std::wstring& path, std::uint64_t most) {
-    constexpr std::size_t pieceSize = 65536;
-    const FileStream file = openForReading(path);
-    if (file == nullptr || sizeOfOpenFile(*file) > most) {
-        return std::nullopt;
-    }
-    std::string text;
-    // Somebody may write to the file meanwhile.
-    std::array<char, pieceSize> piece{};
-    std::size_t size = piece.size();
-    while (size == piece.size() && text.size() <= most) {
-        size = std::fread(piece.data(), 1, piece.size(), file.get());
-        text.append(piece.data(), size);
-    }
-    const bool isRead = std::ferror(file.get()) == 0 && text.size() <= most;
-    return isRead ? std::optional(std::move(text)) : std::nullopt;
-}
-
-bool KvCFirmwareArchive::readArchive() {
-    KvCArchiveFindings findings(writer_);
-    const bool isRead = parseDescription(descriptionFilePath(options_), findings) && completeFromUpdateFiles(findings);
-    refusal_ = findings.firstError();
-    return isRead;
-}
-
-bool KvCFirmwareArchive::readArchiveOrReport() {
-    const bool isRead = readArchive();
+bool KvCFirmwareArchive::reported(bool isRead) const {
     if (!isRead) {
         writer_.print(L"ERROR: Failed to read firmware archive.\n");
     }
@@ -95,7 +52,14 @@ bool KvCFirmwareArchive::readArchiveOrReport() {
 
 bool KvCFirmwareArchive::readDescriptionFile() {
     KvCArchiveFindings findings(writer_);
-    const bool isRead = parseDescription(descriptionFilePath(options_), findings);
+    const bool isRead = parseDescription(descriptionPath(), findings);
+    refusal_ = findings.firstError();
+    return isRead;
+}
+
+bool KvCFirmwareArchive::readUpdateFiles() {
+    KvCArchiveFindings findings(writer_);
+    const bool isRead = completeFromUpdateFiles(findings);
     refusal_ = findings.firstError();
     return isRead;
 }
@@ -104,13 +68,30 @@ bool KvCFirmwareArchive::parseDescription(const std::wstring& path, KvCArchiveFi
     if (!keepsText_) {
         return readDocument(parseFile(path), path, findings);
     }
-    text_ = textOfFile(path);
+    text_ = textOfFile(path, largestDescription);
     return parseDescription(path, text_, findings);
 }
 
 bool KvCFirmwareArchive::parseDescription(const std::wstring& path, const std::optional<std::string>& text,
                                           KvCArchiveFindings& findings) {
     return readDocument(text ? std::optional(json::parse(*text)) : std::nullopt, path, findings);
+}
+
+/// False after a reported error.
+bool KvCFirmwareArchive::isDocument(const std::optional<json>& document, const std::wstring& path,
+                                    KvCArchiveFindings& findings) const {
+    const std::wstring shown = readFolder_.empty() ? path : descriptionFilePath(options_);
+    if (!document) {
+        (void)findings.error({.rule = KvEArchiveRule::descriptionFileOpens, .fileFault = faultOfDescription(path)},
+                             L"ERROR: Cannot open archive description file %s\n", shown.c_str());
+        return false;
+    }
+    if (document->is_invalid()) {
+        (void)findings.error({KvEArchiveRule::descriptionIsJson},
+                             L"ERROR: The archive description file %s is corrupt. Invalid JSON data.\n", shown.c_str());
+        return false;
+    }
+    return true;
 }
 
 bool KvCFirmwareArchive::readDocument(std::optional<json> document, const std::wstring& path,
@@ -184,13 +165,14 @@ bool KvCFirmwareArchive::completeFromUpdateFiles(KvCArchiveFindings& findings) {
 /// Counts in `opened` a file that could be read. False after an error that is to end the work.
 bool KvCFirmwareArchive::completeFromUpdateFile(KvTArchiveFile& file, KvCArchiveFindings& findings,
                                                 std::uint32_t& opened) {
-    const std::wstring path = updateFilePath(options_, file.name);
+    const std::wstring path = pathOf(file.name);
     KvTUpdateFileHeader header;
     const KvEReadStatus status = readUpdateFile(path, header);
     if (status == KvEReadStatus::cannotOpen && !pathExists(path)) {
         file.fileMissing = true;
         return findings.error({KvEArchiveRule::updateFileExists, file.descriptionIndex},
-                              L"ERROR: Cannot read checksum from update file. '%s' not found.\n", path.c_str());
+                              L"ERROR: Cannot read checksum from update file. '%s' not found.\n",
+                              updateFilePath(options_, file.name).c_str());
     }
     if (status != KvEReadStatus::success) {
         return findings.error({.rule = KvEArchiveRule::updateFileHasChecksum,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ArchiveFindings.h"
+#include "ArchivePaths.h"
 #include "DescriptionFile.h"
 #include "KvTArchiveFile.h"
 #include "KvTOptions.h"
@@ -12,9 +13,6 @@
 #include <utility>
 #include <vector>
 
-/// What the file at `path` holds; nothing if it cannot be opened or read, or holds more than `most` bytes.
-[[nodiscard]] std::optional<std::string> textOfFile(const std::wstring& path, std::uint64_t most = largestDescription);
-
 /// The firmware archive of a session: its description and the checksums of its update files. Read once; failures are
 /// printed.
 class KvCFirmwareArchive {
@@ -25,15 +23,32 @@ public:
 
     /// Lets the following keep the text of the description file.
     void keepText() { keepsText_ = true; }
+    /// Lets the following read the files in this folder. Messages go on to name the one of the options.
+    void readFrom(std::wstring folder) { readFolder_ = std::move(folder); }
+    /// The folder that files are read in.
+    [[nodiscard]] const std::wstring& folder() const {
+        return readFolder_.empty() ? options_.archiveFolder : readFolder_;
+    }
+    /// The path at which the file of this name is read.
+    [[nodiscard]] std::wstring pathOf(const KvCString& name) const { return pathBelow(folder(), name); }
+    /// The path at which the description is read.
+    [[nodiscard]] std::wstring descriptionPath() const { return folder() + L"\\" + options_.descriptionFileName; }
 
     /// Reads the description file, then the checksums that it leaves out. True when both succeeded.
-    [[nodiscard]] bool readArchive();
+    [[nodiscard]] bool readArchive() { return readDescriptionFile() && readUpdateFiles(); }
 
-    /// As readArchive(), and says so if that failed.
-    [[nodiscard]] bool readArchiveOrReport();
+    /// As those without "OrReport", and say so if that failed.
+    /// @{
+    [[nodiscard]] bool readArchiveOrReport() { return reported(readArchive()); }
+    [[nodiscard]] bool readDescriptionOrReport() { return reported(readDescriptionFile()); }
+    [[nodiscard]] bool readUpdateFilesOrReport() { return reported(readUpdateFiles()); }
+    /// @}
 
     /// Reads and checks the description file that the options name.
     [[nodiscard]] bool readDescriptionFile();
+
+    /// Takes the checksums that the description leaves out from the update files. False when one cannot be had.
+    [[nodiscard]] bool readUpdateFiles();
 
     /// Reads and checks the description file at `path`; what is wrong goes to `findings`. False when it was refused,
     /// with what was accepted before left in place.
@@ -69,6 +84,9 @@ public:
     [[nodiscard]] const std::string& refusal() const { return refusal_; }
 
 private:
+    [[nodiscard]] bool reported(bool isRead) const;
+    [[nodiscard]] bool isDocument(const std::optional<KvNJson::json>& document, const std::wstring& path,
+                                  KvCArchiveFindings& findings) const;
     [[nodiscard]] bool readDocument(std::optional<KvNJson::json> document, const std::wstring& path,
                                     KvCArchiveFindings& findings);
     void readFiles(KvNJson::json& files, KvCArchiveFindings& findings);
@@ -78,6 +96,8 @@ private:
 
     const KvCConsoleWriter& writer_;
     const KvNReflasher::KvTOptions& options_;
+    /// Empty: that of the options.
+    std::wstring readFolder_;
     KvTArchiveInfo info_;
     std::vector<KvTArchiveFile> files_;
     std::vector<KvTArchiveFile> ignoredFiles_;

@@ -5,6 +5,7 @@
 #include "MessageCapture.h"
 #include "ReaderFindings.h"
 #include "Warnings.h"
+#include "WholeFiles.h"
 
 #include <string_view>
 
@@ -31,29 +32,34 @@ std::vector<std::string_view> namesOf(const std::vector<KvTOutlinedEntry>& entri
 
 } // namespace
 
-std::vector<KvNReflasher::KvTFinding> findingsOfArchive(const KvNReflasher::KvTOptions& options) {
+std::vector<KvNReflasher::KvTFinding> findingsOfArchive(const KvNReflasher::KvTOptions& options,
+                                                        const std::wstring& folder) {
+    KvNReflasher::KvTOptions read = options;
+    read.archiveFolder = folder.empty() ? options.archiveFolder : folder;
     // Read once: the reader and the outline must see the same text.
-    return findingsOfText(options, textOfFile(descriptionFilePath(options)));
+    return findingsOfText(options, textOfFile(descriptionFilePath(read), largestDescription), folder);
 }
 
 std::vector<KvNReflasher::KvTFinding> findingsOfText(const KvNReflasher::KvTOptions& options,
-                                                     const std::optional<std::string>& text) {
+                                                     const std::optional<std::string>& text,
+                                                     const std::wstring& folder) {
     KvNReflasher::KvTOptions silent = options;
     // In this mode the reader has nothing to say but its findings.
     silent.mode = KvNReflasher::dumpArchiveDescription;
     const KvCMessageCapture messages;
     KvCFirmwareArchive archive(messages.writer(), silent);
+    archive.readFrom(folder);
     KvCReaderFindings read(messages);
-    (void)archive.parseDescription(descriptionFilePath(options), text, read);
+    (void)archive.parseDescription(archive.descriptionPath(), text, read);
     (void)archive.completeFromUpdateFiles(read);
 
     const std::string_view description = text ? std::string_view(*text) : std::string_view();
     const KvCJsonOutline outline(description);
     const std::vector<KvTOutlinedEntry> entries = entriesOf(outline, read);
-    KvCFolderFiles folder(options, namesOf(entries));
-    const KvTCheckedArchive checked{silent, outline, entries, archive, folder};
+    KvCFolderFiles files(archive, options.descriptionFileName, namesOf(entries));
+    const KvTCheckedArchive checked{outline, entries, archive, files};
     KvCFindingList findings;
-    read.addTo(findings, outline, description, folder);
+    read.addTo(findings, outline, description, files);
     for (const auto warn : {warnOfKeys, warnOfValues, warnOfNames, warnOfTexts, warnOfFiles, warnOfShadows}) {
         warn(checked, findings);
     }

@@ -1,6 +1,5 @@
 #include "Warnings.h"
 
-#include "ArchivePaths.h"
 #include "DescriptionFile.h"
 #include "Files.h"
 #include "ForeignPaths.h"
@@ -30,7 +29,7 @@ public:
 
     void check(const KvTArchiveFile& file) {
         // A file elsewhere is warned of by its name, and nothing is opened for a warning.
-        if (leavesArchiveFolder(checked_.options.archiveFolder, file.name.view())) {
+        if (leavesArchiveFolder(checked_.archive.folder(), file.name.view())) {
             return;
         }
         const KvCOutlineValue entry = checked_.outlineOf(file);
@@ -54,7 +53,7 @@ private:
         const auto [found, isNew] = states_.try_emplace(name.view());
         if (isNew) {
             FileState& state = found->second;
-            const std::wstring path = updateFilePath(checked_.options, name);
+            const std::wstring path = checked_.archive.pathOf(name);
             state.exists = pathExists(path);
             state.status = state.exists ? readUpdateFile(path, state.header) : KvEReadStatus::cannotOpen;
             if (state.exists && state.status == KvEReadStatus::cannotOpen) {

@@ -208,8 +208,13 @@ constexpr auto checkTable = std::to_array<RuleRow<KvECheckRule>>(
        R"(Remove one of them, or write another "targetPath".)"}},
      {unreachableBoard,
       {"unreachable-board", warning, "all board types of an element of `boards` occur in earlier ones",
-       "Join it with the earlier one, or give it an entry of its own."}}});
-static_assert(isInOrder(checkTable, unreachableBoard));
+       "Join it with the earlier one, or give it an entry of its own."}},
+     {releaseRefused,
+      {"not-accepted", KvNReflasher::KvESeverity::error,
+       "the archive is not what its manifest says, or its signature does not hold, or nobody who is trusted has signed "
+       "it",
+       "Have the archive released again by those who made it."}}});
+static_assert(isInOrder(checkTable, releaseRefused));
 
 } // namespace
 

@@ -39,7 +39,8 @@ enum class KvECheckRule : std::uint8_t {
     unnamedFile,
     shadowedEntry,
     sameTargetPath,
-    unreachableBoard
+    unreachableBoard,
+    releaseRefused
 };
 
 /// The object that a finding is about.

@@ -1,10 +1,11 @@
 #include "FolderFiles.h"
 
-#include "ArchivePaths.h"
+#include "FileNames.h"
 #include "FindingList.h"
 #include "Folders.h"
 #include "JsonOutline.h"
-#include "KvCFirmwareArchive.h"
+#include "Manifest.h"
+#include "WholeFiles.h"
 #include "Words.h"
 
 #include <algorithm>
@@ -22,8 +23,9 @@ std::string_view fileNameOf(std::string_view path) {
 
 } // namespace
 
-KvCFolderFiles::KvCFolderFiles(const KvNReflasher::KvTOptions& options, const std::vector<std::string_view>& entryNames)
-    : options_(options) {
+KvCFolderFiles::KvCFolderFiles(const KvCFirmwareArchive& archive, const std::wstring& descriptionFileName,
+                               const std::vector<std::string_view>& entryNames)
+    : archive_(archive), description_(lowerCaseOf(toUtf8(descriptionFileName).view())) {
     for (const std::string_view path : entryNames) {
         const std::string_view name = fileNameOf(path);
         entryNames_.insert(name);
@@ -36,12 +38,10 @@ void KvCFolderFiles::list() {
         return;
     }
     // Without a folder it is the root.
-    const std::vector<std::string> files =
-        filesOfFolder(options_.archiveFolder.empty() ? L"\\" : options_.archiveFolder);
-    const std::string description = lowerCaseOf(toUtf8(options_.descriptionFileName).view());
+    const std::vector<std::string> files = filesOfFolder(archive_.folder().empty() ? L"\\" : archive_.folder());
     for (const std::string& file : files) {
         const std::string lowerCase = lowerCaseOf(file);
-        if (entryNames_.contains(file) || lowerCase == description) {
+        if (entryNames_.contains(file) || lowerCase == description_ || file == manifestName || file == signatureName) {
             continue;
         }
         candidates_.push_back(file);
@@ -76,7 +76,7 @@ bool KvCFolderFiles::isDescription(const std::string& name) const {
         return false;
     }
     const std::optional<std::string> text =
-        textOfFile(updateFilePath(options_, KvCString(name.c_str())), mostDescriptionBytes);
+        textOfFile(archive_.pathOf(KvCString(name.c_str())), mostDescriptionBytes);
     return text && KvCJsonOutline(*text).root().find("files").kind() == KvEJsonKind::array;
 }
 

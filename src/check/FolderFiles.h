@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KvTOptions.h"
+#include "KvCFirmwareArchive.h"
 
 #include <cstddef>
 #include <string>
@@ -13,9 +13,10 @@
 /// first asked for.
 class KvCFolderFiles {
 public:
-    /// `options` name folder and description, `entryNames` are the update files that entries name. The options and
-    /// the texts of the names must outlive the object.
-    KvCFolderFiles(const KvNReflasher::KvTOptions& options, const std::vector<std::string_view>& entryNames);
+    /// `entryNames` are the update files that entries name. The archive and the texts of the names must outlive the
+    /// object.
+    KvCFolderFiles(const KvCFirmwareArchive& archive, const std::wstring& descriptionFileName,
+                   const std::vector<std::string_view>& entryNames);
     KvCFolderFiles(const KvCFolderFiles&) = delete;
     KvCFolderFiles& operator=(const KvCFolderFiles&) = delete;
     ~KvCFolderFiles() = default;
@@ -34,7 +35,9 @@ public:
 private:
     void list();
 
-    const KvNReflasher::KvTOptions& options_;
+    const KvCFirmwareArchive& archive_;
+    /// The name of the description, in lower case.
+    std::string description_;
     std::unordered_set<std::string_view> entryNames_;
     /// One of these names each.
     std::unordered_map<std::string, std::string_view> entryNamesByLowerCase_;

@@ -118,14 +118,13 @@ bool leavesArchiveFolder(const std::wstring& archiveFolder, std::string_view nam
     return !ResolvedPath(folder).contains(ResolvedPath(file));
 }
 
-std::vector<KvNReflasher::KvTForeignPath> foreignPathsOf(const KvCFirmwareArchive& archive,
-                                                         const std::wstring& archiveFolder) {
+std::vector<KvNReflasher::KvTForeignPath> foreignPathsOf(const KvCFirmwareArchive& archive) {
     std::vector<KvNReflasher::KvTForeignPath> paths;
     for (const KvTArchiveFile& file : archive.files()) {
         const auto add = [&](std::string_view path, bool isRead) {
             paths.push_back({.descriptionIndex = file.descriptionIndex, .path = std::string(path), .isRead = isRead});
         };
-        if (leavesArchiveFolder(archiveFolder, file.name.view())) {
+        if (leavesArchiveFolder(archive.folder(), file.name.view())) {
             add(file.name.view(), true);
         }
         for (const std::string_view path : targetPathsOf(file)) {

@@ -14,8 +14,6 @@
 /// because a link leads there. A path that cannot be looked at is judged by its text.
 [[nodiscard]] bool leavesArchiveFolder(const std::wstring& archiveFolder, std::string_view name);
 
-/// What an update with the accepted entries of `archive`, which was read from `archiveFolder`, would read from outside
-/// that folder or write outside the target's root, in the order of the entries; of each entry the update file first,
-/// then its target paths, each once.
-[[nodiscard]] std::vector<KvNReflasher::KvTForeignPath> foreignPathsOf(const KvCFirmwareArchive& archive,
-                                                                       const std::wstring& archiveFolder);
+/// What an update with the accepted entries of `archive` would read from outside its folder or write outside the
+/// target's root, in the order of the entries; of each entry the update file first, then its target paths, each once.
+[[nodiscard]] std::vector<KvNReflasher::KvTForeignPath> foreignPathsOf(const KvCFirmwareArchive& archive);

@@ -2,16 +2,55 @@
 
 #include "ArchiveEntries.h"
 #include "ArchiveFindingSearch.h"
+#include "FindingTable.h"
 #include "KvCFirmwareArchive.h"
 #include "MessageCapture.h"
+#include "ReleasedReading.h"
+#include "WholeFiles.h"
+
+#include <utility>
 
 using namespace KvNReflasher;
+
+namespace {
+
+std::vector<KvTFinding> findingsOf(const std::vector<std::string>& faults) {
+    const KvTFindingRow& row = findingRow(KvECheckRule::releaseRefused);
+    std::vector<KvTFinding> findings;
+    for (const std::string& fault : faults) {
+        findings.push_back({.severity = row.severity,
+                            .code = std::string(row.code),
+                            .message = "The archive is not accepted: " + fault + ".",
+                            .hint = std::string(row.hint)});
+    }
+    return findings;
+}
+
+/// Accepts the archive, with a copy of what is in a package.
+bool accept(KvCReleaseCheck& check) {
+    if (!check.open()) {
+        return false;
+    }
+    if (!check.isSealed()) {
+        return true;
+    }
+    return check.isPackage() ? check.makeCopies() && check.takeAll() : check.takeRest({});
+}
+
+} // namespace
 
 KvIArchive* KvIArchive::createInstance(const std::wstring& folder, const std::wstring& descriptionFileName) {
     return new KvCArchive(folder, descriptionFileName);
 }
 
-KvCArchive::KvCArchive(const std::wstring& folder, const std::wstring& descriptionFileName) {
+KvIArchive* KvIArchive::createInstance(const std::wstring& folder, const std::wstring& descriptionFileName,
+                                       const KvTReleaseOptions& release) {
+    return new KvCArchive(folder, descriptionFileName, release);
+}
+
+KvCArchive::KvCArchive(const std::wstring& folder, const std::wstring& descriptionFileName,
+                       std::optional<KvTReleaseOptions> release)
+    : release_(std::move(release)) {
     options_.archiveFolder = folder;
     options_.descriptionFileName = descriptionFileName;
     options_.mode = showArchiveContent;
@@ -20,16 +59,26 @@ KvCArchive::KvCArchive(const std::wstring& folder, const std::wstring& descripti
 KvTArchiveContent KvCArchive::content() const {
     const KvCMessageCapture messages;
     KvCFirmwareArchive archive(messages.writer(), options_);
+    std::optional<KvCReleasedReading> reading;
+    if (release_) {
+        reading.emplace(messages.writer(), options_, *release_);
+    }
     KvTArchiveContent content;
-    if (!archive.readArchiveOrReport()) {
-        content.verdict = {.failure = KvEFailure::archive, .message = archive.refusal()};
+    const bool isRead = reading ? reading->read(archive, KvESealedFiles::verified) : archive.readArchiveOrReport();
+    if (!isRead) {
+        content.verdict = {.failure = KvEFailure::archive, .message = reading ? reading->refusal() : archive.refusal()};
     }
     content.identity = archiveIdentityOf(archive.info());
     content.entries = archiveEntriesOf(archive.files());
     content.messages = messages.text();
+    content.release = reading ? reading->release() : std::nullopt;
     return content;
 }
 
 std::vector<KvTFinding> KvCArchive::findings() const {
-    return findingsOfArchive(options_);
+    if (!release_) {
+        return findingsOfArchive(options_);
+    }
+    KvCReleaseCheck check(options_.archiveFolder, *release_);
+    return accept(check) ? findingsOfArchive(options_, check.folderOfCopies()) : findingsOf(check.faults());
 }

@@ -1,8 +1,8 @@
 #include "Warnings.h"
 
+#include "FileNames.h"
 #include "ForeignPaths.h"
 #include "KvCDirectFileWriter.h"
-#include "Words.h"
 
 #include <algorithm>
 #include <string>
@@ -50,7 +50,7 @@ private:
     bool leavesFolder(std::string_view name) {
         const auto [found, isNew] = leavesFolder_.try_emplace(name, false);
         if (isNew) {
-            found->second = leavesArchiveFolder(checked_.options.archiveFolder, name);
+            found->second = leavesArchiveFolder(checked_.archive.folder(), name);
         }
         return found->second;
     }

@@ -1,5 +1,7 @@
 #include "Words.h"
 
+#include "FileNames.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
@@ -25,12 +27,6 @@ std::size_t editDistance(std::string_view from, std::string_view to) {
 }
 
 } // namespace
-
-std::string lowerCaseOf(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), lowerCase);
-    return lower;
-}
 
 std::string_view nearestWord(std::string_view word, std::span<const std::string_view> words, std::size_t size) {
     std::string_view nearest;

@@ -1,6 +1,5 @@
 #include "Preflight.h"
 
-#include "ArchivePaths.h"
 #include "DescriptionFile.h"
 #include "Files.h"
 #include "FindingList.h"
@@ -82,11 +81,11 @@ std::vector<std::string> preflightFindings(const KvCFirmwareArchive& archive, co
     for (const KvTArchiveFile& file : archive.files()) {
         names.push_back(file.name.view());
     }
-    KvCFolderFiles folder(options, names);
+    KvCFolderFiles folder(archive, options.descriptionFileName, names);
     std::vector<std::string> findings;
     for (const std::uint32_t index : indices) {
         const KvTArchiveFile& file = archive.files()[index];
-        checkUpdateFile(updateFilePath(options, file.name), file, folder, findings);
+        checkUpdateFile(archive.pathOf(file.name), file, folder, findings);
     }
     return findings;
 }

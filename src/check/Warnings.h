@@ -4,7 +4,6 @@
 #include "FolderFiles.h"
 #include "JsonOutline.h"
 #include "KvCFirmwareArchive.h"
-#include "KvTOptions.h"
 
 #include <cstddef>
 #include <vector>
@@ -18,7 +17,6 @@ struct KvTOutlinedEntry {
 
 /// A read archive, as the functions that look for warnings are given it.
 struct KvTCheckedArchive {
-    const KvNReflasher::KvTOptions& options;
     const KvCJsonOutline& outline;
     /// Every element of "files".
     const std::vector<KvTOutlinedEntry>& entries;

@@ -2,16 +2,7 @@
 
 #include <cstddef>
 #include <span>
-#include <string>
 #include <string_view>
-
-/// The lower case of an ASCII letter; any other byte as it is.
-[[nodiscard]] constexpr char lowerCase(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-}
-
-/// `text` with the lower case of its ASCII letters.
-[[nodiscard]] std::string lowerCaseOf(std::string_view text);
 
 /// The one of `words` that `word` was most likely meant to be: the first one of those that take the fewest changed,
 /// added and removed bytes, upper and lower case (of ASCII) being the same. Empty when none is near: at most a third of

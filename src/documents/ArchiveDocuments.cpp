@@ -25,6 +25,7 @@ std::string contentDocument(const KvTArchiveContent& content, const KvTVerdict& 
     json document = framedDocument("content", verdict);
     if (content.verdict.isSuccess()) {
         document.set("archive", identityRecord(content.identity));
+        document.set("release", releaseRecord(content.release));
         document.set("files", listOf(content.entries, entryRecord));
     }
     return documentText(document);

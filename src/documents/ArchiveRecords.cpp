@@ -18,6 +18,31 @@ json identityRecord(const KvTArchiveIdentity& identity) {
     return record;
 }
 
+namespace {
+
+/// Null for an empty text, which is none.
+json textOrNull(const std::string& text) {
+    return text.empty() ? json() : textValue(text);
+}
+
+} // namespace
+
+json releaseRecord(const std::optional<KvTRelease>& release) {
+    if (!release) {
+        return {};
+    }
+    json record = json::makeObject();
+    record.set("seal", codeOf(release->seal));
+    record.set("manifestSha256", textOrNull(release->manifestDigest));
+    record.set("created", textOrNull(release->created));
+    record.set("signer", textOrNull(release->signer));
+    record.set("keyKind", textOrNull(release->keyKind));
+    record.set("keyFingerprint", textOrNull(release->keyFingerprint));
+    record.set("trustFolder", textOrNull(release->trustFolder));
+    record.set("unsealedAccepted", release->isUnsealedAccepted);
+    return record;
+}
+
 json entryRecord(const KvTArchiveEntry& entry) {
     json record = json::makeObject();
     record.set("name", textValue(entry.fileName));

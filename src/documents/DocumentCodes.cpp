@@ -38,6 +38,7 @@ constexpr auto failedCallWords = wordsUpTo<KvEFailedCall::writeFile>("none", "tr
 constexpr auto outlookWords = wordsUpTo<KvEOutlook::disabled>("would-update", "up-to-date", "no-entry", "disabled");
 static_assert(outlookWords.size() == outlookCount);
 constexpr auto severityWords = wordsUpTo<KvESeverity::warning>("error", "warning");
+constexpr auto sealWords = wordsUpTo<KvESeal::trusted>("unsealed", "sealed", "signed-by-stranger", "trusted");
 
 template <typename Words, typename Value>
 const char* wordOf(const Words& words, Value value) {
@@ -88,6 +89,10 @@ const char* codeOf(KvEOutlook outlook) {
 
 const char* codeOf(KvESeverity severity) {
     return wordOf(severityWords, severity);
+}
+
+const char* codeOf(KvESeal seal) {
+    return wordOf(sealWords, seal);
 }
 
 } // namespace KvNReflasher

@@ -57,6 +57,7 @@ std::string planEvent(const std::string& time, const KvTPlan& plan) {
     event.set("updates", static_cast<std::uint64_t>(updates));
     event.set("supported", plan.supported);
     event.set("targetAddress", textValue(plan.targetAddress));
+    event.set("release", releaseRecord(plan.release));
     return lineOf(event);
 }
 

@@ -79,6 +79,7 @@ std::string matrixDocument(const KvTArchiveContent& content, const std::vector<K
     json document = framedDocument("matrix", verdict);
     if (content.verdict.isSuccess()) {
         document.set("archive", identityRecord(content.identity));
+        document.set("release", releaseRecord(content.release));
     }
     document.set("targets", listOf(targets, targetRecord));
     if (content.verdict.isSuccess()) {

@@ -73,6 +73,7 @@ private:
 void setPlanMembers(json& document, const KvTSessionRecord& session) {
     const KvTPlan& plan = *session.plan;
     document.set("archive", plan.archive ? identityRecord(*plan.archive) : json());
+    document.set("release", releaseRecord(plan.release));
     document.set("targetAddress", textValue(plan.targetAddress));
     document.set("supported", plan.supported);
     document.set("unsupportedElements",

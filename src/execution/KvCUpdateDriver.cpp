@@ -33,6 +33,7 @@ bool KvCUpdateDriver::run() {
 void KvCUpdateDriver::begin() {
     forgetRun();
     context_.control.forgetStall();
+    directWriter_.readFrom(context_.archive.folder());
     run_.hasNode = context_.inventory.systemAddress() != nullptr;
     phases_.assign(planner_.phaseCount(), {});
     for (const KvTUpdateElement& element : context_.inventory.elements()) {

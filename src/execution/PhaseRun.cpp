@@ -1,7 +1,6 @@
 #include "PhaseRun.h"
 
 #include "ArchiveFindings.h"
-#include "ArchivePaths.h"
 #include "CallJudgement.h"
 #include "Clock.h"
 #include "Files.h"
@@ -28,7 +27,7 @@ bool KvCPhaseRun::checkFiles() {
     bool isMissing = false;
     for (const KvTUpdateElement* element : list_) {
         const KvTArchiveFile& file = context_.fileOf(*element);
-        if (hasFileAttributes(updateFilePath(context_.options, file.name))) {
+        if (hasFileAttributes(context_.archive.pathOf(file.name))) {
             continue;
         }
         isMissing = true;

@@ -1,6 +1,5 @@
 #include "TransferredFiles.h"
 
-#include "ArchivePaths.h"
 #include "CallJudgement.h"
 #include "ExhaustedMemory.h"
 #include "KvCConsoleWriter.h"
@@ -24,7 +23,7 @@ bool KvCTransferredFiles::transferFile(const KvTUpdateElement& element, const Kv
     const std::uint32_t fileIndex = element.archiveFileIndex;
     const KvTArchiveFile& file = context_.fileOf(element);
     context_.writer.print(L"%*s%-*s%*s", lineIndentation, L"", nameWidth, toWide(file.name).c_str(), resultGap, L"");
-    const std::wstring path = updateFilePath(context_.options, file.name);
+    const std::wstring path = context_.archive.pathOf(file.name);
     KvTTransfer& transfer = transfers_.emplace_back();
     transfer.fileIndex = fileIndex;
     transfer.phase = phase_;

@@ -7,6 +7,7 @@
 #include "PlanTables.h"
 #include "PlanValue.h"
 
+#include <new>
 #include <utility>
 
 namespace {
@@ -65,11 +66,33 @@ bool KvCPreparation::refuse(KvEFailure failure, std::string message) {
 }
 
 bool KvCPreparation::readArchive() {
-    if (!archive_.readArchiveOrReport()) {
-        return refuse(KvEFailure::archive, archive_.refusal());
+    archive_.readFrom({});
+    releasedReading_.reset();
+    if (isReleaseAsked_ ? !readReleasedArchive() : !archive_.readArchiveOrReport()) {
+        return refuse(KvEFailure::archive, releasedReading_ ? releasedReading_->refusal() : archive_.refusal());
     }
     stage_ = KvEStage::archiveRead;
     return true;
+}
+
+bool KvCPreparation::readReleasedArchive() {
+    if (!releaseOptions_) {
+        throw std::bad_alloc(); // when it was asked for
+    }
+    releasedReading_.emplace(writer_, options_, *releaseOptions_);
+    return releasedReading_->read(archive_,
+                                  options_.mode == performUpdate ? KvESealedFiles::copied : KvESealedFiles::verified);
+}
+
+void KvCPreparation::setRelease(const KvTReleaseOptions& options) {
+    // Whatever comes now, the archive is not read without asking.
+    isReleaseAsked_ = true;
+    releaseOptions_.reset();
+    releaseOptions_ = options;
+}
+
+std::optional<KvTRelease> KvCPreparation::release() const {
+    return releasedReading_ ? releasedReading_->release() : std::nullopt;
 }
 
 bool KvCPreparation::prepareTarget() {
@@ -80,6 +103,7 @@ bool KvCPreparation::prepareTarget() {
         planner_.plan();
         printPlanNotes(writer_, options_, inventory_, planner_.phaseCount());
         plan_ = makePlan(archive_, inventory_, targetAccess_.ipAddress(), planner_.phaseCount(), options_);
+        plan_->release = release();
     } else {
         plan_ = makeElementList(inventory_, targetAccess_.ipAddress());
     }

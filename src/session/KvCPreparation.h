@@ -7,6 +7,7 @@
 #include "KvTOptions.h"
 #include "KvTOutcome.h"
 #include "KvTPlan.h"
+#include "ReleasedReading.h"
 
 #include <cstdint>
 #include <optional>
@@ -27,6 +28,11 @@ public:
     /// Reads the archive, finds and scans the target, and plans, as far as the options' mode asks for it; prints what
     /// fails.
     [[nodiscard]] KvEPrepareStatus prepare();
+
+    /// Lets prepare() ask what vouches for the archive. If memory is exhausted, prepare() fails.
+    void setRelease(const KvNReflasher::KvTReleaseOptions& options);
+    /// What vouches for the archive; nothing unless it was asked for and the archive was accepted.
+    [[nodiscard]] std::optional<KvNReflasher::KvTRelease> release() const;
 
     /// The part of prepare() that finds and scans the target, whatever the mode; prints why that failed.
     [[nodiscard]] bool connect();
@@ -55,6 +61,7 @@ private:
     void printBanner() const;
     [[nodiscard]] bool refuse(KvNReflasher::KvEFailure failure, std::string message);
     [[nodiscard]] bool readArchive();
+    [[nodiscard]] bool readReleasedArchive();
     [[nodiscard]] bool prepareTarget();
     [[nodiscard]] bool checkSupport();
 
@@ -63,6 +70,10 @@ private:
     KvCErrorListPool& errors_;
     KvCTargetAccess targetAccess_{writer_, options_, errors_};
     KvCFirmwareArchive archive_{writer_, options_};
+    bool isReleaseAsked_ = false;
+    std::optional<KvNReflasher::KvTReleaseOptions> releaseOptions_;
+    /// Holds the copy that the archive may have been read from.
+    std::optional<KvCReleasedReading> releasedReading_;
     KvCTargetInventory inventory_{writer_, options_, errors_};
     KvCUpdatePlanner planner_{options_, archive_, inventory_};
     KvNReflasher::KvEStage stage_ = KvNReflasher::KvEStage::created;

@@ -69,6 +69,8 @@ public:
     void leaveOutDowngrades() override;
     void keepDescription() override { preparation_.archive().keepText(); }
     [[nodiscard]] std::vector<KvNReflasher::KvTFinding> findings() override;
+    void setRelease(const KvNReflasher::KvTReleaseOptions& options) override;
+    [[nodiscard]] std::optional<KvNReflasher::KvTRelease> release() const override;
 
 protected:
     explicit KvCReflasher(KvNReflasher::KvTOptions options);

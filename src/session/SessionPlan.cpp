@@ -94,15 +94,14 @@ std::vector<KvTHiddenElement> KvCReflasher::hiddenElements() const {
 }
 
 std::vector<KvTForeignPath> KvCReflasher::foreignPaths() const {
-    return withoutException(std::vector<KvTForeignPath>(),
-                            [this] { return foreignPathsOf(preparation_.archive(), options_.archiveFolder); });
+    return withoutException(std::vector<KvTForeignPath>(), [this] { return foreignPathsOf(preparation_.archive()); });
 }
 
 std::vector<KvTFinding> KvCReflasher::findings() {
     std::vector<KvTFinding> found;
     const bool isChecked = withoutException(false, [&] {
         const std::optional<std::string>& text = preparation_.archive().text();
-        found = text ? findingsOfText(options_, text)
+        found = text ? findingsOfText(options_, text, preparation_.archive().folder())
                      : onlyError("description-unreadable", "No text of the archive description was kept.");
         return true;
     });
@@ -111,6 +110,14 @@ std::vector<KvTFinding> KvCReflasher::findings() {
         attempt([&] { found = onlyError("out-of-memory", "Out of memory."); });
     }
     return found;
+}
+
+void KvCReflasher::setRelease(const KvTReleaseOptions& options) {
+    attempt([&] { preparation_.setRelease(options); });
+}
+
+std::optional<KvTRelease> KvCReflasher::release() const {
+    return withoutException(std::optional<KvTRelease>(), [this] { return preparation_.release(); });
 }
 
 KvTDisabling KvCReflasher::disableElement(const std::string& element) {

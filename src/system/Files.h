@@ -25,6 +25,9 @@ using FileStream = std::unique_ptr<std::FILE, KvTFileCloser>;
 /// it has; nothing when it cannot be opened, see openForReading(), or read.
 [[nodiscard]] std::optional<std::size_t> readBeginning(const std::wstring& path, std::span<std::uint8_t> beginning);
 
+/// Reads on at this byte of an open file; false when that is not possible.
+[[nodiscard]] bool seekTo(std::FILE& file, std::uint64_t offset);
+
 /// Size of an open file in bytes; 0 when it is not known.
 [[nodiscard]] std::uint64_t sizeOfOpenFile(std::FILE& file);
 
@@ -37,6 +40,9 @@ using FileStream = std::unique_ptr<std::FILE, KvTFileCloser>;
 
 /// True when something of this name exists.
 [[nodiscard]] bool pathExists(const std::wstring& path);
+
+/// True only when it is known that nothing of this name exists, a link that leads nowhere included.
+[[nodiscard]] bool isAbsent(const std::wstring& path);
 
 /// True when the attributes of `path` can be read.
 [[nodiscard]] bool hasFileAttributes(const std::wstring& path);

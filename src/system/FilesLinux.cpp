@@ -71,6 +71,10 @@ std::optional<std::size_t> readBeginning(const std::wstring& path, std::span<std
     return part < 0 ? std::nullopt : std::optional(size);
 }
 
+bool seekTo(std::FILE& file, std::uint64_t offset) {
+    return fseeko(&file, static_cast<off_t>(offset), SEEK_SET) == 0;
+}
+
 std::uint64_t sizeOfOpenFile(std::FILE& file) {
     struct stat status {};
     return fstat(fileno(&file), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
@@ -101,6 +105,11 @@ FileStream openForWriting(const std::wstring& path) {
 
 bool pathExists(const std::wstring& path) {
     return access(nativePath(path).c_str(), F_OK) == 0;
+}
+
+bool isAbsent(const std::wstring& path) {
+    struct stat status {};
+    return lstat(nativePath(path).c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
 }
 
 bool hasFileAttributes(const std::wstring& path) {

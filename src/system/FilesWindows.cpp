@@ -63,6 +63,10 @@ std::optional<std::size_t> readBeginning(const std::wstring& path, std::span<std
     return std::ferror(file.get()) == 0 ? std::optional(size) : std::nullopt;
 }
 
+bool seekTo(std::FILE& file, std::uint64_t offset) {
+    return _fseeki64(&file, static_cast<long long>(offset), SEEK_SET) == 0;
+}
+
 std::uint64_t sizeOfOpenFile(std::FILE& file) {
     LARGE_INTEGER size{};
     return GetFileSizeEx(handleOf(file), &size) != 0 ? static_cast<std::uint64_t>(size.QuadPart) : 0;
@@ -90,6 +94,14 @@ FileStream openForWriting(const std::wstring& path) {
 
 bool pathExists(const std::wstring& path) {
     return _waccess(path.c_str(), 0) == 0;
+}
+
+bool isAbsent(const std::wstring& path) {
+    if (GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) {
+        return false;
+    }
+    const DWORD error = GetLastError();
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
 }
 
 bool hasFileAttributes(const std::wstring& path) {

@@ -68,7 +68,7 @@ bool KvCDirectFileWriter::writeFileToTarget(const KvTArchiveFile& entry, const K
                                             std::vector<std::wstring>& messages) {
     messages.clear();
     errors_.clear();
-    Paths paths(options_.archiveFolder, entry.name, targetPath);
+    Paths paths(readFolder_.empty() ? options_.archiveFolder : readFolder_, entry.name, targetPath);
     if (!paths.split()) {
         addMessage(messages, L"ERROR: Invalid target file path: %hs\n", paths.target.c_str());
         return false;

@@ -9,6 +9,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// The root folder of the target's file system, as target paths see it.
@@ -25,6 +26,9 @@ public:
     KvCDirectFileWriter& operator=(const KvCDirectFileWriter&) = delete;
     /// Gives the device handle back.
     ~KvCDirectFileWriter();
+
+    /// Lets the following take the update files from this folder in place of that of the options.
+    void readFrom(std::wstring folder) { readFolder_ = std::move(folder); }
 
     /// Writes the update file of `entry` to `targetPath` below the root, creating the folders on the way. `messages`
     /// is emptied and receives what there is to say, line ends included: one message for a failure (none when the
@@ -47,6 +51,8 @@ private:
 
     const KvNReflasher::KvTOptions& options_;
     const KvCTargetAccess& targetAccess_;
+    /// Empty: that of the options.
+    std::wstring readFolder_;
     /// Kept from the first write on.
     KvHIMDeviceHandle deviceHandle_ = nullptr;
     std::vector<KvNReflasher::KvTErrorInfo> errors_;

@@ -124,7 +124,7 @@ protected:
         // What was read counts, not what the file says now.
         std::filesystem::remove(folder().path() / "archive.json");
         std::vector<std::string> paths;
-        for (const KvNReflasher::KvTForeignPath& path : foreignPathsOf(archive, options().archiveFolder)) {
+        for (const KvNReflasher::KvTForeignPath& path : foreignPathsOf(archive)) {
             paths.push_back(std::to_string(path.descriptionIndex) + (path.isRead ? " reads " : " writes ") + path.path);
         }
         return paths;

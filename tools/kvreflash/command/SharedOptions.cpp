@@ -2,6 +2,7 @@
 
 #include "EmulatedTargets.h"
 #include "PathTexts.h"
+#include "SystemFolders.h"
 #include "Texts.h"
 
 #include <cstdio>
@@ -9,14 +10,42 @@
 using namespace KvNReflasher;
 
 void ArchiveOptions::addTo(CommandSyntax& syntax) {
-    syntax.addOption("-a,--archive", "DIR", "Folder of the firmware archive", keptIn(folder), Occurs::once);
+    syntax.addOption("-a,--archive", "DIR", "Folder of the firmware archive, or its package", keptIn(folder),
+                     Occurs::once);
     syntax.addOption("-d,--description", "FILE", "Description file inside the archive folder (default: archive.json)",
                      keptIn(description));
+    trust.addTo(syntax);
 }
 
 void ArchiveOptions::applyTo(SessionRequest& request) const {
     request.options.archiveFolder = wideOf(folder);
     request.options.descriptionFileName = wideOf(description);
+    trust.applyTo(request);
+}
+
+void TrustOptions::addTo(CommandSyntax& syntax) {
+    syntax.addOption(
+        "--trust", "DIR",
+        "Accept only archives that are signed by somebody whom the file allowed_signers in this folder lists "
+        "(default: the folder of the system, if there is one)",
+        [this](const std::string& path) {
+            if (path.empty()) {
+                refuse("--trust: the folder has no name");
+            }
+            folder = path;
+        });
+    syntax.addSwitch("--unsealed", acceptsUnsealed, "Accept an archive without manifest or signature all the same");
+}
+
+KvTReleaseOptions TrustOptions::options() const {
+    KvTReleaseOptions options;
+    options.trustFolder = folder ? wideOf(*folder) : wideOf(systemTrustFolder());
+    options.acceptUnsealed = acceptsUnsealed;
+    return options;
+}
+
+void TrustOptions::applyTo(SessionRequest& request) const {
+    request.release = options();
 }
 
 void HostOption::addTo(CommandSyntax& syntax) {

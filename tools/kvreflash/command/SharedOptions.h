@@ -26,9 +26,21 @@ public:
 struct ArchiveOptions final : OptionGroup {
     std::string folder;
     std::string description = "archive.json";
+    TrustOptions trust;
 
     void addTo(CommandSyntax& syntax) override;
     void applyTo(SessionRequest& request) const override;
+};
+
+/// What an archive is accepted for.
+struct TrustOptions final : OptionGroup {
+    /// Nothing: the system's, if there is one.
+    std::optional<std::string> folder;
+    bool acceptsUnsealed = false;
+
+    void addTo(CommandSyntax& syntax) override;
+    void applyTo(SessionRequest& request) const override;
+    [[nodiscard]] KvNReflasher::KvTReleaseOptions options() const;
 };
 
 struct HostOption final : OptionGroup {

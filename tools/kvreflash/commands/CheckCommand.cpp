@@ -38,7 +38,7 @@ void FindingOptions::addTo(CommandSyntax& syntax) {
 
 ExitCode CheckCommand::run() {
     const std::unique_ptr<KvIArchive> reader(
-        KvIArchive::createInstance(wideOf(archive.folder), wideOf(archive.description)));
+        KvIArchive::createInstance(wideOf(archive.folder), wideOf(archive.description), archive.trust.options()));
     const std::string file = archivePath(archive.folder + "/" + archive.description);
     // No target is needed, but whoever names one must name it well.
     if (std::string fault = serveEmulatedTargets(common.emulatedTargets); !fault.empty()) {

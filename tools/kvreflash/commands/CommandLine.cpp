@@ -9,8 +9,10 @@
 #include "ElementsCommand.h"
 #include "ExplainCommand.h"
 #include "MatrixCommand.h"
+#include "PackCommand.h"
 #include "PlanCommand.h"
 #include "RebootCommand.h"
+#include "SealCommand.h"
 #include "ToolOutput.h"
 #include "UpdateCommand.h"
 #include "VerifyCommand.h"
@@ -57,6 +59,8 @@ struct Row {
 /// The commands, in the order of the help.
 constexpr std::array commandTable = {Row{"version", make<VersionCommand>},
                                      Row{"check", make<CheckCommand>},
+                                     Row{"seal", make<SealCommand>},
+                                     Row{"pack", make<PackCommand>},
                                      Row{"archive-version", make<ArchiveVersionCommand>},
                                      Row{"content", make<ContentCommand>},
                                      Row{"dump", make<DumpCommand>},

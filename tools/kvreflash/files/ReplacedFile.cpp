@@ -55,7 +55,7 @@ fs::path temporaryName() {
 
 ReplacedFile::ReplacedFile(ReplacedFile&& other) noexcept
     : file_(std::move(other.file_)), temporary_(std::exchange(other.temporary_, {})),
-      descriptor_(std::exchange(other.descriptor_, -1)) {}
+      descriptor_(std::exchange(other.descriptor_, -1)), size_(std::exchange(other.size_, 0)) {}
 
 int ReplacedFile::open(const fs::path& path) {
     discard();
@@ -94,26 +94,29 @@ int ReplacedFile::createTemporary(bool replacesFile) {
     return error;
 }
 
-int ReplacedFile::commit(std::string_view content) {
+int ReplacedFile::append(std::string_view content) {
     if (!isOpen()) {
         return EBADF;
     }
-    const int error = temporary_.empty() ? writeAsItIs(content) : replace(content);
+    if (temporary_.empty() && size_ == 0) {
+        // It may be where standard output goes.
+        (void)std::fflush(stdout);
+    }
+    size_ += content.size();
+    return writeBytes(descriptor_, content) ? 0 : errno;
+}
+
+int ReplacedFile::commit(std::string_view content) {
+    int error = append(content);
+    if (error == 0 && !temporary_.empty()) {
+        error = replace();
+    }
     discard();
     return error;
 }
 
-int ReplacedFile::writeAsItIs(std::string_view content) {
-    // It may be where standard output goes.
-    (void)std::fflush(stdout);
-    return writeBytes(descriptor_, content) ? 0 : errno;
-}
-
-int ReplacedFile::replace(std::string_view content) {
-    if (!writeBytes(descriptor_, content)) {
-        return errno;
-    }
-    int error = finishFile(std::exchange(descriptor_, -1), content.size());
+int ReplacedFile::replace() {
+    int error = finishFile(std::exchange(descriptor_, -1), size_);
     if (error == 0) {
         error = replaceFile(temporary_, file_);
     }
@@ -127,6 +130,7 @@ void ReplacedFile::discard() {
     if (descriptor_ >= 0) {
         closeFile(std::exchange(descriptor_, -1));
     }
+    size_ = 0;
     if (!temporary_.empty()) {
         std::error_code ignored;
         fs::remove(temporary_, ignored);

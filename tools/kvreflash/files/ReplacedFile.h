@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string_view>
 
@@ -23,22 +24,25 @@ public:
     [[nodiscard]] int open(const std::filesystem::path& path);
     [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
 
-    /// Makes `content` the content of the file, which is on the disk then, and closes it. If that fails, nothing but
-    /// the earlier file is left; only of a pipe or device some may have been written.
+    /// Adds to what commit() will make the content of the file.
+    [[nodiscard]] int append(std::string_view content);
+    /// Makes what was appended, and `content` behind it, the content of the file, which is on the disk then, and closes
+    /// it. If that fails, nothing but the earlier file is left; only of a pipe or device some may have been written.
     [[nodiscard]] int commit(std::string_view content);
     /// Closes the file and leaves it as it was.
     void discard();
 
 private:
     [[nodiscard]] int createTemporary(bool replacesFile);
-    [[nodiscard]] int writeAsItIs(std::string_view content);
-    [[nodiscard]] int replace(std::string_view content);
+    [[nodiscard]] int replace();
 
     /// What is replaced, or written to as it is.
     std::filesystem::path file_;
     /// Empty if there is none.
     std::filesystem::path temporary_;
     int descriptor_ = -1;
+    /// Bytes that were written so far.
+    std::uint64_t size_ = 0;
 };
 
 /// Removes the temporary files of all threads, before the process ends without destructors.

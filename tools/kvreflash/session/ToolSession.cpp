@@ -24,6 +24,9 @@ ToolSession::ToolSession(SessionRequest request)
         !writesAnyWideText()) {
         session_->setMessageFunction(takeMessage, this);
     }
+    if (request_.release) {
+        session_->setRelease(*request_.release);
+    }
     if (request_.options.mode == performUpdate) {
         session_->setEventFunction(takeEvent, this);
         session_->setStallLimit(request_.stallLimit);
@@ -151,6 +154,7 @@ KvTArchiveContent ToolSession::archiveContent() const {
                         .archiveVariant = utf8Of(variant)};
     content.entries = session_->archiveEntries();
     content.verdict = verdict();
+    content.release = session_->release();
     return content;
 }
 

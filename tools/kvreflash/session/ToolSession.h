@@ -36,6 +36,8 @@ struct SessionRequest {
     bool leavesOutDowngrades = false;
     /// Gives up waiting for elements that have shown nothing new for so many seconds; 0: never.
     std::uint32_t stallLimit = 0;
+    /// What the archive is accepted for; nothing if the session reads none.
+    std::optional<KvNReflasher::KvTReleaseOptions> release;
 };
 
 /// The one session of a command, with the outputs that its messages and events go to.

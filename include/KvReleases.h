@@ -1,0 +1,50 @@
+#pragma once
+
+#include "KvIReflasher.h"
+#include "KvTOutcome.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Making releases: an archive is sealed with a manifest of all its files, which is then signed, and packed into one
+// file. docs/releases.md describes the formats. Texts are UTF-8. All functions throw std::bad_alloc when memory is
+// exhausted.
+
+namespace KvNReflasher {
+
+/// The manifest of an archive that is to be sealed.
+struct KvTSealing {
+    /// Class archive if the archive cannot be sealed.
+    KvTVerdict verdict;
+    /// All that keeps it from being sealed, a sentence each.
+    std::vector<std::string> faults;
+    /// What the file manifest.json of the archive folder has to hold.
+    std::string manifest;
+    /// SHA-256 of it, 64 hexadecimal digits.
+    std::string manifestDigest;
+    /// The files of the archive, and their size in bytes.
+    /// @{
+    std::size_t fileCount = 0;
+    std::uint64_t size = 0;
+    /// @}
+    /// The manifest that is there says the same but for its time, which is kept.
+    bool isUnchanged = false;
+};
+
+/// Returns the manifest of the archive in `folder`, with the information of the description file of that name. It lists
+/// every file in the folder and below it but manifest.json and manifest.json.sig. `created`: seconds since 1970, UTC.
+[[nodiscard]] KV_REFLASH_API KvTSealing sealArchive(const std::wstring& folder, const std::wstring& descriptionFileName,
+                                                    std::int64_t created);
+
+/// Takes the next bytes of a package; false ends the packing.
+using KvTPackageSink = bool (*)(const char* bytes, std::size_t size, void* context);
+
+/// Hands the package of the sealed archive in `folder` to `sink`, piece by piece. Returns what keeps it from being
+/// packed, a sentence each: what `sink` has received is of no use then.
+[[nodiscard]] KV_REFLASH_API std::vector<std::string> packArchive(const std::wstring& folder, KvTPackageSink sink,
+                                                                  void* context);
+
+} // namespace KvNReflasher

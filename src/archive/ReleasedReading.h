@@ -1,0 +1,47 @@
+#pragma once
+
+#include "KvCFirmwareArchive.h"
+#include "ReleaseCheck.h"
+
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+
+class KvCConsoleWriter;
+
+/// What is done with the update files of a sealed archive while they are verified.
+enum class KvESealedFiles : std::uint8_t {
+    /// They are copied to a private folder: nothing else is read later.
+    copied,
+    /// They are verified where they are; from a package those are copied that the archive is read from.
+    verified
+};
+
+/// Reads an archive of which it is asked what vouches for it. The copy that it may have been read from lasts as long as
+/// the object.
+class KvCReleasedReading {
+public:
+    /// All but `release` must outlive the object.
+    KvCReleasedReading(const KvCConsoleWriter& writer, const KvNReflasher::KvTOptions& options,
+                       const KvNReflasher::KvTReleaseOptions& release)
+        : writer_(writer), options_(options), check_(options.archiveFolder, release) {}
+
+    /// Reads `archive`, which the options name. False if it is not accepted or cannot be read; that is printed.
+    [[nodiscard]] bool read(KvCFirmwareArchive& archive, KvESealedFiles files);
+
+    /// Why the last read() has failed: one line without end, UTF-8. Empty if it has not.
+    [[nodiscard]] const std::string& refusal() const { return refusal_; }
+    /// What vouches for the archive that was accepted; nothing if none was.
+    [[nodiscard]] std::optional<KvNReflasher::KvTRelease> release() const;
+
+private:
+    [[nodiscard]] bool readCopies(KvCFirmwareArchive& archive, KvESealedFiles files);
+    [[nodiscard]] bool refuse();
+
+    const KvCConsoleWriter& writer_;
+    const KvNReflasher::KvTOptions& options_;
+    KvCReleaseCheck check_;
+    bool isAccepted_ = false;
+    std::string refusal_;
+};

@@ -1,0 +1,221 @@
+#include "AllowedSigners.h"
+
+#include "FileNames.h"
+#include "SshSignature.h"
+#include "Timestamp.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace {
+
+constexpr std::string_view blanks = " \t";
+
+void skipBlanks(std::string_view& text) {
+    text.remove_prefix(std::min(text.size(), text.find_first_not_of(blanks)));
+}
+
+/// Takes the first word from `text`. Blanks within double quotes do not end it; nothing if a quote does not end.
+std::optional<std::string_view> takeWord(std::string_view& text) {
+    skipBlanks(text);
+    bool isQuoted = false;
+    std::size_t end = 0;
+    while (end < text.size() && (isQuoted || blanks.find(text[end]) == std::string_view::npos)) {
+        isQuoted = isQuoted != (text[end] == '"');
+        ++end;
+    }
+    if (isQuoted) {
+        return std::nullopt;
+    }
+    const std::string_view word = text.substr(0, end);
+    text.remove_prefix(end);
+    skipBlanks(text);
+    return word;
+}
+
+/// The text between the quotes of an option's value; nothing if it has none.
+std::optional<std::string_view> unquoted(std::string_view value) {
+    if (value.size() < 2 || value.front() != '"' || value.back() != '"') {
+        return std::nullopt;
+    }
+    value.remove_prefix(1);
+    value.remove_suffix(1);
+    return value;
+}
+
+/// True if `text` is as `pattern` says, in which "*" stands for any characters and "?" for one.
+bool matchesPattern(std::string_view text, std::string_view pattern) {
+    while (!pattern.empty() && pattern.front() != '*') {
+        if (text.empty() || (pattern.front() != '?' && pattern.front() != text.front())) {
+            return false;
+        }
+        text.remove_prefix(1);
+        pattern.remove_prefix(1);
+    }
+    if (pattern.empty()) {
+        return text.empty();
+    }
+    // What stands between two "*" is taken where it fits first; a longer way is not better.
+    pattern.remove_prefix(1);
+    const std::string_view piece = pattern.substr(0, pattern.find('*'));
+    const auto fits = [piece](std::string_view part) {
+        return std::equal(piece.begin(), piece.end(), part.begin(),
+                          [](char expected, char character) { return expected == '?' || expected == character; });
+    };
+    if (piece.size() == pattern.size()) {
+        return text.size() >= piece.size() && fits(text.substr(text.size() - piece.size()));
+    }
+    for (; text.size() >= piece.size(); text.remove_prefix(1)) {
+        if (fits(text)) {
+            return matchesPattern(text.substr(piece.size()), pattern.substr(piece.size()));
+        }
+    }
+    return false;
+}
+
+/// True if one of the patterns fits and none with a "!" in front of it does.
+bool matchesList(std::string_view text, std::string_view patterns) {
+    bool isMatched = false;
+    while (!patterns.empty()) {
+        std::string_view pattern = patterns.substr(0, patterns.find(','));
+        patterns.remove_prefix(std::min(patterns.size(), pattern.size() + 1));
+        const bool isNegated = pattern.starts_with('!');
+        pattern.remove_prefix(isNegated ? 1 : 0);
+        if (matchesPattern(text, pattern)) {
+            if (isNegated) {
+                return false;
+            }
+            isMatched = true;
+        }
+    }
+    return isMatched;
+}
+
+/// Reads a line. `reason` is why it lets nobody sign.
+class SignerLine {
+public:
+    explicit SignerLine(std::string& reason) : reason_(reason) {}
+
+    std::optional<KvTAllowedSigner> read(std::string_view line) {
+        KvTAllowedSigner signer;
+        const std::optional<std::string_view> principals = takeWord(line);
+        std::optional<std::string_view> kind = takeWord(line);
+        if (!principals || !kind || kind->empty()) {
+            return refuse("it is not a list of signers, a kind of key and a key");
+        }
+        signer.principals = unquoted(*principals).value_or(*principals);
+        // Options stand before the kind of the key, which never has a "=" and is none of them.
+        if (kind->find('=') != std::string_view::npos || isOption(*kind)) {
+            if (!readOptions(*kind, signer)) {
+                return std::nullopt;
+            }
+            kind = takeWord(line);
+        }
+        const std::optional<std::string_view> base64 = takeWord(line);
+        if (!kind || kind->empty() || !base64 || base64->empty()) {
+            return refuse("it has no key");
+        }
+        signer.key = KvCSshKey::parse(*kind, *base64, reason_);
+        return signer.key ? std::optional(std::move(signer)) : std::nullopt;
+    }
+
+private:
+    std::nullopt_t refuse(std::string reason) {
+        reason_ = std::move(reason);
+        return std::nullopt;
+    }
+
+    /// True of a word that can only be an option without a value.
+    static bool isOption(std::string_view word) { return lowerCaseOf(word).starts_with("cert-authority"); }
+
+    bool readOptions(std::string_view options, KvTAllowedSigner& signer) {
+        while (!options.empty()) {
+            const std::size_t end = endOfOption(options);
+            if (!readOption(options.substr(0, end), signer)) {
+                return false;
+            }
+            options.remove_prefix(std::min(options.size(), end + 1));
+        }
+        return true;
+    }
+
+    /// Where the next "," outside of quotes is.
+    static std::size_t endOfOption(std::string_view options) {
+        bool isQuoted = false;
+        std::size_t end = 0;
+        while (end < options.size() && (isQuoted || options[end] != ',')) {
+            isQuoted = isQuoted != (options[end] == '"');
+            ++end;
+        }
+        return end;
+    }
+
+    bool readOption(std::string_view option, KvTAllowedSigner& signer) {
+        const std::size_t sign = option.find('=');
+        const std::string name = lowerCaseOf(option.substr(0, sign));
+        const std::optional<std::string_view> value =
+            sign == std::string_view::npos ? std::nullopt : unquoted(option.substr(sign + 1));
+        if (name == "cert-authority") {
+            reason_ = "keys of certificate authorities are not taken";
+            return false;
+        }
+        if (name == "namespaces" && value && !signer.purposes) {
+            signer.purposes = *value;
+            return true;
+        }
+        if (name == "valid-after" && value && !signer.validAfter) {
+            return readMoment(*value, name, signer.validAfter);
+        }
+        if (name == "valid-before" && value && !signer.validBefore) {
+            return readMoment(*value, name, signer.validBefore);
+        }
+        reason_ = "its option '" + std::string(option) + "' is not known, stands twice or has no value in quotes";
+        return false;
+    }
+
+    bool readMoment(std::string_view value, const std::string& name, std::optional<std::chrono::sys_seconds>& moment) {
+        moment = momentOfSigner(value);
+        if (!moment) {
+            reason_ = "'" + std::string(value) + "' is not a time for " + name;
+        }
+        return moment.has_value();
+    }
+
+    std::string& reason_;
+};
+
+} // namespace
+
+std::string KvTAllowedSigner::whyNotTrusted(std::chrono::sys_seconds created) const {
+    if (purposes && !matchesList(signatureNamespace, *purposes)) {
+        return "may not sign for '" + std::string(signatureNamespace) + "'";
+    }
+    if (validAfter && created < *validAfter) {
+        return "may sign after " + textOfMoment(*validAfter) + " only";
+    }
+    if (validBefore && created > *validBefore) {
+        return "may sign before " + textOfMoment(*validBefore) + " only";
+    }
+    return {};
+}
+
+KvCAllowedSigners::KvCAllowedSigners(std::string_view text) {
+    for (std::size_t number = 1; !text.empty(); ++number) {
+        std::string_view line = text.substr(0, text.find('\n'));
+        text.remove_prefix(std::min(text.size(), line.size() + 1));
+        if (line.ends_with('\r')) {
+            line.remove_suffix(1);
+        }
+        skipBlanks(line);
+        if (line.empty() || line.starts_with('#')) {
+            continue;
+        }
+        std::string reason;
+        if (std::optional<KvTAllowedSigner> signer = SignerLine(reason).read(line)) {
+            signers_.push_back(std::move(*signer));
+        } else {
+            refusedLines_.push_back("line " + std::to_string(number) + ": " + reason);
+        }
+    }
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Crypto.h"
+#include "KvTPlan.h"
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// Name of the manifest in an archive.
+inline constexpr std::string_view manifestName = "manifest.json";
+/// Name of the signatures of the manifest in an archive.
+inline constexpr std::string_view signatureName = "manifest.json.sig";
+/// Size in bytes of the largest manifest that is read. A million files take less.
+inline constexpr std::uint64_t largestManifest = std::uint64_t{256} << 20U;
+/// What a package can hold of a name, in bytes, and of a file.
+/// @{
+inline constexpr std::size_t longestPackedName = 100;
+inline constexpr std::uint64_t largestPackedFile = (std::uint64_t{8} << 30U) - 1;
+/// @}
+
+/// A file of a sealed archive.
+struct KvTSealedFile {
+    /// Below the archive folder, folders separated by "/".
+    std::string name;
+    /// In bytes.
+    std::uint64_t size = 0;
+    KvTSha256 sha256{};
+};
+
+/// What an archive holds: every file but the manifest itself and its signatures.
+struct KvTManifest {
+    KvNReflasher::KvTArchiveIdentity archive;
+    /// When it was sealed.
+    std::chrono::sys_seconds created;
+    /// In the order of the manifest.
+    std::vector<KvTSealedFile> files;
+
+    /// The file of this name; null if there is none.
+    [[nodiscard]] const KvTSealedFile* find(std::string_view name) const;
+    /// Size in bytes of all files.
+    [[nodiscard]] std::uint64_t size() const;
+};
+
+/// Reads a manifest. Nothing, with a `reason`, unless it is one and all names in it are safe.
+[[nodiscard]] std::optional<KvTManifest> parseManifest(std::string_view text, std::string& reason);
+
+/// The text of a manifest, line end included.
+[[nodiscard]] std::string textOf(const KvTManifest& manifest);
+
+/// Why files of these names cannot be together in an archive, a sentence for each fault; empty if they can.
+[[nodiscard]] std::vector<std::string> faultsOfNames(const std::vector<KvTSealedFile>& files);

@@ -1,0 +1,99 @@
+#include "SealedFolder.h"
+
+#include "Files.h"
+#include "FolderTree.h"
+#include "KvCStringConversion.h"
+#include "SshSignature.h"
+#include "WholeFiles.h"
+
+#include <array>
+#include <map>
+#include <string_view>
+
+namespace {
+
+/// What the file at `path` holds; nothing if there is none or, with a `reason`, if it cannot be read.
+std::optional<std::string> textOrReason(const std::wstring& path, std::uint64_t most, std::string& reason) {
+    reason.clear();
+    std::optional<std::string> text = textOfFile(path, most);
+    if (!text && !isAbsent(path)) {
+        const std::string_view kind = otherKindOf(path);
+        reason = kind.empty() ? "it cannot be read, or is larger than anything that is read"
+                              : "it is " + std::string(kind) + ", not a regular file";
+    }
+    return text;
+}
+
+} // namespace
+
+std::wstring KvCSealedFolder::pathOf(const std::string& name) const {
+    return folder_ + L"\\" + toWide(KvCString(name.c_str()));
+}
+
+std::optional<std::string> KvCSealedFolder::manifest(std::string& reason) {
+    return textOrReason(pathOf(std::string(manifestName)), largestManifest, reason);
+}
+
+std::optional<std::string> KvCSealedFolder::signatures(std::string& reason) {
+    return textOrReason(pathOf(std::string(signatureName)), mostSignatureBytes, reason);
+}
+
+std::vector<std::string> KvCSealedFolder::differencesFrom(const KvTManifest& manifest) {
+    std::vector<std::string> differences;
+    std::map<std::string_view, const KvTSealedFile*> expected;
+    for (const KvTSealedFile& file : manifest.files) {
+        expected.emplace(file.name, &file);
+    }
+    const std::optional<std::vector<KvTFolderEntry>> entries = entriesBelow(folder_);
+    if (!entries) {
+        return {"the archive folder cannot be listed"};
+    }
+    for (const KvTFolderEntry& entry : *entries) {
+        if (entry.name == manifestName || entry.name == signatureName) {
+            continue;
+        }
+        const auto found = expected.find(entry.name);
+        if (found == expected.end()) {
+            differences.push_back("'" + entry.name + "' is additional");
+            continue;
+        }
+        if (!entry.isRegularFile) {
+            differences.push_back("'" + entry.name + "' is not a regular file");
+        } else if (entry.size != found->second->size) {
+            differences.push_back("'" + entry.name + "' has " + std::to_string(entry.size) + " bytes and not " +
+                                  std::to_string(found->second->size));
+        }
+        expected.erase(found);
+    }
+    for (const KvTSealedFile& file : manifest.files) {
+        if (expected.contains(file.name)) {
+            differences.push_back("'" + file.name + "' is missing");
+        }
+    }
+    return differences;
+}
+
+bool KvCSealedFolder::read(const KvTSealedFile& file, const Sink& sink, std::string& reason) {
+    const FileStream stream = openForReading(pathOf(file.name));
+    if (stream == nullptr) {
+        reason = "cannot be read";
+        return false;
+    }
+    (void)std::setvbuf(stream.get(), nullptr, _IONBF, 0);
+    constexpr std::size_t pieceSize = std::size_t{256} << 10U;
+    std::vector<std::uint8_t> piece(pieceSize);
+    std::uint64_t size = 0;
+    std::size_t length = piece.size();
+    while (length == piece.size() && size <= file.size) {
+        length = std::fread(piece.data(), 1, piece.size(), stream.get());
+        size += length;
+        if (length > 0 && !sink(KvTBytes(piece).first(length))) {
+            return false;
+        }
+    }
+    if (std::ferror(stream.get()) != 0 || size != file.size) {
+        reason = size > file.size ? "is longer than its manifest says" : "cannot be read to its end";
+        return false;
+    }
+    return true;
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "StoredFiles.h"
+
+#include <string>
+
+/// An archive in a folder.
+class KvCSealedFolder : public KvCStoredFiles {
+public:
+    explicit KvCSealedFolder(std::wstring folder) : folder_(std::move(folder)) {}
+
+    [[nodiscard]] std::optional<std::string> manifest(std::string& reason) override;
+    [[nodiscard]] std::optional<std::string> signatures(std::string& reason) override;
+    [[nodiscard]] std::vector<std::string> differencesFrom(const KvTManifest& manifest) override;
+    [[nodiscard]] bool read(const KvTSealedFile& file, const Sink& sink, std::string& reason) override;
+
+private:
+    [[nodiscard]] std::wstring pathOf(const std::string& name) const;
+
+    std::wstring folder_;
+};

@@ -1,0 +1,89 @@
+#include "SealCommand.h"
+
+#include "KvReleases.h"
+#include "PathTexts.h"
+#include "ReplacedFile.h"
+#include "Texts.h"
+#include "ToolOutput.h"
+#include "UserFiles.h"
+
+#include <charconv>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <string_view>
+
+using namespace KvNReflasher;
+
+namespace {
+
+/// When the archive is sealed: now, or when builds that are to be repeated say; nothing if what they say is not a time.
+std::optional<std::int64_t> timeOfSealing() {
+    const char* const given = std::getenv("SOURCE_DATE_EPOCH");
+    if (given == nullptr) {
+        const auto now = std::chrono::system_clock::now().time_since_epoch();
+        return std::chrono::duration_cast<std::chrono::seconds>(now).count();
+    }
+    constexpr std::int64_t last = 253402300799; // of the year 9999
+    const std::string_view text(given);
+    std::int64_t seconds = -1;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    const bool isTime = error == std::errc() && end == text.data() + text.size() && seconds >= 0 && seconds <= last;
+    return isTime ? std::optional(seconds) : std::nullopt;
+}
+
+/// Writes the manifest, unless it is there already. A signature of another one would not hold any more.
+KvTVerdict write(const std::string& folder, const KvTSealing& sealing) {
+    if (sealing.isUnchanged) {
+        return {};
+    }
+    const std::string path = folder + "/manifest.json";
+    std::error_code ignored;
+    if (std::filesystem::exists(filePath(path + ".sig"), ignored)) {
+        return {KvEFailure::output,
+                quotedPath(path + ".sig") + " signs another manifest: remove it, seal again, and sign anew"};
+    }
+    ReplacedFile file;
+    int error = file.open(filePath(path));
+    if (error == 0) {
+        error = file.commit(sealing.manifest);
+    }
+    return error == 0 ? KvTVerdict() : KvTVerdict{KvEFailure::output, fileFailure("cannot write", path, error)};
+}
+
+std::string adviceFor(const std::string& folder, const KvTSealing& sealing) {
+    const std::string path = folder + "/manifest.json";
+    const std::string sign = "ssh-keygen -Y sign -n kvreflash-archive -f KEY ";
+    return (sealing.isUnchanged ? "Sealed already: " : "Sealed: ") + counted(sealing.fileCount, "file") + ", " +
+           std::to_string(sealing.size) + " bytes, manifest SHA-256 " + sealing.manifestDigest +
+           ".\nSign with: " + sign + quotedPath(path) + "\nA second signer adds a signature with: " + sign + "< " +
+           quotedPath(path) + " >> " + quotedPath(path + ".sig") + "\n";
+}
+
+} // namespace
+
+void ReleasedFolder::addTo(CommandSyntax& syntax) {
+    syntax.addArgument("DIR", "Folder of the firmware archive", keptIn(folder), Occurs::once);
+    syntax.addOption("-d,--description", "FILE", "Description file inside the archive folder (default: archive.json)",
+                     keptIn(description));
+}
+
+ExitCode SealCommand::run() {
+    const std::optional<std::int64_t> created = timeOfSealing();
+    if (!created) {
+        return conclude({KvEFailure::archive, "SOURCE_DATE_EPOCH is not a number of seconds since 1970"});
+    }
+    const KvTSealing sealing = sealArchive(wideOf(archive.folder), wideOf(archive.description), *created);
+    for (const std::string& fault : sealing.faults) {
+        say(fault);
+    }
+    KvTVerdict verdict = sealing.verdict;
+    if (verdict.isSuccess()) {
+        verdict = write(archive.folder, sealing);
+    }
+    if (verdict.isSuccess()) {
+        writeText(stdout, adviceFor(archive.folder, sealing));
+    }
+    return conclude(verdict);
+}
