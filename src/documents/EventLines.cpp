@@ -1,3 +1,4 @@
+#include "ArchiveRecords.h"
 #include "DocumentFrame.h"
 #include "JsonValues.h"
 #include "KvDocuments.h"

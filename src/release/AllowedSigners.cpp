@@ -177,7 +177,7 @@ private:
     bool readMoment(std::string_view value, const std::string& name, std::optional<std::chrono::sys_seconds>& moment) {
         moment = momentOfSigner(value);
         if (!moment) {
-            reason_ = "'" + std::string(value) + "' is not a time for " + name;
+            reason_ = std::string("'").append(value).append("' is not a time for ").append(name);
         }
         return moment.has_value();
     }

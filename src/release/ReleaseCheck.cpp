@@ -17,8 +17,8 @@ std::string sealedNameOf(std::string_view name) {
     return sealed;
 }
 
-bool KvCReleaseCheck::refuse(std::string fault) {
-    faults_.push_back(std::move(fault));
+bool KvCReleaseCheck::refuse(std::string_view fault) {
+    faults_.emplace_back(fault);
     return false;
 }
 

@@ -47,7 +47,7 @@ public:
     [[nodiscard]] const std::vector<std::string>& faults() const { return faults_; }
 
 private:
-    [[nodiscard]] bool refuse(std::string fault);
+    [[nodiscard]] bool refuse(std::string_view fault);
     [[nodiscard]] bool readTrust();
     [[nodiscard]] bool acceptPlain();
     [[nodiscard]] bool readSignatures(const std::string& manifestText, std::vector<KvCSshKey>& signers);

@@ -129,7 +129,7 @@ std::string_view KvCSshKey::kindName() const {
 std::string KvCSshKey::fingerprint() const {
     const KvTSha256 digest = sha256Of(blob_);
     std::string text = "SHA256:" + base64Of({digest.begin(), digest.end()});
-    text.erase(text.find('='));
+    text.pop_back(); // the padding
     return text;
 }
 

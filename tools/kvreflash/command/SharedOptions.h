@@ -23,15 +23,6 @@ public:
     virtual void applyTo(SessionRequest& /*request*/) const {}
 };
 
-struct ArchiveOptions final : OptionGroup {
-    std::string folder;
-    std::string description = "archive.json";
-    TrustOptions trust;
-
-    void addTo(CommandSyntax& syntax) override;
-    void applyTo(SessionRequest& request) const override;
-};
-
 /// What an archive is accepted for.
 struct TrustOptions final : OptionGroup {
     /// Nothing: the system's, if there is one.
@@ -41,6 +32,15 @@ struct TrustOptions final : OptionGroup {
     void addTo(CommandSyntax& syntax) override;
     void applyTo(SessionRequest& request) const override;
     [[nodiscard]] KvNReflasher::KvTReleaseOptions options() const;
+};
+
+struct ArchiveOptions final : OptionGroup {
+    std::string folder;
+    std::string description = "archive.json";
+    TrustOptions trust;
+
+    void addTo(CommandSyntax& syntax) override;
+    void applyTo(SessionRequest& request) const override;
 };
 
 struct HostOption final : OptionGroup {
