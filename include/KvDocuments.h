@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KvIArchive.h"
+#include "KvTComparison.h"
 #include "KvTOutcome.h"
 #include "KvTPlan.h"
 
@@ -83,6 +84,9 @@ inline constexpr std::size_t outlookCount = 4;
 /// `file`: path of the description.
 [[nodiscard]] KV_REFLASH_API std::string checkDocument(const std::vector<KvTFinding>& findings, const std::string& file,
                                                        const KvTVerdict& verdict);
+/// Two archives side by side, and the plans that a target's elements have with each; null: no target was asked.
+[[nodiscard]] KV_REFLASH_API std::string compareDocument(const KvTComparison& comparison, const KvTPlan* before,
+                                                         const KvTPlan* after, const KvTVerdict& verdict);
 /// The document of plan, update, verify or reboot, and their report: the plan, and what came of it.
 [[nodiscard]] KV_REFLASH_API std::string reportDocument(const KvTSessionRecord& session, const KvTReportFacts& facts);
 
@@ -137,5 +141,6 @@ inline constexpr std::size_t outlookCount = 4;
 [[nodiscard]] KV_REFLASH_API const char* codeOf(KvEOutlook outlook);
 [[nodiscard]] KV_REFLASH_API const char* codeOf(KvESeverity severity);
 [[nodiscard]] KV_REFLASH_API const char* codeOf(KvESeal seal);
+[[nodiscard]] KV_REFLASH_API const char* codeOf(KvEChange change);
 
 } // namespace KvNReflasher

@@ -15,6 +15,20 @@
 
 namespace KvNReflasher {
 
+/// A description to begin with.
+struct KvTDraft {
+    /// What archive.json has to hold: an entry for each update file, with what the files state. What only a person
+    /// knows is a text in "<>".
+    std::string description;
+    /// Number of entries.
+    std::size_t fileCount = 0;
+    /// The files that could not be read, a sentence each.
+    std::vector<std::string> faults;
+};
+
+/// Drafts the description of an archive of which `folder` has the update files.
+[[nodiscard]] KV_REFLASH_API KvTDraft draftArchive(const std::wstring& folder);
+
 /// The manifest of an archive that is to be sealed.
 struct KvTSealing {
     /// Class archive if the archive cannot be sealed.

@@ -346,6 +346,44 @@ def matrix():
         ("archive", "release", "unmatchedEntries"), together("archive", "release", "unmatchedEntries"))
 
 
+def compare():
+    compared = record("The entry of one of the archives.", {
+        **ENTRY["properties"],
+        "rules": text("Values that boards and elements must have; empty: any."),
+    })
+    side = record("One of the archives.", {
+        "archive": part("archive", "What it says of itself."),
+        "release": RELEASE_PART,
+    })
+    place = record("An element, or a file, on boards of a type.", {
+        "boardType": text("Type of the boards."),
+        "elementId": number("Identifier of the element.", "a file"),
+        "targetPath": text("Path of a file, below the root of the target's file system; else empty."),
+        "change": word("What becomes of it: up and down are about the version.", "changeWords"),
+        "contentChanged": flag("The update files have other checksums, or one of them is not known."),
+        "sequenceChanged": flag("The entry is of another phase."),
+        "modeChanged": flag("The entry has another mode."),
+        "rulesChanged": flag("The entry is for other boards or elements."),
+        "before": part("compared", "The entry of the old archive.", "none"),
+        "after": part("compared", "The entry of the new archive.", "none"),
+    })
+
+    def elements_with(which):
+        return with_null(records("element", f"The elements of the target, planned with the {which} archive, in the order "
+                                            "of the element list."), "no target was asked")
+
+    members = ("before", "after", "places", "elementsBefore", "elementsAfter")
+    return document("compare", "What a release changes", {
+        "before": part("side", "The old archive."),
+        "after": part("side", "The new archive."),
+        "places": records("place", "The places of both archives, in the order of the new one; those that only the old "
+                                   "one has follow."),
+        "elementsBefore": elements_with("old"),
+        "elementsAfter": elements_with("new"),
+    }, {"side": side, "archive": IDENTITY, "release": RELEASE, "place": place, "compared": compared,
+        "element": element(), **PLANNED_PARTS}, members, together(*members))
+
+
 def check():
     return document("check", "Findings on a firmware archive", {
         "findings": records("finding", "The findings in the order of the description."),
@@ -495,7 +533,7 @@ def events():
 
 
 SCHEMA_MAKERS = {"content": content, "elements": elements, "plan": plan, "explain": explain, "matrix": matrix,
-                 "check": check, "update": update, "verify": verify, "reboot": reboot, "events": events}
+                 "compare": compare, "check": check, "update": update, "verify": verify, "reboot": reboot, "events": events}
 
 
 def schema_texts():

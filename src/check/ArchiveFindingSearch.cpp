@@ -60,7 +60,7 @@ std::vector<KvNReflasher::KvTFinding> findingsOfText(const KvNReflasher::KvTOpti
     const KvTCheckedArchive checked{outline, entries, archive, files};
     KvCFindingList findings;
     read.addTo(findings, outline, description, files);
-    for (const auto warn : {warnOfKeys, warnOfValues, warnOfNames, warnOfTexts, warnOfFiles, warnOfShadows}) {
+    for (const auto warn : {warnOfKeys, warnOfValues, warnOfNames, warnOfTexts, warnOfGaps, warnOfFiles, warnOfShadows}) {
         warn(checked, findings);
     }
     return findings.takeInOrder(description);

@@ -209,6 +209,9 @@ constexpr auto checkTable = std::to_array<RuleRow<KvECheckRule>>(
      {unreachableBoard,
       {"unreachable-board", warning, "all board types of an element of `boards` occur in earlier ones",
        "Join it with the earlier one, or give it an entry of its own."}},
+     {gap,
+      {"gap", warning, "a text in angle brackets, as drafts of descriptions have it, stands for what is not known yet",
+       "Write what belongs here, or leave the key out if it need not be there."}},
      {releaseRefused,
       {"not-accepted", KvNReflasher::KvESeverity::error,
        "the archive is not what its manifest says, or its signature does not hold, or nobody who is trusted has signed "

@@ -40,6 +40,7 @@ enum class KvECheckRule : std::uint8_t {
     shadowedEntry,
     sameTargetPath,
     unreachableBoard,
+    gap,
     releaseRefused
 };
 

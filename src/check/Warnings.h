@@ -49,6 +49,9 @@ void forEachEntryObject(const KvTCheckedArchive& checked, Visit&& visit) {
 
 // Each looks for one kind of what is read, but may not do what was meant.
 
+/// Warns of texts in angle brackets, which drafts have in place of what only a person knows.
+void warnOfGaps(const KvTCheckedArchive& checked, KvCFindingList& findings);
+
 /// Warns of update files that are missing or cannot be read, if the reader has no need of them, of those that are empty
 /// or cut, and of those whose headers state other checksums, versions and compatibility identifiers than the
 /// description. Warns of files in the archive folder that no entry names.

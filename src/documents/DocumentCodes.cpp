@@ -38,6 +38,7 @@ constexpr auto failedCallWords = wordsUpTo<KvEFailedCall::writeFile>("none", "tr
 constexpr auto outlookWords = wordsUpTo<KvEOutlook::disabled>("would-update", "up-to-date", "no-entry", "disabled");
 static_assert(outlookWords.size() == outlookCount);
 constexpr auto severityWords = wordsUpTo<KvESeverity::warning>("error", "warning");
+constexpr auto changeWords = wordsUpTo<KvEChange::changed>("same", "added", "removed", "up", "down", "changed");
 constexpr auto sealWords = wordsUpTo<KvESeal::trusted>("unsealed", "sealed", "signed-by-stranger", "trusted");
 
 template <typename Words, typename Value>
@@ -89,6 +90,10 @@ const char* codeOf(KvEOutlook outlook) {
 
 const char* codeOf(KvESeverity severity) {
     return wordOf(severityWords, severity);
+}
+
+const char* codeOf(KvEChange change) {
+    return wordOf(changeWords, change);
 }
 
 const char* codeOf(KvESeal seal) {

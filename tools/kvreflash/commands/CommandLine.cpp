@@ -3,12 +3,14 @@
 #include "ArchiveVersionCommand.h"
 #include "CaptureCommand.h"
 #include "CheckCommand.h"
+#include "CompareCommand.h"
 #include "ConnectCommand.h"
 #include "ContentCommand.h"
 #include "DumpCommand.h"
 #include "ElementsCommand.h"
 #include "ExplainCommand.h"
 #include "MatrixCommand.h"
+#include "NewCommand.h"
 #include "PackCommand.h"
 #include "PlanCommand.h"
 #include "RebootCommand.h"
@@ -57,22 +59,17 @@ struct Row {
 };
 
 /// The commands, in the order of the help.
-constexpr std::array commandTable = {Row{"version", make<VersionCommand>},
-                                     Row{"check", make<CheckCommand>},
-                                     Row{"seal", make<SealCommand>},
-                                     Row{"pack", make<PackCommand>},
-                                     Row{"archive-version", make<ArchiveVersionCommand>},
-                                     Row{"content", make<ContentCommand>},
-                                     Row{"dump", make<DumpCommand>},
-                                     Row{"elements", make<ElementsCommand>},
-                                     Row{"connect", make<ConnectCommand>},
-                                     Row{"capture", make<CaptureCommand>},
-                                     Row{"plan", make<PlanCommand>},
-                                     Row{"explain", make<ExplainCommand>},
-                                     Row{"matrix", make<MatrixCommand>},
-                                     Row{"update", make<UpdateCommand>},
-                                     Row{"verify", make<VerifyCommand>},
-                                     Row{"reboot", make<RebootCommand>}};
+constexpr std::array commandTable = {
+    Row{"version", make<VersionCommand>},   Row{"new", make<NewCommand>},
+    Row{"version", make<VersionCommand>},   Row{"check", make<CheckCommand>},
+    Row{"compare", make<CompareCommand>},   Row{"seal", make<SealCommand>},
+    Row{"pack", make<PackCommand>},         Row{"archive-version", make<ArchiveVersionCommand>},
+    Row{"content", make<ContentCommand>},   Row{"dump", make<DumpCommand>},
+    Row{"elements", make<ElementsCommand>}, Row{"connect", make<ConnectCommand>},
+    Row{"capture", make<CaptureCommand>},   Row{"plan", make<PlanCommand>},
+    Row{"explain", make<ExplainCommand>},   Row{"matrix", make<MatrixCommand>},
+    Row{"update", make<UpdateCommand>},     Row{"verify", make<VerifyCommand>},
+    Row{"reboot", make<RebootCommand>}};
 
 } // namespace
 

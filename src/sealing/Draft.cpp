@@ -1,0 +1,120 @@
+#include "ArchivePaths.h"
+#include "Files.h"
+#include "Folders.h"
+#include "KvCStringConversion.h"
+#include "KvNJson.h"
+#include "KvReleases.h"
+#include "Manifest.h"
+#include "UpdateFileReaders.h"
+
+#include <boost/crc.hpp>
+
+#include <array>
+#include <optional>
+#include <utility>
+
+namespace KvNReflasher {
+
+namespace {
+
+using KvNJson::json;
+
+/// The checksum of what a file holds; nothing if it cannot be read.
+std::optional<std::uint32_t> crcOf(const std::wstring& path) {
+    const FileStream file = openForReading(path);
+    if (file == nullptr) {
+        return std::nullopt;
+    }
+    boost::crc_32_type crc;
+    std::array<unsigned char, 65536> piece{};
+    std::size_t size = piece.size();
+    while (size == piece.size()) {
+        size = std::fread(piece.data(), 1, piece.size(), file.get());
+        crc.process_bytes(piece.data(), size);
+    }
+    return std::ferror(file.get()) == 0 ? std::optional<std::uint32_t>(crc.checksum()) : std::nullopt;
+}
+
+/// Each identifier from `least` to `most`; what only a person knows if a header states none, or very many.
+json rangeOf(std::uint32_t least, std::uint32_t most) {
+    constexpr std::uint32_t mostListed = 64;
+    if (least == unknownValue || most == unknownValue || most < least || most - least >= mostListed) {
+        return json("<identifiers>");
+    }
+    if (least == most) {
+        return json(least);
+    }
+    json list = json::makeArray();
+    for (std::uint32_t identifier = least; identifier <= most; ++identifier) {
+        list.append(identifier);
+    }
+    return list;
+}
+
+/// Makes entries of update files.
+class Draft {
+public:
+    explicit Draft(const std::wstring& folder) : folder_(folder) {}
+
+    KvTDraft make() {
+        json files = json::makeArray();
+        for (const std::string& name : filesOfFolder(folder_)) {
+            if (name != manifestName && name != signatureName) {
+                addEntry(name, files);
+            }
+        }
+        json info = json::makeObject();
+        info.set("formatVersion", "1.0");
+        info.set("archiveVersion", "<version of the archive>");
+        info.set("productName", "<product>");
+        info.set("archiveVariant", "");
+        info.set("archiveName", "<name of the archive>");
+        json description = json::makeObject();
+        description.set("info", std::move(info));
+        description.set("files", std::move(files));
+        constexpr int indentation = 4;
+        draft_.description = description.dump(indentation) + "\n";
+        return std::move(draft_);
+    }
+
+private:
+    void addEntry(const std::string& name, json& files) {
+        const std::wstring path = pathBelow(folder_, KvCString(name.c_str()));
+        KvTUpdateFileHeader header;
+        const KvEReadStatus status = readUpdateFile(path, header);
+        const std::optional<std::uint32_t> content = crcOf(path);
+        if (status == KvEReadStatus::cannotOpen || !content) {
+            draft_.faults.push_back("'" + name + "' cannot be read");
+            return;
+        }
+        const bool hasHeader = status == KvEReadStatus::success;
+        json entry = json::makeObject();
+        entry.set("name", std::string_view(name));
+        entry.set("sequence", "<place in the order of the update>");
+        entry.set("boardType", "<board type>");
+        if (hasHeader) {
+            entry.set("hwCompatibilityId", rangeOf(header.minHwCompatibilityId, header.maxHwCompatibilityId));
+            entry.set("swCompatibilityId", rangeOf(header.minSwCompatibilityId, header.maxSwCompatibilityId));
+            entry.set("id", "<number of the element>");
+        } else {
+            entry.set("targetPath", "<path on the target>");
+        }
+        const bool hasVersion =
+            hasHeader && header.version.getAsULong64() != unknownValue && header.version.getAsULong64() != 0;
+        entry.set("version", hasVersion ? json(header.version.getAsString()) : json());
+        entry.set("checksumCrc32", hasHeader && header.checksum != unknownValue ? header.checksum : *content);
+        files.append(std::move(entry));
+        ++draft_.fileCount;
+    }
+
+    const std::wstring& folder_;
+    KvTDraft draft_;
+};
+
+} // namespace
+
+KvTDraft draftArchive(const std::wstring& folder) {
+    return Draft(folder).make();
+}
+
+} // namespace KvNReflasher
