@@ -59,17 +59,24 @@ struct Row {
 };
 
 /// The commands, in the order of the help.
-constexpr std::array commandTable = {
-    Row{"version", make<VersionCommand>},   Row{"new", make<NewCommand>},
-    Row{"version", make<VersionCommand>},   Row{"check", make<CheckCommand>},
-    Row{"compare", make<CompareCommand>},   Row{"seal", make<SealCommand>},
-    Row{"pack", make<PackCommand>},         Row{"archive-version", make<ArchiveVersionCommand>},
-    Row{"content", make<ContentCommand>},   Row{"dump", make<DumpCommand>},
-    Row{"elements", make<ElementsCommand>}, Row{"connect", make<ConnectCommand>},
-    Row{"capture", make<CaptureCommand>},   Row{"plan", make<PlanCommand>},
-    Row{"explain", make<ExplainCommand>},   Row{"matrix", make<MatrixCommand>},
-    Row{"update", make<UpdateCommand>},     Row{"verify", make<VerifyCommand>},
-    Row{"reboot", make<RebootCommand>}};
+constexpr std::array commandTable = {Row{"version", make<VersionCommand>},
+                                     Row{"new", make<NewCommand>},
+                                     Row{"check", make<CheckCommand>},
+                                     Row{"compare", make<CompareCommand>},
+                                     Row{"seal", make<SealCommand>},
+                                     Row{"pack", make<PackCommand>},
+                                     Row{"archive-version", make<ArchiveVersionCommand>},
+                                     Row{"content", make<ContentCommand>},
+                                     Row{"dump", make<DumpCommand>},
+                                     Row{"elements", make<ElementsCommand>},
+                                     Row{"connect", make<ConnectCommand>},
+                                     Row{"capture", make<CaptureCommand>},
+                                     Row{"plan", make<PlanCommand>},
+                                     Row{"explain", make<ExplainCommand>},
+                                     Row{"matrix", make<MatrixCommand>},
+                                     Row{"update", make<UpdateCommand>},
+                                     Row{"verify", make<VerifyCommand>},
+                                     Row{"reboot", make<RebootCommand>}};
 
 } // namespace
 
