@@ -82,7 +82,7 @@ stage_cppcheck() {
 stage_valgrind() {
     build_preset release kvreflash &&
         logged valgrind python3 -B tests/sessions/run_sessions.py --tool build/release/bin/kvreflash -j "$jobs" \
-            --timeout 300 --launcher "valgrind --quiet --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite"
+            --timeout 300 --launcher "valgrind --quiet --error-exitcode=99 --leak-check=full --show-leak-kinds=definite --errors-for-leak-kinds=definite"
 }
 
 # The device access libraries are somebody else's: the product has to be built and tested against an installed platform

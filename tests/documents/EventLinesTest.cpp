@@ -15,7 +15,7 @@ const std::string eventTime = "2026-03-01T12:34:56.789Z";
 
 /// The line without the time, which each has.
 std::string withoutTime(const std::string& line) {
-    const std::string begin = "{\"time\":\"" + eventTime + "\",";
+    const std::string begin = R"({"time":")" + eventTime + R"(",)";
     EXPECT_EQ(begin, line.substr(0, begin.size()));
     return line.substr(begin.size());
 }

@@ -206,7 +206,7 @@ TEST_F(TargetDescription, ATextOf4096BytesIsRead) {
     // Bytes count, as they are once escapes are read.
     expectServed(withText(placesOfTexts[1].text, text));
     EXPECT_THAT(refusalOf(withText(placesOfTexts[1].text, text + "a")), HasSubstr("4097 bytes"));
-    expectServed(withText(placesOfTexts[1].text, std::string(4090, 'a') + "\\u00e4\\u00e4\\u00e4"));
+    expectServed(withText(placesOfTexts[1].text, std::string(4090, 'a') + R"(\u00e4\u00e4\u00e4)"));
 }
 
 TEST_F(TargetDescription, CommentsAndTextsInThemMayBeOfAnyLength) {

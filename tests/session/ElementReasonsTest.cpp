@@ -19,7 +19,7 @@ struct ReasonRow {
 };
 
 KvTElementOutcome outcomeWith(KvEResult result, KvEFailedCall call = KvEFailedCall::none,
-                              std::vector<std::string> errors = {}) {
+                              const std::vector<std::string>& errors = {}) {
     KvTElementOutcome outcome;
     outcome.result = result;
     outcome.failedCall = call;

@@ -284,7 +284,7 @@ TEST_F(Session, TheEventOfThePlanCountsWhatIsLeftIn) {
         arguments.insert(arguments.end(), more.begin(), more.end());
         (void)run("update", arguments);
         const std::string lines = folder.read("events");
-        const std::size_t place = lines.find("\"event\":\"plan\"");
+        const std::size_t place = lines.find(R"("event":"plan")");
         return place == std::string::npos ? "" : lines.substr(place, lines.find('\n', place) - place);
     };
     EXPECT_THAT(planEvent({"--disable", "0"}), HasSubstr("\"updates\":0,\"supported\":true"));

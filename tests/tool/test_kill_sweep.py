@@ -38,9 +38,14 @@ class KillSweepTest(ScratchTest):
         shutil.rmtree(self.rack / "state", ignore_errors=True)
 
     def seconds_of_an_update(self):
-        began = time.monotonic()
-        self.assertEqual(self.start(*self.update_line()).wait(), 0)
-        return time.monotonic() - began
+        """The least of some: whatever else the machine does makes them longer."""
+        seconds = []
+        for _ in range(3):
+            self.reset()
+            began = time.monotonic()
+            self.assertEqual(self.start(*self.update_line()).wait(), 0)
+            seconds.append(time.monotonic() - began)
+        return min(seconds)
 
     def state(self):
         """What the target shows and has, with the paths of all files that the emulation keeps."""
