@@ -109,7 +109,8 @@ bool pathExists(const std::wstring& path) {
 
 bool isAbsent(const std::wstring& path) {
     struct stat status {};
-    return lstat(nativePath(path).c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
+    return lstat(nativePath(path).c_str(), &status) != 0 &&
+           (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG);
 }
 
 bool hasFileAttributes(const std::wstring& path) {

@@ -3,6 +3,7 @@
 #include "TextConversion.h"
 
 #include <algorithm>
+#include <array>
 #include <io.h>
 #include <string_view>
 #include <utility>
@@ -100,8 +101,9 @@ bool isAbsent(const std::wstring& path) {
     if (GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) {
         return false;
     }
-    const DWORD error = GetLastError();
-    return error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
+    constexpr std::array<DWORD, 6> noSuchFile{ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME,
+                                              ERROR_BAD_PATHNAME,   ERROR_BAD_NETPATH,    ERROR_FILENAME_EXCED_RANGE};
+    return std::find(noSuchFile.begin(), noSuchFile.end(), GetLastError()) != noSuchFile.end();
 }
 
 bool hasFileAttributes(const std::wstring& path) {

@@ -1,5 +1,6 @@
 #include "CheckFixture.h"
 #include "FolderFiles.h"
+#include "MessageCapture.h"
 
 #include <gmock/gmock.h>
 
@@ -91,7 +92,15 @@ protected:
             folder().write(name, "content");
         }
     }
-    KvCFolderFiles files{options(), {"named.bin", "missing.bin"}};
+    [[nodiscard]] const KvCFirmwareArchive& archive() const { return archive_; }
+    [[nodiscard]] const std::wstring& description() const { return options().descriptionFileName; }
+
+private:
+    const KvCMessageCapture messages_;
+    const KvCFirmwareArchive archive_{messages_.writer(), options()};
+
+protected:
+    KvCFolderFiles files{archive(), description(), {"named.bin", "missing.bin"}};
 };
 
 TEST_F(FolderFiles, AreThoseThatNothingNamesInOrder) {
@@ -103,7 +112,9 @@ TEST_F(FolderFiles, AreThoseThatNothingNamesInOrder) {
 TEST_F(FolderFiles, AFolderThatIsMissingHasNone) {
     KvNReflasher::KvTOptions elsewhere = options();
     elsewhere.archiveFolder += L"/missing";
-    KvCFolderFiles missing(elsewhere, {});
+    const KvCMessageCapture messages;
+    const KvCFirmwareArchive archive(messages.writer(), elsewhere);
+    KvCFolderFiles missing(archive, description(), {});
     EXPECT_THAT(missing.unnamed(), IsEmpty());
     EXPECT_EQ("", missing.nearest("a.bin"));
 }
@@ -119,7 +130,7 @@ TEST_F(FolderFiles, TheNearestNameIsSuggested) {
 
 TEST_F(FolderFiles, WhatAnEntryNamesWasNotMeantByAnother) {
     EXPECT_EQ("", files.nearest("namer.bin"));
-    EXPECT_EQ("named.bin", KvCFolderFiles(options(), {"namer.bin"}).nearest("namer.bin"));
+    EXPECT_EQ("named.bin", KvCFolderFiles(archive(), description(), {"namer.bin"}).nearest("namer.bin"));
 }
 
 TEST_F(FolderFiles, AnExtensionMakesShortNamesNoMoreSimilar) {

@@ -1,0 +1,113 @@
+#include "KvReleases.h"
+#include "ScratchFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace KvNReflasher;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr const char* description =
+    R"({"info": {"formatVersion": "1.0", "archiveVersion": "1.2", "productName": "P", "archiveName": "N"}, "files": []})";
+
+class SealingTest : public testing::Test {
+protected:
+    SealingTest() {
+        write("archive.json", description);
+        write("a.kfw", "firmware");
+    }
+    void write(const std::string& name, const std::string& content) const {
+        static_cast<void>(folder_.write(name, content));
+    }
+    [[nodiscard]] KvTSealing seal(std::int64_t created = 1790000000) const {
+        return sealArchive(folder_.path().wstring(), L"archive.json", created);
+    }
+    /// The package; the faults otherwise.
+    [[nodiscard]] std::string pack(std::vector<std::string>& faults, std::size_t most = 1U << 20U) const {
+        struct Taken {
+            std::string bytes;
+            std::size_t most;
+        } taken{{}, most};
+        faults = packArchive(
+            folder_.path().wstring(),
+            [](const char* bytes, std::size_t size, void* context) {
+                auto& all = *static_cast<Taken*>(context);
+                all.bytes.append(bytes, size);
+                return all.bytes.size() <= all.most;
+            },
+            &taken);
+        return taken.bytes;
+    }
+
+private:
+    ScratchFolder folder_;
+};
+
+TEST_F(SealingTest, AManifestIsThatOfTheFilesAndTheDescription) {
+    const KvTSealing sealing = seal();
+    EXPECT_TRUE(sealing.verdict.isSuccess());
+    EXPECT_EQ(sealing.fileCount, 2U);
+    EXPECT_EQ(sealing.size, 8 + std::string(description).size());
+    EXPECT_THAT(sealing.manifest, HasSubstr(R"("created": "2026-09-21T14:13:20Z")"));
+    EXPECT_THAT(sealing.manifest, HasSubstr(R"("archiveVersion": "1.2")"));
+    EXPECT_EQ(sealing.manifestDigest.size(), 64U);
+    EXPECT_FALSE(sealing.isUnchanged);
+}
+
+TEST_F(SealingTest, WhatHasNotChangedKeepsItsTime) {
+    write("manifest.json", seal().manifest);
+    EXPECT_TRUE(seal(1800000000).isUnchanged);
+    EXPECT_EQ(seal(1800000000).manifest, seal().manifest);
+    write("a.kfw", "firmwarE");
+    EXPECT_FALSE(seal(1800000000).isUnchanged);
+    EXPECT_THAT(seal(1800000000).manifest, HasSubstr(R"("created": "2027-01-15T08:00:00Z")"));
+}
+
+TEST_F(SealingTest, FaultsAreNamedAtOnce) {
+    write("NUL", "");
+    write("A.KFW", "");
+    write("archive.json", "{");
+    const KvTSealing sealing = seal();
+    EXPECT_EQ(sealing.verdict.failure, KvEFailure::archive);
+    EXPECT_EQ(sealing.faults.size(), 3U);
+    EXPECT_EQ(sealing.manifest, "");
+}
+
+TEST_F(SealingTest, APackageHasWholeBlocks) {
+    write("manifest.json", seal().manifest);
+    write("manifest.json.sig", "signature");
+    std::vector<std::string> faults;
+    const std::string package = pack(faults);
+    EXPECT_THAT(faults, IsEmpty());
+    EXPECT_EQ(package.size() % 512, 0U);
+    EXPECT_TRUE(package.starts_with("manifest.json"));
+    EXPECT_EQ(package.substr(package.size() - 1024), std::string(1024, '\0'));
+}
+
+TEST_F(SealingTest, WhatIsNotAsSealedIsNotPacked) {
+    std::vector<std::string> faults;
+    static_cast<void>(pack(faults));
+    EXPECT_THAT(faults, ElementsAre("it is not sealed"));
+    write("manifest.json", seal().manifest);
+    write("a.kfw", "firmwarE");
+    static_cast<void>(pack(faults));
+    EXPECT_THAT(faults, ElementsAre("'a.kfw' was changed"));
+    write("a.kfw", "firmware, longer");
+    write("b.kfw", "");
+    static_cast<void>(pack(faults));
+    EXPECT_THAT(faults, ElementsAre("'a.kfw' has 16 bytes and not 8", "'b.kfw' is additional"));
+}
+
+TEST_F(SealingTest, PackingEndsWhenNothingMoreIsTaken) {
+    write("manifest.json", seal().manifest);
+    std::vector<std::string> faults;
+    const std::string begun = pack(faults, 600);
+    EXPECT_THAT(faults, IsEmpty());
+    EXPECT_LT(begun.size(), pack(faults).size());
+}
+
+} // namespace
