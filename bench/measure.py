@@ -217,7 +217,7 @@ class Programs:
         reading = [self.binaries / "read_heads", archive / "files.txt"]
 
         def remember():
-            """The system knows the files before both: what it costs to find them on the disk is not what is asked."""
+            """Reads the files once, so that neither process has to find them on the disk."""
             subprocess.run(reading, stdout=subprocess.DEVNULL, check=True)
 
         return [Command(at("completion", entries), self.tool("archive-version", "-a", archive), before=remember),
@@ -231,7 +231,7 @@ class Programs:
                        before=lambda: copy_rack(rack, copy), **more)
 
     def asked_waiting(self, command):
-        """Seconds that an update waits: what it has started, and the lines with the percentage, say so."""
+        """Seconds that an update waits, computed from the updates that it starts and its progress lines."""
         trace = self.scratch / "trace.jsonl"
         trace.unlink(missing_ok=True)
         command.before()
@@ -326,14 +326,14 @@ class Judge:
                     processor=divided(plan.processor - connect.processor + version.processor, content.processor))
 
     def memory(self, entries, judged):
-        """Peak memory in sizes of what is read. As by its time, a plan is judged where the rack is the smaller part."""
+        """Peak memory in sizes of what is read. A plan is judged if the rack is the smaller part, as its time is."""
         archive, target = self.description_sizes[entries]
-        rows = [("archive-version / description", archive, judged), ("content / description", archive, judged),
-                ("dump / description", archive, judged),
-                ("plan / descriptions", archive + target, entries > MOST_ELEMENTS)]
-        return [Goal(f"peak memory of {name}", entries,
-                     self.results[at(name.split()[0], entries)].peak * 1024 / size, 5, None, is_judged)
-                for name, size, is_judged in rows]
+        rows = [("archive-version", "description", archive, judged), ("content", "description", archive, judged),
+                ("dump", "description", archive, judged),
+                ("plan", "descriptions", archive + target, entries > MOST_ELEMENTS)]
+        return [Goal(f"peak memory of {name} / {unit}", entries,
+                     self.results[at(name, entries)].peak * 1024 / size, 5, None, is_judged)
+                for name, unit, size, is_judged in rows]
 
     def growth(self, smaller, larger):
         """The cost of an entry beside that in an archive of the size before."""

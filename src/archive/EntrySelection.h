@@ -67,7 +67,7 @@ struct KvTEntrySelection {
     bool isAddressShared = true;
 };
 
-/// In the entry's own record as long as there is one, as most entries have: an archive may have very many.
+/// The selections of an entry. A single one, which most entries have, needs no memory beside the entry's record.
 using KvCEntrySelections = boost::container::small_vector<KvTEntrySelection, 1>;
 
 /// The address that an entry, or an element of its "boards", has itself.

@@ -168,6 +168,7 @@ bool KvCFirmwareArchive::completeFromUpdateFile(KvTArchiveFile& file, KvCArchive
     const std::wstring path = pathOf(file.name);
     KvTUpdateFileHeader header;
     const KvEReadStatus status = readUpdateFile(path, header);
+    // Only a file that cannot be opened may be missing: the others need no look of their own.
     if (status == KvEReadStatus::cannotOpen && !pathExists(path)) {
         file.fileMissing = true;
         return findings.error({KvEArchiveRule::updateFileExists, file.descriptionIndex},

@@ -45,7 +45,8 @@ private:
 
     void takeFrom(const Place& place, const KvTEntrySelection& selection, const Test& test, Taken& taken);
 
-    /// Most entries of a large archive are for boards that the target does not have: few names tell them.
+    /// The board types of the target. An entry for another type, as most entries of a large archive are, needs no look
+    /// into `places_`.
     std::unordered_set<std::string_view> boardTypes_;
     std::unordered_map<Place, Elements, PlaceHash> places_;
 };

@@ -21,8 +21,8 @@ using FileStream = std::unique_ptr<std::FILE, KvTFileCloser>;
 /// a device, cannot be opened, and nothing waits for it.
 [[nodiscard]] FileStream openForReading(const std::wstring& path);
 
-/// Fills `beginning` with the first bytes of the regular file at `path`, as far as it has so many, and returns how many
-/// it has; nothing when it cannot be opened, see openForReading(), or read.
+/// Reads the first bytes of the regular file at `path` into `beginning`. Returns how many it has read, fewer than
+/// `beginning` has if the file is shorter; nothing if the file cannot be opened, see openForReading(), or read.
 [[nodiscard]] std::optional<std::size_t> readBeginning(const std::wstring& path, std::span<std::uint8_t> beginning);
 
 /// Reads on at this byte of an open file; false when that is not possible.

@@ -59,14 +59,11 @@ std::optional<std::size_t> readBeginning(const std::wstring& path, std::span<std
         return std::nullopt;
     }
     std::size_t size = 0;
-    ssize_t part = 1;
-    while (part != 0 && size < beginning.size()) {
+    ssize_t part = 0;
+    do {
         part = read(file, beginning.data() + size, beginning.size() - size);
-        if (part < 0 && errno != EINTR) {
-            break;
-        }
         size += part > 0 ? static_cast<std::size_t>(part) : 0;
-    }
+    } while ((part > 0 && size < beginning.size()) || (part < 0 && errno == EINTR));
     close(file);
     return part < 0 ? std::nullopt : std::optional(size);
 }

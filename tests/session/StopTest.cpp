@@ -217,6 +217,14 @@ TEST_F(StopTest, ASignalHandlerMayAskForTheEnd) {
     expectVerdict(KvEFailure::stopped, "4 elements not started");
 }
 
+TEST_F(StopTest, WithoutAPlanAndWithoutARunThereIsNothingToLeaveOutAndNoCall) {
+    KvISession& unprepared = observedFor(performUpdate);
+    unprepared.leaveOutDowngrades();
+    EXPECT_EQ(nullptr, unprepared.plan());
+    EXPECT_EQ(nullptr, unprepared.activity().call);
+    EXPECT_FALSE(unprepared.activity().element);
+}
+
 TEST_F(StopTest, ARequestBeforeTheRunLetsNothingBegin) {
     EXPECT_EQ(0U, prepare(performUpdate));
     observed().requestStop(KvEStop::finishBegun);

@@ -1,6 +1,6 @@
 #include "ReplacedFile.h"
-#include "PathTexts.h"
 
+#include "PathTexts.h"
 #include "ScratchFolder.h"
 #include "UserFiles.h"
 

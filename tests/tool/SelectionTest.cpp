@@ -9,7 +9,6 @@
 
 namespace {
 
-using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;

@@ -22,9 +22,9 @@ struct TargetDescription {
     std::vector<Fault> faults;
 };
 
-/// How much text a description may make clients show: a table has a line as long as the longest for each element, and
-/// the names of what an element is in are told with each element. A byte of text for each of so many bytes of the
-/// description, or 16 MiB if that is more.
+/// How many bytes of text clients may show of a description: `mostShownTextPerByte` for each byte of the description, or
+/// `shownTextAlwaysAllowed` if that is more. Tables show each element in a line as long as the longest, with the names
+/// of the items above the element.
 inline constexpr std::size_t mostShownTextPerByte = 16;
 inline constexpr std::size_t shownTextAlwaysAllowed = std::size_t{16} << 20U;
 
