@@ -140,6 +140,9 @@ struct KvTElementOutcome {
     /// What the target answered to the last status query: 1 running, 2 succeeded, anything else failed; nothing if it
     /// did not answer any.
     std::optional<std::uint32_t> state;
+    /// Its update file was watched, KvISession::watchFiles(), and was not the same any more before or after its
+    /// transfer.
+    bool fileChanged = false;
     /// The session's message about a file that could not be written, without line end.
     std::string message;
     /// The errors of its calls, then those that the target reported for it.
@@ -187,7 +190,7 @@ enum class KvEVerified : std::uint8_t {
     notJudged,
     /// It reports exactly what it reported before the update. It may change at a reboot.
     unchanged,
-    /// It reports something else than planned.
+    /// It reports something else than planned, or its update file changed while it was used.
     differs
 };
 inline constexpr std::size_t verifiedCount = 6;
@@ -203,6 +206,8 @@ struct KvTVerifiedElement {
     /// The element reports the checksum 0 and differs: a plan takes that for up to date and leaves the element; a
     /// forced update does not.
     bool leftByPlan = false;
+    /// Its update file changed while it was used: nobody knows what was installed.
+    bool fileChanged = false;
 };
 
 /// The reports of the target beside the plan.

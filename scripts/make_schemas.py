@@ -248,6 +248,8 @@ VERIFIED = {
     "verification": word("How that fits the plan.", "verifiedWords", "the element was not judged"),
     "leftByPlan": flag("It reports the checksum 0 and differs: a plan leaves it, a forced update does not.",
                        "the element was not judged"),
+    "fileChanged": flag("Its update file changed while it was used: nobody knows what was installed.",
+                        "the element was not judged"),
 }
 
 FILE_OUTCOME = record("What became of an update file in one phase.", {

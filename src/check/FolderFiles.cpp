@@ -6,7 +6,7 @@
 #include "JsonOutline.h"
 #include "Manifest.h"
 #include "WholeFiles.h"
-#include "Words.h"
+#include "NearestWord.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,5 +1,5 @@
 #include "Warnings.h"
-#include "Words.h"
+#include "NearestWord.h"
 
 #include <string_view>
 

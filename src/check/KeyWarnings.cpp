@@ -1,7 +1,7 @@
 #include "Warnings.h"
 
 #include "EntryProperties.h"
-#include "Words.h"
+#include "NearestWord.h"
 
 #include <algorithm>
 #include <array>

@@ -88,6 +88,7 @@ void setOutcome(json& record, const KvTElementOutcome& outcome) {
 void setVerified(json& record, const KvTVerifiedElement* verified) {
     record.set("verification", verified != nullptr ? json(codeOf(verified->result)) : json());
     record.set("leftByPlan", verified != nullptr ? json(verified->leftByPlan) : json());
+    record.set("fileChanged", verified != nullptr ? json(verified->fileChanged) : json());
 }
 
 } // namespace KvNReflasher

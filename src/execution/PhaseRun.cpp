@@ -60,12 +60,26 @@ void KvCPhaseRun::transferFiles() {
             context_.writer.print(L"\n\nTransferring files:\n");
             headingPrinted = true;
         }
-        const bool isTransferred = files_.transferFile(*element, *system);
+        const bool isTransferred = transferFile(*element, *system);
         if (!isTransferred) {
             context_.fail(*element, KvEFailedCall::transferFile);
         }
         context_.callbacks.notifyEvent({KvEEvent::transfer, element->archiveFileIndex, isTransferred});
     }
+}
+
+/// Marks every element that the file serves if the file is not what it was when the update was planned.
+bool KvCPhaseRun::transferFile(const KvTUpdateElement& element, const KvCInventoryAddress& system) {
+    const bool hasChanged = context_.watch.hasChanged(element.archiveFileIndex);
+    const bool isTransferred = files_.transferFile(element, system);
+    if (hasChanged || context_.watch.hasChanged(element.archiveFileIndex)) {
+        for (const KvTUpdateElement* served : list_) {
+            KvTElementRun& run = context_.runOf(*served);
+            run.fileChanged = run.fileChanged ||
+                              (!served->isFileSystemElement && served->archiveFileIndex == element.archiveFileIndex);
+        }
+    }
+    return isTransferred;
 }
 
 void KvCPhaseRun::startUpdates() {
@@ -114,6 +128,13 @@ void KvCPhaseRun::writeDirectly(const KvTUpdateElement& element) {
 }
 
 bool KvCPhaseRun::putFile(const KvTUpdateElement& element, std::vector<std::wstring>& messages) {
+    const bool hasChanged = context_.watch.hasChanged(element.archiveFileIndex);
+    const bool isWritten = writeFile(element, messages);
+    context_.runOf(element).fileChanged = hasChanged || context_.watch.hasChanged(element.archiveFileIndex);
+    return isWritten;
+}
+
+bool KvCPhaseRun::writeFile(const KvTUpdateElement& element, std::vector<std::wstring>& messages) {
     const KvCCallUnderWay call(context_.control, "KvHIM_putFileU", element.index);
     return directWriter_.writeFileToTarget(context_.fileOf(element), element.location, messages);
 }

@@ -35,8 +35,10 @@ public:
     void deleteRemoteFiles();
 
 private:
+    [[nodiscard]] bool transferFile(const KvTUpdateElement& element, const KvCInventoryAddress& system);
     void writeDirectly(const KvTUpdateElement& element);
     [[nodiscard]] bool putFile(const KvTUpdateElement& element, std::vector<std::wstring>& messages);
+    [[nodiscard]] bool writeFile(const KvTUpdateElement& element, std::vector<std::wstring>& messages);
     void startUpdate(const KvTUpdateElement& element);
     [[nodiscard]] bool succeeded(const KvTUpdateElement& element) const;
     void askForErrors(const KvTUpdateElement& element) const;

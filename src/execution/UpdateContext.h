@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FileWatch.h"
 #include "KvCFirmwareArchive.h"
 #include "KvCTargetInventory.h"
 #include "KvTCallbacks.h"
@@ -18,6 +19,7 @@ struct KvTUpdateContext {
     /// The errors of the session.
     KvCErrorListPool& errors;
     KvCUpdateControl& control;
+    const KvCFileWatch& watch;
 
     /// The archive entry of an element that has one.
     [[nodiscard]] const KvTArchiveFile& fileOf(const KvTUpdateElement& element) const {

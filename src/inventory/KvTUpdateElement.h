@@ -86,6 +86,8 @@ struct KvTElementRun {
     std::optional<KvTTargetAnswer> targetAnswer;
     /// The target was asked for the errors of the finished update.
     bool errorsCollected = false;
+    /// Its update file was watched and has changed before its transfer has ended.
+    bool fileChanged = false;
     KvTElementFailure failure;
 
     /// The running update has begun with the element, whatever came of it: it was neither left out nor cancelled.

@@ -71,6 +71,7 @@ public:
     [[nodiscard]] std::vector<KvNReflasher::KvTFinding> findings() override;
     void setRelease(const KvNReflasher::KvTReleaseOptions& options) override;
     [[nodiscard]] std::optional<KvNReflasher::KvTRelease> release() const override;
+    void watchFiles() override;
 
 protected:
     explicit KvCReflasher(KvNReflasher::KvTOptions options);
@@ -111,10 +112,11 @@ private:
     KvCErrorListPool& errors_ = KvCErrorManager::getInstance()->getMasterErrorList();
     KvCPreparation preparation_{writer_, options_, errors_};
     KvCUpdateControl control_;
-    KvCUpdateDriver driver_{
-        {writer_, callbacks_, options_, preparation_.archive(), preparation_.inventory(), errors_, control_},
-        preparation_.planner(),
-        preparation_.targetAccess()};
+    KvCFileWatch fileWatch_{preparation_.archive()};
+    KvCUpdateDriver driver_{{writer_, callbacks_, options_, preparation_.archive(), preparation_.inventory(), errors_,
+                             control_, fileWatch_},
+                            preparation_.planner(),
+                            preparation_.targetAccess()};
     /// Made when an explanation is first asked for.
     std::optional<KvCExplainer> explainer_;
     /// What has come after prepare().

@@ -25,6 +25,7 @@ std::uint32_t KvCReflasher::prepare() {
     otherErrors_.clear();
     explainer_.reset();
     driver_.forgetRun();
+    fileWatch_.forget();
     const auto status = withoutException<std::uint32_t>(prepareFailed, [this] { return preparation_.prepare(); });
     if (status == prepareFailed) {
         preparation_.forgetTarget();

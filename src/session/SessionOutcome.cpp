@@ -42,6 +42,7 @@ KvTElementOutcome recordedOutcome(const KvTUpdateElement& element) {
     if (element.targetAnswer) {
         outcome.state = element.targetAnswer->state;
     }
+    outcome.fileChanged = element.fileChanged;
     outcome.message = element.failure.message;
     outcome.errors = element.failure.writeErrors;
     for (const KvCOwnedErrorList& list : element.errorLists) {

@@ -3,9 +3,9 @@
 #include "ErrorEntries.h"
 #include "ForeignPaths.h"
 #include "KvCReflasher.h"
+#include "NearestWord.h"
 #include "Preflight.h"
 #include "TargetLook.h"
-#include "Words.h"
 
 #include <algorithm>
 #include <charconv>
@@ -131,6 +131,25 @@ KvTDisabling KvCReflasher::disableElement(const std::string& element) {
         }
         return result;
     });
+}
+
+void KvCReflasher::watchFiles() {
+    fileWatch_.forget();
+    const std::optional<KvTRelease> vouched = release();
+    if (plan() == nullptr || (vouched && vouched->seal != KvESeal::none)) {
+        return;
+    }
+    const bool areNoted = withoutException(false, [this] {
+        for (const KvTPlannedElement& element : plan()->elements) {
+            if (element.decision.update) {
+                fileWatch_.note(element.entry->fileIndex);
+            }
+        }
+        return true;
+    });
+    if (!areNoted) {
+        noteOutOfMemory();
+    }
 }
 
 void KvCReflasher::leaveOutDowngrades() {

@@ -1,6 +1,7 @@
 #include "KvISession.h"
 #include "PlanValue.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -100,6 +101,14 @@ KvTVerifiedElement verified(const KvTPlan& plan, const KvTPlannedElement& elemen
     return result;
 }
 
+/// Whatever the target reports: nobody knows what was installed.
+void noteChangedFile(KvTVerifiedElement& verified, const KvTElementOutcome& outcome) {
+    if (outcome.fileChanged) {
+        verified.fileChanged = true;
+        verified.result = KvEVerified::differs;
+    }
+}
+
 /// An element that the archive says something of and that the options do not leave out.
 bool isMeant(const KvTPlannedElement& element) {
     return element.entry && !element.decision.has(KvEReason::customLeftOut) &&
@@ -115,7 +124,13 @@ std::string faultMessage(const KvTVerification& verification) {
             message.append(message.empty() ? "" : ", ").append(std::to_string(count)).append(" ").append(word);
         }
     }
-    return message.empty() ? message : "the target does not report what it should: " + message;
+    if (!message.empty()) {
+        message.insert(0, "the target does not report what it should: ");
+        const auto changed = std::count_if(verification.elements.begin(), verification.elements.end(),
+                                           [](const KvTVerifiedElement& element) { return element.fileChanged; });
+        message += changed != 0 ? "; update files changed during the update" : "";
+    }
+    return message;
 }
 
 KvTVerdict judgeElements(const KvTVerification& verification) {
@@ -144,6 +159,7 @@ KvTVerification KvNReflasher::verifyUpdate(const KvTPlan& plan, const KvTOutcome
         if (isKnown && outcome.elements[element.index].result == KvEResult::updated) {
             verification.elements.push_back(
                 verified(plan, element, verification.look, Standard::installed, !wasRebooted));
+            noteChangedFile(verification.elements.back(), outcome.elements[element.index]);
         }
     }
     return verification;

@@ -1,5 +1,4 @@
 #include "CheckFixture.h"
-#include "Words.h"
 
 #include <array>
 
@@ -63,18 +62,6 @@ TEST_F(CheckKeys, ARepeatedKeyIsReportedWhereItIsRepeated) {
     EXPECT_EQ("duplicate-key", finding.code);
     EXPECT_EQ(text.rfind("\"name\"") + 1, finding.column);
     EXPECT_EQ("duplicate-key", codes(with("comment", R"({"a": 1, "b": 1, "a": 1})")));
-}
-
-TEST(NearestWord, ChangedAddedAndRemovedBytesCountButNotTheirCase) {
-    constexpr std::array<std::string_view, 3> words = {"boards", "boardId", "id"};
-    EXPECT_EQ("boards", nearestWord("bards", words));
-    EXPECT_EQ("boards", nearestWord("boardss", words));
-    EXPECT_EQ("boardId", nearestWord("BOARDID", words));
-    EXPECT_EQ("boardId", nearestWord("boardIt", words));
-    EXPECT_EQ("id", nearestWord("Id", words));
-    EXPECT_EQ("", nearestWord("comment", words));
-    EXPECT_EQ("", nearestWord("", words));
-    EXPECT_EQ("", nearestWord(std::string(1000000, 'b'), words));
 }
 
 } // namespace

@@ -31,9 +31,10 @@ TEST(EventLines, TheLastPhaseEndsWithTheNumberOfTheCallback) {
 
 TEST(EventLines, OfAPlanCountWhatIsToBeUpdated) {
     KvTPlan plan = samplePlan();
-    EXPECT_EQ(
-        "\"event\":\"plan\",\"phaseCount\":2,\"updates\":2,\"supported\":false,\"targetAddress\":\"127.0.0.1\"}\n",
-        withoutTime(planEvent(eventTime, plan)));
+    plan.release.reset();
+    EXPECT_EQ("\"event\":\"plan\",\"phaseCount\":2,\"updates\":2,\"supported\":false,\"targetAddress\":\"127.0.0.1\","
+              "\"release\":null}\n",
+              withoutTime(planEvent(eventTime, plan)));
     plan.elements.front().decision.update = false;
     EXPECT_NE(std::string::npos, planEvent(eventTime, plan).find("\"updates\":1,"));
 }

@@ -129,6 +129,17 @@ KvTPlannedElement newerElement() {
 
 } // namespace
 
+KvTRelease sampleRelease() {
+    return {.seal = KvESeal::trusted,
+            .manifestDigest = std::string(64, 'a'),
+            .created = "2026-02-28T08:00:00Z",
+            .signer = "pr\u00FCfer@korvel",
+            .keyKind = "ssh-ed25519",
+            .keyFingerprint = "SHA256:" + std::string(43, 'b'),
+            .trustFolder = "/etc/kvreflash/trust",
+            .isUnsealedAccepted = false};
+}
+
 KvTArchiveContent sampleContent() {
     KvTArchiveContent content;
     content.identity = {.archiveName = "Pr\u00FCfstand",
@@ -136,6 +147,7 @@ KvTArchiveContent sampleContent() {
                         .productName = "QB",
                         .formatVersion = "1.0",
                         .archiveVariant = ""};
+    content.release = sampleRelease();
     content.entries = {firmwareEntry(), fileEntry(), upgradeEntry(), unmatchedEntry()};
     return content;
 }
@@ -143,12 +155,42 @@ KvTArchiveContent sampleContent() {
 KvTPlan samplePlan() {
     KvTPlan plan;
     plan.archive = sampleContent().identity;
+    plan.release = sampleRelease();
     plan.targetAddress = "127.0.0.1";
     plan.supported = false;
     plan.unsupportedElements = {1};
     plan.phaseCount = 2;
     plan.elements = {updatedElement(), elementWithoutEntry(), unlistedFile(), newerElement()};
     return plan;
+}
+
+KvTComparison sampleComparison() {
+    KvTComparison comparison;
+    comparison.before = sampleContent();
+    comparison.before.release = KvTRelease();
+    comparison.after = sampleContent();
+    KvTArchiveDifference newer;
+    newer.boardType = "QB4120";
+    newer.elementId = 1;
+    newer.before = {.entry = upgradeEntry(), .rules = ""};
+    newer.after = {.entry = firmwareEntry(), .rules = "variant A, hw 2|3"};
+    newer.change = KvEChange::up;
+    newer.isContentChanged = true;
+    newer.isSequenceChanged = true;
+    newer.areRulesChanged = true;
+    newer.isModeChanged = true;
+    KvTArchiveDifference added;
+    added.boardType = "QB4120";
+    added.targetPath = "config/netz-\u00FC.ini";
+    added.after = {.entry = fileEntry(), .rules = ""};
+    added.change = KvEChange::added;
+    KvTArchiveDifference removed;
+    removed.boardType = "QB2000";
+    removed.elementId = 4;
+    removed.before = {.entry = unmatchedEntry(), .rules = ""};
+    removed.change = KvEChange::removed;
+    comparison.places = {newer, added, removed};
+    return comparison;
 }
 
 KvTOutcome sampleOutcome() {

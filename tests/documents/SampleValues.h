@@ -7,6 +7,9 @@
 
 // Small values of every kind, of which the documents of expected/ are made.
 
+/// Of an archive that somebody trusted has signed.
+[[nodiscard]] KvNReflasher::KvTRelease sampleRelease();
+
 /// An archive with the entries that the plan has chosen, and one that nothing takes.
 [[nodiscard]] KvNReflasher::KvTArchiveContent sampleContent();
 
@@ -19,6 +22,9 @@
 
 /// What the target reports of that.
 [[nodiscard]] KvNReflasher::KvTVerification sampleVerification();
+
+/// Places of which one has come, one has gone, and one has a newer file for other boards.
+[[nodiscard]] KvNReflasher::KvTComparison sampleComparison();
 
 [[nodiscard]] std::vector<KvNReflasher::KvTExplanation> sampleExplanations();
 [[nodiscard]] std::vector<KvNReflasher::KvTHiddenElement> sampleHiddenElements();

@@ -44,6 +44,7 @@ KvTMatrixTarget failedTarget() {
 KvTPlan planWithoutArchive() {
     KvTPlan plan = samplePlan();
     plan.archive.reset();
+    plan.release.reset();
     plan.supported = true;
     plan.unsupportedElements.clear();
     plan.phaseCount = 0;
@@ -119,6 +120,17 @@ std::string reboot() {
     return reportDocument({.verdict = success, .plan = &plan, .outcome = &outcome}, facts);
 }
 
+std::string compareForATarget() {
+    const KvTPlan plan = samplePlan();
+    return compareDocument(sampleComparison(), &plan, &plan, success);
+}
+
+std::string compareRefused() {
+    KvTComparison comparison = sampleComparison();
+    comparison.verdict = refusedContent().verdict;
+    return compareDocument(comparison, nullptr, nullptr, comparison.verdict);
+}
+
 /// One of each.
 std::string events() {
     const std::string time = "2026-03-01T12:34:56.789Z";
@@ -150,6 +162,9 @@ const std::vector<DocumentRow>& documentRows() {
              return matrixDocument(sampleContent(), {plannedTarget(), failedTarget()}, noTarget);
          }},
         {"matrix.refused.json", [] { return matrixDocument(refusedContent(), {}, refusedContent().verdict); }},
+        {"compare.json", [] { return compareDocument(sampleComparison(), nullptr, nullptr, success); }},
+        {"compare.target.json", compareForATarget},
+        {"compare.refused.json", compareRefused},
         {"plan.json", plan},
         {"plan.no-target.json", planWithoutTarget},
         {"update.json", update},

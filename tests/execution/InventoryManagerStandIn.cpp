@@ -66,6 +66,7 @@ void InventoryManagerStandIn::forget() {
     timeStamps_.clear();
     transfers_ = 0;
     root_ = nullptr;
+    visitor_ = nullptr;
 }
 
 void InventoryManagerStandIn::take(const std::string& operation, const std::vector<std::string>& arguments,
@@ -75,6 +76,9 @@ void InventoryManagerStandIn::take(const std::string& operation, const std::vect
         text += ' ' + argument;
     }
     calls_.push_back({operation, text, &errors, nullptr, KvEmulation::ledger().errorLists});
+    if (visitor_) {
+        visitor_(operation);
+    }
 }
 
 std::string InventoryManagerStandIn::nameOf(const KvCInventoryRootHandle* root) {

@@ -4,7 +4,9 @@
 #include "KvCInventoryManager.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// Stands in for the inventory manager's lock, transfers and updates in the programs that are linked with it: keeps
@@ -31,6 +33,8 @@ public:
     /// The time stamps that updates were started with.
     [[nodiscard]] const std::vector<std::uint64_t>& timeStamps() const { return timeStamps_; }
     void forget();
+    /// Called within each call, with its operation; null switches it off.
+    void setVisitor(std::function<void(const std::string& operation)> visitor) { visitor_ = std::move(visitor); }
 
     // For the operations that this stands in for.
 
@@ -48,6 +52,7 @@ private:
     std::vector<Call> calls_;
     std::vector<std::uint64_t> timeStamps_;
     std::uint32_t transfers_ = 0;
+    std::function<void(const std::string& operation)> visitor_;
     /// The handle of the first call, which all others are to name too.
     const KvCInventoryRootHandle* root_ = nullptr;
     /// Its address is the handle of the lock.

@@ -65,6 +65,22 @@ TEST_F(UpdateCallsTest, AnUpdateMakesTheseCallsWithTheseArguments) {
                             "updateFinish root HCN[1] lock", "unlock lock"));
 }
 
+TEST_F(UpdateCallsTest, AWatchedFileThatChangesDuringItsTransferIsNoticed) {
+    addBoard(1, completeElement(1));
+    addBoard(2, completeElement(1));
+    prepare();
+    fileWatch().note(element(0).archiveFileIndex);
+    fileWatch().note(element(1).archiveFileIndex);
+    manager().setVisitor([this](const std::string& operation) {
+        if (operation == "transferFile") {
+            archive.folder().write("io1.bin", "other");
+        }
+    });
+    EXPECT_TRUE(run());
+    EXPECT_TRUE(element(0).fileChanged);
+    EXPECT_FALSE(element(1).fileChanged);
+}
+
 TEST_F(UpdateCallsTest, TheTimeStampOfAnUpdateIsTheLocalTime) {
     addNodeElement(1, completeElement(1), 1);
     addNodeElement(2, completeElement(2), 2);

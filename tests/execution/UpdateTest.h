@@ -45,6 +45,7 @@ protected:
     [[nodiscard]] KvTElementRun& runOf(std::size_t index) { return session_->inventory.runOf(element(index).index); }
     /// @}
     [[nodiscard]] KvCFirmwareArchive& readArchive() { return session_->archive; }
+    [[nodiscard]] KvCFileWatch& fileWatch() { return session_->watch; }
     /// The states of all elements.
     [[nodiscard]] std::vector<std::uint32_t> states();
     /// The error list that the session is given.
@@ -61,7 +62,7 @@ private:
         Session(const KvTCallbacks& callbacks, const KvNReflasher::KvTOptions& options)
             : writer(callbacks), access(writer, options, errors()), archive(writer, options),
               inventory(writer, options, errors()), planner(options, archive, inventory),
-              driver({writer, callbacks, options, archive, inventory, errors(), control}, planner, access) {}
+              driver({writer, callbacks, options, archive, inventory, errors(), control, watch}, planner, access) {}
 
         KvCConsoleWriter writer;
         KvCTargetAccess access;
@@ -69,6 +70,7 @@ private:
         KvCTargetInventory inventory;
         KvCUpdatePlanner planner;
         KvCUpdateControl control;
+        KvCFileWatch watch{archive};
         KvCUpdateDriver driver;
     };
 

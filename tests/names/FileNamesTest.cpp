@@ -5,9 +5,8 @@
 namespace {
 
 TEST(FileNames, ThatEverySystemTakesForTheSameFileAreSafe) {
-    for (const char* name :
-         {"a", "a.b", "firmware.kfw", "sub/firmware.kfw", "a/b/c/d", ".hidden", "a b", "\u00FCber.kfw", "NULL", "com",
-          "COM10", "auxiliary.ini", "a..b", "...a", "sub.d/x"}) {
+    for (const char* name : {"a", "a.b", "firmware.kfw", "sub/firmware.kfw", "a/b/c/d", ".hidden", "a b",
+                             "\u00FCber.kfw", "NULL", "com", "COM10", "auxiliary.ini", "a..b", "...a", "sub.d/x"}) {
         EXPECT_EQ(whyUnsafe(name), "") << name;
     }
     EXPECT_EQ(whyUnsafe(std::string(255, 'x')), "");

@@ -6,14 +6,16 @@ import json
 import re
 import subprocess
 import sys
+import tempfile
 import unittest
 from pathlib import Path
+from unittest import mock
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "scripts"))
 import documents  # noqa: E402
 from documents import PROJECT, Block, blocks_of, commands_of  # noqa: E402
 
-LANGUAGES = {"sh", "console", "json", "cmake", "text"}
+LANGUAGES = {"sh", "console", documents.SHELL, "json", "cmake", "text"}
 LINK = re.compile(r"\]\(([^)\s]+)\)")
 HEADING = re.compile(r"^#+ (.*)$", re.MULTILINE)
 FENCED = re.compile(r"^```(?:.*\n)*?```$", re.MULTILINE)
@@ -67,6 +69,15 @@ class BlocksTest(unittest.TestCase):
                     self.assertTrue((PROJECT / path).exists(), f"{block}: {path}")
                 self.assertLessEqual(set(re.findall(r"--preset (\w+)", command)), presets, str(block))
 
+    def test_what_is_typed_stands_behind_a_prompt(self):
+        blocks = all_blocks(documents.SHELL)
+        self.assertGreater(len(blocks), 5)
+        for block in blocks:
+            self.assertTrue(block.text.startswith("$ "), str(block))
+            for command, _ in documents.examples_of(block):
+                checked = subprocess.run(["bash", "-n", "-c", command], capture_output=True, check=False)
+                self.assertEqual(checked.returncode, 0, f"{block}: {checked.stderr.decode()}")
+
     def test_what_is_not_run_stands_somewhere(self):
         commands = {command for block in all_blocks("sh") for command in commands_of(block)}
         self.assertEqual(set(documents.NOT_RUN) - commands, set())
@@ -95,6 +106,38 @@ class RunTest(unittest.TestCase):
                                ("test -f \\\n    README.md\n", True), ("scripts/gate.sh    # all\n", None)):
             with self.subTest(text), contextlib.redirect_stdout(io.StringIO()):
                 self.assertIs(documents.run(block(text)), expected)
+
+    def test_what_is_typed_has_to_end_and_print_as_it_stands(self):
+        for command, expected, works in (("true", [], True), ("false", [], False), ("false | true", [], False),
+                                         ("exit 3   # exit code 3", [], True), ("true   # exit code 3", [], False),
+                                         ("echo a; echo b >&2", ["a", "b"], True), ("echo a; echo b", ["a"], False),
+                                         ("seq 9; echo 'a  '", ["1", "...", "a"], True), ("seq 9", ["...", "8"], False),
+                                         ("echo key abc is good", ["key ... is good"], True),
+                                         ("echo key abc is bad", ["key ... is good"], False)):
+            with self.subTest(command), contextlib.redirect_stdout(io.StringIO()), \
+                    tempfile.TemporaryDirectory() as folder:
+                self.assertIs(documents.works(command, expected, folder), works)
+
+    def test_a_command_goes_on_behind_a_backslash(self):
+        block = Block(PROJECT / "README.md", 1, documents.SHELL, "$ one \\\n      two\nline\n$ three\n")
+        self.assertEqual(documents.examples_of(block), [("one two", ["line"]), ("three", [])])
+
+    def test_a_document_is_followed_in_a_copy_of_the_demo(self):
+        with tempfile.TemporaryDirectory() as scratch:
+            demo = Path(scratch) / "demo"
+            for name in ("archive", "rack"):
+                (demo / name).mkdir(parents=True)
+            (demo / "rack/state").mkdir()
+            document = Path(scratch) / "d.md"
+            with mock.patch.object(documents, "DEMO", demo), contextlib.redirect_stdout(io.StringIO()):
+                document.write_text("```sh\nfalse\n```\n", encoding="utf-8")
+                self.assertIsNone(documents.follow(document))
+                document.write_text("```console shell\n$ touch archive/a; ls rack\n```\n\n```console shell\n"
+                                    "$ ls archive\na\n```\n", encoding="utf-8")
+                self.assertIs(documents.follow(document), True)
+                document.write_text("```console shell\n$ false\n$ touch archive/b\n```\n", encoding="utf-8")
+                self.assertIs(documents.follow(document), False)
+            self.assertEqual(list((demo / "archive").iterdir()), [])
 
     def test_blocks_are_found_with_their_place(self):
         readme = blocks_of(PROJECT / "README.md")

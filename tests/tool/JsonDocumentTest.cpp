@@ -201,10 +201,10 @@ TEST_F(JsonDocuments, EachCommandHasItsParts) {
         return keys;
     };
     EXPECT_EQ(partsOf("check"), (Keys{"findings", "errors", "warnings"}));
-    EXPECT_EQ(partsOf("content"), (Keys{"archive", "files"}));
+    EXPECT_EQ(partsOf("content"), (Keys{"archive", "release", "files"}));
     EXPECT_EQ(partsOf("elements"), (Keys{"elements"}));
     EXPECT_EQ(partsOf("explain"), (Keys{"elements", "hiddenElements"}));
-    EXPECT_EQ(partsOf("matrix"), (Keys{"archive", "targets", "unmatchedEntries"}));
+    EXPECT_EQ(partsOf("matrix"), (Keys{"archive", "release", "targets", "unmatchedEntries"}));
     const Keys sessionParts{"toolVersion",
                             "begin",
                             "end",
@@ -213,6 +213,7 @@ TEST_F(JsonDocuments, EachCommandHasItsParts) {
                             "archiveFolder",
                             "files",
                             "archive",
+                            "release",
                             "targetAddress",
                             "supported",
                             "unsupportedElements",

@@ -1,6 +1,7 @@
 #include "FindingText.h"
 #include "PathTexts.h"
 #include "ReasonTexts.h"
+#include "ReleaseText.h"
 #include "TextTable.h"
 #include "ValueTexts.h"
 #include "VerificationText.h"
@@ -231,6 +232,27 @@ TEST(VerificationText, ElementsWithoutEntryAreListed) {
     EXPECT_EQ(elementsWithoutEntryText(plan), "\nThe archive has no entry for these elements:\n        E1\n");
     plan.elements[1].displayName = "E\n1";
     EXPECT_EQ(elementsWithoutEntryText(plan), "\nThe archive has no entry for these elements:\n        E\\x0A1\n");
+}
+
+TEST(ReleaseText, SaysWhoVouchesForAnArchive) {
+    KvTRelease release;
+    EXPECT_EQ(releaseText(release), "");
+    release.isUnsealedAccepted = true;
+    EXPECT_EQ(releaseText(release), "not sealed (accepted with --unsealed)");
+    release.created = "2026-02-28T08:00:00Z";
+    release.seal = KvESeal::sealed;
+    EXPECT_EQ(releaseText(release), "sealed 2026-02-28T08:00:00Z and not signed (accepted with --unsealed)");
+    release.isUnsealedAccepted = false;
+    EXPECT_EQ(releaseText(release), "sealed 2026-02-28T08:00:00Z and not signed");
+    release.seal = KvESeal::signedByStranger;
+    release.keyKind = "ssh-ed25519";
+    release.keyFingerprint = "SHA256:abc";
+    EXPECT_EQ(releaseText(release), "sealed 2026-02-28T08:00:00Z and signed by ssh-ed25519 SHA256:abc, which nobody "
+                                    "here was told to trust");
+    release.seal = KvESeal::trusted;
+    release.signer = "release@korvel";
+    EXPECT_EQ(releaseText(release),
+              "sealed 2026-02-28T08:00:00Z and signed by release@korvel (ssh-ed25519 SHA256:abc)");
 }
 
 } // namespace

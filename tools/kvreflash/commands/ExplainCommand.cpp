@@ -27,6 +27,7 @@ public:
         session_.keepMessages();
         session_->findHiddenElements();
         const bool isPrepared = session_.prepare();
+        session_.remarkOnRelease();
         writeText(isJson_ || !isPrepared ? stderr : stdout, session_.messages());
         if (isPrepared) {
             explain();

@@ -47,6 +47,7 @@ private:
         ToolSession session(std::move(request));
         session.keepMessages();
         const bool isRead = session.prepare();
+        session.remarkOnRelease();
         verdict_.add(session.verdict());
         content_ = session.archiveContent();
         archiveMessages_ = session.messages();

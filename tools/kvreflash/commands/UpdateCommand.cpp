@@ -58,6 +58,7 @@ private:
     /// What is found in the archive refuses the update even if the target cannot be had.
     [[nodiscard]] bool prepares() {
         const bool isPrepared = session_.prepare();
+        session_.remarkOnRelease();
         const bool isRead = isPrepared || session_->outcome().stage != KvEStage::created;
         return (!steps_.isStrict || !isRead || passesCheck()) && isPrepared;
     }
@@ -105,6 +106,9 @@ private:
     }
 
     void updateAndReboot() {
+        if (steps_.verifies) {
+            session_->watchFiles();
+        }
         succeeded_ = session_.run();
         if (succeeded_ && steps_.reboots) {
             succeeded_ = goesOn("the target was not rebooted") && session_->reboot();

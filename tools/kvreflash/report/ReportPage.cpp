@@ -1,5 +1,6 @@
 #include "PathTexts.h"
 #include "PhasePicture.h"
+#include "ReleaseText.h"
 #include "Report.h"
 #include "Texts.h"
 #include "ValueTexts.h"
@@ -8,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
 using namespace KvNReflasher;
 
@@ -86,6 +88,7 @@ public:
             text += factRow("Product", archive.productName +
                                            (archive.archiveVariant.empty() ? "" : ", " + archive.archiveVariant));
         }
+        text += releaseRows();
         // A path is not cut: it is there to be pasted.
         text += "<tr>" + cell("Archive folder", "th") + "<td>" +
                 markupText(shellWord(archivePath(report_.facts.archiveFolder))) + "</td></tr>\n";
@@ -176,6 +179,21 @@ private:
 
     [[nodiscard]] std::string factRow(const char* name, const std::string& value) {
         return "<tr>" + cell(name, "th") + cell(value) + "</tr>\n";
+    }
+
+    /// Who vouches for the archive; empty if nobody does.
+    [[nodiscard]] std::string releaseRows() {
+        if (report_.plan == nullptr || !report_.plan->release) {
+            return "";
+        }
+        const KvTRelease& release = *report_.plan->release;
+        std::string rows;
+        for (const auto& [name, value] :
+             {std::pair("Release", releaseText(release)), std::pair("Manifest SHA-256", release.manifestDigest),
+              std::pair("Trust folder", release.trustFolder)}) {
+            rows += value.empty() ? "" : factRow(name, value);
+        }
+        return rows;
     }
 
     [[nodiscard]] bool isLookedAt() const {

@@ -3,6 +3,7 @@
 #include "EmulatedTargets.h"
 #include "ExitCodes.h"
 #include "PathTexts.h"
+#include "ReleaseText.h"
 #include "Selection.h"
 #include "Streams.h"
 #include "Texts.h"
@@ -82,6 +83,13 @@ bool ToolSession::prepare() {
     return isPrepared;
 }
 
+void ToolSession::remarkOnRelease() {
+    const std::optional<KvTRelease> release = session_->release();
+    if (const std::string text = release ? releaseText(*release) : std::string(); !text.empty()) {
+        remark("the archive is " + text);
+    }
+}
+
 bool ToolSession::run() {
     hasRun_ = true;
     quiet_.beginRun(update_.has_value());
@@ -113,7 +121,9 @@ KvTVerdict ToolSession::select() {
 
 KvTVerdict ToolSession::prepareAndRun() {
     KvTVerdict result;
-    if (prepare()) {
+    const bool isPrepared = prepare();
+    remarkOnRelease();
+    if (isPrepared) {
         result = select();
         run();
     }

@@ -77,6 +77,8 @@ public:
 
     /// Serves the emulated targets of the request, and prepares the session. True if it may run.
     [[nodiscard]] bool prepare();
+    /// Says who vouches for the archive that was read.
+    void remarkOnRelease();
     /// Runs the prepared session. True if it has succeeded.
     bool run();
     /// The user has asked an update to end.

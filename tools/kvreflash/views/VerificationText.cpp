@@ -39,7 +39,8 @@ std::vector<std::string> rowOf(const KvTPlannedElement& element, const KvTVerifi
             versionCell(found.version),
             checksumCell(element.entry->checksumCrc32),
             checksumCell(found.checksumCrc32),
-            wordsFor(one.result) + (one.found ? stateText(found) : std::string())};
+            wordsFor(one.result) + (one.found ? stateText(found) : std::string()) +
+                (one.fileChanged ? ", its update file has changed" : "")};
 }
 
 std::string differences(const KvTPlan& plan, const KvTVerification& verification) {

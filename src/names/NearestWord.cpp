@@ -1,4 +1,4 @@
-#include "Words.h"
+#include "NearestWord.h"
 
 #include "FileNames.h"
 

@@ -1,0 +1,9 @@
+#pragma once
+
+#include "KvTRelease.h"
+
+#include <string>
+
+/// Who vouches for an archive, as a part of a sentence: "sealed 2026-02-28T08:00:00Z and signed by ...". Empty if nobody
+/// was asked to.
+[[nodiscard]] std::string releaseText(const KvNReflasher::KvTRelease& release);
