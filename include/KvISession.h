@@ -216,8 +216,8 @@ public:
 
     // Between prepare() and run().
 
-    /// Lets run() notice update files that change: each file of the plan is hashed now, and directly before and after
-    /// its transfer. The outcome states for each element whether its file has changed. Files of a sealed archive are
+    /// Lets run() notice update files that change: each file of the plan is hashed now, and directly before and after its
+    /// transfer. The outcome states for each element whether its file has changed. Files of a sealed archive are
     /// not hashed again, since run() reads the private copy. If memory is exhausted, the outcome's verdict says so.
     virtual void watchFiles() = 0;
 };

@@ -1,14 +1,16 @@
 #!/usr/bin/env python3
-"""Runs the commands of the documents: every block of the language sh, as a script of its own, in the project's folder.
-The examples of the tool, the blocks of the language console, are tests (tests/tool/test_examples.py).
+"""Runs the commands of the documents: every block of the language sh, as a script of its own, in the project's folder;
+and those of the language "console shell" one after the other, in a copy of build/demo, with what each of them prints.
+The examples of the tool alone, the blocks of the language console, are tests (tests/tool/test_examples.py).
 
 usage: documents.py [DOCUMENT...]     default: all documents
 
-Exit code 1 when a command fails.
+Exit code 1 when a command fails, or prints something else.
 """
 
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -18,6 +20,11 @@ from pathlib import Path
 
 PROJECT = Path(__file__).resolve().parent.parent
 FOLDERS = ("docs", "tests", "bench", "fuzz", "examples")
+DEMO = PROJECT / "build/demo"
+
+# The language of blocks in which a document has commands of any programs, each behind a prompt.
+SHELL = "console shell"
+EXIT_CODE = re.compile(r"# exit code (\d+)$")
 
 # Commands that are not run from here, and why.
 NOT_RUN = {
@@ -104,14 +111,64 @@ def as_typed(document):
     return Block(document, examples.line, "sh", begin.text + "".join(f"{line}\n" for line in typed))
 
 
+def examples_of(block):
+    """[(command, lines of output)] of a block with prompts."""
+    examples = []
+    for line in re.sub(r"\\\n\s*", "", block.text).splitlines():
+        if line.startswith("$ "):
+            examples.append((line[2:], []))
+        else:
+            examples[-1][1].append(line)
+    return examples
+
+
+def pattern_of(lines):
+    """Matches these lines, in which "..." stands for any text, and as a line for any lines. No lines match everything."""
+    if not lines:
+        return re.compile(".*", re.DOTALL)
+    parts = ["(?:.*\n)*?" if line == "..." else ".*".join(map(re.escape, line.rstrip().split("..."))) + "\n"
+             for line in lines]
+    return re.compile("".join(parts) + "\n*")
+
+
+def works(command, expected, folder):
+    """Whether the command, typed in this folder, ends and prints as the document says."""
+    print(f"  $ {command}", flush=True)
+    done = subprocess.run(["bash", "-o", "pipefail", "-c", command], cwd=folder, check=False, stdin=subprocess.DEVNULL,
+                          capture_output=True,
+                          env={**os.environ, "KV_TIME_SCALE": "0", "PATH": f"{DEMO}:{os.environ['PATH']}"})
+    lines = (done.stdout + done.stderr).decode("utf-8", "replace").splitlines()
+    output = "".join(f"{line.rstrip()}\n" for line in lines)
+    code = EXIT_CODE.search(command)
+    if done.returncode == (int(code.group(1)) if code else 0) and pattern_of(expected).fullmatch(output):
+        return True
+    print(f"  FAILED, exit code {done.returncode}\n{output}", flush=True)
+    return False
+
+
+def follow(document):
+    """Types what a document has in blocks of the language SHELL, in their order, in one folder with the examples. Returns
+    whether all of it works; None when there is nothing."""
+    examples = [example for block in blocks_of(document) if block.language == SHELL for example in examples_of(block)]
+    if not examples:
+        return None
+    print(f"{document.name}: {len(examples)} commands, one after the other", flush=True)
+    with tempfile.TemporaryDirectory() as scratch:
+        folder = Path(scratch)
+        for name in ("archive", "rack"):
+            shutil.copytree(DEMO / name, folder / name, ignore=shutil.ignore_patterns("state"))
+        return all(works(command, expected, folder) for command, expected in examples)
+
+
 def main(names):
     chosen = [Path(name).resolve() for name in names] or documents()
     results = [run(block) for document in chosen for block in blocks_of(document) if block.language == "sh"]
     readme = PROJECT / "README.md"
     if readme in chosen:
         results.append(run(as_typed(readme)))
+    results += [follow(document) for document in chosen]
     failed = results.count(False)
-    print(f"{results.count(True)} blocks ran, {failed} failed")
+    print(f"{results.count(True)} blocks and documents with prompts worked, {failed} failed")
     return 1 if failed or True not in results else 0
 
 

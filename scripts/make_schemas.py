@@ -323,10 +323,12 @@ def explain():
                                            "archive."),
     })
     return document("explain", "Explanation of a plan", {
+        "release": RELEASE_PART,
         "elements": records("element", "The elements that were asked for, in the order of the element list."),
         "hiddenElements": records("hiddenElement", "The elements of the target that the session does not look at."),
     }, {"element": explained, **PLANNED_PARTS, "version": VERSION, "triedEntry": TRIED_ENTRY, "comparedValue": COMPARED,
-        "hiddenElement": HIDDEN_ELEMENT}, ("elements", "hiddenElements"), together("elements", "hiddenElements"))
+        "hiddenElement": HIDDEN_ELEMENT, "release": RELEASE}, ("release", "elements", "hiddenElements"),
+        together("release", "elements", "hiddenElements"))
 
 
 def matrix():

@@ -3,6 +3,7 @@
 #include "DescriptionFile.h"
 #include "DescriptionRules.h"
 #include "Files.h"
+#include "Folders.h"
 #include "KvCConsoleWriter.h"
 #include "MessageCapture.h"
 #include "UpdateFileReaders.h"
@@ -43,6 +44,14 @@ std::optional<json> takeFiles(json& document, KvCArchiveFindings& findings) {
 
 } // namespace
 
+std::vector<std::string> KvCFirmwareArchive::folderFiles() const {
+    if (!copy_.folder.empty()) {
+        return copy_.files;
+    }
+    // Without a folder it is the root.
+    return filesOfFolder(options_.archiveFolder.empty() ? L"\\" : options_.archiveFolder);
+}
+
 bool KvCFirmwareArchive::reported(bool isRead) const {
     if (!isRead) {
         writer_.print(L"ERROR: Failed to read firmware archive.\n");
@@ -80,7 +89,7 @@ bool KvCFirmwareArchive::parseDescription(const std::wstring& path, const std::o
 /// False after a reported error.
 bool KvCFirmwareArchive::isDocument(const std::optional<json>& document, const std::wstring& path,
                                     KvCArchiveFindings& findings) const {
-    const std::wstring shown = readFolder_.empty() ? path : descriptionFilePath(options_);
+    const std::wstring shown = copy_.folder.empty() ? path : descriptionFilePath(options_);
     if (!document) {
         (void)findings.error({.rule = KvEArchiveRule::descriptionFileOpens, .fileFault = faultOfDescription(path)},
                              L"ERROR: Cannot open archive description file %s\n", shown.c_str());

@@ -13,6 +13,13 @@
 #include <utility>
 #include <vector>
 
+/// A folder with copies of files of an archive, to be read in its place; no folder: there is none.
+struct KvTArchiveCopy {
+    std::wstring folder;
+    /// The files that are in the archive's folder, but not below it, in ascending order. Not all need to be copied.
+    std::vector<std::string> files;
+};
+
 /// The firmware archive of a session: its description and the checksums of its update files. Read once; failures are
 /// printed.
 class KvCFirmwareArchive {
@@ -23,11 +30,14 @@ public:
 
     /// Lets the following keep the text of the description file.
     void keepText() { keepsText_ = true; }
-    /// Lets the following read the files in this folder. Messages go on to name the one of the options.
-    void readFrom(std::wstring folder) { readFolder_ = std::move(folder); }
+    /// Lets the following read the files of the copy. Messages go on to name the folder of the options.
+    void readFrom(KvTArchiveCopy copy) { copy_ = std::move(copy); }
+    [[nodiscard]] const KvTArchiveCopy& copy() const { return copy_; }
+    /// The names of the files that are in the archive's folder, but not below it, in ascending order.
+    [[nodiscard]] std::vector<std::string> folderFiles() const;
     /// The folder that files are read in.
     [[nodiscard]] const std::wstring& folder() const {
-        return readFolder_.empty() ? options_.archiveFolder : readFolder_;
+        return copy_.folder.empty() ? options_.archiveFolder : copy_.folder;
     }
     /// The path at which the file of this name is read.
     [[nodiscard]] std::wstring pathOf(const KvCString& name) const { return pathBelow(folder(), name); }
@@ -96,8 +106,7 @@ private:
 
     const KvCConsoleWriter& writer_;
     const KvNReflasher::KvTOptions& options_;
-    /// Empty: that of the options.
-    std::wstring readFolder_;
+    KvTArchiveCopy copy_;
     KvTArchiveInfo info_;
     std::vector<KvTArchiveFile> files_;
     std::vector<KvTArchiveFile> ignoredFiles_;

@@ -1,48 +1,85 @@
 #include "ReleasedReading.h"
 
+#include "FileNames.h"
 #include "KvCConsoleWriter.h"
+
+#include <set>
 
 using namespace KvNReflasher;
 
-bool KvCReleasedReading::read(KvCFirmwareArchive& archive, KvESealedFiles files) {
-    if (!check_.open()) {
-        return refuse();
-    }
-    bool isRead = false;
-    if (check_.isSealed() && (check_.isPackage() || files == KvESealedFiles::copied)) {
-        isRead = readCopies(archive, files);
-    } else if (check_.isSealed() && !check_.takeRest({})) {
-        isRead = refuse();
-    } else {
-        isRead = archive.readArchiveOrReport();
-    }
-    if (!isRead && refusal_.empty()) {
-        refusal_ = archive.refusal();
-    }
-    isAccepted_ = isRead;
-    return isRead;
-}
+namespace {
 
-/// What was verified is what is read: no file of the archive is read twice.
-bool KvCReleasedReading::readCopies(KvCFirmwareArchive& archive, KvESealedFiles files) {
-    if (!check_.makeCopies()) {
-        return refuse();
-    }
-    if (!check_.take(toUtf8(options_.descriptionFileName).view())) {
-        (void)check_.takeRest({}); // all faults are named at once
-        return refuse();
-    }
-    archive.readFrom(check_.folderOfCopies());
-    if (!archive.readDescriptionOrReport()) {
-        return false;
-    }
+/// The update files that are read after the description: all of them or, without an update, those whose checksum it
+/// leaves out.
+std::set<std::string> updateFilesOf(const KvCFirmwareArchive& archive, KvESealedFiles files) {
     std::set<std::string> names;
     for (const KvTArchiveFile& file : archive.files()) {
-        if (files == KvESealedFiles::copied || file.checksumCrc32 == unknownValue) {
+        if (files != KvESealedFiles::verified || file.checksumCrc32 == unknownValue) {
             names.emplace(file.name.view());
         }
     }
-    return check_.takeRest(names) ? archive.readUpdateFilesOrReport() : refuse();
+    return names;
+}
+
+} // namespace
+
+bool KvCReleasedReading::read(KvCFirmwareArchive& archive, KvESealedFiles files) {
+    isAccepted_ = open() && readDescription(archive, files) && readUpdateFiles(archive);
+    return isAccepted_;
+}
+
+bool KvCReleasedReading::open() {
+    return check_.open() || refuse();
+}
+
+bool KvCReleasedReading::readDescription(KvCFirmwareArchive& archive, KvESealedFiles files) {
+    if (isSealed()) {
+        return readSealedDescription(archive, files);
+    }
+    const bool isRead = archive.readDescriptionOrReport();
+    refusal_ = archive.refusal();
+    return isRead;
+}
+
+/// Each file is verified before the archive is read from it; whatever is copied is read nowhere else.
+bool KvCReleasedReading::readSealedDescription(KvCFirmwareArchive& archive, KvESealedFiles files) {
+    const bool isCopied = check_.isPackage() || files == KvESealedFiles::copied;
+    if (isCopied && !check_.makeCopies()) {
+        return refuse();
+    }
+    const std::set<std::string> description{std::string(toUtf8(options_.descriptionFileName).view())};
+    if (!check_.lists(description) || !check_.take(description)) {
+        (void)check_.takeRest(); // all faults are named at once
+        return refuse();
+    }
+    if (isCopied) {
+        archive.readFrom({check_.folderOfCopies(), check_.topFiles()});
+    }
+    if (!archive.readDescriptionOrReport()) {
+        refusal_ = archive.refusal();
+        return false;
+    }
+    (void)check_.lists(updateFilesOf(archive, KvESealedFiles::copied));
+    (void)check_.take(updateFilesOf(archive, files));
+    (void)check_.take(otherDescriptions());
+    return check_.takeRest() || refuse();
+}
+
+bool KvCReleasedReading::readUpdateFiles(KvCFirmwareArchive& archive) {
+    const bool isRead = archive.readUpdateFilesOrReport();
+    refusal_ = archive.refusal();
+    return isRead;
+}
+
+/// What a check looks into besides.
+std::set<std::string> KvCReleasedReading::otherDescriptions() const {
+    std::set<std::string> names;
+    for (const std::string& name : check_.topFiles()) {
+        if (lowerCaseOf(name).ends_with(".json")) {
+            names.insert(name);
+        }
+    }
+    return names;
 }
 
 bool KvCReleasedReading::refuse() {

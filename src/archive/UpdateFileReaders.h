@@ -15,6 +15,21 @@ enum class KvEFileExtent : std::uint8_t {
     cutInHeader
 };
 
+/// Identifiers from `lowest` to `highest`; unknownValue for an end that is not stated.
+struct KvTIdRange {
+    std::uint32_t lowest = unknownValue;
+    std::uint32_t highest = unknownValue;
+
+    /// False if neither end is stated. A header that leaves its identifiers out has zeros in their place.
+    [[nodiscard]] bool isStated() const {
+        const bool isUnknown = lowest == unknownValue && highest == unknownValue;
+        return !isUnknown && (lowest != 0 || highest != 0);
+    }
+    [[nodiscard]] bool contains(std::uint64_t id) const {
+        return (lowest == unknownValue || id >= lowest) && (highest == unknownValue || id <= highest);
+    }
+};
+
 /// What the header of an update file tells; what it does not tell is unknownValue or unknownVersion().
 struct KvTUpdateFileHeader {
     std::uint32_t minHwCompatibilityId = unknownValue;
@@ -29,6 +44,12 @@ struct KvTUpdateFileHeader {
     bool isWhole = true;
     /// Set by readUpdateFile() alone, of every file that it could read.
     KvEFileExtent extent = KvEFileExtent::whole;
+
+    /// The identifiers of elements that the file is for.
+    /// @{
+    [[nodiscard]] KvTIdRange hwCompatibilityIds() const { return {minHwCompatibilityId, maxHwCompatibilityId}; }
+    [[nodiscard]] KvTIdRange swCompatibilityIds() const { return {minSwCompatibilityId, maxSwCompatibilityId}; }
+    /// @}
 };
 
 enum class KvEReadStatus : std::uint8_t { success = 0, notThisKind = 1, cannotOpen = 2 };

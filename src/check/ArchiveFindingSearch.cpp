@@ -32,23 +32,20 @@ std::vector<std::string_view> namesOf(const std::vector<KvTOutlinedEntry>& entri
 
 } // namespace
 
-std::vector<KvNReflasher::KvTFinding> findingsOfArchive(const KvNReflasher::KvTOptions& options,
-                                                        const std::wstring& folder) {
-    KvNReflasher::KvTOptions read = options;
-    read.archiveFolder = folder.empty() ? options.archiveFolder : folder;
+std::vector<KvNReflasher::KvTFinding> findingsOfArchive(const KvNReflasher::KvTOptions& options) {
     // Read once: the reader and the outline must see the same text.
-    return findingsOfText(options, textOfFile(descriptionFilePath(read), largestDescription), folder);
+    return findingsOfText(options, textOfFile(descriptionFilePath(options), largestDescription));
 }
 
 std::vector<KvNReflasher::KvTFinding> findingsOfText(const KvNReflasher::KvTOptions& options,
                                                      const std::optional<std::string>& text,
-                                                     const std::wstring& folder) {
+                                                     const KvTArchiveCopy& copy) {
     KvNReflasher::KvTOptions silent = options;
     // In this mode the reader has nothing to say but its findings.
     silent.mode = KvNReflasher::dumpArchiveDescription;
     const KvCMessageCapture messages;
     KvCFirmwareArchive archive(messages.writer(), silent);
-    archive.readFrom(folder);
+    archive.readFrom(copy);
     KvCReaderFindings read(messages);
     (void)archive.parseDescription(archive.descriptionPath(), text, read);
     (void)archive.completeFromUpdateFiles(read);
@@ -60,7 +57,8 @@ std::vector<KvNReflasher::KvTFinding> findingsOfText(const KvNReflasher::KvTOpti
     const KvTCheckedArchive checked{outline, entries, archive, files};
     KvCFindingList findings;
     read.addTo(findings, outline, description, files);
-    for (const auto warn : {warnOfKeys, warnOfValues, warnOfNames, warnOfTexts, warnOfGaps, warnOfFiles, warnOfShadows}) {
+    for (const auto warn :
+         {warnOfKeys, warnOfValues, warnOfNames, warnOfTexts, warnOfGaps, warnOfFiles, warnOfShadows}) {
         warn(checked, findings);
     }
     return findings.takeInOrder(description);

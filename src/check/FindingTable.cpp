@@ -216,7 +216,7 @@ constexpr auto checkTable = std::to_array<RuleRow<KvECheckRule>>(
       {"not-accepted", KvNReflasher::KvESeverity::error,
        "the archive is not what its manifest says, or its signature does not hold, or nobody who is trusted has signed "
        "it",
-       "Have the archive released again by those who made it."}}});
+       "Use the archive as it was released, with the trust folder of this place."}}});
 static_assert(isInOrder(checkTable, releaseRefused));
 
 } // namespace

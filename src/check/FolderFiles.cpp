@@ -2,11 +2,10 @@
 
 #include "FileNames.h"
 #include "FindingList.h"
-#include "Folders.h"
 #include "JsonOutline.h"
 #include "Manifest.h"
-#include "WholeFiles.h"
 #include "NearestWord.h"
+#include "WholeFiles.h"
 
 #include <algorithm>
 #include <optional>
@@ -37,11 +36,10 @@ void KvCFolderFiles::list() {
     if (isListed_) {
         return;
     }
-    // Without a folder it is the root.
-    const std::vector<std::string> files = filesOfFolder(archive_.folder().empty() ? L"\\" : archive_.folder());
+    const std::vector<std::string> files = archive_.folderFiles();
     for (const std::string& file : files) {
         const std::string lowerCase = lowerCaseOf(file);
-        if (entryNames_.contains(file) || lowerCase == description_ || file == manifestName || file == signatureName) {
+        if (entryNames_.contains(file) || lowerCase == description_ || isSealFile(file)) {
             continue;
         }
         candidates_.push_back(file);
@@ -75,8 +73,7 @@ bool KvCFolderFiles::isDescription(const std::string& name) const {
     if (!lowerCaseOf(name).ends_with(".json")) {
         return false;
     }
-    const std::optional<std::string> text =
-        textOfFile(archive_.pathOf(KvCString(name.c_str())), mostDescriptionBytes);
+    const std::optional<std::string> text = textOfFile(archive_.pathOf(KvCString(name.c_str())), mostDescriptionBytes);
     return text && KvCJsonOutline(*text).root().find("files").kind() == KvEJsonKind::array;
 }
 

@@ -1,5 +1,5 @@
-#include "Warnings.h"
 #include "NearestWord.h"
+#include "Warnings.h"
 
 #include <string_view>
 

@@ -26,17 +26,6 @@ std::vector<KvTFinding> findingsOf(const std::vector<std::string>& faults) {
     return findings;
 }
 
-/// Accepts the archive, with a copy of what is in a package.
-bool accept(KvCReleaseCheck& check) {
-    if (!check.open()) {
-        return false;
-    }
-    if (!check.isSealed()) {
-        return true;
-    }
-    return check.isPackage() ? check.makeCopies() && check.takeAll() : check.takeRest({});
-}
-
 } // namespace
 
 KvIArchive* KvIArchive::createInstance(const std::wstring& folder, const std::wstring& descriptionFileName) {
@@ -79,6 +68,16 @@ std::vector<KvTFinding> KvCArchive::findings() const {
     if (!release_) {
         return findingsOfArchive(options_);
     }
-    KvCReleaseCheck check(options_.archiveFolder, *release_);
-    return accept(check) ? findingsOfArchive(options_, check.folderOfCopies()) : findingsOf(check.faults());
+    const KvCMessageCapture messages;
+    KvCReleasedReading reading(messages.writer(), options_, *release_);
+    if (reading.open() && !reading.isSealed()) {
+        return findingsOfArchive(options_);
+    }
+    KvCFirmwareArchive archive(messages.writer(), options_);
+    archive.keepText();
+    if (reading.faults().empty()) {
+        (void)reading.readDescription(archive, KvESealedFiles::inspected);
+    }
+    return reading.faults().empty() ? findingsOfText(options_, archive.text(), archive.copy())
+                                    : findingsOf(reading.faults());
 }

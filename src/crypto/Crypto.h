@@ -47,10 +47,12 @@ private:
 
 // Each returns true only if `signature` is a signature of `message` by the holder of the key.
 
-/// Ed25519 (RFC 8032): a key of 32 bytes, a signature of 64.
+/// Ed25519 (RFC 8032): a key of 32 bytes, a signature of 64. Keys that anybody could sign for, and signatures that are
+/// not written in the one way that RFC 8032 allows, do not count.
 [[nodiscard]] bool verifiesEd25519(KvTBytes key, KvTBytes message, KvTBytes signature);
 /// ECDSA over NIST P-256 with SHA-256 (FIPS 186-4): `point` is the key, not compressed, 65 bytes; `r` and `s` are the
 /// numbers of the signature, most significant byte first.
 [[nodiscard]] bool verifiesEcdsaP256(KvTBytes point, KvTBytes message, KvTBytes r, KvTBytes s);
-/// RSASSA-PKCS1-v1_5 with SHA-512 (RFC 8017): `modulus` and `exponent` are the key, most significant byte first.
+/// RSASSA-PKCS1-v1_5 with SHA-512 (RFC 8017): `modulus` and `exponent` are the key, most significant byte first; the
+/// signature is as long as the modulus.
 [[nodiscard]] bool verifiesRsaSha512(KvTBytes modulus, KvTBytes exponent, KvTBytes message, KvTBytes signature);

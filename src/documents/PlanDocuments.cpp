@@ -1,3 +1,4 @@
+#include "ArchiveRecords.h"
 #include "DocumentFrame.h"
 #include "ElementRecords.h"
 #include "JsonValues.h"
@@ -37,6 +38,7 @@ std::string explainDocument(const KvTPlan* plan, const std::vector<KvTExplanatio
                             const std::vector<KvTHiddenElement>& hidden, const KvTVerdict& verdict) {
     json document = framedDocument("explain", verdict);
     if (plan != nullptr) {
+        document.set("release", releaseRecord(plan->release));
         document.set("elements", listOf(explanations, [plan](const KvTExplanation& explanation) {
                          return explanationRecord(*plan, explanation);
                      }));

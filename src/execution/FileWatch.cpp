@@ -7,7 +7,9 @@
 #include <vector>
 
 void KvCFileWatch::note(std::uint32_t fileIndex) {
-    noted_[fileIndex] = digestOf(fileIndex);
+    if (!noted_.contains(fileIndex)) {
+        noted_[fileIndex] = digestOf(fileIndex);
+    }
 }
 
 bool KvCFileWatch::hasChanged(std::uint32_t fileIndex) const {

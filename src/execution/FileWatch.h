@@ -14,7 +14,7 @@ public:
     /// The archive must outlive the object.
     explicit KvCFileWatch(const KvCFirmwareArchive& archive) : archive_(archive) {}
 
-    /// Notes what the file of this archive entry holds now.
+    /// Notes what the file of this archive entry holds now, unless that was noted before.
     void note(std::uint32_t fileIndex);
     /// True if the file was noted and does not hold the same any more, or if memory is exhausted.
     [[nodiscard]] bool hasChanged(std::uint32_t fileIndex) const;

@@ -33,22 +33,16 @@ std::string nameOf(code_point character) {
     return name.data();
 }
 
-bool isUtf8(std::string_view text) {
-    const char* position = text.data();
-    const char* const end = position + text.size();
-    while (position != end) {
-        const code_point character = utf_traits<char>::decode(position, end);
-        if (character == boost::locale::utf::illegal || character == boost::locale::utf::incomplete) {
-            return false;
-        }
-    }
-    return true;
-}
-
 /// Names of devices, whatever is appended behind a dot or colon.
-constexpr std::array<std::string_view, 6> devices = {"con", "prn", "aux", "nul", "conin$", "conout$"};
-/// Names of devices that a digit follows.
+constexpr std::array<std::string_view, 7> devices = {"con", "prn", "aux", "nul", "conin$", "conout$", "clock$"};
+/// Names of devices that a digit follows, a superscript one, too.
 constexpr std::array<std::string_view, 2> numberedDevices = {"com", "lpt"};
+
+/// Windows takes the superscript digits of its old code pages, too.
+bool isDigit(std::string_view text) {
+    return (text.size() == 1 && text.front() >= '0' && text.front() <= '9') || text == "\u00B9" || text == "\u00B2" ||
+           text == "\u00B3";
+}
 
 /// Of a folder of a name, or of the file that it ends with.
 std::string whyPartIsUnsafe(std::string_view part) {
@@ -76,6 +70,18 @@ std::string lowerCaseOf(std::string_view text) {
     return lower;
 }
 
+bool isUtf8(std::string_view text) {
+    const char* position = text.data();
+    const char* const end = position + text.size();
+    while (position != end) {
+        const code_point character = utf_traits<char>::decode(position, end);
+        if (character == boost::locale::utf::illegal || character == boost::locale::utf::incomplete) {
+            return false;
+        }
+    }
+    return true;
+}
+
 std::string hiddenCharacterOf(std::string_view text) {
     const char* position = text.data();
     const char* const end = position + text.size();
@@ -92,9 +98,10 @@ bool isDeviceName(std::string_view name) {
     name = name.substr(0, name.find_first_of(".:"));
     name = name.substr(0, name.find_last_not_of(' ') + 1);
     const std::string word = lowerCaseOf(name);
-    const bool isNumbered = !word.empty() && word.back() >= '0' && word.back() <= '9' &&
-                            std::find(numberedDevices.begin(), numberedDevices.end(),
-                                      std::string_view(word).substr(0, word.size() - 1)) != numberedDevices.end();
+    const bool isNumbered =
+        std::any_of(numberedDevices.begin(), numberedDevices.end(), [&word](std::string_view device) {
+            return word.starts_with(device) && isDigit(std::string_view(word).substr(device.size()));
+        });
     return isNumbered || std::find(devices.begin(), devices.end(), word) != devices.end();
 }
 

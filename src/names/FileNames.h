@@ -13,6 +13,9 @@
 /// `text` with the lower case of its ASCII letters.
 [[nodiscard]] std::string lowerCaseOf(std::string_view text);
 
+/// True if `text` is well-formed UTF-8.
+[[nodiscard]] bool isUtf8(std::string_view text);
+
 /// The name of the first character that does not show as what it is, such as "U+202E": control characters, and those
 /// that end a line, turn its direction or take no place. Empty if there is none. `text` is UTF-8.
 [[nodiscard]] std::string hiddenCharacterOf(std::string_view text);

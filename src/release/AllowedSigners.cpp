@@ -1,6 +1,7 @@
 #include "AllowedSigners.h"
 
 #include "FileNames.h"
+#include "ShownText.h"
 #include "SshSignature.h"
 #include "Timestamp.h"
 
@@ -11,6 +12,12 @@
 namespace {
 
 constexpr std::string_view blanks = " \t";
+
+/// But for the tab, which is a blank.
+bool isControl(char character) {
+    constexpr char deletion = 0x7F;
+    return character == deletion || (character >= 0 && character < ' ' && character != '\t');
+}
 
 void skipBlanks(std::string_view& text) {
     text.remove_prefix(std::min(text.size(), text.find_first_not_of(blanks)));
@@ -98,16 +105,22 @@ public:
     explicit SignerLine(std::string& reason) : reason_(reason) {}
 
     std::optional<KvTAllowedSigner> read(std::string_view line) {
-        KvTAllowedSigner signer;
+        if (std::any_of(line.begin(), line.end(), isControl)) {
+            return refuse("it has a control character");
+        }
+        KvTSignerRights rights;
         const std::optional<std::string_view> principals = takeWord(line);
         std::optional<std::string_view> kind = takeWord(line);
         if (!principals || !kind || kind->empty()) {
             return refuse("it is not a list of signers, a kind of key and a key");
         }
-        signer.principals = unquoted(*principals).value_or(*principals);
+        rights.principals = unquoted(*principals).value_or(*principals);
+        if (rights.principals.find('!') != std::string::npos) {
+            return refuse("its signers hold a '!', which leaves nobody out here");
+        }
         // Options stand before the kind of the key, which never has a "=" and is none of them.
         if (kind->find('=') != std::string_view::npos || isOption(*kind)) {
-            if (!readOptions(*kind, signer)) {
+            if (!readOptions(*kind, rights)) {
                 return std::nullopt;
             }
             kind = takeWord(line);
@@ -116,8 +129,8 @@ public:
         if (!kind || kind->empty() || !base64 || base64->empty()) {
             return refuse("it has no key");
         }
-        signer.key = KvCSshKey::parse(*kind, *base64, reason_);
-        return signer.key ? std::optional(std::move(signer)) : std::nullopt;
+        std::optional<KvCSshKey> key = KvCSshKey::parse(*kind, *base64, reason_);
+        return key ? std::optional(KvTAllowedSigner{std::move(rights), std::move(*key)}) : std::nullopt;
     }
 
 private:
@@ -129,15 +142,17 @@ private:
     /// True of a word that can only be an option without a value.
     static bool isOption(std::string_view word) { return lowerCaseOf(word).starts_with("cert-authority"); }
 
-    bool readOptions(std::string_view options, KvTAllowedSigner& signer) {
-        while (!options.empty()) {
+    bool readOptions(std::string_view options, KvTSignerRights& rights) {
+        for (;;) {
             const std::size_t end = endOfOption(options);
-            if (!readOption(options.substr(0, end), signer)) {
+            if (!readOption(options.substr(0, end), rights)) {
                 return false;
             }
-            options.remove_prefix(std::min(options.size(), end + 1));
+            if (end == options.size()) {
+                return true;
+            }
+            options.remove_prefix(end + 1);
         }
-        return true;
     }
 
     /// Where the next "," outside of quotes is.
@@ -151,7 +166,7 @@ private:
         return end;
     }
 
-    bool readOption(std::string_view option, KvTAllowedSigner& signer) {
+    bool readOption(std::string_view option, KvTSignerRights& rights) {
         const std::size_t sign = option.find('=');
         const std::string name = lowerCaseOf(option.substr(0, sign));
         const std::optional<std::string_view> value =
@@ -160,24 +175,25 @@ private:
             reason_ = "keys of certificate authorities are not taken";
             return false;
         }
-        if (name == "namespaces" && value && !signer.purposes) {
-            signer.purposes = *value;
+        if (name == "namespaces" && value && !rights.purposes) {
+            rights.purposes = *value;
             return true;
         }
-        if (name == "valid-after" && value && !signer.validAfter) {
-            return readMoment(*value, name, signer.validAfter);
+        if (name == "valid-after" && value && !rights.validAfter) {
+            return readMoment(*value, name, rights.validAfter);
         }
-        if (name == "valid-before" && value && !signer.validBefore) {
-            return readMoment(*value, name, signer.validBefore);
+        if (name == "valid-before" && value && !rights.validBefore) {
+            return readMoment(*value, name, rights.validBefore);
         }
-        reason_ = "its option '" + std::string(option) + "' is not known, stands twice or has no value in quotes";
+        reason_ = std::string("its option ").append(shownInQuotes(option)) +
+                  " is not known, stands twice or has no value in quotes";
         return false;
     }
 
     bool readMoment(std::string_view value, const std::string& name, std::optional<std::chrono::sys_seconds>& moment) {
         moment = momentOfSigner(value);
         if (!moment) {
-            reason_ = std::string("'").append(value).append("' is not a time for ").append(name);
+            reason_ = shownInQuotes(value) + " is not a time for " + name;
         }
         return moment.has_value();
     }
@@ -187,14 +203,14 @@ private:
 
 } // namespace
 
-std::string KvTAllowedSigner::whyNotTrusted(std::chrono::sys_seconds created) const {
+std::string KvTSignerRights::whyNotTrusted(std::optional<std::chrono::sys_seconds> created) const {
     if (purposes && !matchesList(signatureNamespace, *purposes)) {
         return "may not sign for '" + std::string(signatureNamespace) + "'";
     }
-    if (validAfter && created < *validAfter) {
+    if (created && validAfter && *created < *validAfter) {
         return "may sign after " + textOfMoment(*validAfter) + " only";
     }
-    if (validBefore && created > *validBefore) {
+    if (created && validBefore && *created > *validBefore) {
         return "may sign before " + textOfMoment(*validBefore) + " only";
     }
     return {};

@@ -9,11 +9,10 @@
 #include <string_view>
 #include <vector>
 
-/// A line of a file of allowed signers.
-struct KvTAllowedSigner {
+/// What a line of a file of allowed signers says beside the key.
+struct KvTSignerRights {
     /// Who they are, as the file writes it.
     std::string principals;
-    std::optional<KvCSshKey> key;
     /// Patterns of the purposes that the key may sign for, separated by ","; nothing: for any.
     std::optional<std::string> purposes;
     /// When the key may sign; nothing: no limit.
@@ -22,8 +21,13 @@ struct KvTAllowedSigner {
     std::optional<std::chrono::sys_seconds> validBefore;
     /// @}
 
-    /// Why the key does not count for what was made at that moment; empty if it counts.
-    [[nodiscard]] std::string whyNotTrusted(std::chrono::sys_seconds created) const;
+    /// Why the key does not count for what was made at that moment, or, without one, at any; empty if it counts.
+    [[nodiscard]] std::string whyNotTrusted(std::optional<std::chrono::sys_seconds> created) const;
+};
+
+/// A line of a file of allowed signers.
+struct KvTAllowedSigner : KvTSignerRights {
+    KvCSshKey key;
 };
 
 /// Who may sign archives: a file as `ssh-keygen -Y verify` takes it.

@@ -2,11 +2,13 @@
 
 #include "FileNames.h"
 #include "KvNJson.h"
+#include "ShownText.h"
 #include "Timestamp.h"
 
 #include <algorithm>
 #include <map>
 #include <numeric>
+#include <set>
 #include <utility>
 
 namespace {
@@ -38,6 +40,13 @@ std::optional<KvTSha256> digestOf(std::string_view text) {
     return digest;
 }
 
+/// Adds the folders of a name, in lower case.
+void addFoldersOf(const std::string& name, std::set<std::string>& folders) {
+    for (std::size_t end = name.find('/'); end != std::string::npos; end = name.find('/', end + 1)) {
+        folders.insert(lowerCaseOf(std::string_view(name).substr(0, end)));
+    }
+}
+
 /// Reads members of a manifest. The first that is missing or of another kind is the reason why there is none.
 class ManifestReader {
 public:
@@ -45,16 +54,17 @@ public:
 
     std::optional<KvTManifest> read(jsonView root) {
         const jsonView format = root.find("format");
-        if (text(format, "name") != formatName) {
-            return refuse("it has not the format '" + std::string(formatName) + "'");
+        const jsonView name = format.find("name");
+        if (!name.is_string() || name.get_string() != formatName) {
+            return refuse("its format is not '" + std::string(formatName) + "'");
         }
         if (format.find("version").get_unsigned() != formatVersion) {
             return refuse("its format has another version than 1");
         }
         KvTManifest manifest;
         const std::optional<std::chrono::sys_seconds> created = momentOf(text(root, "created"));
-        if (!created) {
-            return refuse("its member 'created' is not a time");
+        if (!created || *created > latestPackedTime) {
+            return refuse("its member 'created' is not a time before 2242-03-16T12:56:32Z");
         }
         manifest.created = *created;
         manifest.archive = identity(root.find("archive"));
@@ -106,12 +116,12 @@ private:
         file.name = text(record, "name");
         const jsonView size = record.find("size");
         if (!size.is_number_unsigned()) {
-            refuse("the size of '" + file.name + "' is not a number");
+            refuse(std::string("the size of ").append(shownInQuotes(file.name)) + " is not a number");
         }
         file.size = size.get_unsigned();
         const std::optional<KvTSha256> digest = digestOf(text(record, "sha256"));
         if (!digest) {
-            refuse("the SHA-256 of '" + file.name + "' is not one");
+            refuse(std::string("the SHA-256 of ").append(shownInQuotes(file.name)) + " is not one");
         }
         file.sha256 = digest.value_or(KvTSha256());
         return file;
@@ -122,10 +132,10 @@ private:
 
 } // namespace
 
-const KvTSealedFile* KvTManifest::find(std::string_view name) const {
-    const auto found =
-        std::find_if(files.begin(), files.end(), [name](const KvTSealedFile& file) { return file.name == name; });
-    return found != files.end() ? &*found : nullptr;
+std::string sealedNameOf(std::string_view name) {
+    std::string sealed(name);
+    std::replace(sealed.begin(), sealed.end(), '\\', '/');
+    return sealed;
 }
 
 std::uint64_t KvTManifest::size() const {
@@ -175,18 +185,28 @@ std::vector<std::string> faultsOfNames(const std::vector<KvTSealedFile>& files) 
     std::vector<std::string> faults;
     std::map<std::string, std::string_view> firstByLowerCase{{std::string(manifestName), manifestName},
                                                              {std::string(signatureName), signatureName}};
+    std::set<std::string> folders;
     for (const KvTSealedFile& file : files) {
         if (const std::string why = whyUnsafe(file.name); !why.empty()) {
-            faults.push_back("the name '" + file.name + "' is not safe: " + why);
+            faults.push_back(std::string("the name ").append(shownInQuotes(file.name)) + " is not safe: " + why);
         } else if (file.name.size() > longestPackedName) {
             faults.push_back("the name '" + file.name + "' is longer than 100 bytes");
         } else if (file.size > largestPackedFile) {
             faults.push_back("the file '" + file.name + "' has 8 GiB or more");
         }
+        addFoldersOf(file.name, folders);
         const auto [first, isNew] = firstByLowerCase.try_emplace(lowerCaseOf(file.name), file.name);
         if (!isNew) {
-            faults.push_back("the names '" + std::string(first->second) + "' and '" + file.name +
-                             (first->second == file.name ? "' are the same" : "' differ only in case"));
+            faults.push_back(std::string("the names ")
+                                 .append(shownInQuotes(first->second))
+                                 .append(" and ")
+                                 .append(shownInQuotes(file.name))
+                                 .append(first->second == file.name ? " are the same" : " differ only in case"));
+        }
+    }
+    for (const KvTSealedFile& file : files) {
+        if (folders.contains(lowerCaseOf(file.name))) {
+            faults.push_back(std::string("the name ").append(shownInQuotes(file.name)) + " is that of a folder, too");
         }
     }
     return faults;

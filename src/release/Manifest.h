@@ -14,13 +14,19 @@
 inline constexpr std::string_view manifestName = "manifest.json";
 /// Name of the signatures of the manifest in an archive.
 inline constexpr std::string_view signatureName = "manifest.json.sig";
-/// Size in bytes of the largest manifest that is read. A million files take less.
-inline constexpr std::uint64_t largestManifest = std::uint64_t{256} << 20U;
+/// True of the names of these two.
+[[nodiscard]] constexpr bool isSealFile(std::string_view name) {
+    return name == manifestName || name == signatureName;
+}
+/// Size in bytes of the largest manifest that is read. 100,000 files take less.
+inline constexpr std::uint64_t largestManifest = std::uint64_t{32} << 20U;
 /// What a package can hold of a name, in bytes, and of a file.
 /// @{
 inline constexpr std::size_t longestPackedName = 100;
 inline constexpr std::uint64_t largestPackedFile = (std::uint64_t{8} << 30U) - 1;
 /// @}
+/// The latest time that a package can hold: 2242-03-16T12:56:31Z.
+inline constexpr std::chrono::sys_seconds latestPackedTime{std::chrono::seconds{(std::int64_t{8} << 30U) - 1}};
 
 /// A file of a sealed archive.
 struct KvTSealedFile {
@@ -39,11 +45,13 @@ struct KvTManifest {
     /// In the order of the manifest.
     std::vector<KvTSealedFile> files;
 
-    /// The file of this name; null if there is none.
-    [[nodiscard]] const KvTSealedFile* find(std::string_view name) const;
     /// Size in bytes of all files.
     [[nodiscard]] std::uint64_t size() const;
 };
+
+/// The name under which a manifest has the file that a description calls so: folders are separated by "/". There is one
+/// name for each file.
+[[nodiscard]] std::string sealedNameOf(std::string_view name);
 
 /// Reads a manifest. Nothing, with a `reason`, unless it is one and all names in it are safe.
 [[nodiscard]] std::optional<KvTManifest> parseManifest(std::string_view text, std::string& reason);

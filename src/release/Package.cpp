@@ -20,9 +20,6 @@ KvCPackage::KvCPackage(FileStream stream) : stream_(std::move(stream)), size_(si
 std::optional<std::string> KvCPackage::manifest(std::string& reason) {
     std::optional<std::string> text = textAt(0, manifestName, largestManifest, manifestEnd_, reason);
     signaturesEnd_ = manifestEnd_;
-    if (text) {
-        time_ = headerAt(0)->time;
-    }
     return text;
 }
 
@@ -35,26 +32,26 @@ std::optional<std::string> KvCPackage::signatures(std::string& reason) {
     return textAt(manifestEnd_, signatureName, mostSignatureBytes, signaturesEnd_, reason);
 }
 
-std::vector<std::string> KvCPackage::differencesFrom(const KvTManifest& manifest) {
+std::vector<KvTStoredDifference> KvCPackage::differencesFrom(const KvTManifest& manifest) {
     if (time_ != manifest.created) {
-        return {"the package was packed at another time than its manifest says"};
+        return {{"", "the package was packed at another time than its manifest says"}};
     }
     std::uint64_t offset = signaturesEnd_;
     for (const KvTSealedFile& file : manifest.files) {
         const KvTPackageHeader expected = headerOf({file.name, file.size, manifest.created});
         const std::optional<KvTPackedFile> found = headerAt(offset);
         if (!found || headerOf(*found) != expected) {
-            return {"'" + file.name + "' is not where the manifest has it"};
+            return {{file.name, "'" + file.name + "' is not where the manifest has it"}};
         }
         offsets_[file.name] = offset + packageBlock;
         const std::uint64_t end = endOf(offset, file.size);
         if (end > size_ || !isZero(end - paddingOf(file.size), paddingOf(file.size))) {
-            return {"'" + file.name + "' is cut off, or not followed by zeros"};
+            return {{file.name, "'" + file.name + "' is cut off, or not followed by zeros"}};
         }
         offset = end;
     }
     if (size_ != offset + packageEnd || !isZero(offset, packageEnd)) {
-        return {"the package does not end behind its last file"};
+        return {{"", "the package does not end behind its last file"}};
     }
     return {};
 }
@@ -86,6 +83,11 @@ std::optional<std::string> KvCPackage::textAt(std::uint64_t offset, std::string_
         reason = "the package does not begin with the header of '" + std::string(name) + "'";
         return std::nullopt;
     }
+    if (offset != 0 && header->time != time_) {
+        reason = "it was packed at another time than the manifest";
+        return std::nullopt;
+    }
+    time_ = header->time;
     if (header->size > most) {
         reason = "it is larger than anything that is read";
         return std::nullopt;

@@ -14,9 +14,10 @@ public:
     /// `stream` is positioned at the beginning of the package.
     explicit KvCPackage(FileStream stream);
 
+    [[nodiscard]] bool isPackage() const override { return true; }
     [[nodiscard]] std::optional<std::string> manifest(std::string& reason) override;
     [[nodiscard]] std::optional<std::string> signatures(std::string& reason) override;
-    [[nodiscard]] std::vector<std::string> differencesFrom(const KvTManifest& manifest) override;
+    [[nodiscard]] std::vector<KvTStoredDifference> differencesFrom(const KvTManifest& manifest) override;
     [[nodiscard]] bool read(const KvTSealedFile& file, const Sink& sink, std::string& reason) override;
 
 private:
@@ -28,7 +29,7 @@ private:
 
     FileStream stream_;
     std::uint64_t size_ = 0;
-    /// When the first file was packed, which is when all of them were.
+    /// When the manifest was packed, which is when all files were.
     std::chrono::sys_seconds time_;
     /// Where the manifest ends, and the signatures.
     /// @{

@@ -1,21 +1,13 @@
 #include "ReleaseCheck.h"
 
-#include "FileNames.h"
 #include "Files.h"
 #include "KvCStringConversion.h"
-#include "SshSignature.h"
+#include "ShownText.h"
 #include "Timestamp.h"
 
-#include <algorithm>
-#include <utility>
+#include <numeric>
 
 using namespace KvNReflasher;
-
-std::string sealedNameOf(std::string_view name) {
-    std::string sealed = lowerCaseOf(name);
-    std::replace(sealed.begin(), sealed.end(), '\\', '/');
-    return sealed;
-}
 
 bool KvCReleaseCheck::refuse(std::string_view fault) {
     faults_.emplace_back(fault);
@@ -23,37 +15,16 @@ bool KvCReleaseCheck::refuse(std::string_view fault) {
 }
 
 bool KvCReleaseCheck::open() {
-    if (!readTrust()) {
+    if (!readTrust() || !openFiles()) {
         return false;
     }
     std::string reason;
-    isPackage_ = ::isPackage(archive_);
-    files_ = openStoredFiles(archive_, reason);
-    if (files_ == nullptr) {
-        return refuse("the archive cannot be read: " + reason);
-    }
     const std::optional<std::string> text = files_->manifest(reason);
     if (!text) {
         return reason.empty() ? acceptPlain() : refuse("the manifest cannot be read: " + reason);
     }
-    const KvTSha256 digest = sha256Of(bytesOf(*text));
-    release_.seal = KvESeal::sealed;
-    release_.manifestDigest = hexOf(digest);
-    // Nothing that a stranger has written is looked into before its signature holds.
-    std::vector<KvCSshKey> signers;
-    if (!readSignatures(*text, signers)) {
-        return false;
-    }
-    manifest_ = parseManifest(*text, reason);
-    if (!manifest_) {
-        return refuse("the manifest is not valid: " + reason);
-    }
-    release_.created = textOfMoment(manifest_->created);
-    if (!judgeSigners(signers, digest)) {
-        return false;
-    }
-    faults_ = files_->differencesFrom(*manifest_);
-    return faults_.empty();
+    // Nothing that a stranger has written is looked into before somebody who may be trusted has signed it.
+    return hasGoodSignatures(*text) && readManifest(*text) && isSignedInTime() && hasItsFiles();
 }
 
 /// Without trust in anybody a trust folder that cannot be read would let everything pass.
@@ -67,11 +38,20 @@ bool KvCReleaseCheck::readTrust() {
     return trust_ || refuse("the trust folder '" + release_.trustFolder + "' cannot be used: " + reason);
 }
 
+bool KvCReleaseCheck::openFiles() {
+    std::string reason;
+    files_ = openStoredFiles(archive_, reason);
+    return files_ != nullptr || refuse("the archive cannot be read: " + reason);
+}
+
 /// An archive without a manifest.
 bool KvCReleaseCheck::acceptPlain() {
     std::string reason;
     if (files_->signatures(reason) || !reason.empty()) {
         return refuse("it has signatures and no manifest");
+    }
+    if (trust_ && isAbsent(archive_)) {
+        return refuse("there is no such folder or package");
     }
     if (trust_ && !options_.acceptUnsealed) {
         return refuse("it is not sealed, and only archives of signers who are trusted are accepted");
@@ -80,100 +60,153 @@ bool KvCReleaseCheck::acceptPlain() {
     return true;
 }
 
-bool KvCReleaseCheck::readSignatures(const std::string& manifestText, std::vector<KvCSshKey>& signers) {
-    std::string reason;
-    const std::optional<std::string> blocks = files_->signatures(reason);
-    if (!blocks) {
-        return reason.empty() || refuse("the signature cannot be read: " + reason);
+/// A manifest without signatures.
+bool KvCReleaseCheck::acceptUnsigned() {
+    if (trust_ && !options_.acceptUnsealed) {
+        return refuse("it is not signed, and only archives of signers who are trusted are accepted");
     }
-    std::optional<std::vector<KvCSshKey>> found = signersOf(*blocks, bytesOf(manifestText), reason);
-    if (!found) {
-        return refuse("the signature does not hold: " + reason);
-    }
-    signers = std::move(*found);
-    release_.seal = KvESeal::signedByStranger;
-    release_.keyKind = signers.front().kindName();
-    release_.keyFingerprint = signers.front().fingerprint();
+    release_.isUnsealedAccepted = trust_.has_value();
     return true;
 }
 
-/// Asks the trust folder.
-bool KvCReleaseCheck::judgeSigners(const std::vector<KvCSshKey>& signers, const KvTSha256& digest) {
-    if (!trust_) {
-        return true;
-    }
-    if (trust_->revokes(digest)) {
+bool KvCReleaseCheck::hasGoodSignatures(const std::string& manifestText) {
+    const KvTSha256 digest = sha256Of(bytesOf(manifestText));
+    release_.seal = KvESeal::sealed;
+    release_.manifestDigest = hexOf(digest);
+    if (trust_ && trust_->revokes(digest)) {
         return refuse("its manifest was revoked");
     }
-    if (signers.empty()) {
-        release_.isUnsealedAccepted = options_.acceptUnsealed;
-        return options_.acceptUnsealed ||
-               refuse("it is not signed, and only archives of signers who are trusted are accepted");
+    std::string reason;
+    const std::optional<std::string> blocks = files_->signatures(reason);
+    if (!blocks) {
+        return reason.empty() ? acceptUnsigned() : refuse("the signature cannot be read: " + reason);
+    }
+    const std::optional<std::vector<KvCSshSignature>> signatures = readSignatures(*blocks, reason);
+    if (!signatures) {
+        return refuse("the signature does not hold: " + reason);
+    }
+    signers_ = keysOf(*signatures);
+    // Calculations with the keys of strangers are not for those who trust others.
+    if (trust_ && trust_->trustedOf(signers_, std::nullopt, reason) == nullptr) {
+        return refuse("it is not signed by anybody who is trusted: " + reason);
+    }
+    if (const std::string why = whyNotSigned(*signatures, bytesOf(manifestText)); !why.empty()) {
+        return refuse("the signature does not hold: " + why);
+    }
+    release_.seal = KvESeal::signedByStranger;
+    release_.keyKind = signers_.front().kindName();
+    release_.keyFingerprint = signers_.front().fingerprint();
+    return true;
+}
+
+bool KvCReleaseCheck::readManifest(const std::string& text) {
+    std::string reason;
+    manifest_ = parseManifest(text, reason);
+    if (!manifest_) {
+        return refuse("the manifest is not valid: " + reason);
+    }
+    for (const KvTSealedFile& file : manifest_->files) {
+        sealed_.emplace(file.name, &file);
+    }
+    release_.created = textOfMoment(manifest_->created);
+    return true;
+}
+
+/// Somebody trusted may have signed at the time of the manifest.
+bool KvCReleaseCheck::isSignedInTime() {
+    if (!trust_ || signers_.empty()) {
+        return true;
     }
     std::string reason;
-    const KvTAllowedSigner* const signer = trust_->trustedOf(signers, manifest_->created, reason);
+    const KvTAllowedSigner* const signer = trust_->trustedOf(signers_, manifest_->created, reason);
     if (signer == nullptr) {
         return refuse("it is not signed by anybody who is trusted: " + reason);
     }
     release_.seal = KvESeal::trusted;
     release_.signer = signer->principals;
-    release_.keyKind = signer->key->kindName();
-    release_.keyFingerprint = signer->key->fingerprint();
+    release_.keyKind = signer->key.kindName();
+    release_.keyFingerprint = signer->key.fingerprint();
     return true;
+}
+
+/// All faults are named at once: if there is one already, what the other files hold is looked at, too.
+bool KvCReleaseCheck::hasItsFiles() {
+    for (KvTStoredDifference& difference : files_->differencesFrom(*manifest_)) {
+        if (const auto found = sealed_.find(difference.name); found != sealed_.end()) {
+            taken_.insert(found->first);
+        }
+        faults_.push_back(std::move(difference.fault));
+    }
+    return faults_.empty() || (!isPackage() && takeRest());
+}
+
+std::vector<std::string> KvCReleaseCheck::topFiles() const {
+    std::vector<std::string> names;
+    for (const auto& [name, file] : sealed_) {
+        if (name.find('/') == std::string_view::npos) {
+            names.emplace_back(name);
+        }
+    }
+    return names;
 }
 
 bool KvCReleaseCheck::makeCopies() {
     std::string reason;
     copies_ = KvCPrivateFolder::create(reason);
-    if (copies_ == nullptr) {
-        return refuse("it cannot be copied to a private folder: " + reason);
-    }
-    if (copies_->freeSpace() < manifest_->size()) {
-        return refuse("its private copy needs " + std::to_string(manifest_->size()) + " bytes, and only " +
-                      std::to_string(copies_->freeSpace()) + " are free");
-    }
-    return true;
+    return copies_ != nullptr || refuse("it cannot be copied to a private folder: " + reason);
 }
 
-bool KvCReleaseCheck::take(std::string_view name) {
-    const std::string wanted = sealedNameOf(name);
-    const auto found = std::find_if(manifest_->files.begin(), manifest_->files.end(),
-                                    [&](const KvTSealedFile& file) { return lowerCaseOf(file.name) == wanted; });
-    if (found != manifest_->files.end() && !taken_.contains(wanted)) {
-        takeFile(*found, true);
-    }
-    return faults_.empty();
-}
-
-bool KvCReleaseCheck::takeRest(const std::set<std::string>& names) {
-    std::set<std::string> wanted;
-    std::transform(names.begin(), names.end(), std::inserter(wanted, wanted.end()), sealedNameOf);
-    for (const KvTSealedFile& file : manifest_->files) {
-        const std::string name = lowerCaseOf(file.name);
-        if (!taken_.contains(name)) {
-            takeFile(file, wanted.contains(name));
+bool KvCReleaseCheck::lists(const std::set<std::string>& names) {
+    for (const std::string& name : names) {
+        if (!sealed_.contains(sealedNameOf(name))) {
+            (void)refuse(shownInQuotes(name) + " is not in its manifest");
         }
     }
     return faults_.empty();
 }
 
-bool KvCReleaseCheck::takeAll() {
-    for (const KvTSealedFile& file : manifest_->files) {
-        takeFile(file, true);
+bool KvCReleaseCheck::take(const std::set<std::string>& names) {
+    std::set<const KvTSealedFile*> files;
+    for (const std::string& name : names) {
+        const auto found = sealed_.find(sealedNameOf(name));
+        if (found != sealed_.end() && !taken_.contains(found->first)) {
+            files.insert(found->second);
+        }
+    }
+    const bool isCopied = hasRoomFor(files);
+    for (const KvTSealedFile* file : files) {
+        takeFile(*file, isCopied);
     }
     return faults_.empty();
+}
+
+bool KvCReleaseCheck::takeRest() {
+    for (const KvTSealedFile& file : manifest_->files) {
+        if (!taken_.contains(file.name)) {
+            takeFile(file, false);
+        }
+    }
+    return faults_.empty();
+}
+
+/// False without a folder for copies, too; nothing is refused then.
+bool KvCReleaseCheck::hasRoomFor(const std::set<const KvTSealedFile*>& files) {
+    if (copies_ == nullptr) {
+        return false;
+    }
+    const auto needed = std::accumulate(files.begin(), files.end(), std::uint64_t{0},
+                                        [](std::uint64_t sum, const KvTSealedFile* file) { return sum + file->size; });
+    const std::uint64_t room = copies_->freeSpace();
+    return needed <= room || refuse("its private copy needs " + std::to_string(needed) + " bytes, and only " +
+                                    std::to_string(room) + " are free");
 }
 
 void KvCReleaseCheck::takeFile(const KvTSealedFile& file, bool isCopied) {
-    taken_.insert(lowerCaseOf(file.name));
-    FileStream copy;
-    if (isCopied && copies_ != nullptr) {
-        const std::wstring path = copies_->path() + L"\\" + toWide(KvCString(file.name.c_str()));
-        copy = copies_->makeFoldersOf(file.name) ? openForWriting(path) : nullptr;
-        if (copy == nullptr) {
-            (void)refuse("'" + file.name + "' cannot be copied");
-            return;
-        }
+    taken_.insert(file.name);
+    FileStream copy = isCopied ? copies_->createFile(file.name) : nullptr;
+    if (isCopied && copy == nullptr) {
+        (void)refuse("'" + file.name + "' cannot be copied");
+        return;
     }
     KvCSha256 digest;
     bool isWritten = true;
@@ -186,7 +219,7 @@ void KvCReleaseCheck::takeFile(const KvTSealedFile& file, bool isCopied) {
             return isWritten;
         },
         reason);
-    if (copy != nullptr && std::fflush(copy.get()) != 0) {
+    if (copy != nullptr && std::fclose(copy.release()) != 0) {
         isWritten = false;
     }
     if (!isWritten) {

@@ -3,10 +3,10 @@
 #include "Files.h"
 #include "FolderTree.h"
 #include "KvCStringConversion.h"
+#include "ShownText.h"
 #include "SshSignature.h"
 #include "WholeFiles.h"
 
-#include <array>
 #include <map>
 #include <string_view>
 
@@ -15,6 +15,10 @@ namespace {
 /// What the file at `path` holds; nothing if there is none or, with a `reason`, if it cannot be read.
 std::optional<std::string> textOrReason(const std::wstring& path, std::uint64_t most, std::string& reason) {
     reason.clear();
+    if (isLink(path)) {
+        reason = "it is a link, not a regular file";
+        return std::nullopt;
+    }
     std::optional<std::string> text = textOfFile(path, most);
     if (!text && !isAbsent(path)) {
         const std::string_view kind = otherKindOf(path);
@@ -38,36 +42,36 @@ std::optional<std::string> KvCSealedFolder::signatures(std::string& reason) {
     return textOrReason(pathOf(std::string(signatureName)), mostSignatureBytes, reason);
 }
 
-std::vector<std::string> KvCSealedFolder::differencesFrom(const KvTManifest& manifest) {
-    std::vector<std::string> differences;
+std::vector<KvTStoredDifference> KvCSealedFolder::differencesFrom(const KvTManifest& manifest) {
+    std::vector<KvTStoredDifference> differences;
     std::map<std::string_view, const KvTSealedFile*> expected;
     for (const KvTSealedFile& file : manifest.files) {
         expected.emplace(file.name, &file);
     }
     const std::optional<std::vector<KvTFolderEntry>> entries = entriesBelow(folder_);
     if (!entries) {
-        return {"the archive folder cannot be listed"};
+        return {{"", "the archive folder cannot be listed"}};
     }
     for (const KvTFolderEntry& entry : *entries) {
-        if (entry.name == manifestName || entry.name == signatureName) {
+        if (isSealFile(entry.name)) {
             continue;
         }
         const auto found = expected.find(entry.name);
         if (found == expected.end()) {
-            differences.push_back("'" + entry.name + "' is additional");
+            differences.push_back({"", shownInQuotes(entry.name) + " is additional"});
             continue;
         }
         if (!entry.isRegularFile) {
-            differences.push_back("'" + entry.name + "' is not a regular file");
+            differences.push_back({entry.name, "'" + entry.name + "' is not a regular file"});
         } else if (entry.size != found->second->size) {
-            differences.push_back("'" + entry.name + "' has " + std::to_string(entry.size) + " bytes and not " +
-                                  std::to_string(found->second->size));
+            differences.push_back({entry.name, "'" + entry.name + "' has " + std::to_string(entry.size) +
+                                                   " bytes and not " + std::to_string(found->second->size)});
         }
         expected.erase(found);
     }
     for (const KvTSealedFile& file : manifest.files) {
         if (expected.contains(file.name)) {
-            differences.push_back("'" + file.name + "' is missing");
+            differences.push_back({file.name, "'" + file.name + "' is missing"});
         }
     }
     return differences;

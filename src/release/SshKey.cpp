@@ -1,6 +1,7 @@
 #include "SshKey.h"
 
 #include "Base64.h"
+#include "ShownText.h"
 #include "SshReader.h"
 
 #include <algorithm>
@@ -36,6 +37,12 @@ std::size_t bitsOf(KvTBytes number) {
     return number.empty() ? 0 : (number.size() - 1) * bitsOfByte + std::bit_width(number.front());
 }
 
+/// An exponent of 1 lets anybody sign, an even one nobody, and a long one keeps a verifier busy.
+bool isSoundExponent(KvTBytes exponent) {
+    constexpr std::size_t mostBits = 64;
+    return bitsOf(exponent) > 1 && bitsOf(exponent) <= mostBits && (exponent.back() & 1U) != 0;
+}
+
 /// The numbers of a key, behind the name of its kind. An elliptic curve has only the first one.
 struct KeyParts {
     KvTBytes first;
@@ -63,6 +70,7 @@ std::optional<KeyParts> readParts(KvEKeyKind kind, KvCSshReader& reader) {
     case KvEKeyKind::rsa:
         second = reader.positiveNumber(); // the exponent
         first = reader.positiveNumber();
+        isSound = second && isSoundExponent(*second);
         break;
     }
     if (!isSound || !first || !second || !reader.isAtEnd()) {
@@ -93,7 +101,8 @@ std::optional<KvCSshKey> KvCSshKey::parse(KvTBytes blob, std::string& reason) {
     const auto* const row =
         std::find_if(kinds.begin(), kinds.end(), [&](const KindName& known) { return name == known.key; });
     if (!name || row == kinds.end()) {
-        reason = name ? "keys of the kind '" + std::string(*name) + "' are not taken" : "it is not a key";
+        reason =
+            name ? std::string("keys of the kind ").append(shownInQuotes(*name)) + " are not taken" : "it is not a key";
         return std::nullopt;
     }
     const std::optional<KeyParts> parts = readParts(row->kind, reader);
@@ -102,7 +111,8 @@ std::optional<KvCSshKey> KvCSshKey::parse(KvTBytes blob, std::string& reason) {
         return std::nullopt;
     }
     if (row->kind == KvEKeyKind::rsa && (bitsOf(parts->first) < leastRsaBits || bitsOf(parts->first) > mostRsaBits)) {
-        reason = "RSA keys of " + std::to_string(bitsOf(parts->first)) + " bits are not taken: 3072 are the least";
+        reason =
+            "RSA keys of " + std::to_string(bitsOf(parts->first)) + " bits are not taken: they must have 3072 to 16384";
         return std::nullopt;
     }
     return KvCSshKey(row->kind, blob);
@@ -116,7 +126,7 @@ std::optional<KvCSshKey> KvCSshKey::parse(std::string_view kind, std::string_vie
     }
     std::optional<KvCSshKey> key = parse(*blob, reason);
     if (key && key->kindName() != kind) {
-        reason = "the key is not of the kind '" + std::string(kind) + "'";
+        reason = std::string("the key is not of the kind ").append(shownInQuotes(kind));
         return std::nullopt;
     }
     return key;

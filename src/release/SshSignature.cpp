@@ -1,10 +1,11 @@
 #include "SshSignature.h"
 
 #include "Base64.h"
+#include "ShownText.h"
 #include "SshReader.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -13,6 +14,13 @@ constexpr std::string_view beginLine = "-----BEGIN SSH SIGNATURE-----\n";
 constexpr std::string_view endLine = "-----END SSH SIGNATURE-----\n";
 constexpr std::string_view magic = "SSHSIG";
 constexpr std::uint32_t formatVersion = 1;
+constexpr std::string_view sha256Name = "sha256";
+constexpr std::string_view sha512Name = "sha512";
+
+/// What messages begin with, of the signature with this index.
+std::string numberOf(std::size_t index) {
+    return "signature " + std::to_string(index + 1) + ": ";
+}
 
 void appendField(std::vector<std::uint8_t>& bytes, KvTBytes field) {
     constexpr unsigned bitsOfByte = 8;
@@ -24,16 +32,16 @@ void appendField(std::vector<std::uint8_t>& bytes, KvTBytes field) {
     bytes.insert(bytes.end(), field.begin(), field.end());
 }
 
-/// A signature without its armour.
-struct Signature {
+/// The fields of a signature without its armour.
+struct Fields {
     KvTBytes key;
     std::string_view purpose;
     std::string_view reserved;
-    std::string_view hash;
+    std::string_view digest;
     KvTBytes value;
 };
 
-std::optional<Signature> readSignature(KvTBytes blob, std::string& reason) {
+std::optional<Fields> readFields(KvTBytes blob, std::string& reason) {
     KvCSshReader reader(blob);
     if (!reader.takes(magic)) {
         reason = "it is not an SSH signature";
@@ -46,9 +54,9 @@ std::optional<Signature> readSignature(KvTBytes blob, std::string& reason) {
     const auto key = reader.string();
     const auto purpose = reader.text();
     const auto reserved = reader.text();
-    const auto hash = reader.text();
+    const auto digest = reader.text();
     const auto value = reader.string();
-    if (!key || !purpose || !reserved || !hash || !value) {
+    if (!key || !purpose || !reserved || !digest || !value) {
         reason = "it ends too early";
         return std::nullopt;
     }
@@ -56,50 +64,7 @@ std::optional<Signature> readSignature(KvTBytes blob, std::string& reason) {
         reason = "bytes follow it";
         return std::nullopt;
     }
-    return Signature{*key, *purpose, *reserved, *hash, *value};
-}
-
-/// What the signer has signed in place of `message`; nothing if the digest is not known.
-std::optional<std::vector<std::uint8_t>> signedBytesOf(const Signature& signature, KvTBytes message) {
-    std::vector<std::uint8_t> bytes(magic.begin(), magic.end());
-    appendField(bytes, bytesOf(signature.purpose));
-    appendField(bytes, bytesOf(signature.reserved));
-    appendField(bytes, bytesOf(signature.hash));
-    if (signature.hash == "sha512") {
-        appendField(bytes, sha512Of(message));
-    } else if (signature.hash == "sha256") {
-        appendField(bytes, sha256Of(message));
-    } else {
-        return std::nullopt;
-    }
-    return bytes;
-}
-
-/// The key that has signed; nothing, with a `reason`, if the signature does not hold.
-std::optional<KvCSshKey> signerOf(KvTBytes blob, KvTBytes message, std::string& reason) {
-    const std::optional<Signature> signature = readSignature(blob, reason);
-    if (!signature) {
-        return std::nullopt;
-    }
-    if (signature->purpose != signatureNamespace || !signature->reserved.empty()) {
-        reason = "it was made for '" + std::string(signature->purpose) + "' and not for '" +
-                 std::string(signatureNamespace) + "'";
-        return std::nullopt;
-    }
-    std::optional<KvCSshKey> key = KvCSshKey::parse(signature->key, reason);
-    if (!key) {
-        return std::nullopt;
-    }
-    const std::optional<std::vector<std::uint8_t>> signedBytes = signedBytesOf(*signature, message);
-    if (!signedBytes) {
-        reason = "its digest '" + std::string(signature->hash) + "' is not taken";
-        return std::nullopt;
-    }
-    if (!key->verifies(*signedBytes, signature->value)) {
-        reason = "the key " + key->fingerprint() + " has not signed this manifest";
-        return std::nullopt;
-    }
-    return key;
+    return Fields{*key, *purpose, *reserved, *digest, *value};
 }
 
 /// Takes the first block from `text`: its bytes; nothing if it does not begin with a block, written as the tool that
@@ -126,26 +91,91 @@ std::optional<std::vector<std::uint8_t>> takeBlock(std::string_view& text) {
 
 } // namespace
 
-std::optional<std::vector<KvCSshKey>> signersOf(std::string_view blocks, KvTBytes message, std::string& reason) {
-    std::vector<KvCSshKey> signers;
+std::optional<KvCSshSignature> KvCSshSignature::parse(KvTBytes blob, std::string& reason) {
+    const std::optional<Fields> fields = readFields(blob, reason);
+    if (!fields) {
+        return std::nullopt;
+    }
+    if (fields->purpose != signatureNamespace || !fields->reserved.empty()) {
+        reason = std::string("it was made for ").append(shownInQuotes(fields->purpose)) + " and not for '" +
+                 std::string(signatureNamespace) + "'";
+        return std::nullopt;
+    }
+    if (fields->digest != sha512Name && fields->digest != sha256Name) {
+        reason = std::string("its digest ").append(shownInQuotes(fields->digest)) + " is not taken";
+        return std::nullopt;
+    }
+    std::optional<KvCSshKey> key = KvCSshKey::parse(fields->key, reason);
+    if (!key) {
+        return std::nullopt;
+    }
+    const Digest digest = fields->digest == sha512Name ? Digest::sha512 : Digest::sha256;
+    return KvCSshSignature(std::move(*key), digest, fields->value);
+}
+
+bool KvCSshSignature::verifies(KvTBytes message) const {
+    std::vector<std::uint8_t> signedBytes(magic.begin(), magic.end());
+    appendField(signedBytes, bytesOf(signatureNamespace));
+    appendField(signedBytes, {}); // reserved
+    if (digest_ == Digest::sha512) {
+        appendField(signedBytes, bytesOf(sha512Name));
+        appendField(signedBytes, sha512Of(message));
+    } else {
+        appendField(signedBytes, bytesOf(sha256Name));
+        appendField(signedBytes, sha256Of(message));
+    }
+    return key_.verifies(signedBytes, value_);
+}
+
+std::optional<std::vector<KvCSshSignature>> readSignatures(std::string_view blocks, std::string& reason) {
+    std::vector<KvCSshSignature> signatures;
     if (blocks.empty()) {
         reason = "it is empty";
         return std::nullopt;
     }
     while (!blocks.empty()) {
-        const std::string number = "signature " + std::to_string(signers.size() + 1) + ": ";
+        const std::string number = numberOf(signatures.size());
         const std::optional<std::vector<std::uint8_t>> blob = takeBlock(blocks);
         if (!blob) {
             reason = number + "it is not a block of an SSH signature and nothing else";
             return std::nullopt;
         }
         std::string why;
-        std::optional<KvCSshKey> signer = signerOf(*blob, message, why);
-        if (!signer) {
+        std::optional<KvCSshSignature> signature = KvCSshSignature::parse(*blob, why);
+        if (!signature) {
             reason = number + why;
             return std::nullopt;
         }
-        signers.push_back(std::move(*signer));
+        signatures.push_back(std::move(*signature));
     }
-    return signers;
+    return signatures;
+}
+
+std::vector<KvCSshKey> keysOf(const std::vector<KvCSshSignature>& signatures) {
+    std::vector<KvCSshKey> keys;
+    std::transform(signatures.begin(), signatures.end(), std::back_inserter(keys),
+                   [](const KvCSshSignature& signature) { return signature.key(); });
+    return keys;
+}
+
+std::string whyNotSigned(const std::vector<KvCSshSignature>& signatures, KvTBytes message) {
+    for (std::size_t index = 0; index < signatures.size(); ++index) {
+        if (!signatures[index].verifies(message)) {
+            return numberOf(index) + "the key " + signatures[index].key().fingerprint() +
+                   " has not signed this manifest";
+        }
+    }
+    return {};
+}
+
+std::optional<std::vector<KvCSshKey>> signersOf(std::string_view blocks, KvTBytes message, std::string& reason) {
+    const std::optional<std::vector<KvCSshSignature>> signatures = readSignatures(blocks, reason);
+    if (!signatures) {
+        return std::nullopt;
+    }
+    reason = whyNotSigned(*signatures, message);
+    if (!reason.empty()) {
+        return std::nullopt;
+    }
+    return keysOf(*signatures);
 }

@@ -6,10 +6,6 @@
 
 #include <utility>
 
-bool isPackage(const std::wstring& path) {
-    return openForReading(path) != nullptr;
-}
-
 std::unique_ptr<KvCStoredFiles> openStoredFiles(const std::wstring& path, std::string& reason) {
     if (FileStream stream = openForReading(path); stream != nullptr) {
         return std::make_unique<KvCPackage>(std::move(stream));

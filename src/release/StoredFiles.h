@@ -9,6 +9,14 @@
 #include <string>
 #include <vector>
 
+/// How something that is stored differs from the manifest.
+struct KvTStoredDifference {
+    /// The file; empty if it is the archive as a whole.
+    std::string name;
+    /// The difference, as a sentence.
+    std::string fault;
+};
+
 /// The files of an archive where they are stored: in a folder or in a package.
 class KvCStoredFiles {
 public:
@@ -27,9 +35,12 @@ public:
     [[nodiscard]] virtual std::optional<std::string> signatures(std::string& reason) = 0;
     /// @}
 
-    /// How what is stored differs from the manifest, without a look into the files: a sentence for each file that is
-    /// missing or additional, has another size or is not a regular file.
-    [[nodiscard]] virtual std::vector<std::string> differencesFrom(const KvTManifest& manifest) = 0;
+    /// True if one file holds all of them.
+    [[nodiscard]] virtual bool isPackage() const = 0;
+
+    /// How what is stored differs from the manifest, without a look into the files: each file that is missing or
+    /// additional, has another size or is not a regular file.
+    [[nodiscard]] virtual std::vector<KvTStoredDifference> differencesFrom(const KvTManifest& manifest) = 0;
 
     /// Reads a file of the manifest once. False, with a `reason`, if it cannot be read or has another size.
     [[nodiscard]] virtual bool read(const KvTSealedFile& file, const Sink& sink, std::string& reason) = 0;
@@ -38,6 +49,3 @@ public:
 /// The archive at `path`: a package if a regular file is there, otherwise a folder. Null, with a `reason`, if a package
 /// cannot be opened.
 [[nodiscard]] std::unique_ptr<KvCStoredFiles> openStoredFiles(const std::wstring& path, std::string& reason);
-
-/// True if a regular file is at `path`: an archive there is a package.
-[[nodiscard]] bool isPackage(const std::wstring& path);

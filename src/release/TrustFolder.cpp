@@ -1,5 +1,6 @@
 #include "TrustFolder.h"
 
+#include "Base64.h"
 #include "FileNames.h"
 #include "Files.h"
 #include "WholeFiles.h"
@@ -20,8 +21,11 @@ bool isDigest(std::string_view text) {
 
 bool isFingerprint(std::string_view text) {
     constexpr std::string_view mark = "SHA256:";
-    constexpr std::size_t digits = 43;
-    return text.starts_with(mark) && text.size() == mark.size() + digits;
+    if (!text.starts_with(mark)) {
+        return false;
+    }
+    const auto digest = bytesOfBase64(std::string(text.substr(mark.size())) + "=");
+    return digest && digest->size() == KvTSha256().size();
 }
 
 /// The word before the first blank; `rest` receives what follows it.
@@ -46,6 +50,10 @@ std::optional<KvCRevocations> KvCRevocations::parse(std::string_view text, std::
         const std::string_view whole = text.substr(0, text.find('\n'));
         text.remove_prefix(std::min(text.size(), whole.size() + 1));
         const std::string_view line = trimmed(whole);
+        if (line.find('\r') != std::string_view::npos) {
+            reason = "line " + std::to_string(number) + ": it has a carriage return";
+            return std::nullopt;
+        }
         if (line.empty() || line.starts_with('#')) {
             continue;
         }
@@ -102,15 +110,16 @@ std::optional<KvCTrustFolder> KvCTrustFolder::read(const std::wstring& folder, s
 }
 
 const KvTAllowedSigner* KvCTrustFolder::trustedOf(const std::vector<KvCSshKey>& signers,
-                                                  std::chrono::sys_seconds created, std::string& reason) const {
+                                                  std::optional<std::chrono::sys_seconds> created,
+                                                  std::string& reason) const {
     reason.clear();
     for (const KvCSshKey& signer : signers) {
         std::string why;
         if (const KvTAllowedSigner* found = trusted(signer, created, why); found != nullptr) {
             return found;
         }
-        reason.append(reason.empty() ? "" : "; ").append("the signer ").append(signer.fingerprint()).append(" ");
-        reason.append(why);
+        reason.append(reason.empty() ? "" : "; ").append("the signer ").append(signer.fingerprint());
+        reason.append(" ").append(why);
     }
     for (const std::string& line : allowed_.refusedLines()) {
         reason.append("; allowed_signers, ").append(line);
@@ -118,7 +127,8 @@ const KvTAllowedSigner* KvCTrustFolder::trustedOf(const std::vector<KvCSshKey>& 
     return nullptr;
 }
 
-const KvTAllowedSigner* KvCTrustFolder::trusted(const KvCSshKey& signer, std::chrono::sys_seconds created,
+const KvTAllowedSigner* KvCTrustFolder::trusted(const KvCSshKey& signer,
+                                                std::optional<std::chrono::sys_seconds> created,
                                                 std::string& reason) const {
     if (revoked_.hasKey(signer)) {
         reason = "was revoked";

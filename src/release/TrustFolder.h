@@ -37,17 +37,18 @@ public:
 
     /// A manifest of this digest does not count any more.
     [[nodiscard]] bool revokes(const KvTSha256& manifest) const { return revoked_.hasManifest(manifest); }
-    /// The line of the first of `signers` that may have signed what was made at that moment; null, with a `reason`, if
-    /// none may. It lasts as long as the object.
+    /// The line of the first of `signers` that may have signed what was made at that moment or, without one, at any;
+    /// null, with a `reason`, if none may. It lasts as long as the object.
     [[nodiscard]] const KvTAllowedSigner* trustedOf(const std::vector<KvCSshKey>& signers,
-                                                    std::chrono::sys_seconds created, std::string& reason) const;
+                                                    std::optional<std::chrono::sys_seconds> created,
+                                                    std::string& reason) const;
 
 private:
     KvCTrustFolder(KvCAllowedSigners allowed, KvCRevocations revoked)
         : allowed_(std::move(allowed)), revoked_(std::move(revoked)) {}
 
-    [[nodiscard]] const KvTAllowedSigner* trusted(const KvCSshKey& signer, std::chrono::sys_seconds created,
-                                                  std::string& reason) const;
+    [[nodiscard]] const KvTAllowedSigner*
+    trusted(const KvCSshKey& signer, std::optional<std::chrono::sys_seconds> created, std::string& reason) const;
 
     KvCAllowedSigners allowed_;
     KvCRevocations revoked_;

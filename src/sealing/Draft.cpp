@@ -5,6 +5,7 @@
 #include "KvNJson.h"
 #include "KvReleases.h"
 #include "Manifest.h"
+#include "ShownText.h"
 #include "UpdateFileReaders.h"
 
 #include <boost/crc.hpp>
@@ -35,20 +36,26 @@ std::optional<std::uint32_t> crcOf(const std::wstring& path) {
     return std::ferror(file.get()) == 0 ? std::optional<std::uint32_t>(crc.checksum()) : std::nullopt;
 }
 
-/// Each identifier from `least` to `most`; what only a person knows if a header states none, or very many.
-json rangeOf(std::uint32_t least, std::uint32_t most) {
+/// Sets each identifier that a header allows; what only a person knows if those are very many, or if one end is not
+/// stated. A header that states none allows all.
+void setIds(json& entry, const char* key, const KvTIdRange& range) {
     constexpr std::uint32_t mostListed = 64;
-    if (least == unknownValue || most == unknownValue || most < least || most - least >= mostListed) {
-        return json("<identifiers>");
+    if (!range.isStated()) {
+        return;
     }
-    if (least == most) {
-        return json(least);
+    const bool isListed =
+        range.lowest <= range.highest && range.highest != unknownValue && range.highest - range.lowest < mostListed;
+    if (!isListed) {
+        entry.set(key, "<identifiers>");
+    } else if (range.lowest == range.highest) {
+        entry.set(key, range.lowest);
+    } else {
+        json list = json::makeArray();
+        for (std::uint32_t identifier = range.lowest; identifier <= range.highest; ++identifier) {
+            list.append(identifier);
+        }
+        entry.set(key, std::move(list));
     }
-    json list = json::makeArray();
-    for (std::uint32_t identifier = least; identifier <= most; ++identifier) {
-        list.append(identifier);
-    }
-    return list;
 }
 
 /// Makes entries of update files.
@@ -58,8 +65,11 @@ public:
 
     KvTDraft make() {
         json files = json::makeArray();
+        if (otherKindOf(folder_) != "a folder") {
+            draft_.faults.emplace_back("the folder cannot be listed");
+        }
         for (const std::string& name : filesOfFolder(folder_)) {
-            if (name != manifestName && name != signatureName) {
+            if (!isSealFile(name)) {
                 addEntry(name, files);
             }
         }
@@ -84,7 +94,7 @@ private:
         const KvEReadStatus status = readUpdateFile(path, header);
         const std::optional<std::uint32_t> content = crcOf(path);
         if (status == KvEReadStatus::cannotOpen || !content) {
-            draft_.faults.push_back("'" + name + "' cannot be read");
+            draft_.faults.push_back(shownInQuotes(name) + " cannot be read");
             return;
         }
         const bool hasHeader = status == KvEReadStatus::success;
@@ -93,8 +103,8 @@ private:
         entry.set("sequence", "<place in the order of the update>");
         entry.set("boardType", "<board type>");
         if (hasHeader) {
-            entry.set("hwCompatibilityId", rangeOf(header.minHwCompatibilityId, header.maxHwCompatibilityId));
-            entry.set("swCompatibilityId", rangeOf(header.minSwCompatibilityId, header.maxSwCompatibilityId));
+            setIds(entry, "hwCompatibilityId", header.hwCompatibilityIds());
+            setIds(entry, "swCompatibilityId", header.swCompatibilityIds());
             entry.set("id", "<number of the element>");
         } else {
             entry.set("targetPath", "<path on the target>");

@@ -1,14 +1,18 @@
 #include "ArchiveEntries.h"
+#include "Crypto.h"
 #include "FolderTree.h"
 #include "KvCFirmwareArchive.h"
+#include "KvCStringConversion.h"
 #include "KvReleases.h"
 #include "MessageCapture.h"
 #include "PackageHeader.h"
 #include "SealedFolder.h"
+#include "ShownText.h"
+#include "SshSignature.h"
 #include "Timestamp.h"
 
-#include <array>
 #include <chrono>
+#include <set>
 #include <utility>
 
 namespace KvNReflasher {
@@ -24,19 +28,24 @@ public:
     }
 
     KvTSealing make(std::chrono::sys_seconds created) {
-        readIdentity();
         listFiles();
+        readDescription();
         for (KvTSealedFile& file : manifest_.files) {
             addDigest(file);
         }
         manifest_.created = created;
-        sealing_.faults = std::move(faults_);
-        if (!sealing_.faults.empty()) {
-            sealing_.verdict = {KvEFailure::archive, "the archive cannot be sealed: " + sealing_.faults.front()};
-            return std::move(sealing_);
+        if (created > latestPackedTime) {
+            faults_.emplace_back("its time is after 2242-03-16T12:56:31Z");
+        }
+        if (!faults_.empty()) {
+            return refused();
         }
         keepTimeOfEqualManifest();
         sealing_.manifest = textOf(manifest_);
+        if (sealing_.manifest.size() > largestManifest) {
+            faults_.emplace_back("its manifest would be larger than 32 MiB");
+            return refused();
+        }
         sealing_.manifestDigest = hexOf(sha256Of(bytesOf(sealing_.manifest)));
         sealing_.fileCount = manifest_.files.size();
         sealing_.size = manifest_.size();
@@ -44,13 +53,30 @@ public:
     }
 
 private:
-    void readIdentity() {
+    KvTSealing refused() {
+        sealing_.faults = std::move(faults_);
+        sealing_.verdict = {KvEFailure::archive, "the archive cannot be sealed: " + sealing_.faults.front()};
+        return std::move(sealing_);
+    }
+
+    /// Whatever a session will ask for must be among the files.
+    void readDescription() {
         const KvCMessageCapture dropped;
         KvCFirmwareArchive archive(dropped.writer(), options_);
         if (!archive.readDescriptionFile()) {
             faults_.push_back(archive.refusal());
         }
         manifest_.archive = archiveIdentityOf(archive.info());
+        std::set<std::string> named{sealedNameOf(toUtf8(options_.descriptionFileName).view())};
+        for (const KvTArchiveFile& file : archive.files()) {
+            named.insert(sealedNameOf(file.name.view()));
+        }
+        for (const KvTSealedFile& file : manifest_.files) {
+            named.erase(file.name);
+        }
+        for (const std::string& name : named) {
+            faults_.push_back(shownInQuotes(name) + " is not a file of the archive");
+        }
     }
 
     void listFiles() {
@@ -60,11 +86,11 @@ private:
             return;
         }
         for (const KvTFolderEntry& entry : *entries) {
-            if (entry.name == manifestName || entry.name == signatureName) {
+            if (isSealFile(entry.name)) {
                 continue;
             }
             if (!entry.isRegularFile) {
-                faults_.push_back("'" + entry.name + "' is not a regular file");
+                faults_.push_back(shownInQuotes(entry.name) + " is not a regular file");
                 continue;
             }
             manifest_.files.push_back({.name = entry.name, .size = entry.size});
@@ -132,7 +158,12 @@ public:
         if (!signatures && !reason.empty()) {
             return {"the signature cannot be read: " + reason};
         }
-        faults_ = stored_.differencesFrom(*manifest);
+        if (signatures && !signersOf(*signatures, bytesOf(*text), reason)) {
+            return {"the signature does not hold: " + reason};
+        }
+        for (KvTStoredDifference& difference : stored_.differencesFrom(*manifest)) {
+            faults_.push_back(std::move(difference.fault));
+        }
         time_ = manifest->created;
         if (faults_.empty()) {
             write(manifestName, *text);

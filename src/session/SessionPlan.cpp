@@ -101,7 +101,7 @@ std::vector<KvTFinding> KvCReflasher::findings() {
     std::vector<KvTFinding> found;
     const bool isChecked = withoutException(false, [&] {
         const std::optional<std::string>& text = preparation_.archive().text();
-        found = text ? findingsOfText(options_, text, preparation_.archive().folder())
+        found = text ? findingsOfText(options_, text, preparation_.archive().copy())
                      : onlyError("description-unreadable", "No text of the archive description was kept.");
         return true;
     });

@@ -101,8 +101,9 @@ bool isAbsent(const std::wstring& path) {
     if (GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) {
         return false;
     }
-    constexpr std::array<DWORD, 6> noSuchFile{ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME,
-                                              ERROR_BAD_PATHNAME,   ERROR_BAD_NETPATH,    ERROR_FILENAME_EXCED_RANGE};
+    // Of a share that does not answer nobody knows what it holds.
+    constexpr std::array<DWORD, 5> noSuchFile{ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME,
+                                              ERROR_BAD_PATHNAME, ERROR_FILENAME_EXCED_RANGE};
     return std::find(noSuchFile.begin(), noSuchFile.end(), GetLastError()) != noSuchFile.end();
 }
 

@@ -1,11 +1,13 @@
 #include "PrivateFolder.h"
 
+#include "FolderTree.h"
 #include "PrivatePlaces.h"
 #include "TextConversion.h"
 
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <exception>
 #include <random>
 #include <string_view>
 #include <system_error>
@@ -26,6 +28,11 @@ std::string newName() {
     return std::string(namePrefix) + digits.data();
 }
 
+std::string textOf(const fs::path& path) {
+    const std::u8string text = path.u8string();
+    return {text.begin(), text.end()};
+}
+
 /// A place without a lock is one that is just being made, unless it was left long ago.
 bool isForgotten(const fs::path& place) {
     std::error_code fault;
@@ -34,10 +41,9 @@ bool isForgotten(const fs::path& place) {
 }
 
 void removePlace(const fs::path& place, std::unique_ptr<KvCPrivateFolder::Lock> lock) {
-    std::error_code ignored;
-    fs::remove_all(place / folderName, ignored);
+    removeTree(place / folderName);
     lock.reset(); // some systems do not remove what is open
-    fs::remove_all(place, ignored);
+    removeTree(place);
 }
 
 /// Removes what processes have left that do not run any more.
@@ -64,10 +70,23 @@ KvCPrivateFolder::KvCPrivateFolder(fs::path place, std::unique_ptr<Lock> lock)
     : place_(std::move(place)), lock_(std::move(lock)) {}
 
 std::unique_ptr<KvCPrivateFolder> KvCPrivateFolder::create(std::string& reason) {
-    std::error_code fault;
-    const fs::path all = fs::temp_directory_path(fault);
-    if (fault) {
-        reason = "there is no folder for temporary files: " + fault.message();
+    try {
+        return make(reason);
+    } catch (const std::system_error& fault) { // names that are not well formed, and no source of random numbers
+        reason = fault.what();
+        return nullptr;
+    }
+}
+
+std::unique_ptr<KvCPrivateFolder> KvCPrivateFolder::make(std::string& reason) {
+    const fs::path all = temporaryFolder();
+    if (all.empty()) {
+        reason = "there is no folder for temporary files";
+        return nullptr;
+    }
+    if (!isSafeForFolders(all)) {
+        reason = "others may replace what is in '" + textOf(all) +
+                 "': only its owner may write there, unless it has the sticky bit";
         return nullptr;
     }
     removeForgotten(all);
@@ -78,23 +97,25 @@ std::unique_ptr<KvCPrivateFolder> KvCPrivateFolder::create(std::string& reason) 
             continue;
         }
         std::unique_ptr<Lock> lock = Lock::make(place / lockName);
+        std::error_code fault;
         if (lock != nullptr && fs::create_directory(place / folderName, fault)) {
             return std::unique_ptr<KvCPrivateFolder>(new KvCPrivateFolder(place, std::move(lock)));
         }
         removePlace(place, std::move(lock));
     }
-    const std::u8string folder = all.u8string();
-    reason = "no folder can be made in '" + std::string(folder.begin(), folder.end()) + "'";
+    reason = "no folder can be made in '" + textOf(all) + "'";
     return nullptr;
 }
 
 KvCPrivateFolder::~KvCPrivateFolder() {
-    removePlace(place_, std::move(lock_));
+    try {
+        removePlace(place_, std::move(lock_));
+    } catch (const std::exception&) { // NOLINT(bugprone-empty-catch): the next folder that is made removes what is left
+    }
 }
 
 std::wstring KvCPrivateFolder::path() const {
-    const std::u8string text = (place_ / folderName).u8string();
-    return utf8ToWide(std::string(text.begin(), text.end()).c_str());
+    return utf8ToWide(textOf(place_ / folderName).c_str());
 }
 
 std::uint64_t KvCPrivateFolder::freeSpace() const {
@@ -103,9 +124,11 @@ std::uint64_t KvCPrivateFolder::freeSpace() const {
     return fault ? 0 : space.available;
 }
 
-bool KvCPrivateFolder::makeFoldersOf(const std::string& name) const {
+FileStream KvCPrivateFolder::createFile(const std::string& name) const {
     const fs::path file = place_ / folderName / fs::path(std::u8string(name.begin(), name.end()));
     std::error_code fault;
     fs::create_directories(file.parent_path(), fault);
-    return !fault;
+    // Nobody else makes files here; but two names may be one to the system.
+    const bool isNew = !fault && fs::symlink_status(file, fault).type() == fs::file_type::not_found;
+    return isNew ? openForWriting(path() + L"\\" + utf8ToWide(name.c_str())) : nullptr;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Files.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -21,14 +23,16 @@ public:
     [[nodiscard]] std::wstring path() const;
     /// Bytes that can still be written there; 0 when that is not known.
     [[nodiscard]] std::uint64_t freeSpace() const;
-    /// Makes the folders of `name`, which are separated by "/", below it; false when that is not possible.
-    [[nodiscard]] bool makeFoldersOf(const std::string& name) const;
+    /// Creates a file below it for binary writing, and the folders of `name`, which are separated by "/". Null when
+    /// that is not possible, or when something of this name exists.
+    [[nodiscard]] FileStream createFile(const std::string& name) const;
 
     /// What is held as long as a folder is in use.
     class Lock;
 
 private:
     KvCPrivateFolder(std::filesystem::path place, std::unique_ptr<Lock> lock);
+    [[nodiscard]] static std::unique_ptr<KvCPrivateFolder> make(std::string& reason);
 
     /// Has the folder, and beside it the file that is locked.
     std::filesystem::path place_;

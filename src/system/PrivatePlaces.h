@@ -27,8 +27,14 @@ private:
     std::unique_ptr<State> state_;
 };
 
+/// The folder for temporary files; empty if there is none.
+[[nodiscard]] std::filesystem::path temporaryFolder();
+
 /// Makes a folder that only this user has rights to; false when that is not possible, or something of this name exists.
 [[nodiscard]] bool makeOwnFolder(const std::filesystem::path& folder);
 
-/// True if `folder` is a folder, not a link, and belongs to this user alone.
+/// True if `folder` is a folder, not a link, and belongs to this user.
 [[nodiscard]] bool isOwnFolder(const std::filesystem::path& folder);
+
+/// True unless another user may remove or rename what this user makes in `folder`.
+[[nodiscard]] bool isSafeForFolders(const std::filesystem::path& folder);

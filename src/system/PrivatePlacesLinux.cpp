@@ -1,8 +1,10 @@
 #include "PrivatePlaces.h"
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -39,6 +41,13 @@ std::unique_ptr<KvCPrivateFolder::Lock> KvCPrivateFolder::Lock::take(const std::
     return open(file, false);
 }
 
+std::filesystem::path temporaryFolder() {
+    const char* const chosen = std::getenv("TMPDIR");
+    const std::filesystem::path folder = chosen != nullptr && *chosen != '\0' ? chosen : "/tmp";
+    std::error_code fault;
+    return is_directory(folder, fault) ? folder : std::filesystem::path();
+}
+
 bool makeOwnFolder(const std::filesystem::path& folder) {
     constexpr mode_t ownRights = 0700;
     return mkdir(folder.c_str(), ownRights) == 0;
@@ -47,4 +56,12 @@ bool makeOwnFolder(const std::filesystem::path& folder) {
 bool isOwnFolder(const std::filesystem::path& folder) {
     struct stat status {};
     return lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid();
+}
+
+bool isSafeForFolders(const std::filesystem::path& folder) {
+    struct stat status {};
+    if (stat(folder.c_str(), &status) != 0 || (status.st_uid != geteuid() && status.st_uid != 0)) {
+        return false;
+    }
+    return (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 || (status.st_mode & S_ISVTX) != 0;
 }

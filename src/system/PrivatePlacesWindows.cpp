@@ -1,10 +1,12 @@
 #include "PrivatePlaces.h"
 
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 #include <windows.h>
 
+#include <aclapi.h>
 #include <sddl.h>
 
 struct KvCPrivateFolder::Lock::State {
@@ -46,7 +48,17 @@ struct LocalMemoryCloser {
     void operator()(void* memory) const { LocalFree(memory); }
 };
 
-/// The identifier of this user, as texts of rights write it; empty when it is not known.
+/// An identifier, as texts of rights write it; empty when that is not possible.
+std::wstring textOf(PSID identifier) {
+    wchar_t* text = nullptr;
+    if (ConvertSidToStringSidW(identifier, &text) == 0) {
+        return {};
+    }
+    const std::unique_ptr<wchar_t, LocalMemoryCloser> owner(text);
+    return text;
+}
+
+/// The identifier of this user; empty when it is not known.
 std::wstring identifierOfUser() {
     HANDLE opened = nullptr;
     if (OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened) == 0) {
@@ -59,23 +71,25 @@ std::wstring identifierOfUser() {
     if (GetTokenInformation(token.get(), TokenUser, user.data(), size, &size) == 0) {
         return {};
     }
-    wchar_t* text = nullptr;
-    if (ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(user.data())->User.Sid, &text) == 0) {
-        return {};
-    }
-    const std::unique_ptr<wchar_t, LocalMemoryCloser> owner(text);
-    return text;
+    return textOf(reinterpret_cast<TOKEN_USER*>(user.data())->User.Sid);
 }
 
 } // namespace
+
+std::filesystem::path temporaryFolder() {
+    std::error_code fault;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(fault);
+    return fault ? std::filesystem::path() : folder;
+}
 
 bool makeOwnFolder(const std::filesystem::path& folder) {
     const std::wstring user = identifierOfUser();
     if (user.empty()) {
         return false;
     }
-    // Nothing is inherited; all rights for this user, in the folder and below it, and none for anybody else.
-    const std::wstring rights = L"D:P(A;OICI;FA;;;" + user + L")";
+    // This user's, whatever the process would make it; nothing is inherited; all rights for this user, in the folder
+    // and below it, and none for anybody else.
+    const std::wstring rights = L"O:" + user + L"D:P(A;OICI;FA;;;" + user + L")";
     PSECURITY_DESCRIPTOR made = nullptr;
     if (ConvertStringSecurityDescriptorToSecurityDescriptorW(rights.c_str(), SDDL_REVISION_1, &made, nullptr) == 0) {
         return false;
@@ -87,6 +101,22 @@ bool makeOwnFolder(const std::filesystem::path& folder) {
 
 bool isOwnFolder(const std::filesystem::path& folder) {
     const DWORD attributes = GetFileAttributesW(folder.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
-           (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
+    const bool isFolder = attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 &&
+                          (attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0;
+    if (!isFolder) {
+        return false;
+    }
+    PSID owner = nullptr;
+    PSECURITY_DESCRIPTOR read = nullptr;
+    if (GetNamedSecurityInfoW(folder.c_str(), SE_FILE_OBJECT, OWNER_SECURITY_INFORMATION, &owner, nullptr, nullptr,
+                              nullptr, &read) != ERROR_SUCCESS) {
+        return false;
+    }
+    const std::unique_ptr<void, LocalMemoryCloser> descriptor(read);
+    return owner != nullptr && textOf(owner) == identifierOfUser();
+}
+
+// Whoever may write there has no rights to what others make there, as far as the folder is the system's own.
+bool isSafeForFolders(const std::filesystem::path& /*folder*/) {
+    return true;
 }

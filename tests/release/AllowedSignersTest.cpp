@@ -64,6 +64,23 @@ TEST(AllowedSigners, MayBeLimitedInTime) {
     EXPECT_EQ(valueOf(line, "2027-01-01T00:00:01Z"), "me: may sign before 2027-01-01T00:00:00Z only");
 }
 
+TEST(AllowedSigners, WithoutATimeOnlyThePurposeCounts) {
+    const KvCAllowedSigners signers("old valid-before=\"20200101Z\" " + ed25519Key + "\nother namespaces=\"file\" " +
+                                    ed25519Key);
+    EXPECT_EQ(signers.signers().at(0).whyNotTrusted(std::nullopt), "");
+    EXPECT_EQ(signers.signers().at(1).whyNotTrusted(std::nullopt), "may not sign for 'kvreflash-archive'");
+}
+
+TEST(AllowedSigners, OddLinesLetNobodySign) {
+    EXPECT_EQ(valueOf("me\r# comment " + ed25519Key), "line 1: it has a control character");
+    EXPECT_EQ(valueOf(std::string("m\0e ", 4) + ed25519Key), "line 1: it has a control character");
+    EXPECT_EQ(valueOf("*,!me " + ed25519Key), "line 1: its signers hold a '!', which leaves nobody out here");
+    EXPECT_EQ(valueOf("me namespaces=\"*\", " + ed25519Key),
+              "line 1: its option '' is not known, stands twice or has no value in quotes");
+    EXPECT_EQ(valueOf("me namespaces=\"*\",,valid-after=\"20200101\" " + ed25519Key),
+              "line 1: its option '' is not known, stands twice or has no value in quotes");
+}
+
 TEST(AllowedSigners, OptionsAreWordsInAnyCase) {
     EXPECT_EQ(valueOf("me NameSpaces=\"kvreflash-archive\",VALID-AFTER=\"20200101\" " + ed25519Key), "me");
 }
@@ -84,7 +101,7 @@ TEST(AllowedSigners, WhatIsNotUnderstoodLetsNobodySign) {
     EXPECT_EQ(valueOf("me ssh-ed25519 AAAA"), "line 1: it is not a key");
     EXPECT_EQ(valueOf("me ssh-rsa" + ed25519Key.substr(ed25519Key.find(' '))),
               "line 1: the key is not of the kind 'ssh-rsa'");
-    EXPECT_EQ(valueOf("me " + shortRsaKey), "line 1: RSA keys of 2048 bits are not taken: 3072 are the least");
+    EXPECT_EQ(valueOf("me " + shortRsaKey), "line 1: RSA keys of 2048 bits are not taken: they must have 3072 to 16384");
     EXPECT_EQ(valueOf("me " + otherCurveKey), "line 1: keys of the kind 'ecdsa-sha2-nistp384' are not taken");
     EXPECT_EQ(valueOf("me \"ssh-ed25519"), "line 1: it is not a list of signers, a kind of key and a key");
     EXPECT_EQ(valueOf("me"), "line 1: it is not a list of signers, a kind of key and a key");

@@ -52,7 +52,7 @@ private:
 std::vector<std::string> faultsOf(const std::wstring& archive, const KvTReleaseOptions& options = {}) {
     KvCReleaseCheck check(archive, options);
     if (check.open() && check.isSealed()) {
-        const bool isWhole = check.takeRest({});
+        const bool isWhole = check.takeRest();
         EXPECT_EQ(isWhole, check.faults().empty());
     }
     return check.faults();
@@ -64,7 +64,7 @@ TEST(ReleaseCheck, AnArchiveIsWhatItsManifestSays) {
     ASSERT_TRUE(check.open());
     EXPECT_TRUE(check.isSealed());
     EXPECT_FALSE(check.isPackage());
-    EXPECT_TRUE(check.takeRest({}));
+    EXPECT_TRUE(check.takeRest());
     EXPECT_EQ(check.release().seal, KvESeal::sealed);
     EXPECT_EQ(check.release().manifestDigest, hexOf(sha256Of(bytesOf(archive.manifestText()))));
     EXPECT_EQ(check.release().created, created);
@@ -76,11 +76,44 @@ TEST(ReleaseCheck, AllThatDiffersIsNamedAtOnce) {
     const SealedArchive archive;
     archive.remove("a.kfw");
     archive.write("sub/b.kbs", "short");
+    archive.write("archive.json", "[]");
     archive.write("more.txt", "");
     archive.write("sub/deep/more.txt", "x");
     EXPECT_THAT(faultsOf(archive.path()),
                 UnorderedElementsAre("'a.kfw' is missing", "'sub/b.kbs' has 5 bytes and not 300000",
-                                     "'more.txt' is additional", "'sub/deep/more.txt' is additional"));
+                                     "'more.txt' is additional", "'sub/deep/more.txt' is additional",
+                                     "'archive.json' was changed"));
+}
+
+TEST(ReleaseCheck, NamesThatTheManifestDoesNotHaveAreRefused) {
+    const SealedArchive archive;
+    KvCReleaseCheck check(archive.path(), {});
+    ASSERT_TRUE(check.open());
+    EXPECT_TRUE(check.lists({"archive.json", "sub/b.kbs", R"(sub\b.kbs)"}));
+    EXPECT_FALSE(check.lists({"../archive.json", "./a.kfw", "A.KFW", "sub//b.kbs", "a\nb"}));
+    EXPECT_THAT(check.faults(),
+                UnorderedElementsAre("'../archive.json' is not in its manifest", "'./a.kfw' is not in its manifest",
+                                     "'A.KFW' is not in its manifest", "'sub//b.kbs' is not in its manifest",
+                                     R"('a\x0Ab' is not in its manifest)"));
+}
+
+TEST(ReleaseCheck, FilesInNoFolderAreKnownByTheirNames) {
+    const SealedArchive archive;
+    KvCReleaseCheck check(archive.path(), {});
+    ASSERT_TRUE(check.open());
+    EXPECT_THAT(check.topFiles(), ElementsAre("a.kfw", "archive.json"));
+}
+
+TEST(ReleaseCheck, ASealThatIsALinkIsRefused) {
+    const SealedArchive archive;
+    const ScratchFolder elsewhere;
+    std::filesystem::rename(archive.folder() / "manifest.json", elsewhere.path() / "manifest.json");
+    std::error_code fault;
+    std::filesystem::create_symlink(elsewhere.path() / "manifest.json", archive.folder() / "manifest.json", fault);
+    if (fault) {
+        GTEST_SKIP() << "there are no links here";
+    }
+    EXPECT_THAT(faultsOf(archive.path()), ElementsAre("the manifest cannot be read: it is a link, not a regular file"));
 }
 
 TEST(ReleaseCheck, AFileOfTheSameSizeWithAnotherContentWasChanged) {
@@ -95,7 +128,8 @@ TEST(ReleaseCheck, AFileOfTheSameSizeWithAnotherContentWasChanged) {
 TEST(ReleaseCheck, AManifestThatCannotBeReadIsNoManifestLess) {
     const SealedArchive archive;
     archive.write("manifest.json", "{}");
-    EXPECT_THAT(faultsOf(archive.path()), ElementsAre("the manifest is not valid: its member 'name' is not a text"));
+    EXPECT_THAT(faultsOf(archive.path()),
+                ElementsAre("the manifest is not valid: its format is not 'kvreflash.manifest'"));
     archive.remove("manifest.json");
     std::filesystem::create_directory(archive.folder() / "manifest.json");
     EXPECT_THAT(faultsOf(archive.path()),
@@ -170,6 +204,24 @@ TEST_F(TrustedTest, WhatIsThereMustHoldAllTheSame) {
                             "nothing else"));
 }
 
+TEST_F(TrustedTest, NothingThatAStrangerHasWrittenIsLookedInto) {
+    const SealedArchive archive;
+    archive.write("manifest.json", "not JSON");
+    EXPECT_THAT(faultsOf(archive.path(), options()),
+                ElementsAre("it is not signed, and only archives of signers who are trusted are accepted"));
+    archive.write("manifest.json.sig", ecdsaSignature);
+    const std::vector<std::string> faults = faultsOf(archive.path(), options());
+    ASSERT_EQ(faults.size(), 1U);
+    EXPECT_TRUE(faults.front().starts_with("it is not signed by anybody who is trusted: the signer SHA256:"))
+        << faults.front();
+}
+
+TEST_F(TrustedTest, AnArchiveThatIsNotThereIsCalledThat) {
+    const ScratchFolder nothing;
+    EXPECT_THAT(faultsOf((nothing.path() / "none").wstring(), options()),
+                ElementsAre("there is no such folder or package"));
+}
+
 TEST_F(TrustedTest, ARevokedManifestIsRefusedEvenUnsigned) {
     options().acceptUnsealed = true;
     const SealedArchive archive;
@@ -194,13 +246,13 @@ TEST(ReleaseCheck, CopiesAreMadeWhileTheFilesAreRead) {
         ASSERT_TRUE(check.open());
         ASSERT_TRUE(check.makeCopies());
         copies = check.folderOfCopies();
-        EXPECT_TRUE(check.take("archive.json"));
+        EXPECT_TRUE(check.take({"archive.json"}));
         EXPECT_TRUE(std::filesystem::exists(copies / "archive.json"));
         EXPECT_FALSE(std::filesystem::exists(copies / "sub"));
-        EXPECT_TRUE(check.take("not there"));
         // What is exchanged from now on changes nothing, or is noticed.
         archive.write("archive.json", "[]");
-        EXPECT_TRUE(check.takeRest({R"(sub\b.kbs)"}));
+        EXPECT_TRUE(check.take({R"(sub\b.kbs)", "sub/b.kbs"}));
+        EXPECT_TRUE(check.takeRest());
         EXPECT_EQ(std::filesystem::file_size(copies / "sub" / "b.kbs"), 300000U);
         EXPECT_FALSE(std::filesystem::exists(copies / "a.kfw"));
     }
@@ -213,9 +265,9 @@ TEST(ReleaseCheck, AChangedFileIsNotCopiedUnnoticed) {
     ASSERT_TRUE(check.open());
     ASSERT_TRUE(check.makeCopies());
     archive.write("archive.json", "[]");
-    EXPECT_FALSE(check.take("archive.json"));
+    EXPECT_FALSE(check.take({"archive.json"}));
     archive.remove("a.kfw");
-    EXPECT_FALSE(check.takeRest({"a.kfw"}));
+    EXPECT_FALSE(check.takeRest());
     EXPECT_THAT(check.faults(), ElementsAre("'archive.json' was changed", "'a.kfw' cannot be read"));
 }
 

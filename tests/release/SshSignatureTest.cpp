@@ -29,7 +29,7 @@ TEST(SshSignature, OfSeveralSignersHoldsIfAllDo) {
     EXPECT_EQ(signers(ed25519Signature + otherPurposeSignature),
               "refused: signature 2: it was made for 'file' and not for 'kvreflash-archive'");
     EXPECT_EQ(signers(shortRsaSignature + ed25519Signature),
-              "refused: signature 1: RSA keys of 2048 bits are not taken: 3072 are the least");
+              "refused: signature 1: RSA keys of 2048 bits are not taken: they must have 3072 to 16384");
 }
 
 TEST(SshSignature, OfAnotherTextDoesNotHold) {

@@ -96,13 +96,21 @@ TEST_F(TrustFolderTest, ThatIsBrokenCannotBeUsed) {
     EXPECT_FALSE(read());
     EXPECT_EQ(reason(), "its file revoked cannot be read");
     std::filesystem::remove(folder().path() / "revoked");
-    for (const char* line : {"x", "SHA256:abc", "ssh-ed25519 AAAA", "0123456789abcdef"}) {
+    for (const char* line : {"x", "SHA256:abc", "SHA256:!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!",
+                             "ssh-ed25519 AAAA", "0123456789abcdef"}) {
         revoke("\n" + std::string(line) + "\n");
         EXPECT_FALSE(read());
         EXPECT_TRUE(reason().starts_with("its file revoked is not understood, line 2: it is neither a public key nor a "
                                          "fingerprint nor the SHA-256 of a manifest: "))
             << reason();
     }
+}
+
+TEST_F(TrustFolderTest, LineEndsOfOtherSystemsHideNothing) {
+    allow("first " + ed25519Key + "\n");
+    revoke("# stolen\r" + keyOf(ed25519Key).fingerprint() + "\r");
+    EXPECT_FALSE(read());
+    EXPECT_EQ(reason(), "its file revoked is not understood, line 1: it has a carriage return");
 }
 
 TEST_F(TrustFolderTest, MayTrustNobody) {

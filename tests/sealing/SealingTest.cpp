@@ -43,6 +43,8 @@ protected:
         return taken.bytes;
     }
 
+    [[nodiscard]] const ScratchFolder& folder() const { return folder_; }
+
 private:
     ScratchFolder folder_;
 };
@@ -77,9 +79,40 @@ TEST_F(SealingTest, FaultsAreNamedAtOnce) {
     EXPECT_EQ(sealing.manifest, "");
 }
 
-TEST_F(SealingTest, APackageHasWholeBlocks) {
+TEST_F(SealingTest, WhateverTheDescriptionNamesMustBeThere) {
+    write(
+        "archive.json",
+        R"({"info": {"formatVersion": "1.0", "archiveVersion": "1.2", "productName": "P", "archiveName": "N"}, "files": [
+              {"name": "../b.kfw", "sequence": 1, "boardType": "B", "id": 1, "checksumCrc32": 1},
+              {"name": "A.kfw", "sequence": 1, "boardType": "B", "id": 2, "checksumCrc32": 1},
+              {"name": "a.kfw", "sequence": 1, "boardType": "B", "id": 3, "checksumCrc32": 1}]})");
+    EXPECT_THAT(seal().faults,
+                ElementsAre("'../b.kfw' is not a file of the archive", "'A.kfw' is not a file of the archive"));
+}
+
+TEST_F(SealingTest, ADescriptionElsewhereIsNotThatOfTheArchive) {
+    const ScratchFolder other;
+    static_cast<void>(other.write("archive.json", description));
+    const std::wstring name = L"../" + other.path().filename().wstring() + L"/archive.json";
+    EXPECT_EQ(sealArchive(folder().path().wstring(), name, 0).faults.size(), 1U);
+}
+
+TEST_F(SealingTest, ATimeThatNoPackageCanHoldIsRefused) {
+    EXPECT_TRUE(seal(8589934591).verdict.isSuccess());
+    EXPECT_THAT(seal(8589934592).faults, ElementsAre("its time is after 2242-03-16T12:56:31Z"));
+}
+
+TEST_F(SealingTest, ASignatureThatDoesNotHoldIsNotPacked) {
     write("manifest.json", seal().manifest);
     write("manifest.json.sig", "signature");
+    std::vector<std::string> faults;
+    static_cast<void>(pack(faults));
+    EXPECT_THAT(faults, ElementsAre("the signature does not hold: signature 1: it is not a block of an SSH signature "
+                                    "and nothing else"));
+}
+
+TEST_F(SealingTest, APackageHasWholeBlocks) {
+    write("manifest.json", seal().manifest);
     std::vector<std::string> faults;
     const std::string package = pack(faults);
     EXPECT_THAT(faults, IsEmpty());

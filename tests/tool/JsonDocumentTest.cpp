@@ -203,7 +203,7 @@ TEST_F(JsonDocuments, EachCommandHasItsParts) {
     EXPECT_EQ(partsOf("check"), (Keys{"findings", "errors", "warnings"}));
     EXPECT_EQ(partsOf("content"), (Keys{"archive", "release", "files"}));
     EXPECT_EQ(partsOf("elements"), (Keys{"elements"}));
-    EXPECT_EQ(partsOf("explain"), (Keys{"elements", "hiddenElements"}));
+    EXPECT_EQ(partsOf("explain"), (Keys{"release", "elements", "hiddenElements"}));
     EXPECT_EQ(partsOf("matrix"), (Keys{"archive", "release", "targets", "unmatchedEntries"}));
     const Keys sessionParts{"toolVersion",
                             "begin",

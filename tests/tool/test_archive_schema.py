@@ -21,7 +21,7 @@ SCHEMAS = PROJECT / "docs" / "schemas"
 # What a schema cannot tell: which version texts are in range (their shape it does tell), and what lies in the folder.
 # Besides, it takes numbers such as 2.0 and 1e3 for integers, which the reader refuses; none are generated.
 NOT_EXPRESSIBLE = {"version-invalid", "archive-version-invalid", "format-version-invalid", "format-version-unsupported",
-                   "checksum-file-missing", "checksum-unreadable"}
+                   "checksum-file-missing", "checksum-unreadable", "not-accepted"}
 # Everything else that the reader refuses in a JSON document.
 EXPRESSIBLE = {"info-missing", "format-version-missing", "archive-version-missing", "product-name-missing",
                "archive-variant-invalid", "archive-name-missing", "files-missing", "entry-no-object",

@@ -13,26 +13,14 @@ from tool_runs import PROJECT, ScratchTest, in_posix_quotes, run
 
 sys.path.insert(0, str(PROJECT / "scripts"))
 import documents  # noqa: E402
+from documents import EXIT_CODE, examples_of, pattern_of  # noqa: E402
 
-EXIT_CODE = re.compile(r"# exit code (\d+)$")
 OPTION = re.compile(r"^ +(?:(-\w),)?(--[\w-]+)", re.MULTILINE)
-ANY_LINES = "..."
 COMMANDS = PROJECT / "docs/commands.md"
 
 
 def blocks_of(document):
-    return [block.text for block in documents.blocks_of(document) if block.language == "console"]
-
-
-def examples_of(block):
-    """[(command line, lines of output)]"""
-    examples = []
-    for line in block.splitlines():
-        if line.startswith("$ "):
-            examples.append((line[2:], []))
-        else:
-            examples[-1][1].append(line)
-    return examples
+    return [block for block in documents.blocks_of(document) if block.language == "console"]
 
 
 def shown(output):
@@ -42,14 +30,6 @@ def shown(output):
     lines = [line.rpartition("\r")[2].rstrip() for line in text.split("\n")]
     is_windows = getattr(tool_runs.arguments, "launcher", "")
     return [line.replace("\\", "/") if is_windows and line.startswith("kvreflash: ") else line for line in lines]
-
-
-def pattern_of(lines):
-    """Matches these lines, where "..." stands for any lines. No lines at all match everything."""
-    if not lines:
-        return re.compile(".*", re.DOTALL)
-    parts = ["(?:[^\n]*\n)*?" if line == ANY_LINES else re.escape(line.rstrip()) + "\n" for line in lines]
-    return re.compile("".join(parts) + "\n*")
 
 
 class ExamplesTest(ScratchTest):
@@ -107,7 +87,7 @@ class ExamplesTest(ScratchTest):
 
 
 SHARED = {"--help", "--verbose", "--quiet", "--description", "--emulate", "--board-type", "--serial-number", "--element",
-          "--configuration", "--skip-custom", "--force", "--no-downgrade"}
+          "--configuration", "--skip-custom", "--force", "--no-downgrade", "--trust", "--unsealed"}
 
 
 class PatternTest(unittest.TestCase):

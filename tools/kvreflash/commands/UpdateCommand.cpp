@@ -59,6 +59,9 @@ private:
     [[nodiscard]] bool prepares() {
         const bool isPrepared = session_.prepare();
         session_.remarkOnRelease();
+        if (isPrepared && steps_.verifies) {
+            session_->watchFiles(); // before anything else looks at them
+        }
         const bool isRead = isPrepared || session_->outcome().stage != KvEStage::created;
         return (!steps_.isStrict || !isRead || passesCheck()) && isPrepared;
     }
@@ -106,9 +109,6 @@ private:
     }
 
     void updateAndReboot() {
-        if (steps_.verifies) {
-            session_->watchFiles();
-        }
         succeeded_ = session_.run();
         if (succeeded_ && steps_.reboots) {
             succeeded_ = goesOn("the target was not rebooted") && session_->reboot();

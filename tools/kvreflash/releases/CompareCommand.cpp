@@ -2,6 +2,7 @@
 
 #include "ComparisonText.h"
 #include "KvDocuments.h"
+#include "PathTexts.h"
 #include "Texts.h"
 #include "ToolOutput.h"
 
@@ -36,11 +37,22 @@ std::optional<KvTPlan> CompareCommand::planWith(const std::string& archive, std:
     return *session->plan();
 }
 
+/// Says which of the archives was refused.
+KvTVerdict CompareCommand::verdictOf(const KvTComparison& comparison) const {
+    KvTVerdict verdict = comparison.verdict;
+    if (!verdict.isSuccess()) {
+        const std::string& refused = comparison.before.verdict.isSuccess() ? archives.after : archives.before;
+        verdict.message = quotedPath(archivePath(refused)) + ": " +
+                          withPastablePath(std::move(verdict.message), refused, archives.description);
+    }
+    return verdict;
+}
+
 ExitCode CompareCommand::run() {
     const std::wstring description = wideOf(archives.description);
     const KvTComparison comparison = compareArchives({wideOf(archives.before), description},
                                                      {wideOf(archives.after), description}, archives.trust.options());
-    KvTVerdict verdict = comparison.verdict;
+    KvTVerdict verdict = verdictOf(comparison);
     std::optional<KvTPlan> before;
     std::optional<KvTPlan> after;
     if (!verdict.isSuccess()) {

@@ -29,6 +29,7 @@ public:
 
 private:
     [[nodiscard]] std::vector<OptionGroup*> groups() override { return {&archives, &host, &filters, &json}; }
+    [[nodiscard]] KvNReflasher::KvTVerdict verdictOf(const KvNReflasher::KvTComparison& comparison) const;
     [[nodiscard]] std::optional<KvNReflasher::KvTPlan>
     planWith(const std::string& archive, std::vector<std::string> emulatedTargets, KvNReflasher::KvTVerdict& verdict);
 };

@@ -37,6 +37,9 @@ ExitCode NewCommand::run() {
     for (const std::string& fault : draft.faults) {
         say(fault);
     }
+    if (!draft.faults.empty()) {
+        return conclude({KvEFailure::archive, "nothing was drafted: " + draft.faults.front()});
+    }
     if (draft.fileCount == 0) {
         return conclude({KvEFailure::archive, quotedPath(archive.folder) + " has no update files"});
     }

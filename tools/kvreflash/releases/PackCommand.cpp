@@ -7,7 +7,9 @@
 #include "ToolOutput.h"
 #include "UserFiles.h"
 
+#include <filesystem>
 #include <string_view>
+#include <system_error>
 
 using namespace KvNReflasher;
 
@@ -27,6 +29,14 @@ struct PackageFile {
     }
 };
 
+/// True if the package would be a file of the archive itself.
+bool isInside(const std::string& package, const std::string& folder) {
+    std::error_code fault;
+    const std::filesystem::path parent = std::filesystem::absolute(filePath(package), fault).parent_path();
+    const std::filesystem::path way = std::filesystem::relative(parent, filePath(folder), fault);
+    return !fault && !way.empty() && *way.begin() != "..";
+}
+
 } // namespace
 
 void PackedFolder::addTo(CommandSyntax& syntax) {
@@ -43,6 +53,9 @@ void PackedFolder::addTo(CommandSyntax& syntax) {
 }
 
 ExitCode PackCommand::run() {
+    if (isInside(archive.package, archive.folder)) {
+        return conclude({KvEFailure::output, "the package must not be in the archive folder"});
+    }
     PackageFile package;
     package.error = package.file.open(filePath(archive.package));
     if (package.error != 0) {

@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 using namespace KvNReflasher;
 
@@ -25,7 +26,7 @@ std::optional<std::int64_t> timeOfSealing() {
         const auto now = std::chrono::system_clock::now().time_since_epoch();
         return std::chrono::duration_cast<std::chrono::seconds>(now).count();
     }
-    constexpr std::int64_t last = 253402300799; // of the year 9999
+    constexpr std::int64_t last = (std::int64_t{8} << 30U) - 1; // that a package can hold
     const std::string_view text(given);
     std::int64_t seconds = -1;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
@@ -72,13 +73,14 @@ void ReleasedFolder::addTo(CommandSyntax& syntax) {
 ExitCode SealCommand::run() {
     const std::optional<std::int64_t> created = timeOfSealing();
     if (!created) {
-        return conclude({KvEFailure::archive, "SOURCE_DATE_EPOCH is not a number of seconds since 1970"});
+        return conclude({KvEFailure::archive, "SOURCE_DATE_EPOCH is not a number of seconds from 1970 to 2242"});
     }
     const KvTSealing sealing = sealArchive(wideOf(archive.folder), wideOf(archive.description), *created);
     for (const std::string& fault : sealing.faults) {
-        say(fault);
+        say(withPastablePath(fault, archive.folder, archive.description));
     }
     KvTVerdict verdict = sealing.verdict;
+    verdict.message = withPastablePath(std::move(verdict.message), archive.folder, archive.description);
     if (verdict.isSuccess()) {
         verdict = write(archive.folder, sealing);
     }

@@ -25,7 +25,7 @@ std::string utf8Of(const std::wstring& text) {
 std::string systemTrustFolder() {
     wchar_t* found = nullptr;
     if (SHGetKnownFolderPath(FOLDERID_ProgramData, 0, nullptr, &found) != S_OK) {
-        return {};
+        return R"(\ProgramData\kvreflash\trust)"; // whether it is there is not known: it is not taken for absent
     }
     const std::unique_ptr<wchar_t, TaskMemoryCloser> programData(found);
     const std::wstring folder = std::wstring(found) + L"\\kvreflash\\trust";

@@ -1,5 +1,6 @@
 #include "ComparisonText.h"
 
+#include "ReleaseText.h"
 #include "TextTable.h"
 #include "Texts.h"
 #include "ValueTexts.h"
@@ -63,7 +64,13 @@ std::string detailsOf(const KvTArchiveDifference& place) {
 }
 
 std::string titleOf(const KvTArchiveContent& content) {
-    return content.identity.archiveName + " " + content.identity.archiveVersion;
+    return visibleInLine(content.identity.archiveName + " " + content.identity.archiveVersion);
+}
+
+/// Who vouches for an archive; empty if nobody does.
+std::string releaseLine(const char* which, const KvTArchiveContent& content) {
+    const std::string text = content.release ? releaseText(*content.release) : std::string();
+    return text.empty() ? text : std::string(which).append(visibleInLine(text)).append("\n");
 }
 
 } // namespace
@@ -79,8 +86,9 @@ std::string comparisonText(const KvTComparison& comparison) {
         table.push_back({place.boardType, nameOf(place), wordFor(place.change), versionOf(place.before),
                          versionOf(place.after), detailsOf(place)});
     }
-    std::string text =
-        visibleInLine(titleOf(comparison.before)) + " -> " + visibleInLine(titleOf(comparison.after)) + "\n\n";
+    std::string text = titleOf(comparison.before) + " -> " + titleOf(comparison.after) + "\n" +
+                       releaseLine("The old archive is ", comparison.before) +
+                       releaseLine("The new archive is ", comparison.after) + "\n";
     if (table.size() > 1) {
         text += tableText(table) + "\n";
     }

@@ -1,0 +1,39 @@
+#include "EnvironmentVariable.h"
+#include "PrivateFolder.h"
+#include "ScratchFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <sys/stat.h>
+
+namespace {
+
+TEST(PrivateFolder, IsForItsUserAlone) {
+    std::string reason;
+    const std::unique_ptr<KvCPrivateFolder> folder = KvCPrivateFolder::create(reason);
+    ASSERT_NE(folder, nullptr) << reason;
+    struct stat status {};
+    ASSERT_EQ(stat(std::filesystem::path(folder->path()).parent_path().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0700U);
+}
+
+TEST(PrivateFolder, IsNotMadeWhereOthersMayReplaceIt) {
+    const ScratchFolder all;
+    const EnvironmentVariable place("TMPDIR", all.text());
+    std::string reason;
+    for (const mode_t mode : {0777U, 0770U}) {
+        ASSERT_EQ(chmod(all.text().c_str(), mode), 0);
+        EXPECT_EQ(KvCPrivateFolder::create(reason), nullptr);
+        EXPECT_EQ(reason, "others may replace what is in '" + all.text() +
+                              "': only its owner may write there, unless it has the sticky bit");
+    }
+    for (const mode_t mode : {01777U, 0700U, 0755U}) {
+        ASSERT_EQ(chmod(all.text().c_str(), mode), 0);
+        EXPECT_NE(KvCPrivateFolder::create(reason), nullptr) << reason;
+    }
+}
+
+} // namespace
