@@ -1,7 +1,7 @@
 # KV_NOTICES: a file with the notices of whatever other works are in the libraries and the tool, or beside them.
 set(notices Boost CLI11 RapidJSON)
 if(MINGW)
-  list(APPEND notices MinGW-w64 GCC-runtime)
+  list(APPEND notices MinGW-w64 GCC-runtime libgcrypt)
 endif()
 
 set(text "KvReflash contains parts of other works, or comes with them. These are their notices and licences.\n")

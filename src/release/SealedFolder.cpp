@@ -78,26 +78,15 @@ std::vector<KvTStoredDifference> KvCSealedFolder::differencesFrom(const KvTManif
 }
 
 bool KvCSealedFolder::read(const KvTSealedFile& file, const Sink& sink, std::string& reason) {
-    const FileStream stream = openForReading(pathOf(file.name));
-    if (stream == nullptr) {
-        reason = "cannot be read";
-        return false;
-    }
-    (void)std::setvbuf(stream.get(), nullptr, _IONBF, 0);
-    constexpr std::size_t pieceSize = std::size_t{256} << 10U;
-    std::vector<std::uint8_t> piece(pieceSize);
     std::uint64_t size = 0;
-    std::size_t length = piece.size();
-    while (length == piece.size() && size <= file.size) {
-        length = std::fread(piece.data(), 1, piece.size(), stream.get());
-        size += length;
-        if (length > 0 && !sink(KvTBytes(piece).first(length))) {
-            return false;
-        }
+    const bool isRead = readInPieces(pathOf(file.name), [&](KvTBytes piece) {
+        size += piece.size();
+        return size <= file.size && sink(piece);
+    });
+    if (!isRead || size != file.size) {
+        reason = size > file.size ? "is longer than its manifest says"
+                 : size == 0      ? "cannot be read"
+                                  : "cannot be read to its end";
     }
-    if (std::ferror(stream.get()) != 0 || size != file.size) {
-        reason = size > file.size ? "is longer than its manifest says" : "cannot be read to its end";
-        return false;
-    }
-    return true;
+    return isRead && size == file.size;
 }

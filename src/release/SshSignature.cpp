@@ -101,12 +101,12 @@ std::optional<KvCSshSignature> KvCSshSignature::parse(KvTBytes blob, std::string
                  std::string(signatureNamespace) + "'";
         return std::nullopt;
     }
-    if (fields->digest != sha512Name && fields->digest != sha256Name) {
-        reason = std::string("its digest ").append(shownInQuotes(fields->digest)) + " is not taken";
-        return std::nullopt;
-    }
     std::optional<KvCSshKey> key = KvCSshKey::parse(fields->key, reason);
     if (!key) {
+        return std::nullopt;
+    }
+    if (fields->digest != sha512Name && fields->digest != sha256Name) {
+        reason = std::string("its digest ").append(shownInQuotes(fields->digest)) + " is not taken";
         return std::nullopt;
     }
     const Digest digest = fields->digest == sha512Name ? Digest::sha512 : Digest::sha256;

@@ -7,11 +7,12 @@
 #include "Manifest.h"
 #include "ShownText.h"
 #include "UpdateFileReaders.h"
+#include "WholeFiles.h"
 
 #include <boost/crc.hpp>
 
-#include <array>
 #include <optional>
+#include <span>
 #include <utility>
 
 namespace KvNReflasher {
@@ -22,18 +23,12 @@ using KvNJson::json;
 
 /// The checksum of what a file holds; nothing if it cannot be read.
 std::optional<std::uint32_t> crcOf(const std::wstring& path) {
-    const FileStream file = openForReading(path);
-    if (file == nullptr) {
-        return std::nullopt;
-    }
     boost::crc_32_type crc;
-    std::array<unsigned char, 65536> piece{};
-    std::size_t size = piece.size();
-    while (size == piece.size()) {
-        size = std::fread(piece.data(), 1, piece.size(), file.get());
-        crc.process_bytes(piece.data(), size);
-    }
-    return std::ferror(file.get()) == 0 ? std::optional<std::uint32_t>(crc.checksum()) : std::nullopt;
+    const bool isRead = readInPieces(path, [&crc](std::span<const std::uint8_t> piece) {
+        crc.process_bytes(piece.data(), piece.size());
+        return true;
+    });
+    return isRead ? std::optional<std::uint32_t>(crc.checksum()) : std::nullopt;
 }
 
 /// Sets each identifier that a header allows; what only a person knows if those are very many, or if one end is not

@@ -3,7 +3,9 @@
 #include "Files.h"
 
 #include <array>
+#include <cstdio>
 #include <utility>
+#include <vector>
 
 std::optional<std::string> textOfFile(const std::wstring& path, std::uint64_t most) {
     constexpr std::size_t pieceSize = 65536;
@@ -21,4 +23,22 @@ std::optional<std::string> textOfFile(const std::wstring& path, std::uint64_t mo
     }
     const bool isRead = std::ferror(file.get()) == 0 && text.size() <= most;
     return isRead ? std::optional(std::move(text)) : std::nullopt;
+}
+
+bool readInPieces(const std::wstring& path, const KvTPieceSink& sink) {
+    const FileStream stream = openForReading(path);
+    if (stream == nullptr) {
+        return false;
+    }
+    (void)std::setvbuf(stream.get(), nullptr, _IONBF, 0); // the pieces are buffer enough
+    constexpr std::size_t pieceSize = std::size_t{256} << 10U;
+    std::vector<std::uint8_t> piece(pieceSize);
+    std::size_t length = piece.size();
+    while (length == piece.size()) {
+        length = std::fread(piece.data(), 1, piece.size(), stream.get());
+        if (length > 0 && !sink(std::span<const std::uint8_t>(piece).first(length))) {
+            return false;
+        }
+    }
+    return std::ferror(stream.get()) == 0;
 }

@@ -22,6 +22,15 @@ class NoticesTest(unittest.TestCase):
             self.assertTrue((PROJECT / "notices" / f"{name}.txt").is_file(), name)
             self.assertIn(name, re.search(r"set\(notices ([^)]*)\)", listed).group(1).split())
 
+    def test_every_library_that_is_shipped_has_a_notice(self):
+        shipped = re.search(r"foreach\(name ([^)]*)\)", (PROJECT / "cmake/Gcrypt.cmake").read_text(encoding="utf-8"))
+        notice = (PROJECT / "notices/libgcrypt.txt").read_text(encoding="utf-8")
+        for library in shipped.group(1).split():
+            self.assertIn(library, notice)
+        self.assertIn("GNU LESSER GENERAL PUBLIC LICENSE", notice)
+        listed = (PROJECT / "cmake/Notices.cmake").read_text(encoding="utf-8")
+        self.assertIn("libgcrypt", re.search(r"list\(APPEND notices ([^)]*)\)", listed).group(1).split())
+
 
 if __name__ == "__main__":
     unittest.main()
