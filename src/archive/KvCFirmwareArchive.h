@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -72,6 +73,7 @@ private:
     [[nodiscard]] bool readDocument(std::optional<KvNJson::json> document, const std::wstring& path,
                                     KvCArchiveFindings& findings);
     void readFiles(KvNJson::json& files, KvCArchiveFindings& findings);
+    [[nodiscard]] KvTArchiveFile takeEntry(KvNJson::json& files, std::size_t index);
     void keepIgnoredEntry(KvNJson::json& files, std::size_t index);
     [[nodiscard]] bool completeFromUpdateFile(KvTArchiveFile& file, KvCArchiveFindings& findings,
                                               std::uint32_t& opened);
@@ -79,6 +81,8 @@ private:
     const KvCConsoleWriter& writer_;
     const KvNReflasher::KvTOptions& options_;
     KvTArchiveInfo info_;
+    /// The JSON objects of the entries, which share it.
+    std::shared_ptr<std::vector<KvNJson::json>> entries_;
     std::vector<KvTArchiveFile> files_;
     std::vector<KvTArchiveFile> ignoredFiles_;
     std::uint32_t maxSequence_ = 0;
