@@ -21,7 +21,7 @@ std::optional<KvTComparedValue> comparedValueOf(jsonView scalar) {
 void addNewBoardTypes(KvTEntrySelection& selection, std::unordered_set<std::string_view>& seen) {
     forEachScalar(selection.writtenBoardTypes, [&](jsonView boardType) {
         if (boardType.is_string() && seen.insert(boardType.get_string()).second) {
-            selection.boardTypes.push_back(boardType.get_string());
+            selection.boardTypes.emplace_back(boardType.get_string());
         }
     });
 }
@@ -69,12 +69,19 @@ KvTEntryAddress addressOf(const KvCEntryProperties& properties) {
 
 KvCEntrySelections selectionsOf(const KvCEntryProperties& entry) {
     KvCEntrySelections selections;
+    const jsonView boards = entry[KvEProperty::boards];
+    const jsonView boardType = entry[KvEProperty::boardType];
+    if (!boards.is_valid() && boardType.is_string()) {
+        // Most entries are for one board type, which nothing can repeat.
+        selections.push_back(completed(entry, entry));
+        selections.back().boardTypes.emplace_back(boardType.get_string());
+        return selections;
+    }
     std::unordered_set<std::string_view> seen;
     const auto add = [&](const KvCEntryProperties& own) {
         selections.push_back(completed(own, entry));
         addNewBoardTypes(selections.back(), seen);
     };
-    const jsonView boards = entry[KvEProperty::boards];
     if (!boards.is_valid()) {
         add(entry);
         return selections;

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <variant>
 
@@ -54,8 +55,9 @@ struct KvTEntryAddress {
 /// entry, or those of the entry alone. Looks into the entry's description.
 struct KvTEntrySelection {
     /// The types of the boards for which the selection decides. A type of an earlier selection is left out: of each
-    /// board type only the first one counts.
-    boost::container::small_vector<std::string_view, 1> boardTypes;
+    /// board type only the first one counts. Copies: planning asks every selection for them, and the description is far
+    /// away in memory.
+    boost::container::small_vector<std::string, 1> boardTypes;
     /// All board types, as they are written: a text or an array.
     KvNJson::jsonView writtenBoardTypes;
     KvCAllowedValues boardVariant{KvEAbsentValue::none};
@@ -67,7 +69,7 @@ struct KvTEntrySelection {
     bool isAddressShared = true;
 };
 
-/// The selections of an entry. A single one, which most entries have, needs no memory beside the entry's record.
+/// The selections of an entry. A single one, which most entries have, is part of the entry's record.
 using KvCEntrySelections = boost::container::small_vector<KvTEntrySelection, 1>;
 
 /// The address that an entry, or an element of its "boards", has itself.

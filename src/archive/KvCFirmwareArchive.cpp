@@ -124,11 +124,12 @@ void KvCFirmwareArchive::readFiles(json& files, KvCArchiveFindings& findings) {
     ignoredEntryCount_ = 0;
     const std::size_t count = files.view().size();
     files_.reserve(count);
+    entries_ = std::make_shared<std::vector<json>>();
+    entries_->reserve(count); // they must stay where they are
     for (std::size_t index = 0; index < count; ++index) {
         const KvTEntryVerdict verdict = checkEntry(findings, files.view().at(index), static_cast<std::uint32_t>(index));
         if (verdict.outcome == KvEEntryOutcome::accepted) {
-            files_.push_back(
-                makeArchiveFile(files.takeItem(index), static_cast<std::uint32_t>(index), info_.archiveVersion));
+            files_.push_back(takeEntry(files, index));
             maxSequence_ = std::max(maxSequence_, files_.back().sequence);
         } else if (verdict.outcome == KvEEntryOutcome::skipped) {
             ++ignoredEntryCount_;
@@ -140,6 +141,11 @@ void KvCFirmwareArchive::readFiles(json& files, KvCArchiveFindings& findings) {
     }
 }
 
+KvTArchiveFile KvCFirmwareArchive::takeEntry(json& files, std::size_t index) {
+    return makeArchiveFile({entries_, &entries_->emplace_back(files.takeItem(index))},
+                           static_cast<std::uint32_t>(index), info_.archiveVersion);
+}
+
 /// A plan names such an entry as the reason why an element has none.
 void KvCFirmwareArchive::keepIgnoredEntry(json& files, std::size_t index) {
     const KvCMessageCapture dropped;
@@ -147,8 +153,7 @@ void KvCFirmwareArchive::keepIgnoredEntry(json& files, std::size_t index) {
     const KvTEntryVerdict verdict =
         checkIgnoredEntry(findings, files.view().at(index), static_cast<std::uint32_t>(index));
     if (verdict.outcome == KvEEntryOutcome::accepted) {
-        ignoredFiles_.push_back(
-            makeArchiveFile(files.takeItem(index), static_cast<std::uint32_t>(index), info_.archiveVersion));
+        ignoredFiles_.push_back(takeEntry(files, index));
     }
 }
 

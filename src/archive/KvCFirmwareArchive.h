@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -100,6 +101,7 @@ private:
     [[nodiscard]] bool readDocument(std::optional<KvNJson::json> document, const std::wstring& path,
                                     KvCArchiveFindings& findings);
     void readFiles(KvNJson::json& files, KvCArchiveFindings& findings);
+    [[nodiscard]] KvTArchiveFile takeEntry(KvNJson::json& files, std::size_t index);
     void keepIgnoredEntry(KvNJson::json& files, std::size_t index);
     [[nodiscard]] bool completeFromUpdateFile(KvTArchiveFile& file, KvCArchiveFindings& findings,
                                               std::uint32_t& opened);
@@ -108,6 +110,8 @@ private:
     const KvNReflasher::KvTOptions& options_;
     KvTArchiveCopy copy_;
     KvTArchiveInfo info_;
+    /// The JSON objects of the entries, which share it.
+    std::shared_ptr<std::vector<KvNJson::json>> entries_;
     std::vector<KvTArchiveFile> files_;
     std::vector<KvTArchiveFile> ignoredFiles_;
     std::uint32_t maxSequence_ = 0;

@@ -31,11 +31,11 @@ bool namesFile(const KvTEntrySelection& selection) {
 
 } // namespace
 
-KvTArchiveFile makeArchiveFile(KvNJson::json description, std::uint32_t descriptionIndex,
+KvTArchiveFile makeArchiveFile(std::shared_ptr<const KvNJson::json> description, std::uint32_t descriptionIndex,
                                const KvCVersion& archiveVersion) {
     KvTArchiveFile file;
     file.descriptionIndex = descriptionIndex;
-    file.description = std::make_shared<const KvNJson::json>(std::move(description));
+    file.description = std::move(description);
     const KvCEntryProperties entry(file.description->view());
     file.name = KvCString(entry[KvEProperty::name].get_string());
     file.sequence = static_cast<std::uint32_t>(entry[KvEProperty::sequence].get_unsigned());

@@ -24,36 +24,37 @@ enum KvEUpdateMode : std::uint32_t {
     upgradeMode = 1   ///< when the entry's version is greater
 };
 
-/// One accepted file entry of the archive description.
+/// One accepted file entry of the archive description. An archive may have very many: small fields stand together.
 struct KvTArchiveFile {
     /// File name of the update file, relative to the archive folder.
     KvCString name;
     /// Entries of lower sequence are updated in an earlier phase.
     std::uint32_t sequence = 0;
-    /// Version of the file's contents; zero if the description says null, the archive's if it says nothing.
-    KvCVersion version = unknownVersion();
-    /// The description writes a version, not null.
-    bool hasOwnVersion = false;
-    /// CRC-32 of the update file, from the description or from the file.
-    std::uint32_t checksumCrc32 = unknownValue;
-    /// The description writes a checksum other than unknownValue.
-    bool hasOwnChecksum = false;
     /// Index of the entry in the description's "files".
     std::uint32_t descriptionIndex = 0;
-    /// The entry's JSON object, "boards" included. Copies of the record share it: the fields below look into it.
+    /// Version of the file's contents; zero if the description says null, the archive's if it says nothing.
+    KvCVersion version = unknownVersion();
+    /// CRC-32 of the update file, from the description or from the file.
+    std::uint32_t checksumCrc32 = unknownValue;
+    /// The description writes a version, not null.
+    bool hasOwnVersion = false;
+    /// The description writes a checksum other than unknownValue.
+    bool hasOwnChecksum = false;
+    /// The file is written into the target's file system instead of updating an element.
+    bool hasTargetPath = false;
+    /// The update file was not found in the archive folder.
+    bool fileMissing = false;
+    /// One of KvEUpdateMode.
+    std::uint32_t mode = standardMode;
+    /// How many update elements were matched to the entry.
+    std::uint32_t matchCount = 0;
+    /// The entry's JSON object, "boards" included. The entries of an archive share one block of memory for theirs, and
+    /// copies of a record share its object: the fields below look into it.
     std::shared_ptr<const KvNJson::json> description;
     /// The boards and places that the entry is meant for.
     KvCEntrySelections selections;
     /// The place that the entry itself names.
     KvTEntryAddress address;
-    /// The file is written into the target's file system instead of updating an element.
-    bool hasTargetPath = false;
-    /// One of KvEUpdateMode.
-    std::uint32_t mode = standardMode;
-    /// How many update elements were matched to the entry.
-    std::uint32_t matchCount = 0;
-    /// The update file was not found in the archive folder.
-    bool fileMissing = false;
 };
 
 /// The "info" block of the archive description.
@@ -69,5 +70,5 @@ struct KvTArchiveInfo {
 
 /// Decodes a sound entry: `description` is element `descriptionIndex` of "files". `archiveVersion` is the version of an
 /// entry that writes none.
-[[nodiscard]] KvTArchiveFile makeArchiveFile(KvNJson::json description, std::uint32_t descriptionIndex,
-                                             const KvCVersion& archiveVersion);
+[[nodiscard]] KvTArchiveFile makeArchiveFile(std::shared_ptr<const KvNJson::json> description,
+                                             std::uint32_t descriptionIndex, const KvCVersion& archiveVersion);

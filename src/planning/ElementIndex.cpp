@@ -43,37 +43,32 @@ private:
 
 } // namespace
 
-std::size_t KvCElementIndex::PlaceHash::operator()(const Place& place) const {
-    constexpr std::size_t multiplier = 31;
-    return std::hash<std::string_view>()(place.boardType) * multiplier + std::hash<KvTComparedValue>()(place.address);
-}
-
 KvCElementIndex::KvCElementIndex(const std::list<KvTUpdateElement>& elements) {
-    places_.reserve(elements.size());
     for (const KvTUpdateElement& element : elements) {
-        Place place{.boardType = element.boardType.view(), .address = std::uint64_t{element.elementId}};
+        KvTComparedValue address = std::uint64_t{element.elementId};
         if (element.isFileSystemElement) {
-            place.address = element.location.view();
+            address = element.location.view();
         }
         Values values;
         std::transform(comparedProperties.begin(), comparedProperties.end(), values.begin(),
                        [&](const KvTComparedProperty& property) { return property.valueOf(element); });
-        boardTypes_.insert(place.boardType);
-        places_[place].emplace(values, &element);
+        boardTypes_[element.boardType.view()][address].emplace(values, &element);
     }
 }
 
 std::vector<const KvTUpdateElement*> KvCElementIndex::take(const KvTEntrySelection& selection, const Test& test) {
     Taken taken;
     for (const std::string_view boardType : selection.boardTypes) {
-        if (!boardTypes_.contains(boardType)) {
+        const auto found = boardTypes_.find(boardType);
+        if (found == boardTypes_.end()) {
             continue;
         }
+        Places& places = found->second;
         if (const auto& path = selection.address.targetPath; path) {
-            takeFrom({boardType, std::string_view(anyLocation)}, selection, test, taken);
-            takeFrom({boardType, *path}, selection, test, taken);
+            takeFrom(places, std::string_view(anyLocation), selection, test, taken);
+            takeFrom(places, *path, selection, test, taken);
         } else if (selection.address.id) {
-            takeFrom({boardType, std::uint64_t{*selection.address.id}}, selection, test, taken);
+            takeFrom(places, std::uint64_t{*selection.address.id}, selection, test, taken);
         }
     }
     return taken;
@@ -81,9 +76,10 @@ std::vector<const KvTUpdateElement*> KvCElementIndex::take(const KvTEntrySelecti
 
 /// Tries either the elements that have one of the allowed combinations of values, or all elements of the place if these
 /// are not more.
-void KvCElementIndex::takeFrom(const Place& place, const KvTEntrySelection& selection, const Test& test, Taken& taken) {
-    const auto found = places_.find(place);
-    if (found == places_.end()) {
+void KvCElementIndex::takeFrom(Places& places, const KvTComparedValue& address, const KvTEntrySelection& selection,
+                               const Test& test, Taken& taken) {
+    const auto found = places.find(address);
+    if (found == places.end()) {
         return;
     }
     Elements& elements = found->second;

@@ -4,13 +4,11 @@
 #include "KvTUpdateElement.h"
 
 #include <array>
-#include <cstddef>
 #include <functional>
 #include <list>
 #include <map>
 #include <string_view>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 /// The elements that no entry has taken yet, listed by the values that entries are compared with. It narrows down the
@@ -31,24 +29,15 @@ private:
     using Values = std::array<KvTComparedValue, comparedProperties.size()>;
     /// Elements at one place.
     using Elements = std::multimap<Values, const KvTUpdateElement*>;
+    /// Elements of one board type, by their identifier or target path.
+    using Places = std::unordered_map<KvTComparedValue, Elements>;
     using Taken = std::vector<const KvTUpdateElement*>;
 
-    /// The board type and the identifier or target path.
-    struct Place {
-        std::string_view boardType;
-        KvTComparedValue address;
-        friend bool operator==(const Place&, const Place&) = default;
-    };
-    struct PlaceHash {
-        std::size_t operator()(const Place& place) const;
-    };
+    static void takeFrom(Places& places, const KvTComparedValue& address, const KvTEntrySelection& selection,
+                         const Test& test, Taken& taken);
 
-    void takeFrom(const Place& place, const KvTEntrySelection& selection, const Test& test, Taken& taken);
-
-    /// The board types of the target. An entry for another type, as most entries of a large archive are, needs no look
-    /// into `places_`.
-    std::unordered_set<std::string_view> boardTypes_;
-    std::unordered_map<Place, Elements, PlaceHash> places_;
+    /// By board type first: entries for one board type stand together, and look into few places of memory then.
+    std::unordered_map<std::string_view, Places> boardTypes_;
 };
 
 /// Takes the elements out that `file` is meant for.

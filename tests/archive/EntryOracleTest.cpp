@@ -36,7 +36,8 @@ protected:
         EXPECT_EQ(isRefused ? 1U : 0U, findings.errorCount());
         EXPECT_EQ(!isRefused, goOn);
         if (outcome == KvEEntryOutcome::accepted) {
-            const KvTArchiveFile file = makeArchiveFile(KvNJson::json::parse(entry.write()), index, KvCVersion());
+            const KvTArchiveFile file = makeArchiveFile(
+                std::make_shared<KvNJson::json>(KvNJson::json::parse(entry.write())), index, KvCVersion());
             EXPECT_EQ(expected.hasTargetPath, file.hasTargetPath) << entry.write();
         }
         return !HasFailure();

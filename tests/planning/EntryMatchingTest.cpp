@@ -99,7 +99,8 @@ TEST(BoardSelection, AnEmptyArrayOfBoardTypesMatchesNoElement) {
 }
 
 TEST(BoardSelection, ADescriptionWithoutBoardTypeMatchesNoElement) {
-    const KvTArchiveFile file = makeArchiveFile(KvNJson::json::parse(R"({"id": 1})"), 0, KvCVersion());
+    const KvTArchiveFile file =
+        makeArchiveFile(std::make_shared<KvNJson::json>(KvNJson::json::parse(R"({"id": 1})")), 0, KvCVersion());
     KvCString targetPath;
     EXPECT_FALSE(matchesFile(element("", 1).build(), file, targetPath));
     EXPECT_FALSE(matchesFile(element("X", 1).build(), file, targetPath));

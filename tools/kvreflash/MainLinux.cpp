@@ -5,10 +5,20 @@
 #include <csignal>
 #include <exception>
 #include <fcntl.h>
+#include <malloc.h>
 #include <thread>
 #include <unistd.h>
 
 namespace {
+
+/// Memory that is given back to the system and taken again costs a page fault for each page. Reading and planning give
+/// back large blocks again and again: the process keeps them.
+void keepFreedMemory() {
+    constexpr int largestKeptBlock = 32 << 20; // the most that the C library allows
+    constexpr int mostKept = 256 << 20;
+    (void)mallopt(M_MMAP_THRESHOLD, largestKeptBlock);
+    (void)mallopt(M_TRIM_THRESHOLD, mostKept);
+}
 
 /// Whoever started the tool may have closed a standard stream. A file or connection that is opened later must not get
 /// its number, or the session's messages would go there; what is opened here instead takes no byte, so that the loss is
@@ -53,6 +63,7 @@ void answerSignals() {
 } // namespace
 
 int main(int argumentCount, char** arguments) {
+    keepFreedMemory();
     occupyStandardStreams();
     // A reader of the output that ends early, or a limit of the size of files, must not end an update in the middle;
     // the loss is reported in the end.
