@@ -49,7 +49,7 @@ struct KvTArchiveContent {
     KvTVerdict verdict;
     /// The messages that a session prints while it reads the archive; UTF-8.
     std::string messages;
-    /// What vouches for it; nothing if it was not accepted, or if that was not asked for.
+    /// Its release record; nothing if it was not accepted, or if that was not asked for.
     std::optional<KvTRelease> release;
 };
 

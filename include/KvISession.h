@@ -202,22 +202,22 @@ public:
 
     // Before prepare().
 
-    /// Lets prepare() ask what vouches for the archive: the archive's manifest is obeyed, signatures are verified, and
-    /// with a trust folder only what somebody trusted has signed is accepted. What is not accepted is refused before the
+    /// Lets prepare() verify the archive as a release: its manifest is obeyed, signatures are verified, and with a trust
+    /// folder only archives that somebody trusted has signed are accepted. Any other archive is refused before the
     /// target is looked for: prepare() returns 1, and each fault is printed. In mode 7 a sealed archive is copied to a
-    /// private folder while it is verified, and read there; so it is, as far as it is needed, if the archive folder is
-    /// a package (a file). Messages name the archive as it was given. The copy lasts until the next prepare().
+    /// private folder while it is verified, and read there. A package (the archive folder is a file) is copied in all
+    /// modes, as far as it is read. Messages name the archive as it was given. The copy lasts until the next prepare().
     virtual void setRelease(const KvNReflasher::KvTReleaseOptions& options) = 0;
 
     // After prepare().
 
-    /// Returns what vouches for the archive that was accepted; nothing if none was, or without setRelease().
+    /// Returns the release record of the archive that was accepted; nothing if none was, or without setRelease().
     [[nodiscard]] virtual std::optional<KvNReflasher::KvTRelease> release() const = 0;
 
     // Between prepare() and run().
 
-    /// Lets run() notice update files that change: each file of the plan is hashed now, and directly before and after its
-    /// transfer. The outcome states for each element whether its file has changed. Files of a sealed archive are
+    /// Lets run() notice update files that change: each file of the plan is hashed now, and directly before and after
+    /// its transfer. The outcome states for each element whether its file has changed. Files of a sealed archive are
     /// not hashed again, since run() reads the private copy. If memory is exhausted, the outcome's verdict says so.
     virtual void watchFiles() = 0;
 };

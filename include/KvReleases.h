@@ -17,8 +17,8 @@ namespace KvNReflasher {
 
 /// A description to begin with.
 struct KvTDraft {
-    /// What archive.json has to hold: an entry for each update file, with what the files state. What only a person
-    /// knows is a text in "<>".
+    /// The content of archive.json: an entry for each update file, with the values that the files state. A value that
+    /// only a person knows is a text in "<>".
     std::string description;
     /// Number of entries.
     std::size_t fileCount = 0;
@@ -35,7 +35,7 @@ struct KvTSealing {
     KvTVerdict verdict;
     /// All that keeps it from being sealed, a sentence each.
     std::vector<std::string> faults;
-    /// What the file manifest.json of the archive folder has to hold.
+    /// The content of the file manifest.json of the archive folder.
     std::string manifest;
     /// SHA-256 of it, 64 hexadecimal digits.
     std::string manifestDigest;

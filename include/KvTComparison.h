@@ -8,11 +8,11 @@
 #include <string>
 #include <vector>
 
-// What a release changes: two archives side by side. Texts are UTF-8.
+// The changes of a release: two archives side by side. Texts are UTF-8.
 
 namespace KvNReflasher {
 
-/// What becomes of a place for which an archive has an entry.
+/// The change of a place for which an archive has an entry.
 enum class KvEChange : std::uint8_t {
     /// Both archives have the same for it.
     same,

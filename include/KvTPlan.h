@@ -205,7 +205,7 @@ struct KvTPlannedElement {
 struct KvTPlan {
     /// Nothing if the session reads no archive.
     std::optional<KvTArchiveIdentity> archive;
-    /// What vouches for the archive; nothing if the session was not told to ask.
+    /// The release record of the archive; nothing if the session did not ask for it.
     std::optional<KvTRelease> release;
     /// IPv4 address of the target, in dotted form.
     std::string targetAddress;

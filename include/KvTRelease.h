@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-// What is known of an archive as a release: whether it is whole, and who vouches for it. Texts are UTF-8.
+// An archive as a release: whether it is whole, and who vouches for it. Texts are UTF-8.
 
 namespace KvNReflasher {
 
@@ -19,7 +19,7 @@ enum class KvESeal : std::uint8_t {
     trusted
 };
 
-/// What an archive is accepted for. Kept as long as the session.
+/// The conditions on which an archive is accepted. Kept as long as the session.
 struct KvTReleaseOptions {
     /// Folder with the file "allowed_signers" and, if anything was revoked, "revoked". Empty: nobody is trusted, and
     /// archives are accepted unless they are not what their manifest says or their signature does not hold.
@@ -28,7 +28,7 @@ struct KvTReleaseOptions {
     bool acceptUnsealed = false;
 };
 
-/// What is known of an archive that was accepted.
+/// The release record of an archive that was accepted.
 struct KvTRelease {
     /// How far its content is vouched for.
     KvESeal seal = KvESeal::none;

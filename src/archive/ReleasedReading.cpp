@@ -71,7 +71,7 @@ bool KvCReleasedReading::readUpdateFiles(KvCFirmwareArchive& archive) {
     return isRead;
 }
 
-/// What a check looks into besides.
+/// A check looks into these, too.
 std::set<std::string> KvCReleasedReading::otherDescriptions() const {
     std::set<std::string> names;
     for (const std::string& name : check_.topFiles()) {

@@ -11,7 +11,7 @@
 
 class KvCConsoleWriter;
 
-/// What is done with the update files of a sealed archive while they are verified.
+/// How the update files of a sealed archive are treated while they are verified.
 enum class KvESealedFiles : std::uint8_t {
     /// They are copied to a private folder: nothing else is read later.
     copied,
@@ -46,7 +46,7 @@ public:
     [[nodiscard]] const std::string& refusal() const { return refusal_; }
     /// The faults for which it was refused before or beside its description: a sentence each.
     [[nodiscard]] const std::vector<std::string>& faults() const { return check_.faults(); }
-    /// What vouches for the archive that was accepted; nothing if none was.
+    /// The release record of the archive that was accepted; nothing if none was.
     [[nodiscard]] std::optional<KvNReflasher::KvTRelease> release() const;
 
 private:

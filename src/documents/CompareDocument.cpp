@@ -4,7 +4,7 @@
 #include "JsonValues.h"
 #include "KvDocuments.h"
 
-// What a release changes.
+// The changes of a release.
 
 namespace KvNReflasher {
 

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-/// What a line of a file of allowed signers says beside the key.
+/// A line of a file of allowed signers without its key.
 struct KvTSignerRights {
     /// Who they are, as the file writes it.
     std::string principals;

@@ -20,7 +20,7 @@ inline constexpr std::string_view signatureName = "manifest.json.sig";
 }
 /// Size in bytes of the largest manifest that is read. 100,000 files take less.
 inline constexpr std::uint64_t largestManifest = std::uint64_t{32} << 20U;
-/// What a package can hold of a name, in bytes, and of a file.
+/// The longest name and the largest file that a package can hold, in bytes.
 /// @{
 inline constexpr std::size_t longestPackedName = 100;
 inline constexpr std::uint64_t largestPackedFile = (std::uint64_t{8} << 30U) - 1;
@@ -37,7 +37,7 @@ struct KvTSealedFile {
     KvTSha256 sha256{};
 };
 
-/// What an archive holds: every file but the manifest itself and its signatures.
+/// The content of an archive: every file but the manifest itself and its signatures.
 struct KvTManifest {
     KvNReflasher::KvTArchiveIdentity archive;
     /// When it was sealed.

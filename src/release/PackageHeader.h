@@ -20,7 +20,7 @@ inline constexpr std::size_t packageEnd = 2 * packageBlock;
 
 using KvTPackageHeader = std::array<char, packageBlock>;
 
-/// What a header says.
+/// The values of a header.
 struct KvTPackedFile {
     /// At most longestPackedName bytes.
     std::string name;
@@ -33,7 +33,7 @@ struct KvTPackedFile {
 /// The header of a file.
 [[nodiscard]] KvTPackageHeader headerOf(const KvTPackedFile& file);
 
-/// What a header says; nothing unless it is the one that headerOf() makes of it.
+/// The values of a header; nothing unless it is the one that headerOf() makes of them.
 [[nodiscard]] std::optional<KvTPackedFile> readHeader(const KvTPackageHeader& header);
 
 /// Number of zeros behind a file of this size.

@@ -30,7 +30,7 @@ public:
     /// The archive has a manifest; known after open().
     [[nodiscard]] bool isSealed() const { return manifest_.has_value(); }
     [[nodiscard]] bool isPackage() const { return files_ != nullptr && files_->isPackage(); }
-    /// What is known of the archive; complete after open().
+    /// The release record of the archive; complete after open().
     [[nodiscard]] const KvNReflasher::KvTRelease& release() const { return release_; }
     /// The files of the manifest that are in no folder of the archive, in ascending order.
     [[nodiscard]] std::vector<std::string> topFiles() const;

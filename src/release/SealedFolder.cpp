@@ -12,7 +12,7 @@
 
 namespace {
 
-/// What the file at `path` holds; nothing if there is none or, with a `reason`, if it cannot be read.
+/// The content of the file at `path`; nothing if there is none or, with a `reason`, if it cannot be read.
 std::optional<std::string> textOrReason(const std::wstring& path, std::uint64_t most, std::string& reason) {
     reason.clear();
     if (isLink(path)) {

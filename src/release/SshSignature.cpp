@@ -17,7 +17,7 @@ constexpr std::uint32_t formatVersion = 1;
 constexpr std::string_view sha256Name = "sha256";
 constexpr std::string_view sha512Name = "sha512";
 
-/// What messages begin with, of the signature with this index.
+/// The beginning of messages on the signature with this index.
 std::string numberOf(std::size_t index) {
     return "signature " + std::to_string(index + 1) + ": ";
 }

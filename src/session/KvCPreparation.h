@@ -31,7 +31,7 @@ public:
 
     /// Lets prepare() ask what vouches for the archive. If memory is exhausted, prepare() fails.
     void setRelease(const KvNReflasher::KvTReleaseOptions& options);
-    /// What vouches for the archive; nothing unless it was asked for and the archive was accepted.
+    /// The release record of the archive; nothing unless it was asked for and the archive was accepted.
     [[nodiscard]] std::optional<KvNReflasher::KvTRelease> release() const;
 
     /// The part of prepare() that finds and scans the target, whatever the mode; prints why that failed.

@@ -27,7 +27,7 @@ public:
     /// that is not possible, or when something of this name exists.
     [[nodiscard]] FileStream createFile(const std::string& name) const;
 
-    /// What is held as long as a folder is in use.
+    /// Held as long as a folder is in use.
     class Lock;
 
 private:

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <memory>
 
-// What private folders need of the operating system.
+// The needs of private folders from the operating system.
 
 /// A lock that ends with the process that holds it.
 class KvCPrivateFolder::Lock {

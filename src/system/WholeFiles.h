@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-/// What the regular file at `path` (as of Files.h) holds; nothing if it cannot be opened or read, or holds more than
+/// The content of the regular file at `path` (as of Files.h); nothing if it cannot be opened or read, or has more than
 /// `most` bytes.
 [[nodiscard]] std::optional<std::string> textOfFile(const std::wstring& path, std::uint64_t most);
 

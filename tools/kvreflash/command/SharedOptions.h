@@ -23,7 +23,7 @@ public:
     virtual void applyTo(SessionRequest& /*request*/) const {}
 };
 
-/// What an archive is accepted for.
+/// The conditions on which an archive is accepted.
 struct TrustOptions final : OptionGroup {
     /// Nothing: the system's, if there is one.
     std::optional<std::string> folder;

@@ -36,7 +36,7 @@ struct SessionRequest {
     bool leavesOutDowngrades = false;
     /// Gives up waiting for elements that have shown nothing new for so many seconds; 0: never.
     std::uint32_t stallLimit = 0;
-    /// What the archive is accepted for; nothing if the session reads none.
+    /// The conditions on which the archive is accepted; nothing if the session reads none.
     std::optional<KvNReflasher::KvTReleaseOptions> release;
 };
 

@@ -37,7 +37,7 @@ std::string versionOf(const std::optional<KvTComparedEntry>& entry) {
     return versionCell(entry ? entry->entry.version : std::nullopt);
 }
 
-/// What differs beside the version.
+/// The differences beside the version.
 std::string detailsOf(const KvTArchiveDifference& place) {
     std::string details;
     const auto add = [&details](const std::string& detail) {
