@@ -32,7 +32,7 @@ std::optional<std::uint32_t> crcOf(const std::wstring& path) {
 }
 
 /// Sets each identifier that a header allows; what only a person knows if those are very many, or if one end is not
-/// stated. A header that states none allows all.
+/// stated. A header that states none leaves the key out.
 void setIds(json& entry, const char* key, const KvTIdRange& range) {
     constexpr std::uint32_t mostListed = 64;
     if (!range.isStated()) {

@@ -86,14 +86,11 @@ private:
             return;
         }
         for (const KvTFolderEntry& entry : *entries) {
-            if (isSealFile(entry.name)) {
-                continue;
-            }
             if (!entry.isRegularFile) {
                 faults_.push_back(shownInQuotes(entry.name) + " is not a regular file");
-                continue;
+            } else if (!isSealFile(entry.name)) {
+                manifest_.files.push_back({.name = entry.name, .size = entry.size});
             }
-            manifest_.files.push_back({.name = entry.name, .size = entry.size});
         }
         for (std::string& fault : faultsOfNames(manifest_.files)) {
             faults_.push_back(std::move(fault));
