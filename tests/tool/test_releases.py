@@ -10,8 +10,8 @@ import subprocess
 import threading
 
 import tool_runs
-from release_runs import NAMESPACE, ReleaseTest, fingerprint_of
-from tool_runs import run
+from release_runs import NAMESPACE, ReleaseTest, fingerprint_of, unless_launched
+from tool_runs import arguments, in_posix_quotes, run
 
 
 class SealTest(ReleaseTest):
@@ -46,11 +46,13 @@ class SealTest(ReleaseTest):
         before = (self.archive / "manifest.json").read_bytes()
         (self.archive / "network.ini").write_text("changed")
         done = self.seal(code=1)
-        self.assertIn(b"manifest.json.sig' signs another manifest: remove it, seal again, and sign anew", done.errors)
+        self.assertIn("manifest.json.sig' signs another manifest: remove it, seal again, and sign anew",
+                      in_posix_quotes(done.errors.decode()))
         self.assertEqual((self.archive / "manifest.json").read_bytes(), before)
         (self.archive / "manifest.json.sig").unlink()
         self.seal()
 
+    @unless_launched
     def test_what_cannot_be_released_is_named_at_once(self):
         (self.archive / "link").symlink_to("network.ini")
         (self.archive / "NETWORK.INI").write_text("")
@@ -205,7 +207,7 @@ class RefusedTest(ReleaseTest):
                 (link, "'qb4120-firmware.kfw' is not a regular file"))
         path = self.archive / "qb4120-firmware.kfw"
         content = path.read_bytes()
-        for change, why in rows:
+        for change, why in rows[:-1] if arguments.launcher else rows:
             change(path)
             for trusts in (True, False):
                 with self.subTest(change.__name__, trusts=trusts):
@@ -362,6 +364,7 @@ class ExchangedTest(ReleaseTest):
             thread.join()
         self.assertEqual(self.private_copies(), [])
 
+    @unless_launched
     def test_a_copy_that_a_killed_session_has_left_is_removed_by_the_next_one(self):
         self.release()
         left = self.temporary / "kvreflash-archive-0123456789abcdef"
