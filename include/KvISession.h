@@ -202,11 +202,12 @@ public:
 
     // Before prepare().
 
-    /// Lets prepare() verify the archive as a release: its manifest is obeyed, signatures are verified, and with a trust
-    /// folder only archives that somebody trusted has signed are accepted. Any other archive is refused before the
-    /// target is looked for: prepare() returns 1, and each fault is printed. In mode 7 a sealed archive is copied to a
-    /// private folder while it is verified, and read there. A package (the archive folder is a file) is copied in all
-    /// modes, as far as it is read. Messages name the archive as it was given. The copy lasts until the next prepare().
+    /// Lets prepare() verify the archive as a release: its manifest is obeyed, signatures are verified, and with a
+    /// trust folder only archives that somebody trusted has signed are accepted. Any other archive is refused before
+    /// the target is looked for: prepare() returns 1, and each fault is printed. In mode 7 a sealed archive is copied
+    /// to a private folder while it is verified, and read there. A package (the archive folder is a file) is copied in
+    /// all modes, as far as it is read. Messages name the archive as it was given. The copy lasts until the next
+    /// prepare().
     virtual void setRelease(const KvNReflasher::KvTReleaseOptions& options) = 0;
 
     // After prepare().

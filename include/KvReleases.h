@@ -48,13 +48,22 @@ struct KvTSealing {
     bool isUnchanged = false;
 };
 
-/// Returns the manifest of the archive in `folder`, with the information of the description file of that name. It lists
-/// every file in the folder and below it but manifest.json and manifest.json.sig. `created`: seconds since 1970, UTC.
-[[nodiscard]] KV_REFLASH_API KvTSealing sealArchive(const std::wstring& folder, const std::wstring& descriptionFileName,
-                                                    std::int64_t created);
+/// An archive that is to be sealed.
+struct KvTUnsealedArchive {
+    /// Its folder.
+    std::wstring folder;
+    /// The description file whose information the manifest has.
+    std::wstring descriptionFileName;
+    /// The time of sealing: seconds since 1970, UTC.
+    std::int64_t created = 0;
+};
+
+/// Returns the manifest of the archive. It lists every file in the folder and below it but manifest.json and
+/// manifest.json.sig.
+[[nodiscard]] KV_REFLASH_API KvTSealing sealArchive(const KvTUnsealedArchive& archive);
 
 /// Takes the next bytes of a package; false ends the packing.
-using KvTPackageSink = bool (*)(const char* bytes, std::size_t size, void* context);
+using KvTPackageSink = bool (*)(std::string_view bytes, void* context);
 
 /// Hands the package of the sealed archive in `folder` to `sink`, piece by piece. Returns what keeps it from being
 /// packed, a sentence each: what `sink` has received is of no use then.

@@ -53,32 +53,27 @@ std::optional<std::string_view> unquoted(std::string_view value) {
 
 /// True if `text` is as `pattern` says, in which "*" stands for any characters and "?" for one.
 bool matchesPattern(std::string_view text, std::string_view pattern) {
-    while (!pattern.empty() && pattern.front() != '*') {
-        if (text.empty() || (pattern.front() != '?' && pattern.front() != text.front())) {
+    std::size_t position = 0;
+    std::size_t expected = 0;
+    // The last "*" takes one character more whenever what follows it does not fit; a longer way is not better.
+    std::size_t star = std::string_view::npos;
+    std::size_t taken = 0;
+    while (position < text.size()) {
+        const char sign = expected < pattern.size() ? pattern[expected] : '\0';
+        if (sign == '*') {
+            star = expected++;
+            taken = position;
+        } else if (expected < pattern.size() && (sign == '?' || sign == text[position])) {
+            ++position;
+            ++expected;
+        } else if (star != std::string_view::npos) {
+            expected = star + 1;
+            position = ++taken;
+        } else {
             return false;
         }
-        text.remove_prefix(1);
-        pattern.remove_prefix(1);
     }
-    if (pattern.empty()) {
-        return text.empty();
-    }
-    // What stands between two "*" is taken where it fits first; a longer way is not better.
-    pattern.remove_prefix(1);
-    const std::string_view piece = pattern.substr(0, pattern.find('*'));
-    const auto fits = [piece](std::string_view part) {
-        return std::equal(piece.begin(), piece.end(), part.begin(),
-                          [](char expected, char character) { return expected == '?' || expected == character; });
-    };
-    if (piece.size() == pattern.size()) {
-        return text.size() >= piece.size() && fits(text.substr(text.size() - piece.size()));
-    }
-    for (; text.size() >= piece.size(); text.remove_prefix(1)) {
-        if (fits(text)) {
-            return matchesPattern(text.substr(piece.size()), pattern.substr(piece.size()));
-        }
-    }
-    return false;
+    return pattern.find_first_not_of('*', expected) == std::string_view::npos;
 }
 
 /// True if one of the patterns fits and none with a "!" in front of it does.
@@ -115,6 +110,9 @@ public:
             return refuse("it is not a list of signers, a kind of key and a key");
         }
         rights.principals = unquoted(*principals).value_or(*principals);
+        if (rights.principals.empty()) {
+            return refuse("it names nobody");
+        }
         if (rights.principals.find('!') != std::string::npos) {
             return refuse("its signers hold a '!', which leaves nobody out here");
         }

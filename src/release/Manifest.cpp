@@ -63,8 +63,8 @@ public:
         }
         KvTManifest manifest;
         const std::optional<std::chrono::sys_seconds> created = momentOf(text(root, "created"));
-        if (!created || *created > latestPackedTime) {
-            return refuse("its member 'created' is not a time before 2242-03-16T12:56:32Z");
+        if (!created || *created < std::chrono::sys_seconds() || *created > latestPackedTime) {
+            return refuse("its member 'created' is not a time from 1970 to 2242-03-16T12:56:31Z");
         }
         manifest.created = *created;
         manifest.archive = identity(root.find("archive"));

@@ -176,7 +176,7 @@ public:
     }
 
 private:
-    void give(std::string_view bytes) { isTaken_ = isTaken_ && sink_(bytes.data(), bytes.size(), context_); }
+    void give(std::string_view bytes) { isTaken_ = isTaken_ && sink_(bytes, context_); }
 
     void begin(std::string_view name, std::uint64_t size) {
         const KvTPackageHeader header = headerOf({std::string(name), size, time_});
@@ -221,8 +221,9 @@ private:
 
 } // namespace
 
-KvTSealing sealArchive(const std::wstring& folder, const std::wstring& descriptionFileName, std::int64_t created) {
-    return Seal(folder, descriptionFileName).make(std::chrono::sys_seconds(std::chrono::seconds(created)));
+KvTSealing sealArchive(const KvTUnsealedArchive& archive) {
+    return Seal(archive.folder, archive.descriptionFileName)
+        .make(std::chrono::sys_seconds(std::chrono::seconds(archive.created)));
 }
 
 std::vector<std::string> packArchive(const std::wstring& folder, KvTPackageSink sink, void* context) {

@@ -74,6 +74,7 @@ TEST(AllowedSigners, WithoutATimeOnlyThePurposeCounts) {
 TEST(AllowedSigners, OddLinesLetNobodySign) {
     EXPECT_EQ(valueOf("me\r# comment " + ed25519Key), "line 1: it has a control character");
     EXPECT_EQ(valueOf(std::string("m\0e ", 4) + ed25519Key), "line 1: it has a control character");
+    EXPECT_EQ(valueOf("\"\" " + ed25519Key), "line 1: it names nobody");
     EXPECT_EQ(valueOf("*,!me " + ed25519Key), "line 1: its signers hold a '!', which leaves nobody out here");
     EXPECT_EQ(valueOf("me namespaces=\"*\", " + ed25519Key),
               "line 1: its option '' is not known, stands twice or has no value in quotes");
@@ -101,7 +102,8 @@ TEST(AllowedSigners, WhatIsNotUnderstoodLetsNobodySign) {
     EXPECT_EQ(valueOf("me ssh-ed25519 AAAA"), "line 1: it is not a key");
     EXPECT_EQ(valueOf("me ssh-rsa" + ed25519Key.substr(ed25519Key.find(' '))),
               "line 1: the key is not of the kind 'ssh-rsa'");
-    EXPECT_EQ(valueOf("me " + shortRsaKey), "line 1: RSA keys of 2048 bits are not taken: they must have 3072 to 16384");
+    EXPECT_EQ(valueOf("me " + shortRsaKey),
+              "line 1: RSA keys of 2048 bits are not taken: they must have 3072 to 16384");
     EXPECT_EQ(valueOf("me " + otherCurveKey), "line 1: keys of the kind 'ecdsa-sha2-nistp384' are not taken");
     EXPECT_EQ(valueOf("me \"ssh-ed25519"), "line 1: it is not a list of signers, a kind of key and a key");
     EXPECT_EQ(valueOf("me"), "line 1: it is not a list of signers, a kind of key and a key");

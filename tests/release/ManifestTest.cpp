@@ -91,9 +91,10 @@ TEST(Manifest, OfAnotherKindIsRefused) {
         EXPECT_EQ(whyNot(other), "its format is not 'kvreflash.manifest'");
     }
     EXPECT_EQ(whyNot(text("[]", "kvreflash.manifest", "2")), "its format has another version than 1");
-    for (const char* time : {R"("today")", R"("2242-03-16T12:56:32Z")", R"("9999-12-31T23:59:59Z")"}) {
+    for (const char* time :
+         {R"("today")", R"("2242-03-16T12:56:32Z")", R"("9999-12-31T23:59:59Z")", R"("1969-12-31T23:59:59Z")"}) {
         EXPECT_EQ(whyNot(text("[]", "kvreflash.manifest", "1", time)),
-                  "its member 'created' is not a time before 2242-03-16T12:56:32Z");
+                  "its member 'created' is not a time from 1970 to 2242-03-16T12:56:31Z");
     }
     EXPECT_EQ(whyNot(text("[]", "kvreflash.manifest", "1", R"("2242-03-16T12:56:31Z")")), "");
     EXPECT_EQ(whyNot(text("[]", "kvreflash.manifest", "1", "5")), "its member 'created' is not a text");

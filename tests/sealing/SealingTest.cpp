@@ -24,7 +24,7 @@ protected:
         static_cast<void>(folder_.write(name, content));
     }
     [[nodiscard]] KvTSealing seal(std::int64_t created = 1790000000) const {
-        return sealArchive(folder_.path().wstring(), L"archive.json", created);
+        return sealArchive({folder_.path().wstring(), L"archive.json", created});
     }
     /// The package; the faults otherwise.
     [[nodiscard]] std::string pack(std::vector<std::string>& faults, std::size_t most = 1U << 20U) const {
@@ -34,9 +34,9 @@ protected:
         } taken{{}, most};
         faults = packArchive(
             folder_.path().wstring(),
-            [](const char* bytes, std::size_t size, void* context) {
+            [](std::string_view bytes, void* context) {
                 auto& all = *static_cast<Taken*>(context);
-                all.bytes.append(bytes, size);
+                all.bytes += bytes;
                 return all.bytes.size() <= all.most;
             },
             &taken);
@@ -94,7 +94,7 @@ TEST_F(SealingTest, ADescriptionElsewhereIsNotThatOfTheArchive) {
     const ScratchFolder other;
     static_cast<void>(other.write("archive.json", description));
     const std::wstring name = L"../" + other.path().filename().wstring() + L"/archive.json";
-    EXPECT_EQ(sealArchive(folder().path().wstring(), name, 0).faults.size(), 1U);
+    EXPECT_EQ(sealArchive({folder().path().wstring(), name, 0}).faults.size(), 1U);
 }
 
 TEST_F(SealingTest, ATimeThatNoPackageCanHoldIsRefused) {

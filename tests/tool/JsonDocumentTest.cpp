@@ -205,26 +205,10 @@ TEST_F(JsonDocuments, EachCommandHasItsParts) {
     EXPECT_EQ(partsOf("elements"), (Keys{"elements"}));
     EXPECT_EQ(partsOf("explain"), (Keys{"release", "elements", "hiddenElements"}));
     EXPECT_EQ(partsOf("matrix"), (Keys{"archive", "release", "targets", "unmatchedEntries"}));
-    const Keys sessionParts{"toolVersion",
-                            "begin",
-                            "end",
-                            "exitCode",
-                            "target",
-                            "archiveFolder",
-                            "files",
-                            "archive",
-                            "release",
-                            "targetAddress",
-                            "supported",
-                            "unsupportedElements",
-                            "phaseCount",
-                            "elements",
-                            "stage",
-                            "fileOutcomes",
-                            "errors",
-                            "verificationCounts",
-                            "look",
-                            "messages"};
+    const Keys sessionParts{"toolVersion", "begin",    "end",     "exitCode",      "target",    "archiveFolder",
+                            "files",       "archive",  "release", "targetAddress", "supported", "unsupportedElements",
+                            "phaseCount",  "elements", "stage",   "fileOutcomes",  "errors",    "verificationCounts",
+                            "look",        "messages"};
     EXPECT_EQ(partsOf("plan"), sessionParts);
     EXPECT_EQ(partsOf("verify"), sessionParts);
     EXPECT_EQ(partsOf("update"), sessionParts);

@@ -149,12 +149,16 @@ class FolderTest(RefusalTest):
             (self.archive / NETWORK).unlink()
             (self.archive / "x").write_text("")
             (self.archive / "startup.cfg").write_text("")
+        def change_names_sizes_and_contents():
+            change_names_and_sizes()
+            reverse(self.archive / "qb4120-ipl.kfw")
         def change_the_description_too():
             reverse(self.archive / "archive.json")
             reverse(self.archive / NETWORK)
+        names_and_sizes = f"'startup.cfg' has 0 bytes and not 92; 'x' is additional; '{NETWORK}' is missing"
         rows = (("contents", reverse_two, f"'{NETWORK}' was changed; 'startup.cfg' was changed"),
-                ("names and sizes", change_names_and_sizes,
-                 f"'startup.cfg' has 0 bytes and not 92; 'x' is additional; '{NETWORK}' is missing"),
+                ("names and sizes", change_names_and_sizes, names_and_sizes),
+                ("all", change_names_sizes_and_contents, names_and_sizes + "; 'qb4120-ipl.kfw' was changed"),
                 ("the description", change_the_description_too,
                  f"'archive.json' was changed; '{NETWORK}' was changed"))
         self.assert_all_refused(rows)
@@ -162,12 +166,17 @@ class FolderTest(RefusalTest):
     @unless_launched
     def test_a_manifest_or_signature_that_cannot_be_read_is_not_one_that_is_missing(self):
         unread = "it cannot be read, or is larger than anything that is read"
+        def moved(path):
+            shutil.copy(self.kept / path.name, self.scratch / "moved")
+            path.symlink_to(self.scratch / "moved")
         rows = []
         for name, called in (("manifest.json", "the manifest"), ("manifest.json.sig", "the signature")):
             rows += [(f"{name} a folder", self.in_place_of(name, Path.mkdir),
                       f"{called} cannot be read: it is a folder, not a regular file"),
                      (f"{name} a pipe", self.in_place_of(name, os.mkfifo),
                       f"{called} cannot be read: it is a pipe, not a regular file"),
+                     (f"{name} a link", self.in_place_of(name, moved),
+                      f"{called} cannot be read: it is a link, not a regular file"),
                      (f"{name} a link to nowhere", self.in_place_of(name, lambda path: path.symlink_to("nowhere")),
                       f"{called} cannot be read: it is a link, not a regular file"),
                      (f"{name} too large", lambda name=name: os.truncate(self.archive / name, (256 << 20) + 1),
@@ -180,6 +189,7 @@ class FolderTest(RefusalTest):
             self.assert_refused("it has signatures and no manifest", *more, trusts=trusts)
         self.signature.unlink()
         self.assert_refused("it is not sealed, and only archives of signers who are trusted are accepted")
+        self.assert_refused("there is no such folder or package", archive=self.scratch / "nothing")
 
     @unless_launched
     def test_what_is_neither_a_folder_nor_a_package_is_refused(self):
@@ -187,6 +197,48 @@ class FolderTest(RefusalTest):
         for more, trusts in self.EVERYBODY:
             self.assert_refused("the archive cannot be read: it is a pipe, neither a folder nor a package", *more,
                                 archive=self.scratch / "pipe", trusts=trusts)
+
+
+class DescriptionTest(RefusalTest):
+    """Descriptions that lead to what nobody has sealed, which lies where they lead to."""
+
+    def setUp(self):
+        super().setUp()
+        for folder in (self.temporary, self.scratch, self.archive.parent):
+            (folder / "outside.ini").write_text("evil")
+            shutil.copy(self.kept / "archive.json", folder / "outside.json")
+
+    def sign_again(self):
+        """As somebody does who makes manifests with other tools."""
+        document = json.loads(self.manifest.read_text())
+        for file in document["files"]:
+            content = (self.archive / file["name"]).read_bytes()
+            file.update(size=len(content), sha256=hashlib.sha256(content).hexdigest())
+        self.manifest.write_text(json.dumps(document))
+        self.signature.unlink()
+        self.sign()
+
+    def test_an_update_file_that_is_not_sealed_is_refused(self):
+        path = self.archive / "archive.json"
+        for name in ("more.ini", "../outside.ini", "../../outside.ini", "..\\..\\outside.ini", "../../../outside.ini",
+                     "/outside.ini", "./network.ini", "x/../network.ini", "NETWORK.INI", "network.ini.", "",
+                     "manifest.json", "manifest.json.sig"):
+            with self.subTest(name):
+                description = json.loads((self.kept / "archive.json").read_text())
+                next(file for file in description["files"] if file["name"] == NETWORK)["name"] = name
+                path.write_text(json.dumps(description))
+                self.sign_again()
+                for more, _ in tried(self.TRUSTING):
+                    self.assert_refused(f"'{name}' is not in its manifest", *more)
+                self.restore()
+
+    def test_a_description_that_is_not_sealed_is_refused(self):
+        package = self.pack()
+        for name in ("more.json", "../outside.json", "../../outside.json", "./archive.json", "x/../archive.json",
+                     "/archive.json", "ARCHIVE.JSON", "manifest.json"):
+            for archive in (self.archive, package):
+                with self.subTest(name, archive=archive.name):
+                    self.assert_refused(f"'{name}' is not in its manifest", "-d", name, archive=archive)
 
 
 class ManifestTest(RefusalTest):
@@ -258,7 +310,7 @@ class ManifestTest(RefusalTest):
                 (self.changed(lambda document: document.update(created=1790000000)),
                  "its member 'created' is not a text")]
         rows += [(self.changed(lambda document, time=time: document.update(created=time)),
-                  "its member 'created' is not a time before 2242-03-16T12:56:32Z")
+                  "its member 'created' is not a time from 1970 to 2242-03-16T12:56:31Z")
                  for time in ("", "today", "2026-09-21T14:13:20", "2026-09-21T14:13:20+00:00", "2026-09-21t14:13:20z",
                               "2026-09-21T14:13:20.5Z", " 2026-09-21T14:13:20Z", "2026-02-30T00:00:00Z",
                               "2026-09-21T24:00:00Z", "2026-09-21T14:13:60Z", "2026-13-01T00:00:00Z")]
@@ -297,7 +349,7 @@ class ManifestTest(RefusalTest):
             "x<", "x>", "x|")]
         rows += [(name, f"Windows takes '{name.rsplit('/', maxsplit=1)[-1]}' for a device")
                  for name in ("nul", "NUL.txt", "Con.tar.gz", "aux", "prn .txt", "com1", "COM9.kfw", "lpt1", "sub/con",
-                              "conin$", "CONOUT$", "con ")]
+                              "conin$", "CONOUT$", "CLOCK$", "con ", "com\u00b9", "LPT\u00b3.txt")]
         rows += [(name, f"it has the character U+{ord(name[1]):04X}, which does not show as what it is")
                  for name in ("x\u007f", "x\u202ey", "x\u2066y", "x\u200b", "x\ufeff")]
         self.assert_texts_refused([
@@ -318,6 +370,9 @@ class ManifestTest(RefusalTest):
                 (self.with_files("MANIFEST.json"), "the names 'manifest.json' and 'MANIFEST.json' differ only in case"),
                 (self.with_files("manifest.json.sig"),
                  "the names 'manifest.json.sig' and 'manifest.json.sig' are the same"),
+                (self.with_files("x", "x/y"), "the name 'x' is that of a folder, too"),
+                (self.with_files("X/y", "x"), "the name 'x' is that of a folder, too"),
+                (self.with_files("network.ini/x"), f"the name '{NETWORK}' is that of a folder, too"),
                 (self.with_files("x" * 101), f"the name '{'x' * 101}' is longer than 100 bytes"),
                 (self.with_files("\u00e9" * 51), f"the name '{chr(0xe9) * 51}' is longer than 100 bytes"),
                 (self.with_files("a/" * 50 + "x"), f"the name '{'a/' * 50}x' is longer than 100 bytes")]
@@ -450,8 +505,6 @@ class SignatureTest(BlockTest):
 class ForgedSignatureTest(BlockTest):
     """Signatures that come close to a good one. The key is trusted."""
 
-    ORDER = 0xffffffff00000000ffffffffffffffffbce6faada7179e84f3b9cac2fc632551  # of the curve P-256
-
     def signed_with(self, *kind):
         """The parts of a signature by a key of this kind, which is trusted, and the key."""
         key = self.key("forged", *kind)
@@ -469,6 +522,10 @@ class ForgedSignatureTest(BlockTest):
         half = len(value) // 2
         values = [bytes(64), b"\xff" * 64, b"\1" + bytes(63), bytes(half) + value[half:], value[:half] + bytes(half),
                   value[half:] + value[:half], value[::-1], value[:-1], value + b"\0", b""]
+        # The same number, but for the order of the curve.
+        s = int.from_bytes(value[half:], "little")
+        values += [value[:half] + (s + times * ED25519_ORDER).to_bytes(half, "little") for times in range(1, 16)
+                   if s + times * ED25519_ORDER < 2 ** 256]
         self.assert_values_refused(self.parts, [
             *[field(kind) + field(other) for other in values], field(kind) + field(value) + b"\0", value,
             *[field(other) + field(value) for other in (b"", b"ssh-ed448", b"ssh-rsa", b"SSH-ED25519")]])
@@ -479,7 +536,7 @@ class ForgedSignatureTest(BlockTest):
         r, s = (int.from_bytes(part, "big") for part in fields(value))
         def padded(value):
             return field(bytes(1) + fields(mpint(value))[0])
-        order = self.ORDER
+        order = P256_ORDER
         pairs = [(0, 0), (0, s), (r, 0), (s, r), (1, 1), (order, s), (r, order), (r + order, s), (r, s + order),
                  (order - 1, order - 1), (r + 2 ** 256, s), (r, s + 2 ** 4096)]
         values = [mpint(first) + mpint(second) for first, second in pairs]
@@ -518,10 +575,15 @@ class ForgedSignatureTest(BlockTest):
             content("sha512", information=without_null))]
         values += [field(b"rsa-sha2-512") + field(signature.to_bytes(size, "big"))
                    for signature in (0, 1, modulus - 1, modulus)]
-        values += [field(b"rsa-sha2-512") + field(signature) for signature in (b"", b"\1", bytes(size), b"\xff" * size)]
+        genuine = pow(int.from_bytes(content("sha512"), "big"), private, modulus)
+        values += [field(b"rsa-sha2-512") + field(signature) for signature in (
+            b"", b"\1", bytes(size), b"\xff" * size, genuine.to_bytes(size + 1, "big"),
+            (genuine + modulus).to_bytes(size + 1, "big"), (genuine + (modulus << 40)).to_bytes(size + 6, "big"))]
         self.assert_values_refused(parts, values)
 
 
+ED25519_ORDER = 2 ** 252 + 27742317777372353535851937790883648493
+P256_ORDER = 0xffffffff00000000ffffffffffffffffbce6faada7179e84f3b9cac2fc632551
 PREFIXES = {"md5": "3020300c06082a864886f70d020505000410", "sha1": "3021300906052b0e03021a05000414",
             "sha256": "3031300d060960864801650304020105000420", "sha512": "3051300d060960864801650304020305000440"}
 
@@ -576,18 +638,34 @@ class KeyKindTest(BlockTest):
             (curve + field(b"nistp384") + field(b"\4" + bytes(64)), not_ecdsa), (curve + field(point), not_ecdsa),
             *[(rsa + mpint(65537) + other, not_rsa) for other in (b"", field(b""), field(b"\0" + modulus),
                                                                    field(modulus[1:]), field(modulus) + mpint(1))],
-            *[(rsa + exponent + field(modulus), not_rsa) for exponent in (mpint(0), field(b"\0\3"), field(b"\x83"))]])
+            *[(rsa + exponent + field(modulus), not_rsa) for exponent in (
+                mpint(0), mpint(1), mpint(2), mpint(65536), mpint(2 ** 64 + 1), mpint(2 ** 300000 + 1), field(b"\0\3"),
+                field(b"\x83"))]])
 
-    def test_short_rsa_keys_are_refused(self):
+    def test_short_and_long_rsa_keys_are_refused(self):
         self.assert_keys_refused([
             (field(b"ssh-rsa") + mpint(65537) + mpint((1 << bits - 1) + 1),
-             f"RSA keys of {bits} bits are not taken: they must have 3072 to 16384") for bits in (16, 1024, 2048, 3071)])
+             f"RSA keys of {bits} bits are not taken: they must have 3072 to 16384")
+            for bits in (16, 1024, 2048, 3071, 16385, 300000)])
 
-    def test_points_that_are_none_have_signed_nothing(self):
-        """Whoever may say what the key is could sign with them."""
-        value = field(b"ecdsa-sha2-nistp256") + field(mpint(1) + mpint(1))
-        for coordinate in (bytes(32), bytes(31) + b"\1", b"\xff" * 32):
-            key = field(b"ecdsa-sha2-nistp256") + field(b"nistp256") + field(b"\4" + coordinate * 2)
+    def test_points_that_anybody_can_sign_for_have_signed_nothing(self):
+        """Nor those that are none, or that are written in another way, or that a library may stumble over."""
+        p = 2 ** 255 - 19
+        eighth = int.from_bytes(bytes.fromhex("26e8958fc2b227b045c3f489f2ef98f0d5dfac05d3c63339b13802886d53fc05"),
+                                "little")  # of order 8
+        half = [0, 1, p - 1, p, p + 1, eighth, p - eighth, 2, 3, 2 ** 192 - 1, 2 ** 255 - 1]
+        kind = field(b"ssh-ed25519")
+        keys = [(kind + field(number.to_bytes(32, "little")), kind + field(r + bytes(32)))
+                for number in half + [number + 2 ** 255 for number in half]
+                for r in (b"\1" + bytes(31), bytes(32))]
+        # Those of which x is 2, and nearly 2 ** 192.
+        keys += [(kind + field(bytes.fromhex(y)), kind + field(bytes(64))) for y in (
+            "3126711e11ef574692935381d2cd2bbab5dd113c4010f91fd7c4dd7b12bf431a",
+            "64f71413b1de0a3d7dc3fd0adf699031b75a404a2b8820bea51bf69638e075cb")]
+        kind = field(b"ecdsa-sha2-nistp256")
+        keys += [(kind + field(b"nistp256") + field(b"\4" + coordinate * 2), kind + field(mpint(1) + mpint(1)))
+                 for coordinate in (bytes(32), bytes(31) + b"\1", b"\xff" * 32)]
+        for key, value in keys:
             self.allow(f"maker@korvel {key_line(key)}")
             self.assert_blocks_refused([(self.parts.block(key=key, value=value), self.not_mine(key))])
 
@@ -679,7 +757,7 @@ class AllowedSignersTest(RefusalTest):
             self.assert_line_refused(f"me {option} {self.public_key}", f"its option '{option}' {unknown}")
         for options, named in (('namespaces="*",namespaces="*"', 'namespaces="*"'),
                                ('valid-before="20200101Z",valid-before="20300101Z"', 'valid-before="20300101Z"'),
-                               ('namespaces="*","x"', '"x"')):
+                               ('namespaces="*","x"', '"x"'), ('namespaces="*",', "")):
             self.assert_line_refused(f"me {options} {self.public_key}", f"its option '{named}' {unknown}")
         for time in ("", "never", "-1", "2020", "2020010100000"):
             self.assert_line_refused(f'me valid-before="{time}" {self.public_key}',
@@ -693,6 +771,17 @@ class AllowedSignersTest(RefusalTest):
         for word in ("cert-authority", "CERT-AUTHORITY", 'cert-authority,namespaces="*"',
                      'namespaces="*",cert-authority'):
             self.assert_line_refused(f"me {word} {self.public_key}", "keys of certificate authorities are not taken")
+
+    def test_patterns_that_leave_somebody_out_let_nobody_sign(self):
+        for principals in ("!me", "*,!me", "!*", "me,!you"):
+            # The last one is that of "me" for the stock tool.
+            self.assert_line_refused(f"{principals} {self.public_key}",
+                                     "its signers hold a '!', which leaves nobody out here",
+                                     agrees=principals != "me,!you")
+
+    def test_control_characters_let_nobody_sign(self):
+        for principals in ("me\x1b[2J", "me\0", "me\x7f"):
+            self.assert_line_refused(f"{principals} {self.public_key}", "it has a control character")
 
     def test_lines_that_are_none_let_nobody_sign(self):
         no_list = "it is not a list of signers, a kind of key and a key"
@@ -759,13 +848,16 @@ class TrustFolderTest(RefusalTest):
         digest = hashlib.sha256(self.manifest.read_bytes()).hexdigest()
         none = "it is neither a public key nor a fingerprint nor the SHA-256 of a manifest"
         no_key, no_base64 = "it is not a key", "the key is not base64"
-        for text, why in ((mine[:-1], no_key), (mine + "=", no_key), (mine.lower(), no_key), ("MD5:00:11:22", no_key),
+        for text, why in ((mine[:-1], no_key), (mine + "=", no_key), (mine[:-1] + "!", no_key),
+                          (mine.lower(), no_key), ("MD5:00:11:22", no_key),
                           (digest[:-1], no_key), (f"sha256:{digest}", no_key), (f"\ufeff{mine}", no_key),
                           (f"{mine}\0", no_key), ("SSHKRL\n", no_key), (self.public_key[:-2], no_base64),
                           (f"release@korvel {self.public_key}", no_base64), (f"256 {mine} me (ED25519)", no_base64),
                           (f'namespaces="*" {self.public_key}', no_base64)):
             self.revoked.write_text(f"# first\n{text}")
             self.assert_unusable(f"its file revoked is not understood, line 2: {none}: {why}")
+        self.revoked.write_bytes(f"{fingerprint_of(self.key('other'))}\r{mine}".encode())
+        self.assert_unusable("its file revoked is not understood, line 1: it has a carriage return")
 
     def test_a_folder_that_is_none_refuses_everything(self):
         shutil.rmtree(self.trust)
@@ -850,6 +942,19 @@ class UnsealedTest(RefusalTest):
             self.manifest.write_text(text)
             self.assert_refused(f"the manifest is not valid: {why}", "--unsealed")
             self.assert_refused(f"the manifest is not valid: {why}", trusts=False)
+
+    def test_what_a_stranger_has_written_is_not_looked_into(self):
+        """Whether it is a manifest is known to those alone who trust nobody."""
+        self.manifest.write_text("{")
+        self.signature.unlink()
+        self.assert_refused("it is not signed, and only archives of signers who are trusted are accepted")
+        self.sign(self.key("stranger"))
+        not_json = "the manifest is not valid: it is not valid JSON: The text ends before its value is complete."
+        self.assert_refused("it is not signed by anybody who is trusted: the signer "
+                            f"{fingerprint_of(self.key('stranger'))} is not among the allowed signers")
+        self.assert_refused(not_json, trusts=False)
+        self.sign()
+        self.assert_refused(not_json)
 
     def test_a_revoked_manifest_is_refused_without_signature_too(self):
         self.signature.unlink()

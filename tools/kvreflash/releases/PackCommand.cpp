@@ -21,10 +21,10 @@ struct PackageFile {
     int error = 0;
     std::uint64_t size = 0;
 
-    static bool take(const char* bytes, std::size_t size, void* context) {
+    static bool take(std::string_view bytes, void* context) {
         auto& package = *static_cast<PackageFile*>(context);
-        package.size += size;
-        package.error = package.file.append(std::string_view(bytes, size));
+        package.size += bytes.size();
+        package.error = package.file.append(bytes);
         return package.error == 0;
     }
 };

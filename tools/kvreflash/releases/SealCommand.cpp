@@ -75,7 +75,7 @@ ExitCode SealCommand::run() {
     if (!created) {
         return conclude({KvEFailure::archive, "SOURCE_DATE_EPOCH is not a number of seconds from 1970 to 2242"});
     }
-    const KvTSealing sealing = sealArchive(wideOf(archive.folder), wideOf(archive.description), *created);
+    const KvTSealing sealing = sealArchive({wideOf(archive.folder), wideOf(archive.description), *created});
     for (const std::string& fault : sealing.faults) {
         say(withPastablePath(fault, archive.folder, archive.description));
     }
