@@ -127,6 +127,7 @@ stage_sweeps() {
 # sweep PRESET
 sweep() {
     KV_SWEEP_STRIDE=1 KV_SWEEP_ALLOCATIONS=1000000 KV_KILL_MOMENTS=500 KV_STOP_MOMENTS=500 \
+        KV_EVERY_BYTE=1 KV_EXCHANGE_MOMENTS=500 \
         ctest --test-dir "build/$1" -L slow \
             --no-tests=error --output-on-failure --timeout 3600 -j "$jobs"
 }
