@@ -2,23 +2,31 @@
 """Makes firmware archives and emulated racks of any size.
 
 usage: generate.py archive OUT --entries N [--seed S] [--without-checksums] [--files]
+       generate.py release OUT --entries N --file-size BYTES --tool KVREFLASH [--seed S]
        generate.py rack OUT --elements M --entries N [--seed S] [--current SHARE] [--unknown SHARE] [--polls P]
 
-The same arguments make the same bytes. A rack fits the archive of the same seed and number of entries: its elements are
-those that the entries are meant for, spread evenly over them (several boards of a kind when there are more elements
-than entries). The share `--current` has installed what the archive offers, the share `--unknown` is of no entry, all
-others are out of date. `--polls` is how often an update of an element is asked for before it has ended (default: once).
+The same arguments make the same bytes, but for the signature of a release. A rack fits the archive of the same seed and
+number of entries: its elements are those that the entries are meant for, spread evenly over them (several boards of a
+kind when there are more elements than entries). The share `--current` has installed what the archive offers, the share
+`--unknown` is of no entry, all others are out of date. `--polls` is how often an update of an element is asked for
+before it has ended (default: once).
 
 `--files` writes the update files too: firmware images, whose checksums are those of the description, and `files.txt`, a
 list of their paths. `--without-checksums` leaves all checksums out of the description, so that they have to be read
 from the files.
+
+A release is an archive with update files of that size, sealed and signed with a key that nobody keeps: the folder
+`archive`, the package `release.kva`, and the folder `trust`, by which it is accepted.
 """
 
 import argparse
 import json
+import os
 import random
 import re
+import subprocess
 import sys
+import tempfile
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "examples"))
@@ -37,6 +45,7 @@ COMMENTS = (
     "Carries the correction of the watchdog's time base.",
 )
 SEQUENCES = (10, 20, 30, 40, 50)
+TIME_OF_SEALING = "1790000000"
 
 
 class Board:
@@ -165,6 +174,40 @@ def write_archive(out, seed, entries, with_checksums=True, files=False):
     (out / "files.txt").write_text("".join(path + "\n" for path in paths), encoding="utf-8")
 
 
+# --- releases ---------------------------------------------------------------------------------------------------------
+
+def lengthen(path, size):
+    """Repeats what the file holds until it has this size."""
+    content = path.read_bytes()
+    with path.open("ab") as file:
+        for begin in range(len(content), size, len(content)):
+            file.write(content[:size - begin])
+
+
+def sign(archive, trust):
+    """Signs the manifest with a new key, which the trust folder lists from then on and nobody has any more."""
+    with tempfile.TemporaryDirectory() as folder:
+        key = Path(folder) / "key"
+        subprocess.run(["ssh-keygen", "-q", "-t", "ed25519", "-N", "", "-C", "", "-f", key], check=True)
+        subprocess.run(["ssh-keygen", "-q", "-Y", "sign", "-n", "kvreflash-archive", "-f", key,
+                        archive / "manifest.json"], check=True)
+        trust.mkdir()
+        (trust / "allowed_signers").write_text(f"bench {key.with_suffix('.pub').read_text(encoding='utf-8')}",
+                                               encoding="utf-8")
+
+
+def write_release(out, seed, entries, file_size, tool):
+    archive = out / "archive"
+    write_archive(archive, seed, entries, files=True)
+    (archive / "files.txt").unlink()
+    for path in archive.glob("*.kfw"):
+        lengthen(path, file_size)
+    environment = {**os.environ, "SOURCE_DATE_EPOCH": TIME_OF_SEALING}
+    subprocess.run([tool, "seal", archive], env=environment, stdout=subprocess.DEVNULL, check=True)
+    sign(archive, out / "trust")
+    subprocess.run([tool, "pack", archive, out / "release.kva"], stdout=subprocess.DEVNULL, check=True)
+
+
 # --- racks ------------------------------------------------------------------------------------------------------------
 
 def states(seed, count, current, unknown):
@@ -216,13 +259,16 @@ def read_arguments(arguments):
     parser = argparse.ArgumentParser(description="Makes firmware archives and emulated racks of any size.")
     commands = parser.add_subparsers(dest="command", required=True)
     archive = commands.add_parser("archive", help="an archive")
+    release = commands.add_parser("release", help="an archive that is sealed, signed and packed")
     rack = commands.add_parser("rack", help="an emulated target")
-    for command in (archive, rack):
+    for command in (archive, release, rack):
         command.add_argument("out", type=Path, help="folder to make it in")
         command.add_argument("--entries", type=int, required=True, help="file entries of the archive")
         command.add_argument("--seed", default="1", help="any text (default: 1)")
     archive.add_argument("--without-checksums", action="store_true", help="the description states none")
     archive.add_argument("--files", action="store_true", help="write the update files too")
+    release.add_argument("--file-size", type=int, required=True, help="bytes of each update file")
+    release.add_argument("--tool", type=Path, required=True, help="kvreflash, which seals and packs")
     rack.add_argument("--elements", type=int, required=True, help="update elements")
     rack.add_argument("--current", type=float, default=0.4, help="share that is up to date (default: 0.4)")
     rack.add_argument("--unknown", type=float, default=0.1, help="share that is of no entry (default: 0.1)")
@@ -234,6 +280,9 @@ def main(arguments=None):
     given = read_arguments(arguments)
     if given.command == "archive":
         write_archive(given.out, given.seed, given.entries, not given.without_checksums, given.files)
+        return
+    if given.command == "release":
+        write_release(given.out, given.seed, given.entries, given.file_size, given.tool)
         return
     given.out.mkdir(parents=True, exist_ok=True)
     text = make_rack(given.seed, given.elements, given.entries, given.current, given.unknown, given.polls)

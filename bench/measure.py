@@ -39,6 +39,8 @@ WAITING_ENTRIES = 10  # of the update that does
 WAITING_ROUNDS = 3  # of which each takes many seconds
 # In memory: some file systems take long to make files soon after others were removed.
 SCRATCH_PARENT = "/dev/shm"
+RELEASE_SIZES = (64, 1024)  # of packages, in MiB
+RELEASE_ENTRIES = 64
 SECONDS_PER_START = 0.5
 SECONDS_PER_POLL = 0.2
 TARGET = ("-t", "127.0.0.1", "--emulate")
@@ -122,8 +124,9 @@ def medians(samples):
 class Data:
     """The archives and racks, made once and kept as long as they are the same."""
 
-    def __init__(self, folder):
+    def __init__(self, folder, binaries=None):
         self.folder = folder
+        self.binaries = binaries  # those with kvreflash, which makes packages
         self.generator = hashlib.sha256(GENERATOR.read_bytes()).hexdigest()
 
     def make(self, kind, name, *arguments):
@@ -156,6 +159,16 @@ class Data:
         return self.make("rack", f"outdated-rack-{elements}", "--elements", elements, "--entries", elements,
                          "--current", 0, "--unknown", 0)
 
+    def current_rack(self, elements):
+        """A rack on which an update has nothing to install."""
+        return self.make("rack", f"current-rack-{elements}", "--elements", elements, "--entries", elements,
+                         "--current", 1, "--unknown", 0)
+
+    def release(self, megabytes):
+        """A folder with a signed package whose update files have so many MiB together."""
+        return self.make("release", f"release-{megabytes}", "--entries", RELEASE_ENTRIES,
+                         "--file-size", (megabytes << 20) // RELEASE_ENTRIES, "--tool", self.binaries / "kvreflash")
+
     def sizes_of(self, entries):
         """Bytes of the descriptions that a plan reads: of the archive and of the target."""
         elements = min(entries, MOST_ELEMENTS)
@@ -163,10 +176,14 @@ class Data:
                 (self.rack(elements, entries) / "target.json").stat().st_size)
 
 
+def empty_folder(folder):
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir()
+
+
 def copy_rack(rack, out):
     """A fresh copy of an emulated target, without what updates have left on it."""
-    shutil.rmtree(out, ignore_errors=True)
-    out.mkdir()
+    empty_folder(out)
     shutil.copyfile(rack / "target.json", out / "target.json")
 
 
@@ -229,6 +246,27 @@ class Programs:
         copy = self.scratch / name.replace(" ", "-")
         return Command(name, self.tool("update", "-a", archive, *TARGET, copy), {"KV_TIME_SCALE": time_scale},
                        before=lambda: copy_rack(rack, copy), **more)
+
+    def releases(self):
+        """Updates that have nothing to do but to read a package, and what others take for the files in it."""
+        size = RELEASE_SIZES[-1]
+        files = sorted((self.data.release(size) / "archive").iterdir())
+        copies = self.scratch / "copies"
+
+        def copying(name, program):
+            return Command(at(name, size), [program, *files, copies], before=lambda: empty_folder(copies))
+
+        return [*(self.update_from(megabytes) for megabytes in RELEASE_SIZES),
+                Command(at("sha256sum", size), ["sha256sum", *files]), copying("cp", "cp"),
+                copying("hash_and_copy", self.binaries / "hash_and_copy")]
+
+    def update_from(self, megabytes):
+        """Its private copy is in the scratch folder, as are the copies of others."""
+        release, rack = self.data.release(megabytes), self.data.current_rack(RELEASE_ENTRIES)
+        copy = self.scratch / f"rack-{megabytes}"
+        arguments = self.tool("update", "-a", release / "release.kva", "--trust", release / "trust", *TARGET, copy)
+        return Command(at("update from package", megabytes), arguments, {"TMPDIR": str(self.scratch)},
+                       before=lambda: copy_rack(rack, copy))
 
     def asked_waiting(self, command):
         """Seconds that an update waits, computed from the updates that it starts and its progress lines."""
@@ -297,7 +335,7 @@ class Judge:
         shown = [entries for entries in self.sizes if entries >= LEAST_SHOWN]
         for smaller, larger in zip(shown, shown[1:]):
             result += self.growth(smaller, larger)
-        return result + [self.completion(self.sizes[-1])] + self.updates()
+        return result + [self.completion(self.sizes[-1])] + self.updates() + self.releases()
 
     def of_size(self, entries):
         large = entries >= LEAST_JUDGED
@@ -360,6 +398,20 @@ class Judge:
         return [Goal("seconds of an update that does not wait", UPDATED_ELEMENTS, fast.wall, 1, fast.processor),
                 Goal("update / waiting that it asks for", WAITING_ENTRIES, divided(waiting.wall, self.waiting), 1.01),
                 Goal("processor time while waiting", WAITING_ENTRIES, divided(waiting.processor, waiting.wall), 0.005)]
+
+
+    def releases(self):
+        """Reading a package beside what must be done with its files, and its memory beside that of a small one."""
+        small, large = (self.results[at("update from package", size)] for size in RELEASE_SIZES)
+        hashing, copying, both = (self.results[at(name, RELEASE_SIZES[-1])]
+                                  for name in ("sha256sum", "cp", "hash_and_copy"))
+        return [Goal("update from a package of 1 GiB / sha256sum and cp", RELEASE_ENTRIES,
+                     divided(large.wall, hashing.wall + copying.wall), 1.3,
+                     divided(large.processor, hashing.processor + copying.processor)),
+                Goal("update from a package of 1 GiB / bare hash and copy", RELEASE_ENTRIES,
+                     divided(large.wall, both.wall), processor=divided(large.processor, both.processor)),
+                Goal("MiB of peak memory at 1 GiB more than at 64 MiB", RELEASE_ENTRIES,
+                     (large.peak - small.peak) / 1024, 4)]
 
 
 def per_entry(result, start, entries):
@@ -461,7 +513,7 @@ def main(arguments=None):
 
 
 def measure_all(given, scratch):
-    data = Data(given.data.resolve())
+    data = Data(given.data.resolve(), given.bin.resolve())
     data.folder.mkdir(parents=True, exist_ok=True)
     programs = Programs(given.bin.resolve(), data, scratch)
     waiting = programs.update("waiting update", WAITING_ENTRIES, "1", rounds=WAITING_ROUNDS)
@@ -469,7 +521,7 @@ def measure_all(given, scratch):
     for entries in given.sizes:
         commands += programs.of_size(entries)
     commands += programs.completion(given.sizes[-1])
-    commands += [programs.update("update", UPDATED_ELEMENTS, "0"), waiting]
+    commands += [programs.update("update", UPDATED_ELEMENTS, "0"), waiting, *programs.releases()]
     about = {"machine": machine(), "rounds": given.rounds, "sizes": given.sizes}
     try:
         asked = programs.asked_waiting(waiting)

@@ -96,6 +96,29 @@ class ArchiveTest(ScratchTest):
         self.assertGreaterEqual(sizes.pop(), 1000)
 
 
+class ReleaseTest(ScratchTest):
+    def setUp(self):
+        super().setUp()
+        self.release = self.generate("release", "release", "--entries", 5, "--file-size", 5000, "--tool", TOOL)
+
+    def status(self, package):
+        return self.kvreflash("archive-version", "-a", package, "--trust", self.release / "trust").returncode
+
+    def test_its_trust_folder_accepts_it(self):
+        self.assertEqual(self.status(self.release / "release.kva"), 0)
+        self.assertEqual(self.status(self.release / "archive"), 0)
+
+    def test_nothing_else_is_accepted(self):
+        package = bytearray((self.release / "release.kva").read_bytes())
+        package[-2000] ^= 1
+        (self.folder / "changed.kva").write_bytes(package)
+        self.assertEqual(self.status(self.folder / "changed.kva"), 3)
+
+    def test_update_files_have_the_size_that_is_asked_for(self):
+        sizes = [path.stat().st_size for path in (self.release / "archive").glob("*.kfw")]
+        self.assertEqual(sizes, [5000] * 5)
+
+
 class RackTest(ScratchTest):
     def plan(self, elements, entries, *more):
         archive = self.generate("archive", "archive", "--entries", entries, "--files")

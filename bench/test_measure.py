@@ -25,6 +25,7 @@ def measured(sizes, **changed):
     """Medians in which everything takes 1 second and peaks at 1000 KiB; `changed` by name, "_" for " "."""
     names = ["empty process", "version", "read_heads of nothing", "update", "waiting update"]
     names += [at(name, size) for size in sizes for name in (*PER_SIZE, "completion", "read_heads")]
+    names += ["update from package 64", "update from package 1024", "sha256sum 1024", "cp 1024", "hash_and_copy 1024"]
     return {**{name: seconds(1) for name in names}, **changed}
 
 
@@ -123,6 +124,21 @@ class JudgeTest(unittest.TestCase):
         worse = self.goals(5, **{"waiting update": seconds(5.06, 0.03)})
         self.assertEqual(worse["update / waiting that it asks for", 10].verdict, "missed")
         self.assertEqual(worse["processor time while waiting", 10].verdict, "missed")
+
+    def test_reading_a_package_stands_beside_hashing_and_copying(self):
+        goals = self.goals(**{"update from package 1024": seconds(3, 2), "sha256sum 1024": seconds(2, 0.5),
+                              "hash_and_copy 1024": seconds(1.5)})
+        goal = goals["update from a package of 1 GiB / sha256sum and cp", 64]
+        self.assertEqual((goal.value, goal.processor, goal.verdict), (1, 2 / 1.5, "met"))
+        goal = goals["update from a package of 1 GiB / bare hash and copy", 64]
+        self.assertEqual((goal.value, goal.verdict), (2, "-"))
+        slow = self.goals(**{"update from package 1024": seconds(2.61)})
+        self.assertEqual(slow["update from a package of 1 GiB / sha256sum and cp", 64].verdict, "missed")
+
+    def test_memory_does_not_grow_with_a_package(self):
+        for peak, verdict in ((1000 + 4096, "met"), (1001 + 4096, "missed")):
+            goals = self.goals(**{"update from package 1024": seconds(1, 1, peak)})
+            self.assertEqual(goals["MiB of peak memory at 1 GiB more than at 64 MiB", 64].verdict, verdict)
 
     def test_what_nothing_took_is_no_success(self):
         goal = self.goals(**{"jq dump 1": seconds(0)})["dump / jq --indent 4", 1]

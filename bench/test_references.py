@@ -67,6 +67,18 @@ class ReferencesTest(unittest.TestCase):
         self.assertEqual(self.status(BIN / "read_heads", files), 1)
 
 
+    def test_files_are_copied_with_all_that_they_hold(self):
+        copies = self.folder / "copies"
+        copies.mkdir()
+        long = self.folder / "long"
+        long.write_bytes(bytes(range(256)) * 3000)
+        self.assertEqual(self.status(BIN / "hash_and_copy", self.description, long, copies), 0)
+        for path in (self.description, long):
+            self.assertEqual((copies / path.name).read_bytes(), path.read_bytes())
+        self.assertEqual(self.status(BIN / "hash_and_copy", self.folder / "absent", copies), 1)
+        self.assertEqual(self.status(BIN / "hash_and_copy", long, self.folder / "absent"), 1)
+
+
 class RunMeasuredTest(unittest.TestCase):
     def run_python(self, code, **more):
         return measure.Runner(BIN).run(Command("test", [sys.executable, "-c", code], **more))

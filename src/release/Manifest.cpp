@@ -204,9 +204,9 @@ std::vector<std::string> faultsOfNames(const std::vector<KvTSealedFile>& files) 
                                  .append(first->second == file.name ? " are the same" : " differ only in case"));
         }
     }
-    for (const KvTSealedFile& file : files) {
-        if (folders.contains(lowerCaseOf(file.name))) {
-            faults.push_back(std::string("the name ").append(shownInQuotes(file.name)) + " is that of a folder, too");
+    for (const auto& [lowerCase, name] : firstByLowerCase) {
+        if (folders.contains(lowerCase)) {
+            faults.push_back(std::string("the name ").append(shownInQuotes(name)) + " is that of a folder, too");
         }
     }
     return faults;

@@ -119,6 +119,7 @@ TEST(Manifest, WithNamesThatAreNotSafeIsRefused) {
     EXPECT_EQ(whyNot(text("[" + file(std::string(101, 'x')) + "]")),
               "the name '" + std::string(101, 'x') + "' is longer than 100 bytes");
     EXPECT_EQ(whyNot(text("[" + file("a", "8589934592") + "]")), "the file 'a' has 8 GiB or more");
+    EXPECT_EQ(whyNot(text("[" + file("Manifest.json/a") + "]")), "the name 'manifest.json' is that of a folder, too");
     EXPECT_EQ(whyNot(text("[" + file("Sub/a") + "," + file("sUB") + "]")), "the name 'sUB' is that of a folder, too");
     EXPECT_EQ(
         whyNot(text("[" + file(R"(a\nkvreflash: all is well)") + "]")),
