@@ -110,8 +110,12 @@ public:
             return refuse("it is not a list of signers, a kind of key and a key");
         }
         rights.principals = unquoted(*principals).value_or(*principals);
-        if (rights.principals.empty()) {
+        // Without the signers an option would stand in their place, and limit nothing.
+        if (rights.principals.empty() || principals->find("=\"") != std::string_view::npos || isOption(*principals)) {
             return refuse("it names nobody");
+        }
+        if (!isUtf8(rights.principals) || !hiddenCharacterOf(rights.principals).empty()) {
+            return refuse("its signers have characters that do not show as what they are");
         }
         if (rights.principals.find('!') != std::string::npos) {
             return refuse("its signers hold a '!', which leaves nobody out here");

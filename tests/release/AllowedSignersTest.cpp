@@ -74,7 +74,12 @@ TEST(AllowedSigners, WithoutATimeOnlyThePurposeCounts) {
 TEST(AllowedSigners, OddLinesLetNobodySign) {
     EXPECT_EQ(valueOf("me\r# comment " + ed25519Key), "line 1: it has a control character");
     EXPECT_EQ(valueOf(std::string("m\0e ", 4) + ed25519Key), "line 1: it has a control character");
-    EXPECT_EQ(valueOf("\"\" " + ed25519Key), "line 1: it names nobody");
+    for (const char* first : {"\"\"", "valid-before=\"20200101Z\"", "namespaces=\"file\"", "cert-authority",
+                              "CERT-AUTHORITY", "namespaces=\"file\",valid-after=\"20200101\""}) {
+        EXPECT_EQ(valueOf(first + (" " + ed25519Key)), "line 1: it names nobody") << first;
+    }
+    EXPECT_EQ(valueOf("\uFEFFme " + ed25519Key),
+              "line 1: its signers have characters that do not show as what they are");
     EXPECT_EQ(valueOf("*,!me " + ed25519Key), "line 1: its signers hold a '!', which leaves nobody out here");
     EXPECT_EQ(valueOf("me namespaces=\"*\", " + ed25519Key),
               "line 1: its option '' is not known, stands twice or has no value in quotes");
