@@ -70,8 +70,8 @@ TEST_F(SealingTest, WhatHasNotChangedKeepsItsTime) {
 }
 
 TEST_F(SealingTest, FaultsAreNamedAtOnce) {
-    write("NUL", "");
-    write("A.KFW", "");
+    write(std::string(101, 'x'), "");
+    write(std::string(102, 'y'), "");
     write("archive.json", "{");
     const KvTSealing sealing = seal();
     EXPECT_EQ(sealing.verdict.failure, KvEFailure::archive);
