@@ -12,15 +12,17 @@
 
 namespace {
 
-/// The content of the file at `path`; nothing if there is none or, with a `reason`, if it cannot be read.
-std::optional<std::string> textOrReason(const std::wstring& path, std::uint64_t most, std::string& reason) {
+/// The content of the file at `path` in `folder`; nothing if there is none or, with a `reason`, if it cannot be read. A
+/// folder that is not there, such as a share that does not answer, has none.
+std::optional<std::string> textOrReason(const std::wstring& folder, const std::wstring& path, std::uint64_t most,
+                                        std::string& reason) {
     reason.clear();
     if (isLink(path)) {
         reason = "it is a link, not a regular file";
         return std::nullopt;
     }
     std::optional<std::string> text = textOfFile(path, most);
-    if (!text && !isAbsent(path)) {
+    if (!text && !isAbsent(path) && pathExists(folder)) {
         const std::string_view kind = otherKindOf(path);
         reason = kind.empty() ? "it cannot be read, or is larger than anything that is read"
                               : "it is " + std::string(kind) + ", not a regular file";
@@ -35,11 +37,11 @@ std::wstring KvCSealedFolder::pathOf(const std::string& name) const {
 }
 
 std::optional<std::string> KvCSealedFolder::manifest(std::string& reason) {
-    return textOrReason(pathOf(std::string(manifestName)), largestManifest, reason);
+    return textOrReason(folder_, pathOf(std::string(manifestName)), largestManifest, reason);
 }
 
 std::optional<std::string> KvCSealedFolder::signatures(std::string& reason) {
-    return textOrReason(pathOf(std::string(signatureName)), mostSignatureBytes, reason);
+    return textOrReason(folder_, pathOf(std::string(signatureName)), mostSignatureBytes, reason);
 }
 
 std::vector<KvTStoredDifference> KvCSealedFolder::differencesFrom(const KvTManifest& manifest) {
