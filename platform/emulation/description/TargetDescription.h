@@ -22,9 +22,9 @@ struct TargetDescription {
     std::vector<Fault> faults;
 };
 
-/// How many bytes of text clients may show of a description: `mostShownTextPerByte` for each byte of the description, or
-/// `shownTextAlwaysAllowed` if that is more. Tables show each element in a line as long as the longest, with the names
-/// of the items above the element.
+/// How many bytes of text clients may show of a description: `mostShownTextPerByte` for each byte of the description,
+/// or `shownTextAlwaysAllowed` if that is more. Tables show each element in a line as long as the longest, with the
+/// names of the items above the element.
 inline constexpr std::size_t mostShownTextPerByte = 16;
 inline constexpr std::size_t shownTextAlwaysAllowed = std::size_t{16} << 20U;
 
