@@ -56,12 +56,11 @@ EntryCells entryCells(const KvTArchiveFile& file) {
     return cells;
 }
 
-std::vector<KvCString> contentRow(const KvTArchiveFile& file) {
+KvTTableRow contentRow(const KvTArchiveFile& file) {
     EntryCells cells = entryCells(file);
-    std::vector<KvCString> row = {KvCString(std::move(cells.boardType)), file.name, versionCell(file.version),
-                                  file.checksumCrc32 == unknownValue ? KvCString(unknownCell)
-                                                                     : KvCString(file.checksumCrc32),
-                                  KvCString(std::move(cells.address))};
+    KvTTableRow row = {KvCString(std::move(cells.boardType)), file.name, versionCell(file.version),
+                       file.checksumCrc32 == unknownValue ? KvCString(unknownCell) : KvCString(file.checksumCrc32),
+                       KvCString(std::move(cells.address))};
     if (file.fileMissing) {
         row.emplace_back("[FILE MISSING]");
     }
@@ -119,12 +118,11 @@ void appendIndented(std::string& text, std::string_view lines, std::size_t level
 } // namespace
 
 void printArchiveContent(const KvCConsoleWriter& writer, const KvCFirmwareArchive& archive) {
-    KvTTable table = {{"BoardType", "File", "Version", "Checksum", "Id/TargetPath"}};
-    table.reserve(archive.files().size() + 1);
-    for (const KvTArchiveFile& file : archive.files()) {
-        table.push_back(contentRow(file));
-    }
-    printTable(writer, table);
+    const std::vector<KvTArchiveFile>& files = archive.files();
+    printTable(writer, files.size() + 1, [&files](std::size_t index) {
+        return index == 0 ? KvTTableRow{"BoardType", "File", "Version", "Checksum", "Id/TargetPath"}
+                          : contentRow(files[index - 1]);
+    });
 }
 
 void printArchiveVersion(const KvCConsoleWriter& writer, const KvCFirmwareArchive& archive) {

@@ -3,16 +3,15 @@
 #include "ElementNames.h"
 #include "KvCConsoleWriter.h"
 #include "KvCStringConversion.h"
-#include "TableLayout.h"
 
 namespace {
 
-std::vector<KvCString> headingRow() {
+KvTTableRow headingRow() {
     return {"Update element", "Version"};
 }
 
-std::vector<KvCString> elementRow(const KvTUpdateElement& element) {
-    std::vector<KvCString> row = {element.displayName, versionCell(element.version)};
+KvTTableRow elementRow(const KvTUpdateElement& element) {
+    KvTTableRow row = {element.displayName, versionCell(element.version)};
     addStatusMarker(row, element);
     return row;
 }
@@ -55,7 +54,7 @@ void printElementTable(const KvCConsoleWriter& writer, const KvNReflasher::KvTOp
     printTable(writer, table);
 }
 
-void addStatusMarker(std::vector<KvCString>& row, const KvTUpdateElement& element) {
+void addStatusMarker(KvTTableRow& row, const KvTUpdateElement& element) {
     if (!element.valid) {
         row.emplace_back("[INVALID]");
     } else if (!element.active && !element.isFileSystemElement) {

@@ -1,11 +1,9 @@
 #pragma once
 
-#include "KvCString.h"
 #include "KvCTargetInventory.h"
 #include "KvTOptions.h"
 #include "KvTUpdateElement.h"
-
-#include <vector>
+#include "TableLayout.h"
 
 class KvCConsoleWriter;
 
@@ -14,4 +12,4 @@ void printElementTable(const KvCConsoleWriter& writer, const KvNReflasher::KvTOp
                        const KvCTargetInventory& inventory);
 
 /// Adds a cell with the element's status marker if it has one ("[INVALID]", "[INACTIVE]").
-void addStatusMarker(std::vector<KvCString>& row, const KvTUpdateElement& element);
+void addStatusMarker(KvTTableRow& row, const KvTUpdateElement& element);

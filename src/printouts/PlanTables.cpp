@@ -2,7 +2,6 @@
 
 #include "ElementTables.h"
 #include "KvCConsoleWriter.h"
-#include "TableLayout.h"
 #include "UpdateDecision.h"
 
 namespace {
@@ -21,15 +20,15 @@ KvCString checksumCell(const KvTUpdateElement& element, const KvTArchiveFile* fi
     return cell;
 }
 
-std::vector<KvCString> planRow(const KvTUpdateElement& element, std::uint32_t number, const KvTArchiveFile* file) {
+KvTTableRow planRow(const KvTUpdateElement& element, std::uint32_t number, const KvTArchiveFile* file) {
     const bool planned = file != nullptr && !element.disabled;
-    std::vector<KvCString> row = {KvCString(number),
-                                  element.displayName,
-                                  versionCell(element.version),
-                                  file != nullptr ? versionCell(file->version) : KvCString(unknownCell),
-                                  checksumCell(element, file),
-                                  file != nullptr ? KvCString(element.upToDate ? "Y" : "N") : KvCString(),
-                                  planned ? KvCString(element.phase) : KvCString("-")};
+    KvTTableRow row = {KvCString(number),
+                       element.displayName,
+                       versionCell(element.version),
+                       file != nullptr ? versionCell(file->version) : KvCString(unknownCell),
+                       checksumCell(element, file),
+                       file != nullptr ? KvCString(element.upToDate ? "Y" : "N") : KvCString(),
+                       planned ? KvCString(element.phase) : KvCString("-")};
     addStatusMarker(row, element);
     return row;
 }

@@ -11,18 +11,14 @@ namespace {
 
 constexpr std::string_view columnSeparator = " | ";
 
-std::vector<std::size_t> columnWidths(const KvTTable& rows) {
-    std::vector<std::size_t> widths;
-    for (const auto& row : rows) {
-        widths.resize(std::max(widths.size(), row.size()));
-        for (std::size_t column = 0; column < row.size(); ++column) {
-            widths[column] = std::max(widths[column], row[column].length());
-        }
+void widenFor(const KvTTableRow& row, std::vector<std::size_t>& widths) {
+    widths.resize(std::max(widths.size(), row.size()));
+    for (std::size_t column = 0; column < row.size(); ++column) {
+        widths[column] = std::max(widths[column], row[column].length());
     }
-    return widths;
 }
 
-void appendRow(std::string& text, const std::vector<KvCString>& row, const std::vector<std::size_t>& widths) {
+void appendRow(std::string& text, const KvTTableRow& row, const std::vector<std::size_t>& widths) {
     for (std::size_t column = 0; column < widths.size(); ++column) {
         if (column != 0) {
             text += columnSeparator;
@@ -33,19 +29,18 @@ void appendRow(std::string& text, const std::vector<KvCString>& row, const std::
     }
 }
 
-} // namespace
-
-KvCString versionCell(const KvCVersion& version) {
-    return version.getAsULong64() == 0 ? KvCString(unknownCell) : version.getAsString();
-}
-
-void printTable(const KvCConsoleWriter& writer, const KvTTable& rows) {
-    const std::vector<std::size_t> widths = columnWidths(rows);
+/// `rowAt` is called with each index below `rowCount` twice, the first time for the widths.
+template <typename RowAt>
+void printRows(const KvCConsoleWriter& writer, std::size_t rowCount, const RowAt& rowAt) {
+    std::vector<std::size_t> widths;
+    for (std::size_t index = 0; index < rowCount; ++index) {
+        widenFor(rowAt(index), widths);
+    }
     KvCBlockPrinter printer(writer);
-    for (const auto& row : rows) {
-        appendRow(printer.text(), row, widths);
+    for (std::size_t index = 0; index < rowCount; ++index) {
+        appendRow(printer.text(), rowAt(index), widths);
         printer.endLine();
-        if (&row == &rows.front()) {
+        if (index == 0) {
             const std::size_t separators = widths.empty() ? 0 : widths.size() - 1;
             printer.text().append(std::accumulate(widths.begin(), widths.end(), separators * columnSeparator.size()),
                                   '-');
@@ -53,4 +48,19 @@ void printTable(const KvCConsoleWriter& writer, const KvTTable& rows) {
         }
     }
     printer.finish();
+}
+
+} // namespace
+
+KvCString versionCell(const KvCVersion& version) {
+    return version.getAsULong64() == 0 ? KvCString(unknownCell) : version.getAsString();
+}
+
+void printTable(const KvCConsoleWriter& writer, const KvTTable& rows) {
+    printRows(writer, rows.size(), [&rows](std::size_t index) -> const KvTTableRow& { return rows[index]; });
+}
+
+void printTable(const KvCConsoleWriter& writer, std::size_t rowCount,
+                const std::function<KvTTableRow(std::size_t)>& rowAt) {
+    printRows(writer, rowCount, rowAt);
 }
