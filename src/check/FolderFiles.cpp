@@ -24,11 +24,11 @@ std::string_view fileNameOf(std::string_view path) {
 
 KvCFolderFiles::KvCFolderFiles(const KvCFirmwareArchive& archive, const std::wstring& descriptionFileName,
                                const std::vector<std::string_view>& entryNames)
-    : archive_(archive), description_(lowerCaseOf(toUtf8(descriptionFileName).view())) {
+    : archive_(archive), description_(foldedCaseOf(toUtf8(descriptionFileName).view())) {
     for (const std::string_view path : entryNames) {
         const std::string_view name = fileNameOf(path);
         entryNames_.insert(name);
-        entryNamesByLowerCase_.try_emplace(lowerCaseOf(name), name);
+        entryNamesByFoldedCase_.try_emplace(foldedCaseOf(name), name);
     }
 }
 
@@ -38,14 +38,14 @@ void KvCFolderFiles::list() {
     }
     const std::vector<std::string> files = archive_.folderFiles();
     for (const std::string& file : files) {
-        const std::string lowerCase = lowerCaseOf(file);
-        if (entryNames_.contains(file) || lowerCase == description_ || isSealFile(file)) {
+        const std::string folded = foldedCaseOf(file);
+        if (entryNames_.contains(file) || folded == description_ || isSealFile(file)) {
             continue;
         }
         candidates_.push_back(file);
         candidateBytes_ += file.size();
-        const auto found = entryNamesByLowerCase_.find(lowerCase);
-        if (found == entryNamesByLowerCase_.end() || std::binary_search(files.begin(), files.end(), found->second)) {
+        const auto found = entryNamesByFoldedCase_.find(folded);
+        if (found == entryNamesByFoldedCase_.end() || std::binary_search(files.begin(), files.end(), found->second)) {
             unnamed_.push_back(file);
         }
     }

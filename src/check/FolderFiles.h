@@ -40,7 +40,7 @@ private:
     std::string description_;
     std::unordered_set<std::string_view> entryNames_;
     /// One of these names each.
-    std::unordered_map<std::string, std::string_view> entryNamesByLowerCase_;
+    std::unordered_map<std::string, std::string_view> entryNamesByFoldedCase_;
     bool isListed_ = false;
     std::vector<std::string> unnamed_;
     /// The files that are not named exactly.

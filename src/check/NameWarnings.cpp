@@ -19,11 +19,11 @@ public:
     /// The first name that differs from `name` only in case; `name` itself if it is the first one. Names must outlive
     /// the object.
     std::string_view firstOf(std::string_view name) {
-        return firstByLowerCase_.try_emplace(lowerCaseOf(name), name).first->second;
+        return firstByFoldedCase_.try_emplace(foldedCaseOf(name), name).first->second;
     }
 
 private:
-    std::unordered_map<std::string, std::string_view> firstByLowerCase_;
+    std::unordered_map<std::string, std::string_view> firstByFoldedCase_;
 };
 
 /// Looks at the names of update files, at each place where one stands; what costs is asked once for each name.

@@ -1,10 +1,12 @@
 #include "FileNames.h"
 
 #include <boost/locale/utf.hpp>
+#include <boost/spirit/home/support/char_encoding/unicode/query.hpp>
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <iterator>
 
 namespace {
 
@@ -68,6 +70,24 @@ std::string lowerCaseOf(std::string_view text) {
     std::string lower(text);
     std::transform(lower.begin(), lower.end(), lower.begin(), lowerCase);
     return lower;
+}
+
+std::string foldedCaseOf(std::string_view text) {
+    std::string folded;
+    const char* position = text.data();
+    const char* const end = position + text.size();
+    while (position != end) {
+        const char* const begin = position;
+        const code_point character = utf_traits<char>::decode(position, end);
+        if (character == boost::locale::utf::illegal || character == boost::locale::utf::incomplete) {
+            folded.append(begin, position);
+            continue;
+        }
+        // Some letters have two lower cases, such as the sigma: the upper case comes first.
+        const code_point upper = boost::spirit::ucd::to_uppercase(character);
+        utf_traits<char>::encode(boost::spirit::ucd::to_lowercase(upper), std::back_inserter(folded));
+    }
+    return folded;
 }
 
 bool isUtf8(std::string_view text) {

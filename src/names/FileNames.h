@@ -13,6 +13,10 @@
 /// `text` with the lower case of its ASCII letters.
 [[nodiscard]] std::string lowerCaseOf(std::string_view text);
 
+/// `text`, which is UTF-8, with the same letters whatever their case: what differs in case only becomes the same text.
+/// Letters of all alphabets that Unicode pairs one to one.
+[[nodiscard]] std::string foldedCaseOf(std::string_view text);
+
 /// True if `text` is well-formed UTF-8.
 [[nodiscard]] bool isUtf8(std::string_view text);
 

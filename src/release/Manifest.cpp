@@ -40,10 +40,10 @@ std::optional<KvTSha256> digestOf(std::string_view text) {
     return digest;
 }
 
-/// Adds the folders of a name, in lower case.
+/// Adds the folders of a name, whatever their case.
 void addFoldersOf(const std::string& name, std::set<std::string>& folders) {
     for (std::size_t end = name.find('/'); end != std::string::npos; end = name.find('/', end + 1)) {
-        folders.insert(lowerCaseOf(std::string_view(name).substr(0, end)));
+        folders.insert(foldedCaseOf(std::string_view(name).substr(0, end)));
     }
 }
 
@@ -63,7 +63,7 @@ public:
         }
         KvTManifest manifest;
         const std::optional<std::chrono::sys_seconds> created = momentOf(text(root, "created"));
-        if (!created || *created < std::chrono::sys_seconds() || *created > latestPackedTime) {
+        if (!created || !isPackedTime(*created)) {
             return refuse("its member 'created' is not a time from 1970 to 2242-03-16T12:56:31Z");
         }
         manifest.created = *created;
@@ -183,8 +183,8 @@ std::string textOf(const KvTManifest& manifest) {
 
 std::vector<std::string> faultsOfNames(const std::vector<KvTSealedFile>& files) {
     std::vector<std::string> faults;
-    std::map<std::string, std::string_view> firstByLowerCase{{std::string(manifestName), manifestName},
-                                                             {std::string(signatureName), signatureName}};
+    std::map<std::string, std::string_view> firstByFoldedCase{{std::string(manifestName), manifestName},
+                                                              {std::string(signatureName), signatureName}};
     std::set<std::string> folders;
     for (const KvTSealedFile& file : files) {
         if (const std::string why = whyUnsafe(file.name); !why.empty()) {
@@ -195,7 +195,7 @@ std::vector<std::string> faultsOfNames(const std::vector<KvTSealedFile>& files) 
             faults.push_back("the file '" + file.name + "' has 8 GiB or more");
         }
         addFoldersOf(file.name, folders);
-        const auto [first, isNew] = firstByLowerCase.try_emplace(lowerCaseOf(file.name), file.name);
+        const auto [first, isNew] = firstByFoldedCase.try_emplace(foldedCaseOf(file.name), file.name);
         if (!isNew) {
             faults.push_back(std::string("the names ")
                                  .append(shownInQuotes(first->second))
@@ -204,8 +204,8 @@ std::vector<std::string> faultsOfNames(const std::vector<KvTSealedFile>& files) 
                                  .append(first->second == file.name ? " are the same" : " differ only in case"));
         }
     }
-    for (const auto& [lowerCase, name] : firstByLowerCase) {
-        if (folders.contains(lowerCase)) {
+    for (const auto& [foldedCase, name] : firstByFoldedCase) {
+        if (folders.contains(foldedCase)) {
             faults.push_back(std::string("the name ").append(shownInQuotes(name)) + " is that of a folder, too");
         }
     }

@@ -12,6 +12,17 @@ TEST(FileNames, ThatEverySystemTakesForTheSameFileAreSafe) {
     EXPECT_EQ(whyUnsafe(std::string(255, 'x')), "");
 }
 
+TEST(FileNames, ThatDifferInCaseOnlyAreFoldedToTheSame) {
+    EXPECT_EQ(foldedCaseOf("Sub/FILE.Kfw"), "sub/file.kfw");
+    EXPECT_EQ(foldedCaseOf("\u00C4\u0410\u0158"), "\u00E4\u0430\u0159");
+    EXPECT_EQ(foldedCaseOf("\u03C3"), foldedCaseOf("\u03C2")); // the sigma at the end of a word
+    EXPECT_EQ(foldedCaseOf("\U00010400"), "\U00010428");
+    EXPECT_NE(foldedCaseOf("\u00E4"), foldedCaseOf("a"));
+    EXPECT_EQ(foldedCaseOf("1_\u4E2D"), "1_\u4E2D");
+    EXPECT_EQ(foldedCaseOf("A\xFF\xC3"), "a\xFF\xC3");
+    EXPECT_EQ(foldedCaseOf(""), "");
+}
+
 TEST(FileNames, ThatLeadElsewhereOrAreNotTheSameEverywhereAreNotSafe) {
     struct Row {
         std::string name;

@@ -132,6 +132,8 @@ TEST(Manifest, NamesOfAnArchiveAreJudgedAtOnce) {
     EXPECT_THAT(faultsOfNames({{"NUL", 1, {}}, {"x", 1, {}}, {"X", 2, {}}}),
                 ElementsAre("the name 'NUL' is not safe: Windows takes 'NUL' for a device",
                             "the names 'x' and 'X' differ only in case"));
+    EXPECT_THAT(faultsOfNames({{"Größe/Ö.bin", 1, {}}, {"größe/ö.bin", 2, {}}, {"GRÖSSE", 3, {}}}),
+                ElementsAre("the names 'Größe/Ö.bin' and 'größe/ö.bin' differ only in case"));
 }
 
 } // namespace
