@@ -22,7 +22,7 @@ namespace {
 
 using std::chrono::sys_seconds;
 
-/// What stands before the next `separator`, with which it is taken from `text`.
+/// Takes the text before the next of the separators, and this separator, from `text`.
 std::string_view takePart(std::string_view& text, std::string_view separators) {
     const std::string_view part = text.substr(0, text.find_first_of(separators));
     text.remove_prefix(std::min(text.size(), part.size() + 1));
@@ -37,7 +37,21 @@ std::vector<std::string_view> partsOf(std::string_view text, std::string_view se
     return parts;
 }
 
-/// True of a line, without blanks in front, that says nothing.
+std::string_view trimmed(std::string_view line) {
+    constexpr std::string_view blanks = " \t";
+    line = line.substr(0, line.size() - (line.ends_with('\r') ? 1 : 0));
+    line.remove_prefix(std::min(line.size(), line.find_first_not_of(blanks)));
+    return line.substr(0, line.find_last_not_of(blanks) + 1);
+}
+
+bool hasControl(std::string_view line) {
+    return std::any_of(line.begin(), line.end(), [](char character) {
+        const auto byte = static_cast<unsigned char>(character);
+        return byte == 0x7F || (byte < 0x20 && byte != '\t');
+    });
+}
+
+/// True of a line, without blanks around it, that says nothing.
 bool isComment(std::string_view line) {
     return line.empty() || line.front() == '#';
 }
@@ -189,9 +203,8 @@ KvCAllowedSigners checkSigners(std::string_view file) {
     std::size_t refusedCount = 0;
     for (const std::string_view line : partsOf(file, "\n")) {
         ++number;
-        std::string_view text = line.substr(0, line.size() - (line.ends_with('\r') ? 1 : 0));
-        text.remove_prefix(std::min(text.size(), text.find_first_not_of(" \t")));
-        if (isComment(text)) {
+        const std::string_view text = trimmed(line);
+        if (isComment(text) && !hasControl(text)) {
             continue;
         }
         const KvCAllowedSigners one(line);
@@ -225,15 +238,9 @@ std::size_t sizeOfBase64(std::string_view text) {
     return bytes ? bytes->size() : 0;
 }
 
-std::string_view trimmed(std::string_view line) {
-    constexpr std::string_view blanks = " \t\r";
-    line.remove_prefix(std::min(line.size(), line.find_first_not_of(blanks)));
-    return line.substr(0, line.find_last_not_of(blanks) + 1);
-}
-
-/// What a line, without blanks around it, revokes; nothing if it is not understood.
+/// The key or manifest that a line, without blanks around it, revokes; nothing if it is not understood.
 std::optional<Revoked> revokedBy(std::string_view line) {
-    if (line.find('\r') != std::string_view::npos) {
+    if (hasControl(line)) {
         return std::nullopt;
     }
     const std::vector<std::string_view> words = wordsOf(line);
@@ -266,7 +273,7 @@ std::optional<KvCRevocations> checkRevocations(std::string_view file) {
     for (const std::string_view whole : partsOf(file, "\n")) {
         ++number;
         const std::string_view line = trimmed(whole);
-        if (isComment(line) && line.find('\r') == std::string_view::npos) {
+        if (isComment(line) && !hasControl(line)) {
             continue;
         }
         const std::optional<Revoked> revoked = revokedBy(line);

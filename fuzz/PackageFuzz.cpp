@@ -28,7 +28,7 @@ using std::chrono::sys_seconds;
 constexpr std::string_view signerLine =
     "korvel ssh-ed25519 AAAAC3NzaC1lZDI1NTE5AAAAINWOtyu9OJQW2IwHEHV8i8DIQaFnqIenF7q9mVDSAxKE\n";
 
-/// What an accepted package holds.
+/// The content of an accepted package.
 struct Content {
     std::string manifestText;
     std::optional<std::string> signatures;
@@ -37,7 +37,7 @@ struct Content {
     std::vector<std::string> files;
 };
 
-/// What the file holds; nothing if that differs from the manifest.
+/// The content of the file; nothing if it differs from the manifest.
 std::optional<std::string> contentOf(KvCPackage& package, const KvTSealedFile& file) {
     std::string content;
     std::string reason;

@@ -48,7 +48,7 @@ std::string blockOf(std::string_view content) {
     return block.append(endLine);
 }
 
-/// What the first block of `blocks` holds, which is taken away with it.
+/// Takes the first block from `blocks` and returns its content.
 std::string takeContent(std::string_view& blocks) {
     const std::string_view block = blocks.substr(0, blocks.find(endLine));
     blocks.remove_prefix(std::min(blocks.size(), block.size() + endLine.size()));
@@ -87,7 +87,7 @@ bool isOurs(const KvCSshKey& key) {
     return std::any_of(signers().begin(), signers().end(), [&](const Signer& signer) { return signer.key == key; });
 }
 
-/// What was signed with our keys, in all: nobody can add to it.
+/// All contents that were signed with our keys: nobody can add to them.
 const std::set<std::string>& signedContents() {
     static const std::set<std::string> all = [] {
         std::set<std::string> contents;

@@ -13,7 +13,7 @@ enum class KvESeal : std::uint8_t {
     none,
     /// It is what its manifest says; nobody has signed the manifest.
     sealed,
-    /// It is what its manifest says, which was signed by a key that nobody here was told to trust.
+    /// It is what its manifest says, which was signed by a key that is not trusted here.
     signedByStranger,
     /// It is what its manifest says, which was signed by somebody who is trusted.
     trusted

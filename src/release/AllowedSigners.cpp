@@ -4,6 +4,7 @@
 #include "ShownText.h"
 #include "SshSignature.h"
 #include "Timestamp.h"
+#include "TrustLines.h"
 
 #include <algorithm>
 #include <array>
@@ -12,12 +13,6 @@
 namespace {
 
 constexpr std::string_view blanks = " \t";
-
-/// But for the tab, which is a blank.
-bool isControl(char character) {
-    constexpr char deletion = 0x7F;
-    return character == deletion || (character >= 0 && character < ' ' && character != '\t');
-}
 
 void skipBlanks(std::string_view& text) {
     text.remove_prefix(std::min(text.size(), text.find_first_not_of(blanks)));
@@ -99,10 +94,11 @@ class SignerLine {
 public:
     explicit SignerLine(std::string& reason) : reason_(reason) {}
 
-    std::optional<KvTAllowedSigner> read(std::string_view line) {
-        if (std::any_of(line.begin(), line.end(), isControl)) {
+    std::optional<KvTAllowedSigner> read(const KvTTrustLine& whole) {
+        if (whole.hasControl) {
             return refuse("it has a control character");
         }
+        std::string_view line = whole.text;
         KvTSignerRights rights;
         const std::optional<std::string_view> principals = takeWord(line);
         std::optional<std::string_view> kind = takeWord(line);
@@ -219,21 +215,12 @@ std::string KvTSignerRights::whyNotTrusted(std::optional<std::chrono::sys_second
 }
 
 KvCAllowedSigners::KvCAllowedSigners(std::string_view text) {
-    for (std::size_t number = 1; !text.empty(); ++number) {
-        std::string_view line = text.substr(0, text.find('\n'));
-        text.remove_prefix(std::min(text.size(), line.size() + 1));
-        if (line.ends_with('\r')) {
-            line.remove_suffix(1);
-        }
-        skipBlanks(line);
-        if (line.empty() || line.starts_with('#')) {
-            continue;
-        }
+    for (const KvTTrustLine& line : trustLinesOf(text)) {
         std::string reason;
         if (std::optional<KvTAllowedSigner> signer = SignerLine(reason).read(line)) {
             signers_.push_back(std::move(*signer));
         } else {
-            refusedLines_.push_back("line " + std::to_string(number) + ": " + reason);
+            refusedLines_.push_back(line.refusedFor(reason));
         }
     }
 }

@@ -25,8 +25,12 @@ inline constexpr std::uint64_t largestManifest = std::uint64_t{32} << 20U;
 inline constexpr std::size_t longestPackedName = 100;
 inline constexpr std::uint64_t largestPackedFile = (std::uint64_t{8} << 30U) - 1;
 /// @}
-/// The latest time that a package can hold: 2242-03-16T12:56:31Z.
-inline constexpr std::chrono::sys_seconds latestPackedTime{std::chrono::seconds{(std::int64_t{8} << 30U) - 1}};
+/// True of a time that a package can hold: from 1970 to 2242-03-16T12:56:31Z.
+[[nodiscard]] constexpr bool isPackedTime(std::chrono::sys_seconds time) {
+    constexpr std::int64_t latest = (std::int64_t{8} << 30U) - 1;
+    const std::int64_t seconds = time.time_since_epoch().count();
+    return seconds >= 0 && seconds <= latest;
+}
 
 /// A file of a sealed archive.
 struct KvTSealedFile {

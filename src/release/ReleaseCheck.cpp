@@ -86,11 +86,13 @@ bool KvCReleaseCheck::hasGoodSignatures(const std::string& manifestText) {
         return refuse("the signature does not hold: " + reason);
     }
     signers_ = keysOf(*signatures);
-    // Calculations with the keys of strangers are not for those who trust others.
-    if (trust_ && trust_->trustedOf(signers_, std::nullopt, reason) == nullptr) {
+    // A key of a stranger is not calculated with before somebody who may be trusted has signed.
+    const KvTAllowedSigner* const trusted = trust_ ? trust_->trustedOf(signers_, std::nullopt, reason) : nullptr;
+    if (trust_ && trusted == nullptr) {
         return refuse("it is not signed by anybody who is trusted: " + reason);
     }
-    if (const std::string why = whyNotSigned(*signatures, bytesOf(manifestText)); !why.empty()) {
+    const KvCSshKey* const first = trusted != nullptr ? &trusted->key : nullptr;
+    if (const std::string why = whyNotSigned(*signatures, bytesOf(manifestText), first); !why.empty()) {
         return refuse("the signature does not hold: " + why);
     }
     release_.seal = KvESeal::signedByStranger;

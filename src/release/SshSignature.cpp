@@ -96,7 +96,11 @@ std::optional<KvCSshSignature> KvCSshSignature::parse(KvTBytes blob, std::string
     if (!fields) {
         return std::nullopt;
     }
-    if (fields->purpose != signatureNamespace || !fields->reserved.empty()) {
+    if (!fields->reserved.empty()) {
+        reason = "its reserved field is not empty";
+        return std::nullopt;
+    }
+    if (fields->purpose != signatureNamespace) {
         reason = std::string("it was made for ").append(shownInQuotes(fields->purpose)) + " and not for '" +
                  std::string(signatureNamespace) + "'";
         return std::nullopt;
@@ -158,11 +162,14 @@ std::vector<KvCSshKey> keysOf(const std::vector<KvCSshSignature>& signatures) {
     return keys;
 }
 
-std::string whyNotSigned(const std::vector<KvCSshSignature>& signatures, KvTBytes message) {
-    for (std::size_t index = 0; index < signatures.size(); ++index) {
-        if (!signatures[index].verifies(message)) {
-            return numberOf(index) + "the key " + signatures[index].key().fingerprint() +
-                   " has not signed this manifest";
+std::string whyNotSigned(const std::vector<KvCSshSignature>& signatures, KvTBytes message, const KvCSshKey* first) {
+    for (const bool isTurnOfFirst : {true, false}) {
+        for (std::size_t index = 0; index < signatures.size(); ++index) {
+            const KvCSshSignature& signature = signatures[index];
+            const bool isOfFirst = first != nullptr && signature.key() == *first;
+            if (isOfFirst == isTurnOfFirst && !signature.verifies(message)) {
+                return numberOf(index) + "the key " + signature.key().fingerprint() + " has not signed this manifest";
+            }
         }
     }
     return {};

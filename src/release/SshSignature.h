@@ -47,8 +47,10 @@ private:
 /// The keys that they state, in their order.
 [[nodiscard]] std::vector<KvCSshKey> keysOf(const std::vector<KvCSshSignature>& signatures);
 
-/// Why not all signatures are of `message`; empty if they are.
-[[nodiscard]] std::string whyNotSigned(const std::vector<KvCSshSignature>& signatures, KvTBytes message);
+/// Why not all signatures are of `message`; empty if they are. Those by the key `first`, if there is one, are verified
+/// before the others: what others have added is not calculated with if they do not hold.
+[[nodiscard]] std::string whyNotSigned(const std::vector<KvCSshSignature>& signatures, KvTBytes message,
+                                       const KvCSshKey* first = nullptr);
 
 /// Reads the file of signatures beside `message` and verifies all of them. Returns the keys of the signers, in the
 /// order of the blocks; nothing, with a `reason`, unless all signatures hold.

@@ -3,6 +3,7 @@
 #include "Base64.h"
 #include "FileNames.h"
 #include "Files.h"
+#include "TrustLines.h"
 #include "WholeFiles.h"
 
 #include <algorithm>
@@ -36,29 +37,14 @@ std::string_view firstWord(std::string_view text, std::string_view& rest) {
     return word;
 }
 
-std::string_view trimmed(std::string_view line) {
-    constexpr std::string_view blanks = " \t\r";
-    line.remove_prefix(std::min(line.size(), line.find_first_not_of(blanks)));
-    return line.substr(0, line.find_last_not_of(blanks) + 1);
-}
-
 } // namespace
 
 std::optional<KvCRevocations> KvCRevocations::parse(std::string_view text, std::string& reason) {
     KvCRevocations revocations;
-    for (std::size_t number = 1; !text.empty(); ++number) {
-        const std::string_view whole = text.substr(0, text.find('\n'));
-        text.remove_prefix(std::min(text.size(), whole.size() + 1));
-        const std::string_view line = trimmed(whole);
-        if (line.find('\r') != std::string_view::npos) {
-            reason = "line " + std::to_string(number) + ": it has a carriage return";
-            return std::nullopt;
-        }
-        if (line.empty() || line.starts_with('#')) {
-            continue;
-        }
-        if (const std::string why = revocations.add(line); !why.empty()) {
-            reason = "line " + std::to_string(number) + ": " + why;
+    for (const KvTTrustLine& line : trustLinesOf(text)) {
+        const std::string why = line.hasControl ? "it has a control character" : revocations.add(line.text);
+        if (!why.empty()) {
+            reason = line.refusedFor(why);
             return std::nullopt;
         }
     }

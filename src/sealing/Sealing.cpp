@@ -34,8 +34,8 @@ public:
             addDigest(file);
         }
         manifest_.created = created;
-        if (created > latestPackedTime) {
-            faults_.emplace_back("its time is after 2242-03-16T12:56:31Z");
+        if (!isPackedTime(created)) {
+            faults_.emplace_back("its time is not from 1970 to 2242-03-16T12:56:31Z");
         }
         if (!faults_.empty()) {
             return refused();

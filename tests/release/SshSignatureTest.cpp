@@ -32,6 +32,16 @@ TEST(SshSignature, OfSeveralSignersHoldsIfAllDo) {
               "refused: signature 1: RSA keys of 2048 bits are not taken: they must have 3072 to 16384");
 }
 
+TEST(SshSignature, OfTheTrustedKeyIsVerifiedFirst) {
+    std::string reason;
+    const auto signatures = readSignatures(ecdsaSignature + rsaSignature + ed25519Signature, reason);
+    ASSERT_TRUE(signatures) << reason;
+    const std::vector<KvCSshKey> keys = keysOf(*signatures);
+    EXPECT_EQ(whyNotSigned(*signatures, bytesOf(signedText), &keys[2]), "");
+    EXPECT_TRUE(whyNotSigned(*signatures, bytesOf("other")).starts_with("signature 1: "));
+    EXPECT_TRUE(whyNotSigned(*signatures, bytesOf("other"), &keys[2]).starts_with("signature 3: "));
+}
+
 TEST(SshSignature, OfAnotherTextDoesNotHold) {
     for (const std::string& signature : {ed25519Signature, ecdsaSignature, rsaSignature}) {
         EXPECT_TRUE(signers(signature, "A manifest!\n").starts_with("refused: signature 1: the key SHA256:"));

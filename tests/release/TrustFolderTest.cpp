@@ -110,7 +110,9 @@ TEST_F(TrustFolderTest, LineEndsOfOtherSystemsHideNothing) {
     allow("first " + ed25519Key + "\n");
     revoke("# stolen\r" + keyOf(ed25519Key).fingerprint() + "\r");
     EXPECT_FALSE(read());
-    EXPECT_EQ(reason(), "its file revoked is not understood, line 1: it has a carriage return");
+    EXPECT_EQ(reason(), "its file revoked is not understood, line 1: it has a control character");
+    revoke("# a comment\r\n\t \r\n  " + keyOf(ed25519Key).fingerprint() + " \r\n");
+    EXPECT_TRUE(read()) << reason();
 }
 
 TEST_F(TrustFolderTest, MayTrustNobody) {

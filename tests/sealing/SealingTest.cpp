@@ -99,7 +99,9 @@ TEST_F(SealingTest, ADescriptionElsewhereIsNotThatOfTheArchive) {
 
 TEST_F(SealingTest, ATimeThatNoPackageCanHoldIsRefused) {
     EXPECT_TRUE(seal(8589934591).verdict.isSuccess());
-    EXPECT_THAT(seal(8589934592).faults, ElementsAre("its time is after 2242-03-16T12:56:31Z"));
+    for (const std::int64_t time : {std::int64_t{8589934592}, std::int64_t{-1}, INT64_MAX, INT64_MIN}) {
+        EXPECT_THAT(seal(time).faults, ElementsAre("its time is not from 1970 to 2242-03-16T12:56:31Z")) << time;
+    }
 }
 
 TEST_F(SealingTest, ASignatureThatDoesNotHoldIsNotPacked) {

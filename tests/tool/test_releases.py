@@ -74,9 +74,12 @@ class SealTest(ReleaseTest):
         self.assertFalse((self.archive / "manifest.json").exists())
 
     def test_a_time_that_is_none_is_refused(self):
-        for text in ("", "now", "-1", "1.5", "99999999999999999999", "253402300800"):
+        for text in ("", "now", "1.5", "99999999999999999999"):
             os.environ["SOURCE_DATE_EPOCH"] = text
-            self.assertIn(b"SOURCE_DATE_EPOCH is not a number of seconds from 1970 to 2242", self.seal(code=3).errors)
+            self.assertIn(b"SOURCE_DATE_EPOCH is not a number of seconds since 1970", self.seal(code=3).errors)
+        for text in ("-1", "8589934592", "253402300800"):
+            os.environ["SOURCE_DATE_EPOCH"] = text
+            self.assertIn(b"its time is not from 1970 to 2242-03-16T12:56:31Z", self.seal(code=3).errors)
 
     def test_a_package_is_an_archive_that_tar_lists(self):
         self.seal()
@@ -105,6 +108,40 @@ class SealTest(ReleaseTest):
         self.assertEqual(package.read_text(), "earlier")
         self.assertEqual(sorted(path.name for path in self.scratch.glob("*.kva*")), ["release.kva"])
         self.assertEqual(run("pack", self.archive, self.scratch / "release.tar").code, 64)
+
+
+    def test_a_package_is_not_made_inside_its_archive(self):
+        self.seal()
+        (self.archive / "sub").mkdir()
+        for place in (self.archive, self.archive / "sub", self.archive / "sub" / ".."):
+            done = run("pack", self.archive, place / "release.kva")
+            self.assertEqual((done.code, done.errors),
+                             (1, b"kvreflash: the package must not be in the archive folder\n"))
+        self.assertEqual(run("pack", self.archive, self.archive / ".." / "release.kva").code, 0)
+
+    def test_a_draft_is_of_a_folder_with_files_that_can_be_read(self):
+        done = run("new", self.scratch / "nowhere")
+        self.assertEqual((done.code, done.errors.splitlines()[-1]),
+                         (3, b"kvreflash: nothing was drafted: the folder cannot be listed"))
+        empty = self.scratch / "empty"
+        empty.mkdir()
+        self.assertEqual(run("new", empty).code, 3)
+        self.assertEqual(list(empty.iterdir()), [])
+        existing = (self.archive / "archive.json").read_bytes()
+        self.assertEqual(run("new", self.archive).code, 1)
+        self.assertEqual((self.archive / "archive.json").read_bytes(), existing)
+
+    def test_a_comparison_names_the_archive_that_is_refused(self):
+        self.release()
+        other = self.scratch / "other"
+        shutil.copytree(self.archive, other)
+        (other / "network.ini").write_text("")
+        for line, code in (((self.archive, other), 3), ((other, self.archive), 3), ((self.archive, self.archive), 0)):
+            done = run("compare", *line, "--trust", self.trust)
+            self.assertEqual(done.code, code, done.errors)
+            if code:
+                self.assertRegex(done.errors.decode().splitlines()[-1],
+                                 r"other.*: the firmware archive is not accepted: 'network.ini' has 0 bytes and not")
 
 
 class AcceptedTest(ReleaseTest):

@@ -19,19 +19,19 @@ using namespace KvNReflasher;
 
 namespace {
 
-/// When the archive is sealed: now, or when builds that are to be repeated say; nothing if what they say is not a time.
+/// The time of sealing, seconds since 1970: now, or the time that a build which is to be repeated sets; nothing if that
+/// is not a number.
 std::optional<std::int64_t> timeOfSealing() {
     const char* const given = std::getenv("SOURCE_DATE_EPOCH");
     if (given == nullptr) {
         const auto now = std::chrono::system_clock::now().time_since_epoch();
         return std::chrono::duration_cast<std::chrono::seconds>(now).count();
     }
-    constexpr std::int64_t last = (std::int64_t{8} << 30U) - 1; // that a package can hold
     const std::string_view text(given);
-    std::int64_t seconds = -1;
+    std::int64_t seconds = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-    const bool isTime = error == std::errc() && end == text.data() + text.size() && seconds >= 0 && seconds <= last;
-    return isTime ? std::optional(seconds) : std::nullopt;
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    return isNumber ? std::optional(seconds) : std::nullopt;
 }
 
 /// Writes the manifest, unless it is there already. A signature of another one would not hold any more.
@@ -73,7 +73,7 @@ void ReleasedFolder::addTo(CommandSyntax& syntax) {
 ExitCode SealCommand::run() {
     const std::optional<std::int64_t> created = timeOfSealing();
     if (!created) {
-        return conclude({KvEFailure::archive, "SOURCE_DATE_EPOCH is not a number of seconds from 1970 to 2242"});
+        return conclude({KvEFailure::archive, "SOURCE_DATE_EPOCH is not a number of seconds since 1970"});
     }
     const KvTSealing sealing = sealArchive({wideOf(archive.folder), wideOf(archive.description), *created});
     for (const std::string& fault : sealing.faults) {
