@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KvIArchive.h"
+#include "KvISession.h"
 #include "KvTComparison.h"
 #include "KvTOutcome.h"
 #include "KvTPlan.h"
@@ -120,6 +121,11 @@ inline constexpr std::size_t outlookCount = 4;
                                                          bool succeeded, KvEResult result, const std::string& reason);
 /// The lock was given back, or could not be.
 [[nodiscard]] KV_REFLASH_API std::string unlockedEvent(const std::string& time, bool succeeded);
+/// The line of an event that a session with this plan notifies of. `phase`: the number of the phase that goes on;
+/// `outcome`: that of the element that the event is about. Empty if the event has no line.
+[[nodiscard]] KV_REFLASH_API std::string notifiedEvent(const std::string& time, const KvTEvent& event,
+                                                       std::uint32_t phase, const KvTPlan& plan,
+                                                       const KvTElementOutcome& outcome);
 /// The target was looked at and judged.
 [[nodiscard]] KV_REFLASH_API std::string verifyEvent(const std::string& time, const KvTVerification& verification,
                                                      const KvTVerdict& verdict);

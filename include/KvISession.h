@@ -2,6 +2,7 @@
 
 #include "KvIArchive.h"
 #include "KvIReflasher.h"
+#include "KvRuns.h"
 #include "KvTOutcome.h"
 #include "KvTPlan.h"
 
@@ -221,6 +222,41 @@ public:
     /// its transfer. The outcome states for each element whether its file has changed. Files of a sealed archive are
     /// not hashed again, since run() reads the private copy. If memory is exhausted, the outcome's verdict says so.
     virtual void watchFiles() = 0;
+
+    // Before prepare().
+
+    /// Lets run() and reboot() write down what they do: in a file of its own in the folder of the options, which is
+    /// held until closeJournal() or the end of the session. The class of the verdict is output if it cannot be created;
+    /// locked if another run of the same saved plan goes on; stale if that plan was run with success already.
+    virtual KvNReflasher::KvTVerdict openJournal(const KvNReflasher::KvTJournalOptions& options) = 0;
+
+    // Between prepare() and run().
+
+    /// Decides which files that the inventory does not list are written. `journal` states folder and places.
+    virtual void decideUnlistedFiles(KvNReflasher::KvEUnlistedFiles which,
+                                     const KvNReflasher::KvTJournalOptions& journal) = 0;
+    /// Returns the plan as it stands, to be kept. Nothing, with a `reason`, if a file to be used cannot be read, or if
+    /// there is no plan.
+    [[nodiscard]] virtual std::optional<KvNReflasher::KvTSavedPlan> planToSave(std::string& reason) = 0;
+    /// Makes run() do exactly what a saved plan says: applies the options that leave elements out, compares target and
+    /// archive with the plan, and watches the files, see watchFiles(). Returns all differences, a sentence each. If
+    /// there is any, the outcome's verdict is of class stale, and run() must not be called.
+    [[nodiscard]] virtual std::vector<std::string> holdTo(const KvNReflasher::KvTSavedPlan& plan,
+                                                          const KvNReflasher::KvTJournalOptions& journal) = 0;
+    /// Makes run() go on with an earlier run, for whose plan the session was created: leaves out what is done and,
+    /// unless `redo` is set, what is in doubt. If there are differences, the outcome's verdict is of class stale, and
+    /// run() must not be called.
+    [[nodiscard]] virtual KvNReflasher::KvTResumption resume(const KvNReflasher::KvTRunRecord& run, bool redo) = 0;
+
+    // After run().
+
+    /// Writes a verification into the journal.
+    virtual void journalVerification(const KvNReflasher::KvTVerification& verification) = 0;
+    /// Writes the end of the run into the journal and gives its file back. The class of the result is output if the
+    /// journal could not be written from some moment on, and says why.
+    virtual KvNReflasher::KvTVerdict closeJournal(const KvNReflasher::KvTVerdict& verdict, std::int32_t exitCode) = 0;
+    /// Id of the run in the journal; empty without a journal, or if nothing was written.
+    [[nodiscard]] virtual std::string runId() const = 0;
 };
 
 namespace KvNReflasher {

@@ -111,7 +111,19 @@ enum class KvEReason : std::uint8_t {
     /// It is an FPGA element whose carrier board, a QB5150 or QB5170, the target does not have.
     carrierBoardMissing,
     /// The entry has a lower version than is installed, and these are left out.
-    downgradeLeftOut
+    downgradeLeftOut,
+
+    // Of files that the inventory does not list, and of runs that go on.
+    /// For an update: the journal does not have this content as the one that was last written to this place.
+    contentDiffers,
+    /// It is a file that the inventory does not list, and these are left out.
+    unlistedLeftOut,
+    /// The journal has this content as the one that was last written to this place.
+    writtenBefore,
+    /// The run that goes on has installed it, and the target reports it.
+    doneBefore,
+    /// It was in progress when the run broke off, and reports neither version nor checksum.
+    inDoubt
 };
 
 /// Whether an element is updated.
@@ -209,6 +221,8 @@ struct KvTPlan {
     std::optional<KvTRelease> release;
     /// IPv4 address of the target, in dotted form.
     std::string targetAddress;
+    /// Serial numbers of the target's processor nodes, as far as it reports them: of the HCN, then of the CN.
+    std::vector<std::uint32_t> nodeSerialNumbers;
     /// An update would not refuse the target.
     bool supported = true;
     /// Indices of the elements that decide that the target is not supported: elements of the processor nodes without an

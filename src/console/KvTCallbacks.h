@@ -14,26 +14,30 @@ struct KvTCallbacks {
     KvNReflasher::KvTMessageFunction messageFunction = nullptr;
     void* messageContext = nullptr;
 
+    /// The session's own: it has written an event down before a client can be stopped by it.
+    KvNReflasher::KvTEventFunction journalFunction = nullptr;
+    void* journalContext = nullptr;
+
     // Each calls the functions that there are.
-    void notifyPhase(std::uint32_t value) const {
-        notify(phase, value);
-        notifyEvent({KvNReflasher::KvEEvent::phase, value});
-    }
+    void notifyPhase(std::uint32_t value) const { notifyWith(phase, {KvNReflasher::KvEEvent::phase, value}); }
     void notifyElementError(std::uint32_t index) const {
-        notify(elementError, index);
-        notifyEvent({KvNReflasher::KvEEvent::elementError, index});
+        notifyWith(elementError, {KvNReflasher::KvEEvent::elementError, index});
     }
     void notifyProgress(std::uint32_t percentage) const {
-        notify(progress, percentage);
-        notifyEvent({KvNReflasher::KvEEvent::progress, percentage});
+        notifyWith(progress, {KvNReflasher::KvEEvent::progress, percentage});
     }
-    void notifyEvent(const KvNReflasher::KvTEvent& event) const {
+    void notifyEvent(const KvNReflasher::KvTEvent& event) const { notifyWith(nullptr, event); }
+
+private:
+    void notifyWith(KvNReflasher::KvTNumberCallback callback, const KvNReflasher::KvTEvent& event) const {
+        if (journalFunction != nullptr) {
+            journalFunction(event, journalContext);
+        }
+        notify(callback, event.value);
         if (eventFunction != nullptr) {
             eventFunction(event, eventContext);
         }
     }
-
-private:
     static void notify(KvNReflasher::KvTNumberCallback callback, std::uint32_t value) {
         if (callback != nullptr) {
             callback(value);

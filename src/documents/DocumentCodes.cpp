@@ -1,4 +1,5 @@
 #include "KvDocuments.h"
+#include "KvRuns.h"
 
 #include <array>
 #include <cstddef>
@@ -18,9 +19,10 @@ constexpr auto failureWords =
     wordsUpTo<KvEFailure::none>("archive", "target", "stale", "unsupported", "selection", "locked", "stopped",
                                 "elements", "errors", "reboot", "verification", "output", "none");
 constexpr auto entryModeWords = wordsUpTo<KvEEntryMode::upgrade>("standard", "upgrade");
-constexpr auto reasonWords = wordsUpTo<KvEReason::downgradeLeftOut>(
+constexpr auto reasonWords = wordsUpTo<KvEReason::inDoubt>(
     "version-differs", "checksum-differs", "invalid", "inactive", "forced", "up-to-date", "newer-installed", "no-entry",
-    "feature-level", "custom-left-out", "disabled", "carrier-board-missing", "downgrade-left-out");
+    "feature-level", "custom-left-out", "disabled", "carrier-board-missing", "downgrade-left-out", "content-differs",
+    "unlisted-left-out", "written-before", "done-before", "in-doubt");
 constexpr auto matchTestWords =
     wordsUpTo<KvEMatchTest::none>("board-type", "board-variant", "board-id", "addressing", "id", "target-path",
                                   "hw-compatibility-id", "sw-compatibility-id", "none");
@@ -40,6 +42,11 @@ static_assert(outlookWords.size() == outlookCount);
 constexpr auto severityWords = wordsUpTo<KvESeverity::warning>("error", "warning");
 constexpr auto changeWords = wordsUpTo<KvEChange::changed>("same", "added", "removed", "up", "down", "changed");
 constexpr auto sealWords = wordsUpTo<KvESeal::trusted>("unsealed", "sealed", "signed-by-stranger", "trusted");
+
+constexpr auto unlistedFilesWords = wordsUpTo<KvEUnlistedFiles::never>("always", "changed", "never");
+constexpr auto runStateWords = wordsUpTo<KvERunState::brokenOff>("running", "complete", "stopped", "broken-off");
+constexpr auto progressWords =
+    wordsUpTo<KvEElementProgress::inProgress>("not-planned", "untouched", "done", "failed", "in-progress");
 
 template <typename Words, typename Value>
 const char* wordOf(const Words& words, Value value) {
@@ -98,6 +105,18 @@ const char* codeOf(KvEChange change) {
 
 const char* codeOf(KvESeal seal) {
     return wordOf(sealWords, seal);
+}
+
+const char* codeOf(KvEUnlistedFiles which) {
+    return wordOf(unlistedFilesWords, which);
+}
+
+const char* codeOf(KvERunState state) {
+    return wordOf(runStateWords, state);
+}
+
+const char* codeOf(KvEElementProgress progress) {
+    return wordOf(progressWords, progress);
 }
 
 } // namespace KvNReflasher

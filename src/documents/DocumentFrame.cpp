@@ -2,9 +2,6 @@
 
 #include "JsonValues.h"
 
-#include <cstdint>
-#include <utility>
-
 namespace KvNReflasher {
 
 using KvNJson::json;
@@ -16,12 +13,16 @@ constexpr std::uint32_t formatVersion = 1;
 
 } // namespace
 
-json framedDocument(const std::string& command, const KvTVerdict& verdict) {
+json formatRecord(std::string_view name, std::uint32_t version) {
     json format = json::makeObject();
-    format.set("name", textValue("kvreflash." + command));
-    format.set("version", formatVersion);
+    format.set("name", name);
+    format.set("version", version);
+    return format;
+}
+
+json framedDocument(const std::string& command, const KvTVerdict& verdict) {
     json document = json::makeObject();
-    document.set("format", std::move(format));
+    document.set("format", formatRecord("kvreflash." + command, formatVersion));
     setVerdict(document, verdict);
     return document;
 }

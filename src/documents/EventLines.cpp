@@ -35,6 +35,14 @@ json elementEvent(const std::string& time, const char* name, const KvTPlannedEle
     return event;
 }
 
+std::string fileNameOf(const KvTPlan& plan, std::uint32_t fileIndex) {
+    const auto element =
+        std::find_if(plan.elements.begin(), plan.elements.end(), [fileIndex](const KvTPlannedElement& one) {
+            return one.entry && one.entry->fileIndex == fileIndex;
+        });
+    return element != plan.elements.end() ? element->entry->fileName : std::string();
+}
+
 std::string lineOf(const json& event) {
     return event.dump(-1, ' ', false, KvNJson::error_handler_t::replace) + "\n";
 }
@@ -108,6 +116,32 @@ std::string unlockedEvent(const std::string& time, bool succeeded) {
     json event = eventRecord(time, "unlocked");
     event.set("succeeded", succeeded);
     return lineOf(event);
+}
+
+std::string notifiedEvent(const std::string& time, const KvTEvent& event, std::uint32_t phase, const KvTPlan& plan,
+                          const KvTElementOutcome& outcome) {
+    const auto element = [&]() -> const KvTPlannedElement& { return plan.elements.at(event.value); };
+    switch (event.event) {
+    case KvEEvent::phase:
+        return phaseEvent(time, event.value);
+    case KvEEvent::progress:
+        return progressEvent(time, event.value);
+    case KvEEvent::elementError:
+        return elementErrorEvent(time, element(), outcome.reason);
+    case KvEEvent::locked:
+        return lockedEvent(time);
+    case KvEEvent::unlocked:
+        return unlockedEvent(time, event.succeeded);
+    case KvEEvent::transfer:
+        return transferEvent(time, fileNameOf(plan, event.value), phase, event.succeeded);
+    case KvEEvent::elementStart:
+        return elementStartEvent(time, element());
+    case KvEEvent::elementEnd:
+        return elementEndEvent(time, element(), event.succeeded, outcome.result, outcome.reason);
+    case KvEEvent::stalled:
+        break; // what does not change is not repeated
+    }
+    return {};
 }
 
 std::string verifyEvent(const std::string& time, const KvTVerification& verification, const KvTVerdict& verdict) {

@@ -77,18 +77,47 @@ public:
         : errors_(errors), writer_(writer), options_(options), elements_(elements), nodes_(nodes) {}
 
     void walk(const KvCInventoryItem& item, const KvCInventoryItem* inheritedUnit) {
-        if (rememberNode(item, HCN, nodes_.hcn) && options_.verbose) {
-            writer_.print(L"HCN found: %hs\n", nodes_.hcn->toString().c_str());
+        if (rememberNode(item, HCN, nodes_.hcn)) {
+            hcn_ = &item;
+            if (options_.verbose) {
+                writer_.print(L"HCN found: %hs\n", nodes_.hcn->toString().c_str());
+            }
         }
-        if (rememberNode(item, CN, nodes_.cn) && options_.verbose) {
-            writer_.print(L"CN found: %hs\n", nodes_.cn->toString().c_str());
+        if (rememberNode(item, CN, nodes_.cn)) {
+            cn_ = &item;
+            if (options_.verbose) {
+                writer_.print(L"CN found: %hs\n", nodes_.cn->toString().c_str());
+            }
         }
         const KvCInventoryItem* unit = unitOf(item, inheritedUnit);
         visitElement(item, unit);
         descend(item, unit);
     }
 
+    /// Takes down the serial numbers of the nodes that were found. An element of a node's board states its number;
+    /// what else is asked of the target leaves no error in the session.
+    void takeNodeSerialNumbers() {
+        for (const KvCInventoryItem* node : {hcn_, cn_}) {
+            if (node != nullptr && has(*node, product_.serialNumber)) {
+                nodes_.serialNumbers.push_back(serialNumberOf(*node));
+            }
+        }
+    }
+
 private:
+    [[nodiscard]] std::uint32_t serialNumberOf(const KvCInventoryItem& node) const {
+        const auto element = std::find_if(elements_.begin(), elements_.end(), [&node](const KvTUpdateElement& one) {
+            return one.boardAddress == node.getAddress();
+        });
+        if (element != elements_.end()) {
+            return element->serialNumber;
+        }
+        const KvCOwnedErrorList errors = KvCOwnedErrorList::create();
+        std::uint32_t serialNumber = 0;
+        node.getValue(*errors, product_.serialNumber, serialNumber);
+        return serialNumber;
+    }
+
     /// The first node of its kind in walk order wins; true when the item is it.
     [[nodiscard]] static bool rememberNode(const KvCInventoryItem& item, const KvCInventoryAddress& id,
                                            std::optional<KvCInventoryAddress>& node) {
@@ -311,6 +340,8 @@ private:
     std::list<KvTUpdateElement>& elements_;
     KvTNodeAddresses& nodes_;
     const ProductPaths product_;
+    const KvCInventoryItem* hcn_ = nullptr;
+    const KvCInventoryItem* cn_ = nullptr;
     /// The last record of each unit met so far.
     std::unordered_map<const KvCInventoryItem*, std::list<KvTUpdateElement>::iterator> lastOfUnit_;
 };
@@ -333,7 +364,9 @@ void walkInventory(KvCErrorListPool& errors, const KvCConsoleWriter& writer, con
                    const KvCInventoryItem& root, std::list<KvTUpdateElement>& elements, KvTNodeAddresses& nodes) {
     elements.clear();
     nodes = {};
-    InventoryWalk(errors, writer, options, elements, nodes).walk(root, nullptr);
+    InventoryWalk walk(errors, writer, options, elements, nodes);
+    walk.walk(root, nullptr);
+    walk.takeNodeSerialNumbers();
     std::uint32_t index = 0;
     for (KvTUpdateElement& element : elements) {
         element.index = index++;

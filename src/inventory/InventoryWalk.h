@@ -6,15 +6,19 @@
 #include "KvTOptions.h"
 #include "KvTUpdateElement.h"
 
+#include <cstdint>
 #include <list>
 #include <optional>
+#include <vector>
 
 class KvCConsoleWriter;
 
-/// The addresses of the target's host computing node and computing node, as far as it has them.
+/// The target's host computing node and computing node, as far as it has them.
 struct KvTNodeAddresses {
     std::optional<KvCInventoryAddress> hcn;
     std::optional<KvCInventoryAddress> cn;
+    /// Of the HCN, then of the CN, as far as they state them.
+    std::vector<std::uint32_t> serialNumbers;
 };
 
 /// Reads what the target reports as installed on the element of an inventory item: VALID, ACTIVE, checksum and version.

@@ -71,6 +71,8 @@ public:
     /// Null when the target has no such node.
     [[nodiscard]] const KvCInventoryAddress* hcnAddress() const { return nodes_.hcn ? &*nodes_.hcn : nullptr; }
     [[nodiscard]] const KvCInventoryAddress* cnAddress() const { return nodes_.cn ? &*nodes_.cn : nullptr; }
+    /// Serial numbers of these nodes, as far as they state them.
+    [[nodiscard]] const std::vector<std::uint32_t>& nodeSerialNumbers() const { return nodes_.serialNumbers; }
     /// The address that stands for the whole system: the HCN's, else the CN's, else null.
     [[nodiscard]] const KvCInventoryAddress* systemAddress() const { return nodes_.hcn ? hcnAddress() : cnAddress(); }
     /// One of KvERebootSupport.

@@ -75,6 +75,7 @@ KvTInstalled installedOn(const KvTUpdateElement& element) {
 KvTPlan makeElementList(const KvCTargetInventory& inventory, const KvCString& address) {
     KvTPlan plan;
     plan.targetAddress = utf8Of(address);
+    plan.nodeSerialNumbers = inventory.nodeSerialNumbers();
     plan.elements.reserve(inventory.elements().size());
     std::transform(inventory.elements().begin(), inventory.elements().end(), std::back_inserter(plan.elements),
                    foundElement);

@@ -161,3 +161,7 @@ void KvCPreparation::disableElement(std::uint32_t index, KvEReason reason) {
     }
     inventory_.planOf(index).disabled = true;
 }
+
+void KvCPreparation::addReason(std::uint32_t index, KvEReason reason) {
+    plan_->elements.at(index).decision.reasons.push_back(reason);
+}

@@ -50,6 +50,9 @@ public:
     /// Takes an element out of the update. An index past the end changes nothing.
     void disableElement(std::uint32_t index, KvNReflasher::KvEReason reason = KvNReflasher::KvEReason::disabled);
 
+    /// Adds a reason for the update of an element.
+    void addReason(std::uint32_t index, KvNReflasher::KvEReason reason);
+
     [[nodiscard]] const KvCTargetAccess& targetAccess() const { return targetAccess_; }
     [[nodiscard]] KvCFirmwareArchive& archive() { return archive_; }
     [[nodiscard]] const KvCFirmwareArchive& archive() const { return archive_; }

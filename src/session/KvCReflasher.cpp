@@ -85,7 +85,10 @@ void KvCReflasher::getArchiveInfo(std::wstring& archiveName, std::wstring& archi
 }
 
 void KvCReflasher::disableUpdateElement(std::uint32_t index) {
-    attempt([this, index] { preparation_.disableElement(index); });
+    attempt([this, index] {
+        preparation_.disableElement(index);
+        disabledElements_.push_back(std::to_string(index));
+    });
 }
 
 bool KvCReflasher::getRebootSupportStatus(std::uint32_t& status) {
@@ -116,11 +119,15 @@ bool KvCReflasher::getRebootSupportStatus(std::uint32_t& status) {
 
 bool KvCReflasher::reboot() {
     std::uint32_t status = 0;
+    if (!beginJournal()) {
+        return false;
+    }
     if (!getRebootSupportStatus(status)) {
         noteFailure(KvEFailure::reboot, [status] { return "the target was not rebooted: " + reasonOf(status); });
         return false;
     }
     const bool isReset = withoutException(false, [this] { return resetTarget(); });
+    attempt([&] { journal_.writeReboot(isReset); });
     if (isReset) {
         stage_ = KvEStage::rebooted;
     } else {

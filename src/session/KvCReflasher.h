@@ -7,8 +7,10 @@
 #include "KvCUpdateDriver.h"
 #include "KvISession.h"
 #include "KvTCallbacks.h"
+#include "SessionJournal.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <utility>
@@ -72,6 +74,16 @@ public:
     void setRelease(const KvNReflasher::KvTReleaseOptions& options) override;
     [[nodiscard]] std::optional<KvNReflasher::KvTRelease> release() const override;
     void watchFiles() override;
+    KvNReflasher::KvTVerdict openJournal(const KvNReflasher::KvTJournalOptions& options) override;
+    void decideUnlistedFiles(KvNReflasher::KvEUnlistedFiles which,
+                             const KvNReflasher::KvTJournalOptions& journal) override;
+    [[nodiscard]] std::optional<KvNReflasher::KvTSavedPlan> planToSave(std::string& reason) override;
+    [[nodiscard]] std::vector<std::string> holdTo(const KvNReflasher::KvTSavedPlan& plan,
+                                                  const KvNReflasher::KvTJournalOptions& journal) override;
+    [[nodiscard]] KvNReflasher::KvTResumption resume(const KvNReflasher::KvTRunRecord& run, bool redo) override;
+    void journalVerification(const KvNReflasher::KvTVerification& verification) override;
+    KvNReflasher::KvTVerdict closeJournal(const KvNReflasher::KvTVerdict& verdict, std::int32_t exitCode) override;
+    [[nodiscard]] std::string runId() const override;
 
 protected:
     explicit KvCReflasher(KvNReflasher::KvTOptions options);
@@ -105,6 +117,22 @@ private:
     [[nodiscard]] std::vector<KvNReflasher::KvTElementOutcome> elementOutcomes() const;
     [[nodiscard]] std::vector<KvNReflasher::KvTFileOutcome> fileOutcomes() const;
 
+    [[nodiscard]] bool beginJournal();
+    void journalEvent(const KvNReflasher::KvTEvent& event);
+    [[nodiscard]] std::string writtenDigest(const KvNReflasher::KvTEvent& event,
+                                            const KvNReflasher::KvTElementOutcome& outcome);
+    [[nodiscard]] KvNReflasher::KvTSavedPlan planAsItStands() const;
+    void noteContents(KvNReflasher::KvTSavedPlan& saved,
+                      const std::function<bool(const KvNReflasher::KvTPlannedElement&)>& isWatched);
+    [[nodiscard]] KvNReflasher::KvTFileDigest digestOf(const std::string& name, std::uint32_t fileIndex);
+    [[nodiscard]] std::vector<std::string> applyOptions(const KvNReflasher::KvTDecidingOptions& options,
+                                                        const KvNReflasher::KvTJournalOptions& journal);
+    [[nodiscard]] std::vector<KvNReflasher::KvTFileDigest> contentsNow(const KvNReflasher::KvTSavedPlan& plan);
+    [[nodiscard]] std::vector<KvNReflasher::KvTResumedElement>
+    resumedElements(const KvNReflasher::KvTRunRecord& run) const;
+    void leaveOutDone(const KvNReflasher::KvTResumedElement& resumed, bool redo);
+    void noteStale(const char* what, const std::vector<std::string>& differences);
+
     const KvNReflasher::KvTOptions options_;
     KvTCallbacks callbacks_;
     const KvCConsoleWriter writer_{callbacks_};
@@ -117,6 +145,11 @@ private:
                              control_, fileWatch_},
                             preparation_.planner(),
                             preparation_.targetAccess()};
+    KvCSessionJournal journal_;
+    // What the client has left out.
+    std::vector<std::string> disabledElements_;
+    bool leavesOutDowngrades_ = false;
+    KvNReflasher::KvEUnlistedFiles unlistedFiles_ = KvNReflasher::KvEUnlistedFiles::always;
     /// Made when an explanation is first asked for.
     std::optional<KvCExplainer> explainer_;
     /// What has come after prepare().

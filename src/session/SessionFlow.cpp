@@ -26,6 +26,9 @@ std::uint32_t KvCReflasher::prepare() {
     explainer_.reset();
     driver_.forgetRun();
     fileWatch_.forget();
+    disabledElements_.clear();
+    leavesOutDowngrades_ = false;
+    unlistedFiles_ = KvEUnlistedFiles::always;
     const auto status = withoutException<std::uint32_t>(prepareFailed, [this] { return preparation_.prepare(); });
     if (status == prepareFailed) {
         preparation_.forgetTarget();
@@ -77,7 +80,7 @@ bool KvCReflasher::runMode() {
         printUpdatePlan(writer_, preparation_.archive(), preparation_.inventory());
         return true;
     case performUpdate:
-        return driver_.run();
+        return beginJournal() && driver_.run();
     default: // connectOnly and unknown modes print nothing
         return true;
     }

@@ -85,6 +85,9 @@ KvTVerdict KvCReflasher::verdictOfUpdate() const {
         return {KvEFailure::locked, "the target could not be locked" +
                                         (otherErrors_.empty() ? std::string() : ": " + otherErrors_.back().text)};
     }
+    if (journal_.forbidsMore()) {
+        return verdictOfUnfinished(journal_.verdict().message.c_str(), KvEFailure::output);
+    }
     if (control_.isStopRequested()) {
         const KvTVerdict verdict = verdictOfUnfinished("ended on request", KvEFailure::stopped);
         return verdict.isSuccess() ? verdictOfElements() : verdict;

@@ -128,6 +128,7 @@ KvTDisabling KvCReflasher::disableElement(const std::string& element) {
         }
         if (result.isDone()) {
             preparation_.disableElement(result.elements.front());
+            disabledElements_.push_back(element);
         }
         return result;
     });
@@ -142,7 +143,7 @@ void KvCReflasher::watchFiles() {
     const bool areNoted = withoutException(false, [this] {
         for (const KvTPlannedElement& element : plan()->elements) {
             if (element.decision.update) {
-                fileWatch_.note(element.entry->fileIndex);
+                fileWatch_.watch(element.entry->fileIndex);
             }
         }
         return true;
@@ -153,6 +154,7 @@ void KvCReflasher::watchFiles() {
 }
 
 void KvCReflasher::leaveOutDowngrades() {
+    leavesOutDowngrades_ = true;
     if (plan() == nullptr) {
         return;
     }

@@ -69,8 +69,8 @@ TEST_F(UpdateCallsTest, AWatchedFileThatChangesDuringItsTransferIsNoticed) {
     addBoard(1, completeElement(1));
     addBoard(2, completeElement(1));
     prepare();
-    fileWatch().note(element(0).archiveFileIndex);
-    fileWatch().note(element(1).archiveFileIndex);
+    fileWatch().watch(element(0).archiveFileIndex);
+    fileWatch().watch(element(1).archiveFileIndex);
     manager().setVisitor([this](const std::string& operation) {
         if (operation == "transferFile") {
             archive.folder().write("io1.bin", "other");

@@ -30,15 +30,9 @@ void EventLog::writeRunBegin(const KvTReportFacts& facts) {
 }
 
 void EventLog::writePlan(const KvTPlan& plan) {
-    if (!isOpen()) {
-        return;
+    if (isOpen()) {
+        writeLine(planEvent(now(), plan));
     }
-    for (const KvTPlannedElement& element : plan.elements) {
-        if (element.entry) {
-            fileNames_.emplace(element.entry->fileIndex, element.entry->fileName);
-        }
-    }
-    writeLine(planEvent(now(), plan));
 }
 
 void EventLog::write(const KvTEvent& event, const KvISession& session) {
@@ -59,33 +53,16 @@ void EventLog::writeRunEnd(const KvTVerdict& verdict, int exitCode) {
     }
 }
 
+/// Empty if the event has no line or repeats the last percentage of its phase.
 std::string EventLog::lineOf(const KvTEvent& event, const KvISession& session) {
-    const auto element = [&]() -> const KvTPlannedElement& { return session.plan()->elements.at(event.value); };
-    switch (event.event) {
-    case KvEEvent::phase:
+    if (event.event == KvEEvent::phase) {
         phase_ = event.value;
         percentage_.reset();
-        return phaseEvent(now(), event.value);
-    case KvEEvent::progress:
-        return std::exchange(percentage_, event.value) == event.value ? "" : progressEvent(now(), event.value);
-    case KvEEvent::elementError:
-        return elementErrorEvent(now(), element(), session.outcomeOf(event.value).reason);
-    case KvEEvent::locked:
-        return lockedEvent(now());
-    case KvEEvent::unlocked:
-        return unlockedEvent(now(), event.succeeded);
-    case KvEEvent::transfer:
-        return transferEvent(now(), fileNames_.at(event.value), phase_, event.succeeded);
-    case KvEEvent::elementStart:
-        return elementStartEvent(now(), element());
-    case KvEEvent::elementEnd: {
-        const KvTElementOutcome outcome = session.outcomeOf(event.value);
-        return elementEndEvent(now(), element(), event.succeeded, outcome.result, outcome.reason);
     }
-    case KvEEvent::stalled:
-        break; // what does not change is not repeated
+    if (event.event == KvEEvent::progress && std::exchange(percentage_, event.value) == event.value) {
+        return {};
     }
-    return {};
+    return notifiedEvent(now(), event, phase_, *session.plan(), session.outcomeOf(event.value));
 }
 
 void EventLog::writeLine(const std::string& line) {

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <map>
 #include <optional>
 #include <string>
 
@@ -26,7 +25,6 @@ public:
     // Each writes one line; nothing when no file is open.
 
     void writeRunBegin(const KvNReflasher::KvTReportFacts& facts);
-    /// To come before what is notified of.
     void writePlan(const KvNReflasher::KvTPlan& plan);
     /// What a session notifies of; a percentage that is the last one of its phase is left out.
     void write(const KvNReflasher::KvTEvent& event, const KvISession& session);
@@ -42,8 +40,6 @@ private:
 
     std::FILE* file_ = nullptr;
     bool complete_ = true;
-    /// Of the plan's entries, by file index.
-    std::map<std::uint32_t, std::string> fileNames_;
     std::uint32_t phase_ = 0;
     /// Of the running phase.
     std::optional<std::uint32_t> percentage_;

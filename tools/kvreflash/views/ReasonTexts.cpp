@@ -37,6 +37,18 @@ ReasonTexts textsFor(KvEReason reason) {
         return {"no update: the target has no QB5150 or QB5170 that carries it", "disabled"};
     case KvEReason::downgradeLeftOut:
         return {"no update: the archive has a lower version (--no-downgrade)", "downgrade"};
+    case KvEReason::contentDiffers:
+        return {"update: the journal does not have this content as last written there", ""};
+    case KvEReason::unlistedLeftOut:
+        return {"no update: files that the inventory does not list are left out (--unlisted-files never)", "unlisted"};
+    case KvEReason::writtenBefore:
+        return {"no update: the journal has this content as last written there", "written"};
+    case KvEReason::doneBefore:
+        return {"no update: the run that goes on has installed it", "done"};
+    case KvEReason::inDoubt:
+        return {"no update: it was in progress when the run broke off, and reports neither version nor checksum "
+                "(--redo)",
+                "in doubt"};
     }
     return {"", ""};
 }

@@ -1,0 +1,51 @@
+#include "KvCRunJournal.h"
+
+#include "JournalFolder.h"
+#include "KvCStringConversion.h"
+
+#include <chrono>
+#include <utility>
+
+using namespace KvNReflasher;
+
+std::unique_ptr<KvCRunJournal> KvCRunJournal::create(const KvTJournalOptions& options, std::string& reason) {
+    reason = makeFolders(options.folder);
+    if (!reason.empty()) {
+        return nullptr;
+    }
+    const auto now = std::chrono::system_clock::now();
+    removeOldRuns(options.folder, now);
+    std::string id = newRunId(now);
+    std::unique_ptr<KvCLockedFile> file = KvCLockedFile::create(runFilePath(options.folder, id), reason);
+    if (file == nullptr) {
+        return nullptr;
+    }
+    return std::unique_ptr<KvCRunJournal>(new KvCRunJournal(options, std::move(id), std::move(file)));
+}
+
+KvCRunJournal::KvCRunJournal(const KvTJournalOptions& options, std::string id, std::unique_ptr<KvCLockedFile> file)
+    : options_(options), id_(std::move(id)), file_(std::move(file)) {}
+
+KvCRunJournal::~KvCRunJournal() {
+    if (!hasBegun_) {
+        file_->remove();
+    }
+}
+
+/// The file stays: it is empty, and who would remove it could remove one that another run has just taken.
+bool KvCRunJournal::holdPlan(const std::string& planId, std::string& reason) {
+    plan_ = KvCLockedFile::take(options_.folder + L"\\" + toWide(KvCString("plan-" + planId)) + L".lock", reason);
+    return plan_ != nullptr;
+}
+
+bool KvCRunJournal::write(const std::string& record) {
+    if (!fault_.empty()) {
+        return false;
+    }
+    hasBegun_ = true;
+    return file_->append(chain_.next(record), fault_);
+}
+
+bool KvCRunJournal::flush() {
+    return fault_.empty() && file_->flush(fault_);
+}
