@@ -78,7 +78,7 @@ struct KvTRun {
     std::vector<std::uint32_t> nodeSerialNumbers;
     std::vector<std::string> places;
     /// @}
-    /// Path of the archive as given; empty if it was read without one.
+    /// Path of the archive, from the root; empty if the run has read none.
     std::string archiveFolder;
     std::optional<KvTArchiveIdentity> archive;
     /// The verdict and the exit code that the run has written at its end.

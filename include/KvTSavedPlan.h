@@ -62,7 +62,7 @@ struct KvTSavedPlan {
     /// The target as it was given: an address or a name.
     std::string target;
     KvTDecidingOptions options;
-    /// Path of the archive as it was given.
+    /// Path of the archive, from the root.
     std::string archiveFolder;
     /// Name of the description file in the archive.
     std::string descriptionFileName;

@@ -33,9 +33,10 @@ KvCRunJournal::~KvCRunJournal() {
 }
 
 /// The file stays: it is empty, and who would remove it could remove one that another run has just taken.
-bool KvCRunJournal::holdPlan(const std::string& planId, std::string& reason) {
-    plan_ = KvCLockedFile::take(options_.folder + L"\\" + toWide(KvCString("plan-" + planId)) + L".lock", reason);
-    return plan_ != nullptr;
+bool KvCRunJournal::hold(const std::string& taskId, std::string& reason) {
+    const std::wstring name = toWide(KvCString(std::string_view(taskId)));
+    held_.push_back(KvCLockedFile::take(options_.folder + L"\\" + name + L".lock", reason));
+    return held_.back() != nullptr;
 }
 
 bool KvCRunJournal::write(const std::string& record) {

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 /// The journal of a run that goes on: a file that is held, so that others see that it goes on, and grows line by line.
 class KvCRunJournal {
@@ -19,9 +20,9 @@ public:
     [[nodiscard]] const std::string& id() const { return id_; }
     [[nodiscard]] const KvNReflasher::KvTJournalOptions& options() const { return options_; }
 
-    /// Holds a saved plan: of several runs with one plan only one goes on. False if another run holds it, or, with a
-    /// `reason`, if it cannot be held.
-    [[nodiscard]] bool holdPlan(const std::string& planId, std::string& reason);
+    /// Holds what only one run at a time may do: run the plan of this id, or go on with the run of this id. False if
+    /// another run holds it, or, with a `reason`, if it cannot be held.
+    [[nodiscard]] bool hold(const std::string& taskId, std::string& reason);
 
     /// Adds a record. False, from then on, if that has failed.
     [[nodiscard]] bool write(const std::string& record);
@@ -43,8 +44,7 @@ private:
     const KvNReflasher::KvTJournalOptions options_;
     const std::string id_;
     std::unique_ptr<KvCLockedFile> file_;
-    /// Held while a saved plan is run.
-    std::unique_ptr<KvCLockedFile> plan_;
+    std::vector<std::unique_ptr<KvCLockedFile>> held_;
     KvCLineChain chain_;
     bool hasBegun_ = false;
     std::string fault_;

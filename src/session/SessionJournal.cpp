@@ -36,10 +36,13 @@ KvTVerdict KvCSessionJournal::open(const KvTJournalOptions& options) {
     isRequired_ = options.isRequired;
     std::string reason;
     journal_ = KvCRunJournal::create(options, reason);
-    if (journal_ != nullptr && !options.planId.empty() && !journal_->holdPlan(options.planId, reason)) {
+    for (const std::string& task : {options.planId, options.resumes}) {
+        if (journal_ == nullptr || task.empty() || journal_->hold(task, reason)) {
+            continue;
+        }
         journal_.reset();
         if (reason.empty()) {
-            return {KvEFailure::locked, "another run of this plan goes on"};
+            return {KvEFailure::locked, "another run does the same: " + task};
         }
     }
     if (journal_ == nullptr) {

@@ -1,5 +1,7 @@
 #include "Crypto.h"
+#include "DescriptionFile.h"
 #include "ExhaustedMemory.h"
+#include "Files.h"
 #include "JournalFolder.h"
 #include "KvCReflasher.h"
 #include "KvCStringConversion.h"
@@ -128,7 +130,8 @@ KvTSavedPlan KvCReflasher::planAsItStands() const {
         saved.plan = *plan();
     }
     if (saved.plan.archive) {
-        saved.archiveFolder = toUtf8(options_.archiveFolder).view();
+        const std::string resolved = resolvedPath(options_.archiveFolder);
+        saved.archiveFolder = resolved.empty() ? std::string(toUtf8(options_.archiveFolder).view()) : resolved;
         saved.descriptionFileName = toUtf8(options_.descriptionFileName).view();
         if (const std::optional<std::string> text = textOfFile(archive.descriptionPath(), largestDescription)) {
             saved.descriptionDigest = hexOf(sha256Of(bytesOf(*text)));

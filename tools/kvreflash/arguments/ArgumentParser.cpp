@@ -174,6 +174,10 @@ void CommandSyntax::add(const std::string& names, const char* valueName, const c
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
+bool CommandSyntax::isGiven(const char* name) const {
+    return command_.get_option(name)->count() > 0;
+}
+
 void CommandSyntax::finish() const {
     for (const auto& take : values_) {
         take();

@@ -41,6 +41,8 @@ public:
                    Occurs occurs = Occurs::atMostOnce);
     /// Adds an argument that stands for itself.
     void addArgument(const char* name, const char* help, Take take, Occurs occurs = Occurs::atMostOnce);
+    /// True if the command line has this option, such as "--archive". Only for functions that take or check values.
+    [[nodiscard]] bool isGiven(const char* name) const;
     /// Adds a check that is made when all values have been taken; it may refuse.
     void addCheck(std::function<void()> check) { checks_.push_back(std::move(check)); }
 

@@ -10,9 +10,9 @@ void Command::addOptions(CommandSyntax& syntax) {
 SessionRequest Command::request(KvNReflasher::KvEMode mode) {
     SessionRequest request;
     request.options.mode = mode;
+    common.applyTo(request);
     for (const OptionGroup* const group : groups()) {
         group->applyTo(request);
     }
-    common.applyTo(request);
     return request;
 }

@@ -36,6 +36,7 @@ ExitCode SessionResult::conclude(const JsonOption& json) {
         writeText(stdout, documentOf(report()));
         verdict.add(verdictOfStandardOutput());
     }
+    verdict.add(session_.closeJournal(verdict));
     verdict.add(session_.endEvents(verdict));
     writeReport();
     return ::conclude(verdict);

@@ -4,14 +4,20 @@
 #include "PathTexts.h"
 #include "SystemFolders.h"
 #include "Texts.h"
+#include "UserFiles.h"
 
 #include <cstdio>
 
 using namespace KvNReflasher;
 
 void ArchiveOptions::addTo(CommandSyntax& syntax) {
-    syntax.addOption("-a,--archive", "DIR", "Folder of the firmware archive, or its package", keptIn(folder),
-                     Occurs::once);
+    syntax.addOption(
+        "-a,--archive", "DIR", "Folder of the firmware archive, or its package",
+        [this](const std::string& path) {
+            folder = path;
+            isGiven = true;
+        },
+        isOptional ? Occurs::atMostOnce : Occurs::once);
     syntax.addOption("-d,--description", "FILE", "Description file inside the archive folder (default: archive.json)",
                      keptIn(description));
     trust.addTo(syntax);
@@ -101,6 +107,54 @@ void ForceOption::addTo(CommandSyntax& syntax) {
 void ForceOption::applyTo(SessionRequest& request) const {
     request.options.forceUpdate = isForced;
     request.leavesOutDowngrades = leavesOutDowngrades;
+}
+
+void UnlistedFilesOption::addTo(CommandSyntax& syntax) {
+    using enum KvEUnlistedFiles;
+    syntax.addOption("--unlisted-files", "WHICH",
+                     "Which files that the inventory does not list are written: always (all of them), changed (those "
+                     "that the journal does not have as last written) or never (default: always)",
+                     [this](const std::string& word) {
+                         which = meaningOf<KvEUnlistedFiles>(
+                             "--unlisted-files", word, {{"always", always}, {"changed", changed}, {"never", never}});
+                     });
+}
+
+void UnlistedFilesOption::applyTo(SessionRequest& request) const {
+    request.unlistedFiles = which;
+}
+
+void JournalOption::addTo(CommandSyntax& syntax) {
+    syntax.addOption("--journal", "DIR",
+                     "Folder in which runs are written down; none: nowhere (default: that of the settings file, else "
+                     "the one of the user)",
+                     [this](const std::string& path) {
+                         if (path.empty()) {
+                             refuse("--journal: the folder has no name");
+                         }
+                         isGiven_ = true;
+                         folder = path == "none" ? std::nullopt : std::optional(path);
+                     });
+}
+
+void JournalOption::takeSettings(Settings& settings) {
+    if (isGiven_) {
+        settings.journal = {folder, KvESettingSource::commandLine};
+    }
+    folder = settings.journal.value;
+    isAskedFor = settings.journal.source != KvESettingSource::byDefault;
+}
+
+void JournalOption::applyTo(SessionRequest& request) const {
+    if (!folder) {
+        return;
+    }
+    request.journal.emplace();
+    request.journal->folder = wideOf(absolutePath(*folder));
+    request.journal->isRequired = isAskedFor;
+    for (const std::string& target : request.emulatedTargets) {
+        request.journal->places.push_back(absolutePath(target));
+    }
 }
 
 void JsonOption::addTo(CommandSyntax& syntax) {

@@ -35,6 +35,11 @@ struct TrustOptions final : OptionGroup {
 };
 
 struct ArchiveOptions final : OptionGroup {
+    /// `isOptional`: the command may know the archive from elsewhere.
+    explicit ArchiveOptions(bool isOptional = false) : isOptional(isOptional) {}
+
+    const bool isOptional;
+    bool isGiven = false;
     std::string folder;
     std::string description = "archive.json";
     TrustOptions trust;
@@ -76,6 +81,30 @@ struct ForceOption final : OptionGroup {
 
     void addTo(CommandSyntax& syntax) override;
     void applyTo(SessionRequest& request) const override;
+};
+
+/// Which files that the inventory does not list are written.
+struct UnlistedFilesOption final : OptionGroup {
+    KvNReflasher::KvEUnlistedFiles which = KvNReflasher::KvEUnlistedFiles::always;
+
+    void addTo(CommandSyntax& syntax) override;
+    void applyTo(SessionRequest& request) const override;
+};
+
+/// Where runs are written down.
+struct JournalOption final : OptionGroup {
+    /// As it was given; when the settings were taken, as it is in force. Nothing: nowhere.
+    std::optional<std::string> folder;
+    /// Somebody has asked for this folder: a run that cannot be written there does not begin.
+    bool isAskedFor = false;
+
+    void addTo(CommandSyntax& syntax) override;
+    [[nodiscard]] bool usesSettings() const override { return true; }
+    void takeSettings(Settings& settings) override;
+    void applyTo(SessionRequest& request) const override;
+
+private:
+    bool isGiven_ = false;
 };
 
 struct JsonOption final : OptionGroup {

@@ -9,11 +9,13 @@
 #include "DumpCommand.h"
 #include "ElementsCommand.h"
 #include "ExplainCommand.h"
+#include "HistoryCommand.h"
 #include "MatrixCommand.h"
 #include "NewCommand.h"
 #include "PackCommand.h"
 #include "PlanCommand.h"
 #include "RebootCommand.h"
+#include "ResumeCommand.h"
 #include "SealCommand.h"
 #include "ToolOutput.h"
 #include "UpdateCommand.h"
@@ -43,7 +45,8 @@ constexpr const char* helpFooter =
     "  5    the target could not be locked\n"
     "  6    the target does not report what it should\n"
     "  7    ended on request\n"
-    "  8    no element passes the filters, or an element that was named does not exist\n"
+    "  8    no element passes the filters, or what was named does not exist\n"
+    "  9    a saved plan does not hold any more\n"
     "  64   usage error\n"
     "  130  ended by an interrupt at once\n\n"
     "kvreflash COMMAND --help lists the options of a command.";
@@ -75,6 +78,8 @@ constexpr std::array commandTable = {Row{"version", make<VersionCommand>},
                                      Row{"explain", make<ExplainCommand>},
                                      Row{"matrix", make<MatrixCommand>},
                                      Row{"update", make<UpdateCommand>},
+                                     Row{"resume", make<ResumeCommand>},
+                                     Row{"history", make<HistoryCommand>},
                                      Row{"verify", make<VerifyCommand>},
                                      Row{"reboot", make<RebootCommand>}};
 

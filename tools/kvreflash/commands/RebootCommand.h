@@ -9,8 +9,9 @@ public:
 
     HostOption host;
     FilterOptions filters;
+    JournalOption journal;
     JsonOption json;
 
 private:
-    [[nodiscard]] std::vector<OptionGroup*> groups() override { return {&host, &filters, &json}; }
+    [[nodiscard]] std::vector<OptionGroup*> groups() override { return {&host, &filters, &journal, &json}; }
 };

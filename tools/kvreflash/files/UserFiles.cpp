@@ -14,6 +14,13 @@ fs::path filePath(std::string_view utf8) {
     return {text};
 }
 
+std::string absolutePath(const std::string& utf8) {
+    std::error_code fault;
+    const fs::path absolute = fs::weakly_canonical(fs::absolute(filePath(utf8), fault), fault);
+    const std::u8string text = absolute.u8string();
+    return fault ? utf8 : std::string(text.begin(), text.end());
+}
+
 std::string reasonOf(const fs::path& path, int error) {
     std::error_code ignored;
     if (error == ENXIO) {

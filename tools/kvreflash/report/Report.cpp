@@ -64,3 +64,30 @@ std::string documentOf(const ReportData& report) {
 std::string reportFor(const ReportData& report, const std::string& path) {
     return path.ends_with(".json") ? documentOf(report) : reportPage(report);
 }
+
+ReportData reportOf(const KvTSavedPlan& plan) {
+    ReportData report;
+    report.facts = {.command = "plan",
+                    .toolVersion = plan.toolVersion,
+                    .begin = plan.time,
+                    .end = plan.time,
+                    .target = plan.target,
+                    .archiveFolder = plan.archiveFolder,
+                    .exitCode = 0,
+                    .messages = {}};
+    report.plan = &plan.plan;
+    return report;
+}
+
+ReportData reportOf(const KvTRunRecord& run) {
+    ReportData report = reportOf(run.plan);
+    report.facts.command = run.run.command;
+    report.facts.toolVersion = run.run.toolVersion;
+    report.facts.begin = run.run.begin;
+    report.facts.end = run.run.end;
+    report.facts.exitCode = run.run.exitCode;
+    report.verdict = run.run.verdict;
+    report.outcome = run.outcome;
+    report.verification = run.verification ? &*run.verification : nullptr;
+    return report;
+}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KvDocuments.h"
+#include "KvRuns.h"
 
 #include <string>
 #include <vector>
@@ -36,3 +37,8 @@ struct ReportData {
 
 /// The report for a file, whose ending, .html or .json, decides the form.
 [[nodiscard]] std::string reportFor(const ReportData& report, const std::string& path);
+
+/// A saved plan, as a report shows it. The plan must outlive the result.
+[[nodiscard]] ReportData reportOf(const KvNReflasher::KvTSavedPlan& plan);
+/// A run of the journal, as a report shows it. The run must outlive the result.
+[[nodiscard]] ReportData reportOf(const KvNReflasher::KvTRunRecord& run);

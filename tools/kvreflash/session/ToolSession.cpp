@@ -58,6 +58,33 @@ KvTVerdict ToolSession::endEvents(const KvTVerdict& verdict) {
     return {KvEFailure::output, "cannot write " + quotedPath(request_.eventsFile.value_or(""))};
 }
 
+KvTVerdict ToolSession::openJournal(const std::string& command, const std::string& planId,
+                                    const std::string& resumes) {
+    if (!request_.journal) {
+        return {};
+    }
+    KvTJournalOptions options = *request_.journal;
+    options.command = command;
+    options.planId = planId;
+    options.resumes = resumes;
+    const KvTVerdict verdict = session_->openJournal(options);
+    keepsJournal_ = verdict.isSuccess();
+    return asFarAsRequired(verdict);
+}
+
+KvTVerdict ToolSession::closeJournal(const KvTVerdict& verdict) {
+    return asFarAsRequired(session_->closeJournal(verdict, exitCodeOf(verdict.failure)));
+}
+
+/// A journal that nobody has asked for keeps nothing from being done.
+KvTVerdict ToolSession::asFarAsRequired(KvTVerdict verdict) {
+    if (verdict.failure != KvEFailure::output || !request_.journal || request_.journal->isRequired) {
+        return verdict;
+    }
+    remark("warning: " + verdict.message);
+    return {};
+}
+
 void ToolSession::keepMessages() {
     shown_ = nullptr;
     session_->setMessageFunction(takeMessage, this);
@@ -109,6 +136,12 @@ KvTVerdict ToolSession::select() {
     if (request_.leavesOutDowngrades) {
         session_->leaveOutDowngrades();
     }
+    session_->decideUnlistedFiles(request_.unlistedFiles, journal());
+    showSelection();
+    return verdict;
+}
+
+void ToolSession::showSelection() {
     for (const KvTPlannedElement& element : session_->plan()->elements) {
         if (element.isDowngrade && element.decision.update) {
             remark("warning: '" + element.displayName + "' is downgraded from " + element.installed.version->text +
@@ -116,7 +149,6 @@ KvTVerdict ToolSession::select() {
         }
     }
     events_.writePlan(*session_->plan());
-    return verdict;
 }
 
 KvTVerdict ToolSession::prepareAndRun() {

@@ -13,6 +13,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// What a command asks of its session, and where messages and events go.
@@ -38,6 +39,17 @@ struct SessionRequest {
     std::uint32_t stallLimit = 0;
     /// The conditions on which the archive is accepted; nothing if the session reads none.
     std::optional<KvNReflasher::KvTReleaseOptions> release;
+    /// Which files that the inventory does not list are written.
+    KvNReflasher::KvEUnlistedFiles unlistedFiles = KvNReflasher::KvEUnlistedFiles::always;
+    /// Where runs are written down; nothing: nowhere.
+    std::optional<KvNReflasher::KvTJournalOptions> journal;
+
+    /// Takes the options of a plan that was made before; how they are shown stays.
+    void takeOptions(KvNReflasher::KvTOptions planned) {
+        planned.noProgress = options.noProgress;
+        planned.verbose = options.verbose;
+        options = std::move(planned);
+    }
 };
 
 /// The one session of a command, with the outputs that its messages and events go to.
@@ -60,9 +72,22 @@ public:
 
     /// Creates the file of the events if one is wanted. Class output if that fails.
     [[nodiscard]] KvNReflasher::KvTVerdict openEvents();
+    /// Lets the session write down what it does if a journal is kept: `command` as of KvTJournalOptions, `planId` and
+    /// `resumes` as far as there are. Its verdict counts, unless nobody has asked for the folder: then a warning is said.
+    [[nodiscard]] KvNReflasher::KvTVerdict openJournal(const std::string& command, const std::string& planId = {},
+                                                       const std::string& resumes = {});
+    /// The session writes down what it does.
+    [[nodiscard]] bool keepsJournal() const { return keepsJournal_; }
+    /// Folder and places of the journal, for those who read it; of none an empty folder.
+    [[nodiscard]] KvNReflasher::KvTJournalOptions journal() const {
+        return request_.journal.value_or(KvNReflasher::KvTJournalOptions());
+    }
+    /// Writes the end of the run into the journal. As openJournal().
+    [[nodiscard]] KvNReflasher::KvTVerdict closeJournal(const KvNReflasher::KvTVerdict& verdict);
     /// Writes down what a verification has found.
     void writeVerification(const KvNReflasher::KvTVerification& verification) {
         events_.writeVerification(verification, verdictOf(verification));
+        session_->journalVerification(verification);
     }
     /// Writes the verdict of the command and closes the file. Class output if something could not be written.
     [[nodiscard]] KvNReflasher::KvTVerdict endEvents(const KvNReflasher::KvTVerdict& verdict);
@@ -83,9 +108,11 @@ public:
     bool run();
     /// The user has asked an update to end.
     [[nodiscard]] bool isStopRequested() const { return update_ && update_->isStopRequested(); }
-    /// Leaves the elements of the request out of the update, and says which ones of the others are downgraded. Class
+    /// Leaves the elements of the request out of the update, and shows what is left as showSelection() does. Class
     /// selection if the filters let none through, or if one that was named does not exist.
     [[nodiscard]] KvNReflasher::KvTVerdict select();
+    /// Says which elements are downgraded, and writes the plan to the events.
+    void showSelection();
     /// Prepares the session and runs it if it may run: what there is is shown even if the selection fails.
     /// Returns the verdict on both.
     [[nodiscard]] KvNReflasher::KvTVerdict prepareAndRun();
@@ -102,6 +129,7 @@ private:
     static void takeEvent(const KvNReflasher::KvTEvent& event, void* context);
     void onEvent(const KvNReflasher::KvTEvent& event);
     void sayStall(std::uint32_t seconds);
+    [[nodiscard]] KvNReflasher::KvTVerdict asFarAsRequired(KvNReflasher::KvTVerdict verdict);
 
     const SessionRequest request_;
     const std::chrono::system_clock::time_point begin_ = std::chrono::system_clock::now();
@@ -116,6 +144,7 @@ private:
     PlainProgress progress_;
     QuietFilter quiet_;
     bool hasRun_ = false;
+    bool keepsJournal_ = false;
     /// Of an update.
     std::optional<RunningUpdate> update_;
 };

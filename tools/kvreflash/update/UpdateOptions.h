@@ -1,7 +1,8 @@
 #pragma once
 
-#include "Command.h"
+#include "SharedOptions.h"
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -48,24 +49,15 @@ struct EventsOption final : OptionGroup {
     void applyTo(SessionRequest& request) const override;
 };
 
-class UpdateCommand final : public Command {
-public:
-    [[nodiscard]] const char* summary() const override { return "Update a target from an archive."; }
-    [[nodiscard]] ExitCode run() override;
+/// A saved plan that decides what the update does.
+struct PlanFileOption final : OptionGroup {
+    /// `steps`: an update that a plan decides verifies what it has done.
+    explicit PlanFileOption(UpdateSteps& steps) : steps_(steps) {}
 
-    ArchiveOptions archive;
-    HostOption host;
-    FilterOptions filters;
-    ForceOption force;
-    ProgressOptions progress;
-    DisableOption disabled;
-    UpdateSteps steps;
-    EventsOption events;
-    ReportOption report;
-    JsonOption json;
+    std::optional<std::string> file;
+
+    void addTo(CommandSyntax& syntax) override;
 
 private:
-    [[nodiscard]] std::vector<OptionGroup*> groups() override {
-        return {&archive, &host, &filters, &force, &progress, &disabled, &steps, &events, &report, &json};
-    }
+    UpdateSteps& steps_;
 };
