@@ -5,6 +5,7 @@
 #include "KvTComparison.h"
 #include "KvTOutcome.h"
 #include "KvTPlan.h"
+#include "KvTSettings.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,10 +13,10 @@
 #include <string>
 #include <vector>
 
-// JSON documents of sessions and archives: UTF-8, indented, with a line end. Each begins with its format and states the
-// verdict. Values that are not there (null pointers) leave out what depends on them. Then the lines of events. All are
-// described in docs/documents.md and have schemas in docs/schemas. Bytes that are not UTF-8 are replaced by U+FFFD. All
-// functions throw std::bad_alloc when memory is exhausted.
+// JSON documents of sessions, archives and settings: UTF-8, indented, with a line end. Each begins with its format and
+// states the verdict. Values that are not there (null pointers) leave out what depends on them. Then the lines of
+// events. All are described in docs/documents.md and have schemas in docs/schemas. Bytes that are not UTF-8 are
+// replaced by U+FFFD. All functions throw std::bad_alloc when memory is exhausted.
 
 namespace KvNReflasher {
 
@@ -88,6 +89,8 @@ inline constexpr std::size_t outlookCount = 4;
 /// Two archives side by side, and the plans that a target's elements have with each; null: no target was asked.
 [[nodiscard]] KV_REFLASH_API std::string compareDocument(const KvTComparison& comparison, const KvTPlan* before,
                                                          const KvTPlan* after, const KvTVerdict& verdict);
+/// What is in force, and where each value comes from.
+[[nodiscard]] KV_REFLASH_API std::string settingsDocument(const KvTSettings& settings, const KvTVerdict& verdict);
 /// The document of plan, update, verify or reboot, and their report: the plan, and what came of it.
 [[nodiscard]] KV_REFLASH_API std::string reportDocument(const KvTSessionRecord& session, const KvTReportFacts& facts);
 
@@ -148,5 +151,7 @@ inline constexpr std::size_t outlookCount = 4;
 [[nodiscard]] KV_REFLASH_API const char* codeOf(KvESeverity severity);
 [[nodiscard]] KV_REFLASH_API const char* codeOf(KvESeal seal);
 [[nodiscard]] KV_REFLASH_API const char* codeOf(KvEChange change);
+[[nodiscard]] KV_REFLASH_API const char* codeOf(KvESettingSource source);
+[[nodiscard]] KV_REFLASH_API const char* codeOf(KvESettingsFile state);
 
 } // namespace KvNReflasher

@@ -454,6 +454,22 @@ def reboot():
     return session("reboot", "Reboot of a target")
 
 
+def settings():
+    def setting(description, value):
+        return record(description, {"value": value, "source": word("Where the value comes from.", "settingSourceWords")})
+
+    file = record("The settings file.", {
+        "path": text("Its path."),
+        "state": word("read: its values count; ignored: whether there is one was not asked.", "settingsFileWords"),
+    })
+    return document("settings", "Settings of a machine", {
+        "file": part("file", "The settings file."),
+        "requirePlan": setting("Whether an update needs a saved plan.", flag("True: it does.")),
+        "trust": setting("Who is trusted.", text("The trust folder.", "none")),
+        "journal": setting("Where journals are kept.", text("The folder of the journals.", "none is kept")),
+    }, {"file": file})
+
+
 # Events. Each has its time and its name.
 
 INDEX = number("Index of the element in the list of the plan.")
@@ -537,7 +553,8 @@ def events():
 
 
 SCHEMA_MAKERS = {"content": content, "elements": elements, "plan": plan, "explain": explain, "matrix": matrix,
-                 "compare": compare, "check": check, "update": update, "verify": verify, "reboot": reboot, "events": events}
+                 "compare": compare, "check": check, "update": update, "verify": verify, "reboot": reboot,
+                 "settings": settings, "events": events}
 
 
 def schema_texts():

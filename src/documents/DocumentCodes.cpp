@@ -41,6 +41,8 @@ constexpr auto outlookWords = wordsUpTo<KvEOutlook::disabled>("would-update", "u
 static_assert(outlookWords.size() == outlookCount);
 constexpr auto severityWords = wordsUpTo<KvESeverity::warning>("error", "warning");
 constexpr auto changeWords = wordsUpTo<KvEChange::changed>("same", "added", "removed", "up", "down", "changed");
+constexpr auto settingSourceWords = wordsUpTo<KvESettingSource::builtIn>("command-line", "settings-file", "default");
+constexpr auto settingsFileWords = wordsUpTo<KvESettingsFile::ignored>("read", "absent", "ignored");
 constexpr auto sealWords = wordsUpTo<KvESeal::trusted>("unsealed", "sealed", "signed-by-stranger", "trusted");
 
 constexpr auto unlistedFilesWords = wordsUpTo<KvEUnlistedFiles::never>("always", "changed", "never");
@@ -117,6 +119,14 @@ const char* codeOf(KvERunState state) {
 
 const char* codeOf(KvEElementProgress progress) {
     return wordOf(progressWords, progress);
+}
+
+const char* codeOf(KvESettingSource source) {
+    return wordOf(settingSourceWords, source);
+}
+
+const char* codeOf(KvESettingsFile state) {
+    return wordOf(settingsFileWords, state);
 }
 
 } // namespace KvNReflasher

@@ -61,8 +61,8 @@ json runRecord(const KvTRun& run) {
 
 /// Null if the target was not looked at, or does not list the element.
 json afterRecord(const KvTRunRecord& run, std::size_t index) {
-    const bool isFound = run.verification && index < run.verification->look.elements.size() &&
-                         run.verification->look.elements[index];
+    const bool isFound =
+        run.verification && index < run.verification->look.elements.size() && run.verification->look.elements[index];
     return isFound ? installedRecord(*run.verification->look.elements[index]) : json();
 }
 

@@ -35,6 +35,8 @@ TEST(Codes, EveryValueHasAWordOfItsOwn) {
     expectOwnWords(KvEFailedCall::writeFile);
     expectOwnWords(KvEOutlook::disabled);
     expectOwnWords(KvESeverity::warning);
+    expectOwnWords(KvESettingSource::builtIn);
+    expectOwnWords(KvESettingsFile::ignored);
 }
 
 struct CodeRow {
@@ -112,7 +114,13 @@ const CodeRow codeRows[] = {{"archive", codeOf(KvEFailure::archive)},
                             {"no-entry", codeOf(KvEOutlook::noEntry)},
                             {"disabled", codeOf(KvEOutlook::disabled)},
                             {"error", codeOf(KvESeverity::error)},
-                            {"warning", codeOf(KvESeverity::warning)}};
+                            {"warning", codeOf(KvESeverity::warning)},
+                            {"command-line", codeOf(KvESettingSource::commandLine)},
+                            {"settings-file", codeOf(KvESettingSource::settingsFile)},
+                            {"default", codeOf(KvESettingSource::builtIn)},
+                            {"read", codeOf(KvESettingsFile::read)},
+                            {"absent", codeOf(KvESettingsFile::absent)},
+                            {"ignored", codeOf(KvESettingsFile::ignored)}};
 
 TEST(Codes, WordsNameTheirValues) {
     for (const CodeRow& row : codeRows) {

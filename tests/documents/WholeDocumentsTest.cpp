@@ -131,6 +131,24 @@ std::string compareRefused() {
     return compareDocument(comparison, nullptr, nullptr, comparison.verdict);
 }
 
+/// One value from each place.
+KvTSettings sampleSettings() {
+    return {.file = "/etc/kvreflash/kvreflash.ini",
+            .fileState = KvESettingsFile::read,
+            .requirePlan = {true, KvESettingSource::settingsFile},
+            .trust = {"pr\u00FCfer/trust", KvESettingSource::commandLine},
+            .journal = {"/var/lib/kvreflash", KvESettingSource::builtIn}};
+}
+
+KvTSettings settingsWithoutFolders() {
+    KvTSettings settings = sampleSettings();
+    settings.fileState = KvESettingsFile::absent;
+    settings.requirePlan = {};
+    settings.trust = {};
+    settings.journal = {std::nullopt, KvESettingSource::commandLine};
+    return settings;
+}
+
 /// One of each.
 std::string events() {
     const std::string time = "2026-03-01T12:34:56.789Z";
@@ -165,6 +183,8 @@ const std::vector<DocumentRow>& documentRows() {
         {"compare.json", [] { return compareDocument(sampleComparison(), nullptr, nullptr, success); }},
         {"compare.target.json", compareForATarget},
         {"compare.refused.json", compareRefused},
+        {"settings.json", [] { return settingsDocument(sampleSettings(), success); }},
+        {"settings.no-folders.json", [] { return settingsDocument(settingsWithoutFolders(), success); }},
         {"plan.json", plan},
         {"plan.no-target.json", planWithoutTarget},
         {"update.json", update},

@@ -11,7 +11,8 @@ PROJECT = Path(__file__).resolve().parents[2]
 SCHEMAS = PROJECT / "docs" / "schemas"
 
 # Of what is written, and of what is read.
-NAMES = ("content", "elements", "plan", "explain", "matrix", "check", "compare", "update", "verify", "reboot", "events")
+NAMES = ("content", "elements", "plan", "explain", "matrix", "check", "compare", "update", "verify", "reboot", "settings",
+         "events")
 READ_NAMES = ("archive",)
 # The part of a schema for events that this version does not write.
 OTHER_EVENT = "otherEvent"

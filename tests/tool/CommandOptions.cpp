@@ -12,8 +12,8 @@ const Names hostCommands{"elements", "connect", "capture", "plan", "explain", "u
 const Names targetCommands{"elements", "connect", "plan", "explain", "update", "verify", "reboot"};
 const Names checkCommand{"check"};
 const Names updateCommand{"update"};
-const Names allCommands{"version", "check", "archive-version", "content", "dump",   "elements", "connect",
-                        "capture", "plan",  "explain",         "matrix",  "update", "verify",   "reboot"};
+const Names allCommands{"version", "check",   "archive-version", "content", "dump",   "elements", "connect", "capture",
+                        "plan",    "explain", "matrix",          "update",  "verify", "reboot",   "settings"};
 
 } // namespace
 
@@ -54,9 +54,10 @@ const std::vector<CommandOption>& commandOptions() {
          "",
          "",
          false,
-         {"check", "content", "elements", "plan", "explain", "matrix", "update", "verify", "reboot"}},
+         {"check", "content", "elements", "plan", "explain", "matrix", "update", "verify", "reboot", "settings"}},
         {"--verbose", "-v", "", false, allCommands},
         {"--quiet", "-q", "", false, allCommands},
+        {"--no-settings", "", "", false, allCommands},
         {"--emulate", "", "rack", true, allCommands},
     };
     return options;

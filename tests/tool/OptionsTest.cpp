@@ -94,6 +94,7 @@ std::vector<Field> updateFields() {
         {"--reboot", [](auto& update, const auto&) { return update.steps.reboots; }},
         {"--events", [](auto&, const auto& request) { return request.eventsFile == "events.jsonl"; }},
         {"--verbose", [](auto&, const auto& request) { return request.options.verbose; }},
+        {"--no-settings", [](auto& update, const auto&) { return update.common.ignoresSettings; }},
         {"--emulate", [](auto&, const auto& request) { return request.emulatedTargets == Arguments{"rack"}; }},
     };
 }

@@ -172,6 +172,11 @@ class DocumentsTest(ScratchTest):
         document = self.document("reboot", "--json", "-t", "127.0.0.9", "--emulate", rack)
         self.assertEqual(document["failure"], "target")
 
+    def test_settings_keep_to_the_schema(self):
+        document = self.document("settings", "--json", "--no-settings")
+        self.assertEqual(document["file"]["state"], "ignored")
+        self.check_spoilt("settings", document)
+
     def test_what_failed_has_its_reason(self):
         reasons = {}
         for name in ("events", "update-file-missing", "update-fails-and-cancels-later-phase"):

@@ -87,7 +87,7 @@ class ExamplesTest(ScratchTest):
 
 
 SHARED = {"--help", "--verbose", "--quiet", "--description", "--emulate", "--board-type", "--serial-number", "--element",
-          "--configuration", "--skip-custom", "--force", "--no-downgrade", "--trust", "--unsealed"}
+          "--configuration", "--skip-custom", "--force", "--no-downgrade", "--trust", "--unsealed", "--no-settings"}
 
 
 class PatternTest(unittest.TestCase):

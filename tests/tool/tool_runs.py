@@ -46,15 +46,15 @@ def command_of(*line):
     return [*shlex.split(arguments.launcher), str(arguments.tool.resolve()), *map(str, line)]
 
 
-def run(*line, folder=None, trace=None, timeout=300, **options):
+def run(*line, folder=None, trace=None, timeout=300, starter=(), **options):
     """Runs the tool with these arguments, in `folder`; sleeps take no time. Its calls are appended to the file `trace`
-    of that folder. After `timeout` seconds the test fails."""
+    of that folder. After `timeout` seconds the test fails. `starter` is a command that runs the one that follows it."""
     environment = {key: value for key, value in os.environ.items() if not key.startswith("KV_")}
     environment.update({"LC_ALL": "C.UTF-8", "KV_TIME_SCALE": "0"})
     if trace:
         environment["KV_TRACE"] = trace
-    process = subprocess.run(command_of(*line), cwd=folder, env=environment, stdin=subprocess.DEVNULL, capture_output=True,
-                             check=False, timeout=timeout, **options)
+    process = subprocess.run([*starter, *command_of(*line)], cwd=folder, env=environment, stdin=subprocess.DEVNULL,
+                             capture_output=True, check=False, timeout=timeout, **options)
     if arguments.fold_crlf:
         process.stdout = process.stdout.replace(b"\r\n", b"\n")
         process.stderr = process.stderr.replace(b"\r\n", b"\n")

@@ -2,7 +2,6 @@
 
 #include "EmulatedTargets.h"
 #include "PathTexts.h"
-#include "SystemFolders.h"
 #include "Texts.h"
 #include "UserFiles.h"
 
@@ -33,7 +32,7 @@ void TrustOptions::addTo(CommandSyntax& syntax) {
     syntax.addOption(
         "--trust", "DIR",
         "Accept only archives that are signed by somebody whom the file allowed_signers in this folder lists "
-        "(default: the folder of the system, if there is one)",
+        "(default: that of the settings file, else the folder of the system, if there is one)",
         [this](const std::string& path) {
             if (path.empty()) {
                 refuse("--trust: the folder has no name");
@@ -43,9 +42,16 @@ void TrustOptions::addTo(CommandSyntax& syntax) {
     syntax.addSwitch("--unsealed", acceptsUnsealed, "Accept an archive without manifest or signature all the same");
 }
 
+void TrustOptions::takeSettings(Settings& settings) {
+    if (folder) {
+        settings.trust = {folder, KvESettingSource::commandLine};
+    }
+    folder = settings.trust.value;
+}
+
 KvTReleaseOptions TrustOptions::options() const {
     KvTReleaseOptions options;
-    options.trustFolder = folder ? wideOf(*folder) : wideOf(systemTrustFolder());
+    options.trustFolder = wideOf(folder.value_or(""));
     options.acceptUnsealed = acceptsUnsealed;
     return options;
 }
@@ -142,7 +148,7 @@ void JournalOption::takeSettings(Settings& settings) {
         settings.journal = {folder, KvESettingSource::commandLine};
     }
     folder = settings.journal.value;
-    isAskedFor = settings.journal.source != KvESettingSource::byDefault;
+    isAskedFor = settings.journal.source != KvESettingSource::builtIn;
 }
 
 void JournalOption::applyTo(SessionRequest& request) const {
@@ -182,6 +188,7 @@ void ReportOption::applyTo(SessionRequest& request) const {
 void CommonOptions::addTo(CommandSyntax& syntax) {
     syntax.addSwitch("-v,--verbose", isVerbose, "Print details");
     syntax.addSwitch("-q,--quiet", isQuiet, "Print results and errors only");
+    syntax.addSwitch("--no-settings", ignoresSettings, "Ignore the settings file and the default trust folder");
     syntax.addCheck([this] {
         if (isQuiet && isVerbose) {
             refuse("--quiet contradicts --verbose");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ArgumentParser.h"
+#include "Settings.h"
 #include "ToolSession.h"
 
 #include <optional>
@@ -19,24 +20,30 @@ public:
 
     /// Adds the options to a command; their values are written here.
     virtual void addTo(CommandSyntax& syntax) = 0;
+    /// Settings may state what the command line leaves open.
+    [[nodiscard]] virtual bool usesSettings() const { return false; }
+    /// Puts what was given into the settings, and takes from them what was not.
+    virtual void takeSettings(Settings& /*settings*/) {}
     /// Writes what they ask of a session into the request.
     virtual void applyTo(SessionRequest& /*request*/) const {}
 };
 
 /// The conditions on which an archive is accepted.
 struct TrustOptions final : OptionGroup {
-    /// Nothing: the system's, if there is one.
+    /// As it was given; when the settings were taken, as it is in force. Nothing: there is none.
     std::optional<std::string> folder;
     bool acceptsUnsealed = false;
 
     void addTo(CommandSyntax& syntax) override;
+    [[nodiscard]] bool usesSettings() const override { return true; }
+    void takeSettings(Settings& settings) override;
     void applyTo(SessionRequest& request) const override;
     [[nodiscard]] KvNReflasher::KvTReleaseOptions options() const;
 };
 
 struct ArchiveOptions final : OptionGroup {
     /// `isOptional`: the command may know the archive from elsewhere.
-    explicit ArchiveOptions(bool isOptional = false) : isOptional(isOptional) {}
+    explicit ArchiveOptions(bool mayBeLeftOut = false) : isOptional(mayBeLeftOut) {}
 
     const bool isOptional;
     bool isGiven = false;
@@ -45,6 +52,8 @@ struct ArchiveOptions final : OptionGroup {
     TrustOptions trust;
 
     void addTo(CommandSyntax& syntax) override;
+    [[nodiscard]] bool usesSettings() const override { return true; }
+    void takeSettings(Settings& settings) override { trust.takeSettings(settings); }
     void applyTo(SessionRequest& request) const override;
 };
 
@@ -126,6 +135,7 @@ struct ReportOption final : OptionGroup {
 struct CommonOptions final : OptionGroup {
     bool isVerbose = false;
     bool isQuiet = false;
+    bool ignoresSettings = false;
     /// Folders.
     std::vector<std::string> emulatedTargets;
 

@@ -17,6 +17,7 @@
 #include "RebootCommand.h"
 #include "ResumeCommand.h"
 #include "SealCommand.h"
+#include "SettingsCommand.h"
 #include "ToolOutput.h"
 #include "UpdateCommand.h"
 #include "VerifyCommand.h"
@@ -33,6 +34,8 @@ constexpr const char* helpFooter =
     "What a session has to say goes to standard output, what this tool itself has to say to standard error.\n\n"
     "Every option with a value takes exactly one; a value that begins with \"-\" is written --option=VALUE, an empty "
     "one as an argument of its own: -t \"\". Options without a value are off by default.\n\n"
+    "The settings file of the machine may state a trust folder and more: kvreflash settings shows what is in force. "
+    "A settings file that cannot be used is a usage error.\n\n"
     "Sessions with emulated targets obey the environment variables KV_TIME_SCALE and KV_TRACE: see "
     "docs/emulation.md.\n\n"
     "Exit codes:\n"
@@ -81,7 +84,8 @@ constexpr std::array commandTable = {Row{"version", make<VersionCommand>},
                                      Row{"resume", make<ResumeCommand>},
                                      Row{"history", make<HistoryCommand>},
                                      Row{"verify", make<VerifyCommand>},
-                                     Row{"reboot", make<RebootCommand>}};
+                                     Row{"reboot", make<RebootCommand>},
+                                     Row{"settings", make<SettingsCommand>}};
 
 } // namespace
 
@@ -115,5 +119,10 @@ ExitCode executeCommandLine(const std::vector<std::string>& arguments) {
     if (const auto* const answered = std::get_if<ExitCode>(&read)) {
         return *answered == exitSuccess ? conclude({}) : *answered;
     }
-    return std::get<std::unique_ptr<Command>>(read)->run();
+    Command& command = *std::get<std::unique_ptr<Command>>(read);
+    if (const std::string fault = command.takeSettings(); !fault.empty()) {
+        say(fault);
+        return exitUsage;
+    }
+    return command.run();
 }

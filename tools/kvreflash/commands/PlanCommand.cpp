@@ -15,10 +15,10 @@ using namespace KvNReflasher;
 namespace {
 
 /// Options that a shown plan has no use for.
-constexpr std::array plannedOptions = {"--archive",     "--description",    "--trust",   "--unsealed",
-                                       "--target",      "--board-type",     "--element", "--serial-number",
-                                       "--configuration", "--skip-custom",  "--force",   "--no-downgrade",
-                                       "--disable",     "--unlisted-files", "--save",    "--journal"};
+constexpr std::array plannedOptions = {"--archive",       "--description",    "--trust",   "--unsealed",
+                                       "--target",        "--board-type",     "--element", "--serial-number",
+                                       "--configuration", "--skip-custom",    "--force",   "--no-downgrade",
+                                       "--disable",       "--unlisted-files", "--save",    "--journal"};
 
 /// Writes the plan of the session to its file.
 KvTVerdict savePlan(ToolSession& session, ReplacedFile& file, const std::string& path) {

@@ -32,6 +32,6 @@ public:
 private:
     [[nodiscard]] ExitCode showSaved();
     [[nodiscard]] std::vector<OptionGroup*> groups() override {
-        return {&archive, &host,  &filters, &force, &unlistedFiles, &disabled, &files, &journal, &json, &report};
+        return {&archive, &host, &filters, &force, &unlistedFiles, &disabled, &files, &journal, &json, &report};
     }
 };

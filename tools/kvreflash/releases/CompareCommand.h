@@ -15,6 +15,8 @@ struct ComparedArchives final : OptionGroup {
     TrustOptions trust;
 
     void addTo(CommandSyntax& syntax) override;
+    [[nodiscard]] bool usesSettings() const override { return true; }
+    void takeSettings(Settings& settings) override { trust.takeSettings(settings); }
 };
 
 class CompareCommand final : public Command {

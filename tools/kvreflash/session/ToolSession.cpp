@@ -58,8 +58,7 @@ KvTVerdict ToolSession::endEvents(const KvTVerdict& verdict) {
     return {KvEFailure::output, "cannot write " + quotedPath(request_.eventsFile.value_or(""))};
 }
 
-KvTVerdict ToolSession::openJournal(const std::string& command, const std::string& planId,
-                                    const std::string& resumes) {
+KvTVerdict ToolSession::openJournal(const std::string& command, const std::string& planId, const std::string& resumes) {
     if (!request_.journal) {
         return {};
     }

@@ -73,7 +73,8 @@ public:
     /// Creates the file of the events if one is wanted. Class output if that fails.
     [[nodiscard]] KvNReflasher::KvTVerdict openEvents();
     /// Lets the session write down what it does if a journal is kept: `command` as of KvTJournalOptions, `planId` and
-    /// `resumes` as far as there are. Its verdict counts, unless nobody has asked for the folder: then a warning is said.
+    /// `resumes` as far as there are. Its verdict counts, unless nobody has asked for the folder: then a warning is
+    /// said.
     [[nodiscard]] KvNReflasher::KvTVerdict openJournal(const std::string& command, const std::string& planId = {},
                                                        const std::string& resumes = {});
     /// The session writes down what it does.

@@ -37,8 +37,7 @@ std::optional<KvTRunRecord> ResumeCommand::chooseRun(KvTVerdict& verdict) const 
         verdict.add({KvEFailure::selection, "no journal is kept"});
         return std::nullopt;
     }
-    const std::string id =
-        argument.run.empty() ? lastOpenRun(runsFor(journal, host.host).runs, verdict) : argument.run;
+    const std::string id = argument.run.empty() ? lastOpenRun(runsFor(journal, host.host).runs, verdict) : argument.run;
     if (id.empty()) {
         return std::nullopt;
     }

@@ -19,7 +19,8 @@ KvTRunList runsFor(const JournalOption& journal, const std::string& host) {
         say("warning: " + fault);
     }
     if (!host.empty()) {
-        std::erase_if(list.runs, [&host](const KvTRun& run) { return run.target != host && run.targetAddress != host; });
+        std::erase_if(list.runs,
+                      [&host](const KvTRun& run) { return run.target != host && run.targetAddress != host; });
     }
     return list;
 }

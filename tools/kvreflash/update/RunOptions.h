@@ -13,6 +13,6 @@ struct RunArgument final : OptionGroup {
     void addTo(CommandSyntax& syntax) override;
 };
 
-/// The runs of a journal that were made for the target `host`, a name or an address; empty: all. Says which files of the
-/// journal cannot be read.
+/// The runs of a journal that were made for the target `host`, a name or an address; empty: all. Says which files of
+/// the journal cannot be read.
 [[nodiscard]] KvNReflasher::KvTRunList runsFor(const JournalOption& journal, const std::string& host);

@@ -16,12 +16,8 @@ ExitCode UpdateCommand::run() {
     if (plan.file) {
         return runPlan(*plan.file);
     }
-    const UpdateTask task{.request = request(performUpdate),
-                          .steps = steps,
-                          .report = report,
-                          .json = json,
-                          .plan = {},
-                          .resumed = {}};
+    const UpdateTask task{
+        .request = request(performUpdate), .steps = steps, .report = report, .json = json, .plan = {}, .resumed = {}};
     return UpdateSession(task).updateAndReport();
 }
 

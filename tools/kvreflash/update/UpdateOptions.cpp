@@ -7,8 +7,8 @@ using namespace KvNReflasher;
 namespace {
 
 /// Options that a saved plan has decided.
-constexpr std::array decidedOptions = {"--target",  "--description",   "--board-type", "--serial-number",
-                                       "--element", "--configuration", "--skip-custom", "--force",
+constexpr std::array decidedOptions = {"--target",  "--description",   "--board-type",    "--serial-number",
+                                       "--element", "--configuration", "--skip-custom",   "--force",
                                        "--disable", "--no-downgrade",  "--unlisted-files"};
 
 } // namespace

@@ -50,7 +50,8 @@ bool UpdateSession::opensFiles() {
     }
     result_.verdict.add(task_.fault);
     if (result_.verdict.isSuccess()) {
-        result_.verdict = session_.openJournal("update", planId(), task_.resumed ? task_.resumed->run.id : std::string());
+        result_.verdict =
+            session_.openJournal("update", planId(), task_.resumed ? task_.resumed->run.id : std::string());
     }
     if (result_.verdict.isSuccess() && task_.plan && !session_.keepsJournal()) {
         session_.remark("warning: without a journal nobody knows whether this plan was run before");
@@ -180,8 +181,8 @@ void UpdateSession::judgeDoubt() {
     }
 }
 
-/// Looks at what the target reports, as far as that is judged or reported. Whatever a report alone needs is not worth to
-/// wait for a target that comes up.
+/// Looks at what the target reports, as far as that is judged or reported. Whatever a report alone needs is not worth
+/// to wait for a target that comes up.
 void UpdateSession::lookAgain() {
     const bool isDown = task_.steps.reboots && succeeded_;
     if (!session_.hasRun() || (!task_.steps.verifies && (!task_.report.file || isDown))) {

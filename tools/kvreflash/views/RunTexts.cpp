@@ -178,7 +178,9 @@ std::string resumptionText(const KvTRun& run, const KvTPlan& plan, const std::ve
     KvTTextTable table = {{"No.", "Update element", "Journal", "Target", "Now"}};
     for (const KvTResumedElement& one : elements) {
         const KvTPlannedElement& element = plan.elements[one.index];
-        const char* const target = !element.isListed() ? "not listed" : one.isReported ? "as planned" : "not as planned";
+        const char* const target = !element.isListed() ? "not listed"
+                                   : one.isReported    ? "as planned"
+                                                       : "not as planned";
         table.push_back({std::to_string(one.index), element.displayName, wordsOf(codeOf(one.progress)),
                          one.isInDoubt ? "neither version nor checksum" : target, decisionText(element.decision)});
     }

@@ -1,0 +1,45 @@
+#include "DocumentFrame.h"
+#include "JsonValues.h"
+#include "KvDocuments.h"
+
+#include <utility>
+
+// What is in force on a machine, and from where.
+
+namespace KvNReflasher {
+
+using KvNJson::json;
+
+namespace {
+
+json settingRecord(json value, KvESettingSource source) {
+    json record = json::makeObject();
+    record.set("value", std::move(value));
+    record.set("source", codeOf(source));
+    return record;
+}
+
+/// Null for no folder.
+json folderRecord(const KvTSetting<std::optional<std::string>>& setting) {
+    return settingRecord(setting.value ? textValue(*setting.value) : json(), setting.source);
+}
+
+json fileRecord(const KvTSettings& settings) {
+    json record = json::makeObject();
+    record.set("path", textValue(settings.file));
+    record.set("state", codeOf(settings.fileState));
+    return record;
+}
+
+} // namespace
+
+std::string settingsDocument(const KvTSettings& settings, const KvTVerdict& verdict) {
+    json document = framedDocument("settings", verdict);
+    document.set("file", fileRecord(settings));
+    document.set("requirePlan", settingRecord(settings.requirePlan.value, settings.requirePlan.source));
+    document.set("trust", folderRecord(settings.trust));
+    document.set("journal", folderRecord(settings.journal));
+    return documentText(document);
+}
+
+} // namespace KvNReflasher
