@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """The settings file of a machine. Its place is fixed: each run has a folder /etc of its own, in a mount namespace."""
 
+import errno
 import json
 import os
 import shutil
@@ -17,6 +18,8 @@ from schemas import strict_validator_of  # noqa: E402
 
 FILE = "/etc/kvreflash/kvreflash.ini"
 TRUST = "/etc/kvreflash/trust"
+# As documents call them.
+KEYS = ("requirePlan", "trust", "journal")
 NOBODY = 65534
 USAGE = 64
 REFUSED = 3
@@ -119,19 +122,18 @@ class ValuesTest(SettingsTest):
         self.write("# require-plan = true", "; journal = none", "")
         document = self.settings()
         self.assertEqual(document["file"], {"path": FILE, "state": "read"})
-        self.assertEqual({document[name]["source"] for name in ("requirePlan", "trust", "journal")}, {"default"})
+        self.assertEqual({document[name]["source"] for name in KEYS}, {"default"})
 
     def test_each_key_is_in_force(self):
         rows = (("require-plan = true", "requirePlan", True), ("require-plan = false", "requirePlan", False),
-                ("trust = /srv/my trust", "trust", "/srv/my trust"), ("journal = /srv/journal", "journal", "/srv/journal"),
-                ("journal = none", "journal", None))
+                ("trust = /srv/my trust", "trust", "/srv/my trust"),
+                ("journal = /srv/journal", "journal", "/srv/journal"), ("journal = none", "journal", None))
         for line, name, value in rows:
             with self.subTest(line):
                 self.write(line)
                 document = self.settings()
                 self.assertEqual(document[name], {"value": value, "source": "settings-file"})
-                self.assertEqual({document[other]["source"] for other in ("requirePlan", "trust", "journal")} - {
-                    document[name]["source"]}, {"default"})
+                self.assertEqual({document[other]["source"] for other in KEYS if other != name}, {"default"})
 
     def test_a_link_leads_to_the_file(self):
         (self.folder / "real.ini").write_text("require-plan = true\n", encoding="utf-8")
@@ -193,7 +195,8 @@ class JournalTest(SettingsTest):
         return json.loads(done.stdout)["journal"]
 
     def test_it_is_the_folder_of_the_state(self):
-        self.assertEqual(self.journal(XDG_STATE_HOME="/srv/state"), {"value": "/srv/state/kvreflash", "source": "default"})
+        self.assertEqual(self.journal(XDG_STATE_HOME="/srv/state"),
+                         {"value": "/srv/state/kvreflash", "source": "default"})
 
     def test_root_has_the_folder_of_the_system(self):
         if os.geteuid() != 0:
@@ -256,24 +259,25 @@ class UnusableFileTest(SettingsTest):
             self.assert_unusable("Permission denied")
         self.folder.chmod(0o700)
 
+    def test_a_folder_in_its_place_is_refused(self):
+        self.file.mkdir()
+        self.assert_unusable("Is a directory")
+
     def test_what_is_not_a_file_is_refused(self):
         def listen():
             with socket.socket(socket.AF_UNIX) as listener:
-                os.chdir(self.folder)
-                listener.bind(self.file.name)
-                os.chdir(PROJECT)
+                listener.bind(str(self.file))
 
         not_regular = "it is not a regular file"
-        rows = ((self.file.mkdir, "Is a directory"), (lambda: os.mkfifo(self.file), not_regular),
+        rows = ((lambda: self.file.symlink_to("/"), "Is a directory"), (lambda: os.mkfifo(self.file), not_regular),
                 (lambda: self.file.symlink_to("/dev/zero"), not_regular), (listen, not_regular),
                 (lambda: self.file.symlink_to("missing"), "it is a link that leads nowhere"),
-                (lambda: self.file.symlink_to("/"), "Is a directory"),
-                (lambda: self.file.symlink_to(self.file.name), os.strerror(40)))
+                (lambda: self.file.symlink_to(self.file.name), os.strerror(errno.ELOOP)))
         for make, reason in rows:
             make()
             with self.subTest(reason):
                 self.assert_unusable(reason)
-            self.file.rmdir() if self.file.is_dir() and not self.file.is_symlink() else self.file.unlink()
+            self.file.replace(self.scratch / "earlier")
 
     def test_it_refuses_every_command_that_would_use_it(self):
         self.write("unknown = 1")

@@ -156,11 +156,11 @@ std::string readSettings(Settings& settings) {
     if (const SystemPlace trust = systemTrustFolder(); !trust.isAbsent) {
         settings.trust.value = trust.path;
     }
-    const bool isAbsent = systemSettingsFile().isAbsent;
-    settings.fileState = isAbsent ? KvESettingsFile::absent : KvESettingsFile::read;
-    if (isAbsent) {
+    settings.fileState = KvESettingsFile::absent;
+    if (systemSettingsFile().isAbsent) {
         return {};
     }
+    settings.fileState = KvESettingsFile::read;
     std::string text;
     std::string fault = readWhole(filePath(settings.file), text);
     if (fault.empty()) {
