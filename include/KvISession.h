@@ -226,8 +226,8 @@ public:
     // Before prepare().
 
     /// Lets run() and reboot() write down what they do: in a file of its own in the folder of the options, which is
-    /// held until closeJournal() or the end of the session. The class of the verdict is output if it cannot be created;
-    /// locked if another run of the same saved plan goes on; stale if that plan was run with success already.
+    /// held until closeJournal() or the end of the session. The class of the verdict is output if it cannot be created,
+    /// and locked if another run does the same: runs the same saved plan, or goes on with the same run.
     virtual KvNReflasher::KvTVerdict openJournal(const KvNReflasher::KvTJournalOptions& options) = 0;
 
     // Between prepare() and run().
@@ -239,8 +239,9 @@ public:
     /// there is no plan.
     [[nodiscard]] virtual std::optional<KvNReflasher::KvTSavedPlan> planToSave(std::string& reason) = 0;
     /// Makes run() do exactly what a saved plan says: applies the options that leave elements out, compares target and
-    /// archive with the plan, and watches the files, see watchFiles(). Returns all differences, a sentence each. If
-    /// there is any, the outcome's verdict is of class stale, and run() must not be called.
+    /// archive with the plan, and watches the files, see watchFiles(). Returns all differences, a sentence each; if
+    /// there is none and the journal has a run of the plan that has succeeded, that. If there is any, the outcome's
+    /// verdict is of class stale, and run() must not be called.
     [[nodiscard]] virtual std::vector<std::string> holdTo(const KvNReflasher::KvTSavedPlan& plan,
                                                           const KvNReflasher::KvTJournalOptions& journal) = 0;
     /// Makes run() go on with an earlier run, for whose plan the session was created: leaves out what is done and,

@@ -29,6 +29,7 @@ prepare() {
 prepare
 cd "$demo_dir"
 PATH=$demo_dir:$PATH
+export XDG_STATE_HOME=$demo_dir/state # nothing is written outside of build/
 tool=kvreflash
 show "$tool" update -a archive -t 127.0.0.1 --emulate rack
 say

@@ -21,6 +21,8 @@ from pathlib import Path
 PROJECT = Path(__file__).resolve().parent.parent
 FOLDERS = ("docs", "tests", "bench", "fuzz", "examples")
 DEMO = PROJECT / "build/demo"
+# Nothing waits, and nothing is written into the journal of who runs this.
+ENVIRONMENT = {"KV_TIME_SCALE": "0", "XDG_STATE_HOME": str(PROJECT / "build/documents-state")}
 
 # The language of blocks in which a document has commands of any programs, each behind a prompt.
 SHELL = "console shell"
@@ -93,7 +95,7 @@ def run(block):
     began = time.monotonic()
     with tempfile.TemporaryFile() as output:
         done = subprocess.run(["bash", "-o", "pipefail", "-c", script], cwd=PROJECT, check=False,
-                              env={**os.environ, "KV_TIME_SCALE": "0"}, stdin=subprocess.DEVNULL, stdout=output,
+                              env={**os.environ, **ENVIRONMENT}, stdin=subprocess.DEVNULL, stdout=output,
                               stderr=subprocess.STDOUT)
         print(f"  {'ok' if done.returncode == 0 else 'FAILED'}, {time.monotonic() - began:.0f} s", flush=True)
         if done.returncode != 0:
@@ -136,7 +138,7 @@ def works(command, expected, folder):
     print(f"  $ {command}", flush=True)
     done = subprocess.run(["bash", "-o", "pipefail", "-c", command], cwd=folder, check=False, stdin=subprocess.DEVNULL,
                           capture_output=True,
-                          env={**os.environ, "KV_TIME_SCALE": "0", "PATH": f"{DEMO}:{os.environ['PATH']}"})
+                          env={**os.environ, **ENVIRONMENT, "PATH": f"{DEMO}:{os.environ['PATH']}"})
     lines = (done.stdout + done.stderr).decode("utf-8", "replace").splitlines()
     output = "".join(f"{line.rstrip()}\n" for line in lines)
     code = EXIT_CODE.search(command)

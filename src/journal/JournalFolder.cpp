@@ -78,17 +78,17 @@ std::vector<std::string> runIdsIn(const std::wstring& folder) {
 }
 
 void removeOldRuns(const std::wstring& folder, std::chrono::system_clock::time_point now) {
-    const std::vector<std::string> ids = runIdsIn(folder);
-    const std::string oldest = newRunId(now - longestKept);
-    const bool hasOld = !ids.empty() && ids.front() < oldest;
-    if (ids.size() <= mostRuns && !hasOld) {
+    std::vector<std::string> ids = runIdsIn(folder);
+    const auto firstYoung = std::lower_bound(ids.begin(), ids.end(), newRunId(now - longestKept));
+    const auto firstOfNewest = ids.size() > mostRuns ? ids.end() - mostRuns : ids.begin();
+    ids.erase(std::max(firstYoung, firstOfNewest), ids.end());
+    if (ids.empty()) {
         return;
     }
-    std::vector<KvTRun> runs = listRuns(folder).runs;
-    std::erase_if(runs, [](const KvTRun& run) { return run.isOpen() || run.state == KvERunState::running; });
-    for (std::size_t index = 0; index < runs.size(); ++index) {
-        if (runs[index].id < oldest || runs.size() - index > mostRuns) {
-            (void)removeFile(runFilePath(folder, runs[index].id));
+    for (const KvTRun& run : listRuns(folder).runs) {
+        const bool isOld = std::binary_search(ids.begin(), ids.end(), run.id);
+        if (isOld && !run.isOpen() && run.state != KvERunState::running) {
+            (void)removeFile(runFilePath(folder, run.id));
         }
     }
 }

@@ -80,6 +80,9 @@ bool readSummary(const RunFile& file, const std::string& id, KvTRun& run, KvTSav
     readBegin(begin.view(), run, plan);
     run.state = file.isHeld ? KvERunState::running : KvERunState::brokenOff;
     const json last = json::parse(file.journal.lines.back());
+    if (run.fault.empty() && last.is_invalid()) {
+        run.fault = "line " + std::to_string(file.journal.lines.size()) + " is not a record";
+    }
     if (run.fault.empty() && eventOf(last.view()) == "runEnd") {
         readEnd(last.view(), run);
     }

@@ -49,26 +49,27 @@ public:
         }
     }
 
-    /// Compares the items of two lists that are named the same; `nameOf` returns the name of an item.
-    template <typename NameOf>
-    void compareItems(jsonView saved, jsonView now, NameOf nameOf) {
+    /// Compares the items of two lists: `keyOf` returns the text by which an item is found again, `nameOf` the one that
+    /// sentences call it by.
+    template <typename TextOf>
+    void compareItems(jsonView saved, jsonView now, TextOf keyOf, TextOf nameOf) {
         std::multimap<std::string, jsonView> others;
         for (std::size_t index = 0; index < now.size(); ++index) {
-            others.emplace(nameOf(now.at(index)), now.at(index));
+            others.emplace(keyOf(now.at(index)), now.at(index));
         }
         for (std::size_t index = 0; index < saved.size(); ++index) {
-            const std::string name = nameOf(saved.at(index));
-            const auto other = others.find(name);
+            const jsonView item = saved.at(index);
+            const auto other = others.find(keyOf(item));
             if (other == others.end()) {
-                sentences.push_back(name + ": it is not there any more");
+                sentences.push_back(nameOf(item) + ": it is not there any more");
                 continue;
             }
-            compare(name + ":", saved.at(index), other->second, derivedMembers);
+            compare(nameOf(item) + ":", item, other->second, derivedMembers);
             others.erase(other);
         }
         for (std::size_t index = 0; index < now.size(); ++index) {
-            if (const auto other = others.find(nameOf(now.at(index))); other != others.end()) {
-                sentences.push_back(other->first + ": it was not there");
+            if (const auto other = others.find(keyOf(now.at(index))); other != others.end()) {
+                sentences.push_back(nameOf(other->second) + ": it was not there");
                 others.erase(other);
             }
         }
@@ -107,10 +108,15 @@ std::string textFor(jsonView value) {
     return text + "]";
 }
 
-std::string nameOfElement(jsonView element) {
+/// The address; of a file that the inventory does not list its path.
+std::string placeOfElement(jsonView element) {
     const std::string_view address = element.find("address").get_string();
-    const std::string_view place = address.empty() ? element.find("targetPath").get_string() : address;
-    return std::string("'").append(element.find("displayName").get_string()).append("' (").append(place) + ")";
+    return std::string(address.empty() ? element.find("targetPath").get_string() : address);
+}
+
+std::string nameOfElement(jsonView element) {
+    const std::string name(element.find("displayName").get_string());
+    return "'" + name + "' (" + placeOfElement(element) + ")";
 }
 
 std::string nameOfFile(jsonView file) {
@@ -132,7 +138,7 @@ void compareOrigins(DifferenceList& list, jsonView savedPlan, jsonView planNow) 
     for (const char* member : {"description", "descriptionSha256", "information", "release"}) {
         list.compare(std::string("archive.").append(member), saved.find(member), now.find(member), trustMembers);
     }
-    list.compareItems(saved.find("files"), now.find("files"), nameOfFile);
+    list.compareItems(saved.find("files"), now.find("files"), nameOfFile, nameOfFile);
 }
 
 } // namespace
@@ -145,7 +151,7 @@ std::vector<std::string> differencesBetween(const KvTSavedPlan& saved, const KvT
     for (const char* member : {"supported", "phaseCount", "changes"}) {
         list.compare(member, before.view().find(member), after.view().find(member));
     }
-    list.compareItems(before.view().find("elements"), after.view().find("elements"), nameOfElement);
+    list.compareItems(before.view().find("elements"), after.view().find("elements"), placeOfElement, nameOfElement);
     return std::move(list.sentences);
 }
 

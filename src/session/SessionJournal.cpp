@@ -6,7 +6,6 @@
 #include "KvDocuments.h"
 #include "RunRecords.h"
 
-#include <algorithm>
 #include <chrono>
 
 using namespace KvNReflasher;
@@ -17,15 +16,6 @@ constexpr std::uint32_t afterLastPhase = 0xFFFFFFFF;
 
 std::string now() {
     return preciseTextOf(std::chrono::system_clock::now());
-}
-
-/// The run that has run this plan with success; empty if there is none.
-std::string successfulRunOf(const std::wstring& folder, const std::string& planId) {
-    const std::vector<KvTRun> runs = listRuns(folder).runs;
-    const auto run = std::find_if(runs.begin(), runs.end(), [&planId](const KvTRun& one) {
-        return one.planId == planId && one.state == KvERunState::complete && one.verdict.isSuccess();
-    });
-    return run != runs.end() ? run->id : std::string();
 }
 
 } // namespace
@@ -48,11 +38,6 @@ KvTVerdict KvCSessionJournal::open(const KvTJournalOptions& options) {
     if (journal_ == nullptr) {
         return {KvEFailure::output,
                 "the journal in '" + std::string(toUtf8(options.folder).view()) + "' cannot be written: " + reason};
-    }
-    if (const std::string run = options.planId.empty() ? "" : successfulRunOf(options.folder, options.planId);
-        !run.empty()) {
-        journal_.reset();
-        return {KvEFailure::stale, "this plan was run already: " + run};
     }
     return {};
 }

@@ -38,6 +38,15 @@ bool isSealed(const KvTPlan& plan) {
     return plan.release && plan.release->seal != KvESeal::none;
 }
 
+/// The run that has run this plan with success; empty if there is none.
+std::string successfulRunOf(const std::wstring& folder, const std::string& planId) {
+    const std::vector<KvTRun> runs = listRuns(folder).runs;
+    const auto run = std::find_if(runs.begin(), runs.end(), [&planId](const KvTRun& one) {
+        return one.planId == planId && one.state == KvERunState::complete && one.verdict.isSuccess();
+    });
+    return run != runs.end() ? run->id : std::string();
+}
+
 } // namespace
 
 KvTVerdict KvCReflasher::openJournal(const KvTJournalOptions& options) {
@@ -245,6 +254,11 @@ std::vector<std::string> KvCReflasher::holdTo(const KvTSavedPlan& plan, const Kv
         noteContents(now, [watchesAll](const KvTPlannedElement&) { return watchesAll; });
         for (std::string& difference : differencesBetween(plan, now)) {
             differences.push_back(std::move(difference));
+        }
+        // Of what waits for a reboot, or is not listed, or is forced, nothing differs then.
+        const std::string run = differences.empty() ? successfulRunOf(journal.folder, plan.id) : std::string();
+        if (!run.empty()) {
+            differences.push_back("it was run with success already: " + run);
         }
         return true;
     });

@@ -156,7 +156,7 @@ TEST_F(InventoryScanTest, AWalkBeginsWithAnEmptyListAndNoNodes) {
     ASSERT_EQ(manager.createRootHandleByIpAddressList(errors(), "127.0.0.1", root), 0U);
     ASSERT_EQ(manager.scan(errors(), root, tree), 0U);
     std::list<KvTUpdateElement> elements(7);
-    KvTNodeAddresses nodes{KvCInventoryAddress(99), KvCInventoryAddress(98)};
+    KvTNodeAddresses nodes{KvCInventoryAddress(99), KvCInventoryAddress(98), {1}};
     for (int round = 0; round < 2; ++round) {
         walkInventory(errors(), messages.writer(), options, *tree, elements, nodes);
         ASSERT_EQ(elements.size(), 1U);

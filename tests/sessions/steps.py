@@ -1,5 +1,7 @@
 """The verbs of a case's steps; README.md tells what each means."""
 
+import atexit
+import functools
 import json
 import os
 import re
@@ -7,6 +9,7 @@ import shlex
 import shutil
 import signal
 import subprocess
+import tempfile
 import time
 
 import cases
@@ -22,6 +25,14 @@ PATH_SIGNS = {b"{quote}": (b"'", b'"'), b"{separator}": (b"/", b"\\"), b"{escape
 PRINTED_VERSION = cases.printed_version().encode()
 # When something of a document or an event was.
 TIME = re.compile(rb'("(?:begin|end|time)": ?)"[0-9-]+T[0-9:.]+Z"')
+
+
+@functools.cache
+def journals():
+    """A folder for the journals of all sessions, instead of that of who runs them."""
+    folder = tempfile.mkdtemp(prefix="kvstate-")
+    atexit.register(shutil.rmtree, folder, ignore_errors=True)
+    return folder
 
 
 class Mismatch(Exception):
@@ -105,7 +116,8 @@ class Session:
 
     def environment(self, number, step, time_scale):
         environment = {key: value for key, value in os.environ.items() if not key.startswith("KV_")}
-        environment.update({"LC_ALL": "C.UTF-8", "KV_TIME_SCALE": time_scale, "KV_TRACE": f"{number}.trace"})
+        environment.update({"LC_ALL": "C.UTF-8", "KV_TIME_SCALE": time_scale, "KV_TRACE": f"{number}.trace",
+                            "XDG_STATE_HOME": journals()})
         environment.update(step.get("env", {}))
         return environment
 

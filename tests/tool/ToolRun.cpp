@@ -1,15 +1,28 @@
 #include "ToolRun.h"
 
 #include "CommandLine.h"
+#include "EnvironmentVariable.h"
 #include "KvEmulation.h"
 #include "RedirectedStream.h"
+#include "ScratchFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <utility>
 #include <variant>
 
+namespace {
+
+/// No test writes into the journal of who runs it.
+void keepJournalAside() {
+    static const ScratchFolder place;
+    static const EnvironmentVariable state("XDG_STATE_HOME", place.text());
+}
+
+} // namespace
+
 ToolRun runCaptured(const std::vector<std::string>& arguments) {
+    keepJournalAside();
     KvEmulation::reset();
     const RedirectedStream output(stdout);
     const RedirectedStream errors(stderr);

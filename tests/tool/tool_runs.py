@@ -2,6 +2,7 @@
 tests as data."""
 
 import argparse
+import atexit
 import os
 import re
 import shlex
@@ -29,6 +30,9 @@ def main():
     parser.add_argument("--launcher", default="", help='what runs the tool ("wine")')
     parser.add_argument("--fold-crlf", action="store_true", help="take CR LF of the tool as LF")
     parser.parse_known_args(namespace=arguments)
+    if "XDG_STATE_HOME" not in os.environ:  # no test writes into the journal of who runs it
+        os.environ["XDG_STATE_HOME"] = tempfile.mkdtemp(prefix="kvstate-")
+        atexit.register(shutil.rmtree, os.environ["XDG_STATE_HOME"], ignore_errors=True)
     unittest.main(argv=sys.argv[:1])
 
 
