@@ -251,8 +251,9 @@ public:
 
     // After run().
 
-    /// Writes a verification into the journal.
-    virtual void journalVerification(const KvNReflasher::KvTVerification& verification) = 0;
+    /// Writes a verification, and the verdict on it, into the journal.
+    virtual void journalVerification(const KvNReflasher::KvTVerification& verification,
+                                     const KvNReflasher::KvTVerdict& verdict) = 0;
     /// Writes the end of the run into the journal and gives its file back. The class of the result is output if the
     /// journal could not be written from some moment on, and says why.
     virtual KvNReflasher::KvTVerdict closeJournal(const KvNReflasher::KvTVerdict& verdict, std::int32_t exitCode) = 0;

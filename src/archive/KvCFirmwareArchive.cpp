@@ -1,5 +1,6 @@
 #include "KvCFirmwareArchive.h"
 
+#include "Crypto.h"
 #include "DescriptionFile.h"
 #include "DescriptionRules.h"
 #include "Files.h"
@@ -18,14 +19,35 @@ namespace {
 using KvNJson::json;
 using KvNJson::jsonView;
 
-/// What the file at `path` holds; nothing when it cannot be opened or read.
-std::optional<json> parseFile(const std::wstring& path) {
+/// SHA-256 of an open file, 64 hexadecimal digits; empty if it cannot be read.
+std::string digestOf(std::FILE& file) {
+    constexpr std::size_t pieceSize = 65536;
+    std::vector<std::uint8_t> piece(pieceSize);
+    KvCSha256 digest;
+    bool isRead = seekTo(file, 0);
+    for (std::size_t size = piece.size(); isRead && size == piece.size();) {
+        size = std::fread(piece.data(), 1, piece.size(), &file);
+        digest.add(KvTBytes(piece).first(size));
+        isRead = std::ferror(&file) == 0;
+    }
+    return isRead ? hexOf(digest.digest()) : std::string();
+}
+
+/// What the file at `path` holds; nothing when it cannot be opened or read. `digest`, unless it is null, receives its
+/// SHA-256.
+std::optional<json> parseFile(const std::wstring& path, std::string* digest) {
     const FileStream file = openDescription(path);
     if (file == nullptr) {
         return std::nullopt;
     }
     json document = json::parse(file.get());
-    return std::ferror(file.get()) == 0 ? std::optional(std::move(document)) : std::nullopt;
+    if (std::ferror(file.get()) != 0) {
+        return std::nullopt;
+    }
+    if (digest != nullptr) {
+        *digest = digestOf(*file);
+    }
+    return document;
 }
 
 /// Moves the "files" array out of the description; nothing after a reported error.
@@ -66,6 +88,17 @@ bool KvCFirmwareArchive::readDescriptionFile() {
     return isRead;
 }
 
+std::string KvCFirmwareArchive::descriptionDigest() const {
+    if (!digest_.empty()) {
+        return digest_;
+    }
+    const FileStream file = text_ ? nullptr : openDescription(descriptionPath());
+    if (text_) {
+        return hexOf(sha256Of(bytesOf(*text_)));
+    }
+    return file != nullptr ? digestOf(*file) : std::string();
+}
+
 bool KvCFirmwareArchive::readUpdateFiles() {
     KvCArchiveFindings findings(writer_);
     const bool isRead = completeFromUpdateFiles(findings);
@@ -74,8 +107,9 @@ bool KvCFirmwareArchive::readUpdateFiles() {
 }
 
 bool KvCFirmwareArchive::parseDescription(const std::wstring& path, KvCArchiveFindings& findings) {
+    digest_.clear();
     if (!keepsText_) {
-        return readDocument(parseFile(path), path, findings);
+        return readDocument(parseFile(path, keepsDigest_ ? &digest_ : nullptr), path, findings);
     }
     text_ = textOfFile(path, largestDescription);
     return parseDescription(path, text_, findings);

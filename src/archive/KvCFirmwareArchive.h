@@ -31,6 +31,11 @@ public:
 
     /// Lets the following keep the text of the description file.
     void keepText() { keepsText_ = true; }
+    /// Lets the following note the digest of the description file while it is read.
+    void keepDigest() { keepsDigest_ = true; }
+    /// SHA-256 of the description, 64 hexadecimal digits; empty if it cannot be read. Of a file whose digest was not
+    /// kept, as it is now.
+    [[nodiscard]] std::string descriptionDigest() const;
     /// Lets the following read the files of the copy. Messages go on to name the folder of the options.
     void readFrom(KvTArchiveCopy copy) { copy_ = std::move(copy); }
     [[nodiscard]] const KvTArchiveCopy& copy() const { return copy_; }
@@ -118,5 +123,7 @@ private:
     std::uint32_t ignoredEntryCount_ = 0;
     std::string refusal_;
     bool keepsText_ = false;
+    bool keepsDigest_ = false;
+    std::string digest_;
     std::optional<std::string> text_;
 };

@@ -81,7 +81,8 @@ public:
     [[nodiscard]] std::vector<std::string> holdTo(const KvNReflasher::KvTSavedPlan& plan,
                                                   const KvNReflasher::KvTJournalOptions& journal) override;
     [[nodiscard]] KvNReflasher::KvTResumption resume(const KvNReflasher::KvTRunRecord& run, bool redo) override;
-    void journalVerification(const KvNReflasher::KvTVerification& verification) override;
+    void journalVerification(const KvNReflasher::KvTVerification& verification,
+                             const KvNReflasher::KvTVerdict& verdict) override;
     KvNReflasher::KvTVerdict closeJournal(const KvNReflasher::KvTVerdict& verdict, std::int32_t exitCode) override;
     [[nodiscard]] std::string runId() const override;
 

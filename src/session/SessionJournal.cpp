@@ -71,9 +71,9 @@ void KvCSessionJournal::write(const KvTEvent& event, const KvTPlan& plan, const 
     add(line);
 }
 
-void KvCSessionJournal::writeVerification(const KvTVerification& verification) {
+void KvCSessionJournal::writeVerification(const KvTVerification& verification, const KvTVerdict& verdict) {
     if (hasBegun()) {
-        add(withVerifiedElements(verifyEvent(now(), verification, verdictOf(verification)), verification));
+        add(withVerifiedElements(verifyEvent(now(), verification, verdict), verification));
     }
 }
 

@@ -26,11 +26,13 @@ public:
     /// element, `digest` the SHA-256 of what was written to a file that the inventory does not list.
     void write(const KvNReflasher::KvTEvent& event, const KvNReflasher::KvTPlan& plan,
                const KvNReflasher::KvTElementOutcome& outcome, const std::string& digest);
-    void writeVerification(const KvNReflasher::KvTVerification& verification);
+    void writeVerification(const KvNReflasher::KvTVerification& verification, const KvNReflasher::KvTVerdict& verdict);
     void writeReboot(bool succeeded);
     /// The run ends; what was written is on the disk then. The file is given back.
     void end(const KvNReflasher::KvTVerdict& verdict, std::int32_t exitCode);
 
+    /// Memory is exhausted: something was not written down.
+    void giveUp() { fault_ = "out of memory"; }
     /// Class output if it could not be written from some moment on.
     [[nodiscard]] KvNReflasher::KvTVerdict verdict() const;
     /// It cannot be written, and nothing may begin without it.

@@ -1,12 +1,10 @@
 #include "Crypto.h"
-#include "DescriptionFile.h"
 #include "ExhaustedMemory.h"
 #include "Files.h"
 #include "JournalFolder.h"
 #include "KvCReflasher.h"
 #include "KvCStringConversion.h"
 #include "PlanDifferences.h"
-#include "WholeFiles.h"
 #include "WrittenFiles.h"
 
 #include <algorithm>
@@ -55,6 +53,7 @@ KvTVerdict KvCReflasher::openJournal(const KvTJournalOptions& options) {
             static_cast<KvCReflasher*>(context)->journalEvent(event);
         };
         callbacks_.journalContext = this;
+        preparation_.archive().keepDigest();
         return journal_.open(options);
     });
 }
@@ -82,13 +81,17 @@ bool KvCReflasher::beginJournal() {
 }
 
 void KvCReflasher::journalEvent(const KvTEvent& event) {
-    attempt([&] {
+    const bool isWritten = withoutException(false, [&] {
         const bool concernsElement = event.event == KvEEvent::elementStart || event.event == KvEEvent::elementEnd ||
                                      event.event == KvEEvent::elementError;
         const KvTElementOutcome outcome = concernsElement ? outcomeOf(event.value) : KvTElementOutcome();
         journal_.write(event, *plan(), outcome,
                        event.event == KvEEvent::elementEnd ? writtenDigest(event, outcome) : std::string());
+        return true;
     });
+    if (!isWritten) {
+        journal_.giveUp();
+    }
     if (journal_.forbidsMore()) {
         control_.requestStop(KvEStop::finishBegun);
     }
@@ -104,8 +107,8 @@ std::string KvCReflasher::writtenDigest(const KvTEvent& event, const KvTElementO
     return content ? hexOf(content->digest) : std::string();
 }
 
-void KvCReflasher::journalVerification(const KvTVerification& verification) {
-    attempt([&] { journal_.writeVerification(verification); });
+void KvCReflasher::journalVerification(const KvTVerification& verification, const KvTVerdict& verdict) {
+    attempt([&] { journal_.writeVerification(verification, verdict); });
 }
 
 KvTVerdict KvCReflasher::closeJournal(const KvTVerdict& verdict, std::int32_t exitCode) {
@@ -142,9 +145,7 @@ KvTSavedPlan KvCReflasher::planAsItStands() const {
         const std::string resolved = resolvedPath(options_.archiveFolder);
         saved.archiveFolder = resolved.empty() ? std::string(toUtf8(options_.archiveFolder).view()) : resolved;
         saved.descriptionFileName = toUtf8(options_.descriptionFileName).view();
-        if (const std::optional<std::string> text = textOfFile(archive.descriptionPath(), largestDescription)) {
-            saved.descriptionDigest = hexOf(sha256Of(bytesOf(*text)));
-        }
+        saved.descriptionDigest = archive.descriptionDigest();
     }
     return saved;
 }

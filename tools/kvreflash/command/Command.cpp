@@ -33,9 +33,9 @@ std::string Command::takeSettings() {
 SessionRequest Command::request(KvNReflasher::KvEMode mode) {
     SessionRequest request;
     request.options.mode = mode;
-    common.applyTo(request);
     for (const OptionGroup* const group : groups()) {
         group->applyTo(request);
     }
+    common.applyTo(request);
     return request;
 }

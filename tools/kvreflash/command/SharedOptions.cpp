@@ -158,9 +158,6 @@ void JournalOption::applyTo(SessionRequest& request) const {
     request.journal.emplace();
     request.journal->folder = wideOf(absolutePath(*folder));
     request.journal->isRequired = isAskedFor;
-    for (const std::string& target : request.emulatedTargets) {
-        request.journal->places.push_back(absolutePath(target));
-    }
 }
 
 void JsonOption::addTo(CommandSyntax& syntax) {

@@ -15,8 +15,23 @@
 
 using namespace KvNReflasher;
 
+namespace {
+
+/// The folders of emulated targets say which target it is.
+SessionRequest withPlaces(SessionRequest request) {
+    if (request.journal) {
+        request.journal->places.clear();
+        for (const std::string& folder : request.emulatedTargets) {
+            request.journal->places.push_back(absolutePath(folder));
+        }
+    }
+    return request;
+}
+
+} // namespace
+
 ToolSession::ToolSession(SessionRequest request)
-    : request_(std::move(request)), session_(KvISession::createInstance(request_.options)),
+    : request_(withPlaces(std::move(request))), session_(KvISession::createInstance(request_.options)),
       shown_(request_.textStream) {
     if (session_ == nullptr) {
         throw std::bad_alloc();

@@ -87,8 +87,9 @@ public:
     [[nodiscard]] KvNReflasher::KvTVerdict closeJournal(const KvNReflasher::KvTVerdict& verdict);
     /// Writes down what a verification has found.
     void writeVerification(const KvNReflasher::KvTVerification& verification) {
-        events_.writeVerification(verification, verdictOf(verification));
-        session_->journalVerification(verification);
+        const KvNReflasher::KvTVerdict verdict = verdictOf(verification);
+        events_.writeVerification(verification, verdict);
+        session_->journalVerification(verification, verdict);
     }
     /// Writes the verdict of the command and closes the file. Class output if something could not be written.
     [[nodiscard]] KvNReflasher::KvTVerdict endEvents(const KvNReflasher::KvTVerdict& verdict);

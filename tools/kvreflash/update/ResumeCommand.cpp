@@ -3,7 +3,7 @@
 #include "PathTexts.h"
 #include "Texts.h"
 #include "ToolOutput.h"
-#include "UpdateSession.h"
+#include "UpdateRun.h"
 #include "UserFiles.h"
 
 #include <algorithm>
@@ -77,7 +77,6 @@ ExitCode ResumeCommand::run() {
         if (task.request.emulatedTargets.empty()) {
             task.request.emulatedTargets = task.resumed->run.places;
         }
-        task.request.journal->places = task.resumed->run.places;
     }
-    return UpdateSession(task).updateAndReport();
+    return UpdateRun(task).updateAndReport();
 }

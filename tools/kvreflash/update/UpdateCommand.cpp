@@ -4,7 +4,7 @@
 #include "SavedPlanFile.h"
 #include "Texts.h"
 #include "ToolOutput.h"
-#include "UpdateSession.h"
+#include "UpdateRun.h"
 
 using namespace KvNReflasher;
 
@@ -18,7 +18,7 @@ ExitCode UpdateCommand::run() {
     }
     const UpdateTask task{
         .request = request(performUpdate), .steps = steps, .report = report, .json = json, .plan = {}, .resumed = {}};
-    return UpdateSession(task).updateAndReport();
+    return UpdateRun(task).updateAndReport();
 }
 
 ExitCode UpdateCommand::runPlan(const std::string& file) {
@@ -34,5 +34,5 @@ ExitCode UpdateCommand::runPlan(const std::string& file) {
         const std::wstring moved = archive.isGiven ? wideOf(archive.folder) : std::wstring();
         task.request.takeOptions(optionsFor(*task.plan, moved));
     }
-    return UpdateSession(task).updateAndReport();
+    return UpdateRun(task).updateAndReport();
 }

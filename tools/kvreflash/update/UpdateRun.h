@@ -27,10 +27,10 @@ struct UpdateTask {
 };
 
 /// The one session of an update, from its preparation to its report.
-class UpdateSession {
+class UpdateRun {
 public:
     /// `task` must outlive the session.
-    explicit UpdateSession(const UpdateTask& task);
+    explicit UpdateRun(const UpdateTask& task);
 
     [[nodiscard]] ExitCode updateAndReport();
 

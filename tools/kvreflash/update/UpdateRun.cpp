@@ -1,4 +1,4 @@
-#include "UpdateSession.h"
+#include "UpdateRun.h"
 
 #include "FindingText.h"
 #include "KvNRtosAbstraction.h"
@@ -26,13 +26,13 @@ void warnOfForeignPaths(const KvISession& session) {
 
 } // namespace
 
-UpdateSession::UpdateSession(const UpdateTask& task) : task_(task), session_(task.request) {
+UpdateRun::UpdateRun(const UpdateTask& task) : task_(task), session_(task.request) {
     if (task_.steps.isStrict) {
         session_->keepDescription();
     }
 }
 
-ExitCode UpdateSession::updateAndReport() {
+ExitCode UpdateRun::updateAndReport() {
     if (opensFiles() && prepares() && mayRun()) {
         updateAndReboot();
         judgeDoubt();
@@ -43,7 +43,7 @@ ExitCode UpdateSession::updateAndReport() {
 }
 
 /// Nothing is done if it cannot be recorded.
-bool UpdateSession::opensFiles() {
+bool UpdateRun::opensFiles() {
     result_.openReport(task_.report);
     if (result_.verdict.isSuccess()) {
         result_.verdict = session_.openEvents();
@@ -60,7 +60,7 @@ bool UpdateSession::opensFiles() {
 }
 
 /// Of the saved plan that the update, or the run that it goes on with, has run; empty: none.
-std::string UpdateSession::planId() const {
+std::string UpdateRun::planId() const {
     if (task_.plan) {
         return task_.plan->id;
     }
@@ -68,7 +68,7 @@ std::string UpdateSession::planId() const {
 }
 
 /// What is found in the archive refuses the update even if the target cannot be had.
-bool UpdateSession::prepares() {
+bool UpdateRun::prepares() {
     const bool isPrepared = session_.prepare();
     session_.remarkOnRelease();
     if (isPrepared && task_.steps.verifies) {
@@ -79,7 +79,7 @@ bool UpdateSession::prepares() {
 }
 
 /// Whether there is nothing to be said about the archive that the session has read.
-bool UpdateSession::passesCheck() {
+bool UpdateRun::passesCheck() {
     const std::string folder = utf8Of(task_.request.options.archiveFolder);
     const std::string description = utf8Of(task_.request.options.descriptionFileName);
     const std::vector<KvTFinding> findings = session_->findings();
@@ -95,7 +95,7 @@ bool UpdateSession::passesCheck() {
 }
 
 /// Whether the prepared session is to run.
-bool UpdateSession::mayRun() {
+bool UpdateRun::mayRun() {
     result_.verdict.add(choose());
     warnOfForeignPaths(session_.get());
     return result_.verdict.isSuccess() && (!task_.steps.hasPreflight || passesPreflight()) &&
@@ -103,14 +103,14 @@ bool UpdateSession::mayRun() {
 }
 
 /// Decides which elements are updated.
-KvTVerdict UpdateSession::choose() {
+KvTVerdict UpdateRun::choose() {
     if (task_.plan) {
         return holdToPlan();
     }
     return task_.resumed ? goOnWithRun() : session_.select();
 }
 
-KvTVerdict UpdateSession::holdToPlan() {
+KvTVerdict UpdateRun::holdToPlan() {
     sayDifferences("plan: ", session_->holdTo(*task_.plan, session_.journal()));
     session_.showSelection();
     KvTVerdict verdict = session_.verdict();
@@ -120,7 +120,7 @@ KvTVerdict UpdateSession::holdToPlan() {
     return verdict;
 }
 
-KvTVerdict UpdateSession::goOnWithRun() {
+KvTVerdict UpdateRun::goOnWithRun() {
     const KvTResumption resumption = session_->resume(*task_.resumed, task_.redoesDoubtful);
     sayDifferences("run: ", resumption.differences);
     session_.showSelection();
@@ -139,21 +139,21 @@ KvTVerdict UpdateSession::goOnWithRun() {
     return verdict;
 }
 
-void UpdateSession::sayDifferences(const char* what, const std::vector<std::string>& differences) {
+void UpdateRun::sayDifferences(const char* what, const std::vector<std::string>& differences) {
     for (const std::string& difference : differences) {
         session_.remark(what + difference);
     }
 }
 
 /// Whether the user lets what comes next begin; `what` has not happened otherwise.
-bool UpdateSession::goesOn(const char* what) {
+bool UpdateRun::goesOn(const char* what) {
     if (session_.isStopRequested()) {
         result_.verdict.add({KvEFailure::stopped, std::string("ended on request: ") + what});
     }
     return !session_.isStopRequested();
 }
 
-bool UpdateSession::passesPreflight() {
+bool UpdateRun::passesPreflight() {
     const std::vector<std::string> findings = session_->preflight();
     for (const std::string& finding : findings) {
         session_.remark("preflight: " + finding);
@@ -165,7 +165,7 @@ bool UpdateSession::passesPreflight() {
     return findings.empty();
 }
 
-void UpdateSession::updateAndReboot() {
+void UpdateRun::updateAndReboot() {
     succeeded_ = session_.run();
     if (succeeded_ && task_.steps.reboots) {
         succeeded_ = goesOn("the target was not rebooted") && session_->reboot();
@@ -173,7 +173,7 @@ void UpdateSession::updateAndReboot() {
 }
 
 /// A run is not done with elements of which nobody knows what they hold.
-void UpdateSession::judgeDoubt() {
+void UpdateRun::judgeDoubt() {
     if (doubtfulCount_ != 0) {
         result_.verdict.add({KvEFailure::elements, counted(doubtfulCount_, "element") +
                                                        " in doubt: give --redo to update what was in progress and "
@@ -183,7 +183,7 @@ void UpdateSession::judgeDoubt() {
 
 /// Looks at what the target reports, as far as that is judged or reported. Whatever a report alone needs is not worth
 /// to wait for a target that comes up.
-void UpdateSession::lookAgain() {
+void UpdateRun::lookAgain() {
     const bool isDown = task_.steps.reboots && succeeded_;
     if (!session_.hasRun() || (!task_.steps.verifies && (!task_.report.file || isDown))) {
         return;
@@ -195,13 +195,13 @@ void UpdateSession::lookAgain() {
     }
 }
 
-KvTVerification UpdateSession::look(bool wasRebooted) {
+KvTVerification UpdateRun::look(bool wasRebooted) {
     return verifyUpdate(*session_->plan(), session_->outcome(), session_->look(), wasRebooted);
 }
 
 /// The target may still answer for a moment, and its boards come up one after the other: it is looked at once a second
 /// until it reports what it should or the time is over; then its last answer counts.
-KvTVerification UpdateSession::lookAfterReboot() {
+KvTVerification UpdateRun::lookAfterReboot() {
     writeText(session_.request().textStream, "Waiting for the target to answer after its reboot (at most " +
                                                  std::to_string(task_.steps.waitSeconds) + " s) ...\n");
     for (std::uint32_t second = 0;; ++second) {
