@@ -128,7 +128,7 @@ private:
     [[nodiscard]] KvNReflasher::KvTFileDigest digestOf(const std::string& name, std::uint32_t fileIndex);
     [[nodiscard]] std::vector<std::string> applyOptions(const KvNReflasher::KvTDecidingOptions& options,
                                                         const KvNReflasher::KvTJournalOptions& journal);
-    [[nodiscard]] std::vector<KvNReflasher::KvTFileDigest> contentsNow(const KvNReflasher::KvTSavedPlan& plan);
+    void addContentsOf(const KvNReflasher::KvTSavedPlan& earlier, KvNReflasher::KvTSavedPlan& now);
     [[nodiscard]] std::vector<KvNReflasher::KvTResumedElement>
     resumedElements(const KvNReflasher::KvTRunRecord& run) const;
     void leaveOutDone(const KvNReflasher::KvTResumedElement& resumed, bool redo);

@@ -253,6 +253,7 @@ std::vector<std::string> KvCReflasher::holdTo(const KvTSavedPlan& plan, const Kv
         KvTSavedPlan now = planAsItStands();
         const bool watchesAll = !isSealed(now.plan);
         noteContents(now, [watchesAll](const KvTPlannedElement&) { return watchesAll; });
+        addContentsOf(plan, now);
         for (std::string& difference : differencesBetween(plan, now)) {
             differences.push_back(std::move(difference));
         }
@@ -271,20 +272,25 @@ std::vector<std::string> KvCReflasher::holdTo(const KvTSavedPlan& plan, const Kv
     return differences;
 }
 
-/// The files that a plan has used, as they are now.
-std::vector<KvTFileDigest> KvCReflasher::contentsNow(const KvTSavedPlan& plan) {
+/// Adds the files that an earlier plan has used, as they are now, even if `now` does not use them.
+void KvCReflasher::addContentsOf(const KvTSavedPlan& earlier, KvTSavedPlan& now) {
+    std::set<std::string_view> present;
+    for (const KvTFileDigest& file : now.files) {
+        present.insert(file.name);
+    }
     std::map<std::string_view, std::uint32_t> indices;
     const std::vector<KvTArchiveFile>& files = preparation_.archive().files();
     for (std::uint32_t index = 0; index < files.size(); ++index) {
         indices.emplace(files[index].name.view(), index);
     }
-    std::vector<KvTFileDigest> contents;
-    for (const KvTFileDigest& file : plan.files) {
-        if (const auto found = indices.find(file.name); found != indices.end()) {
-            contents.push_back(digestOf(file.name, found->second));
+    std::vector<KvTFileDigest> added;
+    for (const KvTFileDigest& file : earlier.files) {
+        const auto found = indices.find(file.name);
+        if (found != indices.end() && !present.contains(file.name)) {
+            added.push_back(digestOf(file.name, found->second));
         }
     }
-    return contents;
+    now.files.insert(now.files.end(), added.begin(), added.end());
 }
 
 KvTResumption KvCReflasher::resume(const KvTRunRecord& run, bool redo) {
@@ -297,7 +303,7 @@ KvTResumption KvCReflasher::resume(const KvTRunRecord& run, bool redo) {
         }
         resumption.differences = applyOptions(run.plan.options, journal);
         KvTSavedPlan now = planAsItStands();
-        now.files = contentsNow(run.plan);
+        addContentsOf(run.plan, now);
         for (std::string& difference : originDifferencesBetween(run.plan, now)) {
             resumption.differences.push_back(std::move(difference));
         }

@@ -42,7 +42,7 @@ class ManualTest(unittest.TestCase):
         codes = re.findall(r"^  (\d+) +(\S.*)$", self.help.partition("Exit codes:")[2], re.MULTILINE)
         section = self.page().partition(".SH EXIT CODES\n")[2]
         self.assertEqual(re.findall(r"^\.TP\n(\d+)\n(.*)$", section, re.MULTILINE), codes)
-        self.assertEqual(len(codes), 11)
+        self.assertEqual(len(codes), 12)
 
     @unittest.skipUnless(shutil.which("groff"), "there is no groff")
     def test_the_page_is_set_without_warnings(self):

@@ -11,7 +11,9 @@ using namespace KvNReflasher;
 
 void ArchiveOptions::addTo(CommandSyntax& syntax) {
     syntax.addOption(
-        "-a,--archive", "DIR", "Folder of the firmware archive, or its package",
+        "-a,--archive", "DIR",
+        isOptional ? "Folder of the firmware archive, or its package. Required, unless a saved plan names it"
+                   : "Folder of the firmware archive, or its package",
         [this](const std::string& path) {
             folder = path;
             isGiven = true;
