@@ -20,7 +20,7 @@ longest_input() {
     filter_list | text_conversion | version_text) echo 128 ;;
     bitstream_header) echo 256 ;;
     image_header) echo 1100 ;;
-    plan | archive_description | package) echo 8192 ;;
+    plan | archive_description | package | run_journal | saved_plan) echo 8192 ;;
     target_description) echo 32768 ;;
     *) echo 4096 ;;
     esac

@@ -27,6 +27,7 @@ KvCRunJournal::KvCRunJournal(const KvTJournalOptions& options, std::string id, s
     : options_(options), id_(std::move(id)), file_(std::move(file)) {}
 
 KvCRunJournal::~KvCRunJournal() {
+    (void)writeOut();
     if (!hasBegun_) {
         file_->remove();
     }
@@ -40,13 +41,25 @@ bool KvCRunJournal::hold(const std::string& taskId, std::string& reason) {
 }
 
 bool KvCRunJournal::write(const std::string& record) {
+    constexpr std::size_t mostPending = std::size_t{64} << 10U;
+    constexpr std::chrono::milliseconds longestPending{100};
     if (!fault_.empty()) {
         return false;
     }
     hasBegun_ = true;
-    return file_->append(chain_.next(record), fault_);
+    pending_ += chain_.next(record);
+    const bool isDue = pending_.size() >= mostPending || std::chrono::steady_clock::now() - written_ >= longestPending;
+    return !isDue || writeOut();
 }
 
 bool KvCRunJournal::flush() {
-    return fault_.empty() && file_->flush(fault_);
+    return fault_.empty() && writeOut() && file_->flush(fault_);
+}
+
+bool KvCRunJournal::writeOut() {
+    if (fault_.empty() && file_->append(pending_, fault_)) {
+        pending_.clear();
+        written_ = std::chrono::steady_clock::now();
+    }
+    return fault_.empty();
 }

@@ -4,6 +4,7 @@
 #include "KvRuns.h"
 #include "LockedFile.h"
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,7 +25,8 @@ public:
     /// another run holds it, or, with a `reason`, if it cannot be held.
     [[nodiscard]] bool hold(const std::string& taskId, std::string& reason);
 
-    /// Adds a record. False, from then on, if that has failed.
+    /// Adds a record. Those that come within a tenth of a second are written together, at the latest by flush(). False,
+    /// from then on, if that has failed.
     [[nodiscard]] bool write(const std::string& record);
     /// Waits until all records are on the disk. False, from then on, if that is not known.
     [[nodiscard]] bool flush();
@@ -45,7 +47,12 @@ private:
     const std::string id_;
     std::unique_ptr<KvCLockedFile> file_;
     std::vector<std::unique_ptr<KvCLockedFile>> held_;
+    [[nodiscard]] bool writeOut();
+
     KvCLineChain chain_;
+    /// Lines that are not in the file yet.
+    std::string pending_;
+    std::chrono::steady_clock::time_point written_;
     bool hasBegun_ = false;
     std::string fault_;
 };

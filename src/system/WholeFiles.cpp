@@ -2,6 +2,7 @@
 
 #include "Files.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <utility>
@@ -31,8 +32,9 @@ bool readInPieces(const std::wstring& path, const KvTPieceSink& sink) {
         return false;
     }
     (void)std::setvbuf(stream.get(), nullptr, _IONBF, 0); // the pieces are buffer enough
-    constexpr std::size_t pieceSize = std::size_t{256} << 10U;
-    std::vector<std::uint8_t> piece(pieceSize);
+    constexpr std::uint64_t largestPiece = std::uint64_t{256} << 10U;
+    // One byte more than the file has shows its end at once.
+    std::vector<std::uint8_t> piece(static_cast<std::size_t>(std::min(sizeOfOpenFile(*stream) + 1, largestPiece)));
     std::size_t length = piece.size();
     while (length == piece.size()) {
         length = std::fread(piece.data(), 1, piece.size(), stream.get());
