@@ -44,9 +44,13 @@ enum class KvERunState : std::uint8_t {
 
 /// How far the update of an element came, as far as the journal knows.
 enum class KvEElementProgress : std::uint8_t {
+    /// The plan leaves it.
     notPlanned,
+    /// It was to be updated, and was not begun.
     untouched,
+    /// Its update has succeeded.
     done,
+    /// Its update has failed.
     failed,
     /// It had begun, or may have, and its end was not seen.
     inProgress
@@ -56,9 +60,11 @@ enum class KvEElementProgress : std::uint8_t {
 struct KvTRun {
     /// Begins with its time; runs are sorted by it.
     std::string id;
+    /// What has become of it.
     KvERunState state = KvERunState::brokenOff;
     /// "update" or "reboot".
     std::string command;
+    /// Version of the library that has run it.
     std::string toolVersion;
     /// RFC 3339, UTC. The end is empty unless the run has written it.
     /// @{
@@ -80,6 +86,7 @@ struct KvTRun {
     /// @}
     /// Path of the archive, from the root; empty if the run has read none.
     std::string archiveFolder;
+    /// The archive's information about itself; nothing if the run has read none.
     std::optional<KvTArchiveIdentity> archive;
     /// The verdict and the exit code that the run has written at its end.
     /// @{
@@ -105,6 +112,7 @@ struct KvTRun {
 
 /// A run with all that its journal knows.
 struct KvTRunRecord {
+    /// The run in short.
     KvTRun run;
     /// As it was when the run began; its id is that of the saved plan, or empty.
     KvTSavedPlan plan;

@@ -3,6 +3,7 @@
 #include "KvIReflasher.h"
 #include "KvTPlan.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -24,18 +25,23 @@ enum class KvEUnlistedFiles : std::uint8_t {
     never
 };
 
-/// The options that decide what an update does. Words of filters are separated by commas or blanks.
+/// The options that decide what an update does.
 struct KvTDecidingOptions {
+    /// The filters, as KvTOptions has them: words separated by commas or blanks.
     /// @{
     std::string boardTypeFilter;
     std::string serialNumberFilter;
     std::string elementNameFilter;
     /// @}
+    /// The session looks at configuration elements instead of the others.
     bool configurationElements = false;
+    /// Custom elements are left out.
     bool disableCustomElements = false;
+    /// Elements that are up to date are updated, too.
     bool forceUpdate = false;
     /// Elements for which the archive has a lower version are left out.
     bool noDowngrade = false;
+    /// Which of the files that the inventory does not list are written.
     KvEUnlistedFiles unlistedFiles = KvEUnlistedFiles::always;
     /// The elements that were left out by hand, as they were named.
     std::vector<std::string> disabledElements;
@@ -61,6 +67,7 @@ struct KvTSavedPlan {
     std::string time;
     /// The target as it was given: an address or a name.
     std::string target;
+    /// The options that it was planned with.
     KvTDecidingOptions options;
     /// Path of the archive, from the root.
     std::string archiveFolder;

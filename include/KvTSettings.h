@@ -19,7 +19,9 @@ enum class KvESettingSource : std::uint8_t {
 /// A value that is in force.
 template <typename Value>
 struct KvTSetting {
+    /// What counts.
     Value value{};
+    /// Where it comes from.
     KvESettingSource source = KvESettingSource::builtIn;
 };
 
@@ -32,9 +34,11 @@ enum class KvESettingsFile : std::uint8_t {
     ignored
 };
 
+/// The settings of a machine.
 struct KvTSettings {
     /// Path of the settings file.
     std::string file;
+    /// Whether it counts.
     KvESettingsFile fileState = KvESettingsFile::absent;
     /// An update needs a saved plan.
     KvTSetting<bool> requirePlan;

@@ -17,6 +17,9 @@ CODES = PROJECT / "src" / "documents" / "DocumentCodes.cpp"
 DRAFT = "https://json-schema.org/draft/2020-12/schema"
 
 MAX_32 = 0xFFFFFFFF
+MAX_64 = 0xFFFFFFFFFFFFFFFF
+SHA256 = "[0-9a-f]{64}"
+RUN_ID = "^[0-9]{8}T[0-9]{9}Z-[0-9a-f]{8}$"
 SECOND = r"^[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}"
 TIME = SECOND + r"(\.[0-9]+)?(Z|[+-][0-9]{2}:[0-9]{2})$"
 EVENT_TIME = SECOND + r"\.[0-9]{3}Z$"
@@ -106,7 +109,7 @@ IDENTITY = record("What the archive says of itself.", {
 
 RELEASE = record("What vouches for the archive.", {
     "seal": word("How far its content is vouched for.", "sealWords"),
-    "manifestSha256": text("SHA-256 of its manifest.", "it has none", pattern="^[0-9a-f]{64}$"),
+    "manifestSha256": text("SHA-256 of its manifest.", "it has none", pattern=f"^{SHA256}$"),
     "created": text("When it was sealed, as the manifest says.", "it has no manifest", format="date-time"),
     "signer": text("Who has signed it, as the trust folder calls them.", "nobody who is trusted"),
     "keyKind": text("Kind of the key that has signed it.", "it is not signed"),
@@ -276,9 +279,32 @@ RELEASE_PART = part("release", "What vouches for the archive.", "that was not as
 IN_ORDER = "The elements in the order of the element list."
 PLANNED_PARTS = {"installed": INSTALLED, "entry": ENTRY}
 
+SUPPORT = {
+    "supported": flag("False: an update would refuse the target."),
+    "unsupportedElements": list_of("Indices of the elements that decide that: elements of processor boards without an "
+                                   "entry.", number("Index of an element."), uniqueItems=True),
+    "phaseCount": number("Number of phases."),
+}
+TARGET = {
+    "given": text("As it was given."),
+    "address": text("IPv4 address; empty if the target was not scanned."),
+}
+NODES = list_of("Serial numbers of its processor nodes, as far as it reports them.", number("Serial number."))
+PLACES = list_of("The places that say, beside address and serial numbers, which target it is: the folders of emulated "
+                 "ones.", text("A place."))
+EXIT_CODE = number("Exit code of kvreflash.", maximum=255)
+
 
 def element(more=None, **rules):
     return record("An element of the target and what an update does to it.", {**ELEMENT, **(more or {})}, **rules)
+
+
+def form_of(name, description):
+    """What each document, and the first line of a journal, says of its kind."""
+    return record("What kind of document it is.", {
+        "name": {"description": description, "const": f"kvreflash.{name}"},
+        "version": {"description": "Version of the format.", "const": 1},
+    })
 
 
 def identified(name, title):
@@ -288,10 +314,7 @@ def identified(name, title):
 
 def document(name, title, members, parts, optional=(), dependent=None):
     """The schema of a document. A document of a success has the optional members, too."""
-    form = record("What kind of document it is.", {
-        "name": {"description": "The kind, named after the command.", "const": f"kvreflash.{name}"},
-        "version": {"description": "Version of the format.", "const": 1},
-    })
+    form = form_of(name, "The kind, named after the command.")
     schema = record(title + ".", {"format": form, **VERDICT, **members}, optional, dependent)
     del schema["description"]
     if optional:
@@ -398,19 +421,12 @@ def check():
 
 def session(name, title):
     """The document of a command that plans or changes a target."""
-    target = record("The target.", {
-        "given": text("As it was given."),
-        "address": text("IPv4 address; empty if the target was not scanned."),
-    })
     reported = element({**OUTCOME, **VERIFIED}, optional=tuple(OUTCOME), dependent=together(*OUTCOME))
     planned = {
         "archive": part("archive", "The archive.", "the session reads none"),
         "release": part("release", "What vouches for the archive.", "that was not asked"),
         "targetAddress": text("IPv4 address of the target."),
-        "supported": flag("False: an update would refuse the target."),
-        "unsupportedElements": list_of("Indices of the elements that decide that: elements of processor boards without "
-                                       "an entry.", number("Index of an element."), uniqueItems=True),
-        "phaseCount": number("Number of phases."),
+        **SUPPORT,
         "elements": records("element", IN_ORDER),
     }
     outcome = {
@@ -433,7 +449,7 @@ def session(name, title):
         "look": part("look", "How the target was looked at in the end.", "nothing was verified"),
         "messages": text("What the session said, in visible characters and without progress that was "
                          "overwritten."),
-    }, {"target": target, "archive": IDENTITY, "release": RELEASE, "element": reported, **PLANNED_PARTS, "error": ERROR,
+    }, {"target": record("The target.", TARGET), "archive": IDENTITY, "release": RELEASE, "element": reported, **PLANNED_PARTS, "error": ERROR,
         "fileOutcome": FILE_OUTCOME, "counts": COUNTS, "look": LOOK},
         (*planned, *outcome), {**together(*planned), **together(*outcome)})
 
@@ -468,6 +484,125 @@ def settings():
         "trust": setting("Who is trusted.", text("The trust folder.", "none")),
         "journal": setting("Where journals are kept.", text("The folder of the journals.", "none is kept")),
     }, {"file": file})
+
+
+# Saved plans.
+
+DECIDING_OPTIONS = record("The options that decide what the update does.", {
+    "boardTypes": text("The filter of board types, as it was given; empty: none."),
+    "serialNumbers": text("The filter of serial numbers, as it was given; empty: none."),
+    "elements": text("The filter of element names, as it was given; empty: none."),
+    "configuration": flag("It is about configuration elements."),
+    "skipCustom": flag("Custom elements are left out."),
+    "force": flag("Elements that are up to date are updated, too."),
+    "noDowngrade": flag("Elements for which the archive has a lower version are left out."),
+    "unlistedFiles": word("Which files that the inventory does not list are written.", "unlistedFilesWords"),
+    "disable": list_of("The elements that were left out by hand.", text("An element, as it was named.")),
+})
+
+PLANNED_ARCHIVE = record("The archive that the plan was made with.", {
+    "folder": text("Its path, from the root; empty if none was read."),
+    "description": text("Name of its description file."),
+    "descriptionSha256": text("SHA-256 of the description; empty if none was read.", pattern=f"^({SHA256})?$"),
+    "information": part("archive", "What it says of itself.", "none was read"),
+    "release": RELEASE_PART,
+    "files": records("file", "The files that are used, each once, in the order of the plan. Empty if the archive is "
+                             "sealed: the digest of its manifest stands for all of them."),
+})
+
+FILE = record("An update file, by its content.", {
+    "name": ENTRY["properties"]["name"],
+    "size": number("Bytes.", maximum=MAX_64),
+    "sha256": text("SHA-256 of its content.", pattern=f"^{SHA256}$"),
+})
+
+
+def plan_basis(id_rules, time_rules):
+    """What a plan was made of: the members of a saved plan, and of the first line of a journal."""
+    return {
+        "id": text("Identifier of the saved plan.", **id_rules),
+        "toolVersion": text("Version of kvreflash that has planned."),
+        "time": text("When it was planned.", **time_rules),
+        "target": part("target", "The target."),
+        "options": part("options", "The options that decide what the update does."),
+        "archive": part("plannedArchive", "The archive."),
+    }
+
+
+BASIS_PARTS = {"target": record("The target.", {**TARGET, "nodeSerialNumbers": NODES}), "options": DECIDING_OPTIONS,
+               "plannedArchive": PLANNED_ARCHIVE, "archive": IDENTITY, "release": RELEASE, "file": FILE}
+
+PLAN_ELEMENTS = {
+    **SUPPORT,
+    "changes": number("Number of elements and files that the update changes."),
+    "elements": records("element", IN_ORDER),
+}
+
+
+def saved_plan():
+    title = "Saved plan"
+    schema = record(title + ".", {
+        "format": form_of("saved-plan", "The kind."),
+        **plan_basis({"pattern": RUN_ID}, {"pattern": EVENT_TIME}),
+        **PLAN_ELEMENTS,
+        "digest": text("SHA-256 of the document without this member.", pattern=f"^{SHA256}$"),
+    })
+    del schema["description"]
+    return {**identified("saved-plan", title), **schema,
+            "$defs": {**BASIS_PARTS, "element": element(), **PLANNED_PARTS}}
+
+
+# Runs of a journal.
+
+RUN = record("A run.", {
+    "id": text("Its identifier, which begins with its time.", pattern=RUN_ID),
+    "state": word("running: its process goes on; complete: it has ended by itself, whatever came of it; stopped: on "
+                  "request; broken-off: in the middle.", "runStateWords"),
+    "open": flag("It was stopped or broke off, and no other run has gone on with it."),
+    "command": text("The command: update or reboot."),
+    "toolVersion": text("Version of kvreflash."),
+    "begin": text("When it began.", pattern=EVENT_TIME),
+    "end": part("end", "What it has written at its end.", "it has not come to its end"),
+    "user": text("Who has started it; empty if that is not known, as the following."),
+    "computer": text("The computer on which it ran."),
+    "target": part("target", "The target."),
+    "archiveFolder": text("Path of the archive, from the root; empty if the run reads none."),
+    "archive": part("archive", "What the archive says of itself.", "the run reads none"),
+    "plan": text("Identifier of the saved plan that it runs.", "none"),
+    "resumes": text("Identifier of the run that it goes on with.", "none"),
+    "resumedBy": text("Identifier of the last run that has gone on with it.", "none"),
+    "fault": text("Why its file is not to be trusted from some line on.", "it is whole"),
+})
+
+RUN_END = record("The end of a run.", {
+    "time": text("When it ended.", pattern=EVENT_TIME),
+    **VERDICT,
+    "exitCode": EXIT_CODE,
+})
+
+RUN_PARTS = {"run": RUN, "end": RUN_END,
+             "target": record("The target.", {**TARGET, "nodeSerialNumbers": NODES, "places": PLACES}),
+             "archive": IDENTITY}
+
+
+def history():
+    return document("history", "Runs of a journal", {
+        "runs": records("run", "The runs from the oldest to the newest."),
+        "faults": list_of("Files of the journal that cannot be read.", text("A file and what is the matter with it.")),
+    }, RUN_PARTS)
+
+
+def run():
+    progressed = element({
+        "progress": word("How far its update came, as far as the journal knows.", "progressWords"),
+        "outcome": OUTCOME["outcome"],
+        "reason": OUTCOME["reason"],
+        "after": VERIFIED["after"],
+    })
+    return document("run", "A run of a journal", {
+        "run": part("run", "The run.", "it was not found"),
+        "elements": records("element", "The elements of its plan; empty if it was not found, or has written none."),
+    }, {**RUN_PARTS, "element": progressed, **PLANNED_PARTS})
 
 
 # Events. Each has its time and its name.
@@ -528,33 +663,110 @@ EVENTS = {
     }),
     "runEnd": ("The command ends: the last event.", {
         **VERDICT,
-        "exitCode": number("Exit code of kvreflash.", maximum=255),
+        "exitCode": EXIT_CODE,
     }),
 }
 
 
-def event(description, name, members):
+def event(description, name, members, optional=(), before=None):
+    """One that has the members of `optional` has them all."""
     return record(description, {
+        **(before or {}),
         "time": text("When it happened: RFC 3339, UTC with milliseconds.", pattern=EVENT_TIME),
         "event": {"description": "Its name.", **name},
         **members,
-    })
+    }, optional, together(*optional) if optional else None)
+
+
+def lines(name, title, description, described, before, parts):
+    """The schema of a line: knows each event that is written; another one only has to have time and name."""
+    events_of_line = {event_name: event(*what, before=before) for event_name, what in described.items()}
+    events_of_line["otherEvent"] = event("An event of a later version.",
+                                         {"type": "string", "not": {"enum": list(described)}}, {}, before=before)
+    return {**identified(name, title), "description": description,
+            "oneOf": [{"$ref": f"#/$defs/{event_name}"} for event_name in events_of_line],
+            "$defs": {**events_of_line, **parts}}
+
+
+def named(records_of_events):
+    """{name: (description, name, members)}"""
+    return {name: (description, {"const": name}, members)
+            for name, (description, members) in records_of_events.items()}
 
 
 def events():
-    """Knows each event that is written; another one only has to have time and name."""
-    described = {name: event(description, {"const": name}, members) for name, (description, members) in EVENTS.items()}
-    described["otherEvent"] = event("An event of a later version.",
-                                    {"type": "string", "not": {"enum": list(EVENTS)}}, {})
-    return {**identified("events", "Event of an update"),
-            "description": "One line of what `kvreflash update --events FILE` writes.",
-            "oneOf": [{"$ref": f"#/$defs/{name}"} for name in described],
-            "$defs": {**described, "counts": COUNTS, "release": RELEASE}}
+    return lines("events", "Event of an update", "One line of what `kvreflash update --events FILE` writes.",
+                 named(EVENTS), {}, {"counts": COUNTS, "release": RELEASE})
+
+
+# Lines of a journal: most events, and the records that it has beside them.
+
+CHAIN = {
+    "number": number("Number of the line, from 0."),
+    "previous": text("SHA-256 of the line before, without its line end; zeros in the first one.",
+                     pattern=f"^{SHA256}$"),
+}
+
+WRITTEN_FILE = {
+    "targetPath": text("Place of a file that the inventory does not list, below the root of the target's file system."),
+    "sha256": text("SHA-256 of what was written there.", "it was not written", pattern=f"^{SHA256}$"),
+}
+
+INTENDED_ELEMENT = record("An element of the phase.", {
+    "index": INDEX,
+    "name": NAME,
+    "address": EVENTS["elementStart"][1]["address"],
+    "targetPath": ELEMENT["targetPath"],
+})
+
+VERIFIED_ELEMENT = record("A verified element.", {
+    "index": INDEX,
+    "result": word("How what the target reports fits the plan.", "verifiedWords"),
+    "after": part("installed", "What the target reports of it.", "it does not list the element, or was not reached"),
+    "leftByPlan": flag("It reports the checksum 0 and differs: a plan leaves it, a forced update does not."),
+    "fileChanged": flag("Its update file changed while it was used: nobody knows what was installed."),
+})
+
+JOURNAL_RECORDS = {
+    "begin": ("The run begins: the first line.", {
+        "format": form_of("journal", "The kind."),
+        "command": RUN["properties"]["command"],
+        "user": RUN["properties"]["user"],
+        "computer": RUN["properties"]["computer"],
+        "places": PLACES,
+        "resumes": text("Identifier of the run that it goes on with; empty: none."),
+        "plan": record("What the plan of the run was made of; its identifier is that of the saved plan that is run, or "
+                       "empty.", plan_basis({}, {})),
+    }),
+    "plan": ("The plan of the run: the second line.", PLAN_ELEMENTS),
+    "intent": ("A phase is about to begin: its elements are no longer untouched.", {
+        "phase": number("Number of the phase, from 0."),
+        "elements": records("intendedElement", "The elements of the phase."),
+    }),
+    "reboot": ("The target was asked to reboot.", {"succeeded": SUCCEEDED}),
+}
+JOURNAL_EVENTS = ("locked", "phase", "transfer", "elementStart", "elementError", "elementEnd", "unlocked", "verify",
+                  "runEnd")
+
+
+def journal():
+    described = named({**JOURNAL_RECORDS, **{name: EVENTS[name] for name in JOURNAL_EVENTS}})
+
+    def extend(name, more, optional=()):
+        description, const, members = described[name]
+        described[name] = (description, const, {**members, **more}, optional)
+
+    extend("elementEnd", WRITTEN_FILE, tuple(WRITTEN_FILE))
+    extend("verify", {"elements": records("verifiedElement", "The verified elements.")})
+    return lines("journal", "Line of a journal", "One line of the file of a run.", described, CHAIN,
+                 {**BASIS_PARTS, "element": element(), **PLANNED_PARTS, "intendedElement": INTENDED_ELEMENT,
+                  "counts": COUNTS, "verifiedElement": VERIFIED_ELEMENT})
 
 
 SCHEMA_MAKERS = {"content": content, "elements": elements, "plan": plan, "explain": explain, "matrix": matrix,
                  "compare": compare, "check": check, "update": update, "verify": verify, "reboot": reboot,
-                 "settings": settings, "events": events}
+                 "settings": settings, "history": history, "run": run, "saved-plan": saved_plan, "events": events,
+                 "journal": journal}
 
 
 def schema_texts():

@@ -1,4 +1,5 @@
 #include "KvDocuments.h"
+#include "KvRuns.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +27,7 @@ void expectOwnWords(Enumeration last) {
 TEST(Codes, EveryValueHasAWordOfItsOwn) {
     expectOwnWords(KvEFailure::none);
     expectOwnWords(KvEEntryMode::upgrade);
-    expectOwnWords(KvEReason::carrierBoardMissing);
+    expectOwnWords(KvEReason::inDoubt);
     expectOwnWords(KvEMatchTest::none);
     expectOwnWords(KvEHiddenBy::configuration);
     expectOwnWords(KvEResult::inProgress);
@@ -37,6 +38,9 @@ TEST(Codes, EveryValueHasAWordOfItsOwn) {
     expectOwnWords(KvESeverity::warning);
     expectOwnWords(KvESettingSource::builtIn);
     expectOwnWords(KvESettingsFile::ignored);
+    expectOwnWords(KvEUnlistedFiles::never);
+    expectOwnWords(KvERunState::brokenOff);
+    expectOwnWords(KvEElementProgress::inProgress);
 }
 
 struct CodeRow {
@@ -70,6 +74,12 @@ const CodeRow codeRows[] = {{"archive", codeOf(KvEFailure::archive)},
                             {"custom-left-out", codeOf(KvEReason::customLeftOut)},
                             {"disabled", codeOf(KvEReason::disabled)},
                             {"carrier-board-missing", codeOf(KvEReason::carrierBoardMissing)},
+                            {"downgrade-left-out", codeOf(KvEReason::downgradeLeftOut)},
+                            {"content-differs", codeOf(KvEReason::contentDiffers)},
+                            {"unlisted-left-out", codeOf(KvEReason::unlistedLeftOut)},
+                            {"written-before", codeOf(KvEReason::writtenBefore)},
+                            {"done-before", codeOf(KvEReason::doneBefore)},
+                            {"in-doubt", codeOf(KvEReason::inDoubt)},
                             {"board-type", codeOf(KvEMatchTest::boardType)},
                             {"board-variant", codeOf(KvEMatchTest::boardVariant)},
                             {"board-id", codeOf(KvEMatchTest::boardId)},
@@ -120,7 +130,19 @@ const CodeRow codeRows[] = {{"archive", codeOf(KvEFailure::archive)},
                             {"default", codeOf(KvESettingSource::builtIn)},
                             {"read", codeOf(KvESettingsFile::read)},
                             {"absent", codeOf(KvESettingsFile::absent)},
-                            {"ignored", codeOf(KvESettingsFile::ignored)}};
+                            {"ignored", codeOf(KvESettingsFile::ignored)},
+                            {"always", codeOf(KvEUnlistedFiles::always)},
+                            {"changed", codeOf(KvEUnlistedFiles::changed)},
+                            {"never", codeOf(KvEUnlistedFiles::never)},
+                            {"running", codeOf(KvERunState::running)},
+                            {"complete", codeOf(KvERunState::complete)},
+                            {"stopped", codeOf(KvERunState::stopped)},
+                            {"broken-off", codeOf(KvERunState::brokenOff)},
+                            {"not-planned", codeOf(KvEElementProgress::notPlanned)},
+                            {"untouched", codeOf(KvEElementProgress::untouched)},
+                            {"done", codeOf(KvEElementProgress::done)},
+                            {"failed", codeOf(KvEElementProgress::failed)},
+                            {"in-progress", codeOf(KvEElementProgress::inProgress)}};
 
 TEST(Codes, WordsNameTheirValues) {
     for (const CodeRow& row : codeRows) {

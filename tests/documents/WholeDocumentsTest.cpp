@@ -1,26 +1,17 @@
+#include "ExpectedDocuments.h"
 #include "SampleValues.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
 
-// The documents as a whole, compared byte for byte with the files of expected/. The schemas are held against the same
-// files (test_schemas.py). With KV_UPDATE_DOCUMENTS=1 the files are written anew: read every line of the difference.
+// The documents as a whole.
 
 namespace {
 
 using namespace KvNReflasher;
-
-struct DocumentRow {
-    /// Name of the file of expected/, which begins with that of the schema.
-    const char* name;
-    std::string (*document)();
-};
 
 const KvTVerdict success;
 const KvTVerdict noTarget = {.failure = KvEFailure::target, .message = "The target system is inaccessible!"};
@@ -195,23 +186,8 @@ const std::vector<DocumentRow>& documentRows() {
     return all;
 }
 
-std::string pathOf(const DocumentRow& row) {
-    return std::string(KV_EXPECTED_DOCUMENTS) + "/" + row.name;
-}
-
-std::string expectedDocument(const DocumentRow& row) {
-    std::ifstream file(pathOf(row), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 TEST(WholeDocuments, AreThoseOfTheExpectedFiles) {
-    const bool isUpdate = std::getenv("KV_UPDATE_DOCUMENTS") != nullptr;
-    for (const DocumentRow& row : documentRows()) {
-        if (isUpdate) {
-            std::ofstream(pathOf(row), std::ios::binary) << row.document();
-        }
-        EXPECT_EQ(expectedDocument(row), row.document()) << row.name;
-    }
+    expectDocuments(KV_EXPECTED_DOCUMENTS, documentRows());
 }
 
 } // namespace

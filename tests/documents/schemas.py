@@ -12,8 +12,10 @@ SCHEMAS = PROJECT / "docs" / "schemas"
 
 # Of what is written, and of what is read.
 NAMES = ("content", "elements", "plan", "explain", "matrix", "check", "compare", "update", "verify", "reboot", "settings",
-         "events")
+         "history", "run", "saved-plan", "events", "journal")
 READ_NAMES = ("archive",)
+# Of lines, each of which is one of several events.
+LINE_NAMES = ("events", "journal")
 # The part of a schema for events that this version does not write.
 OTHER_EVENT = "otherEvent"
 

@@ -1,4 +1,4 @@
-"""The schemas: what they are, that they describe the documents of expected/, and that they refuse spoilt ones."""
+"""The schemas: what they are, that they describe the expected documents, and that they refuse spoilt ones."""
 
 import json
 import re
@@ -15,10 +15,11 @@ except ImportError:
     raise SystemExit("python3-jsonschema is missing (a Debian package)") from None
 
 sys.path.insert(0, str(Path(__file__).resolve().parent))
-from schemas import (NAMES, PROJECT, READ_NAMES, SCHEMAS, closed, extended_versions, objects_in,  # noqa: E402
+from schemas import (LINE_NAMES, NAMES, PROJECT, READ_NAMES, SCHEMAS, closed, extended_versions, objects_in,  # noqa: E402
                      schema_of, spoilt_versions, strict_validator_of, validator_of)
 
-EXPECTED = Path(__file__).resolve().parent / "expected"
+# The tests of these rooms write documents.
+EXPECTED = [PROJECT / "tests" / room / "expected" for room in ("documents", "journal", "plans")]
 TYPES = {"std::uint32_t": "integer", "std::wstring": "string", "std::string": "string", "bool": "boolean"}
 # Numbers of the query record that stand for a flag.
 FLAGS = ("custom", "hasArchiveFile")
@@ -35,7 +36,7 @@ def texts_of(path):
 def expected_documents():
     """[(name, schema, document)]: the name of a file begins with that of the schema."""
     return [(path.name, path.name.split(".")[0], json.loads(text))
-            for path in sorted(EXPECTED.iterdir()) for text in texts_of(path)]
+            for folder in EXPECTED for path in sorted(folder.iterdir()) for text in texts_of(path)]
 
 
 def fields_of(record):
@@ -63,9 +64,9 @@ def words_of_the_schemas():
     return {word for name in NAMES for words in values_of("enum", closed(schema_of(name))) for word in words} - {None}
 
 
-def events_of_the_schema():
+def events_of_the_schema(name):
     """{name: members} of each event that is written."""
-    described = [part["properties"] for part in closed(schema_of("events"))["$defs"].values()]
+    described = [part["properties"] for part in closed(schema_of(name))["$defs"].values()]
     return {members["event"]["const"]: set(members) for members in described if "event" in members}
 
 
@@ -147,6 +148,13 @@ class SchemasTest(unittest.TestCase):
         self.assertFalse(strict_validator_of("events").is_valid(later))
         self.assertFalse(validator_of("events").is_valid({**later, "event": "phase"}), "it has no value")
 
+    def test_so_is_one_in_a_journal(self):
+        later = {"number": 7, "previous": "0" * 64, "time": "2026-03-01T12:34:56.789Z", "event": "pause"}
+        validator_of("journal").validate(later)
+        self.assertFalse(strict_validator_of("journal").is_valid(later))
+        del later["previous"]
+        self.assertFalse(validator_of("journal").is_valid(later), "it is not chained")
+
     def test_the_page_on_documents_names_every_word(self):
         text = (PROJECT / "docs" / "documents.md").read_text(encoding="utf-8")
         words = {word for name in NAMES for enumeration in values_of("enum", schema_of(name)) for word in enumeration}
@@ -156,7 +164,7 @@ class SchemasTest(unittest.TestCase):
 
 
 class ExpectedDocumentsTest(unittest.TestCase):
-    """The documents of expected/, which the library writes (WholeDocumentsTest.cpp)."""
+    """The documents of the folders expected, which the library writes (ExpectedDocuments.h)."""
 
     def test_they_keep_to_their_schemas(self):
         for name, schema, document in expected_documents():
@@ -201,13 +209,16 @@ class ExpectedDocumentsTest(unittest.TestCase):
         self.assertGreater(tried, 150)
 
     def test_they_have_every_member_of_the_schemas(self):
-        for name in set(NAMES) - {"events"}:
+        for name in set(NAMES) - set(LINE_NAMES):
             found = {key for _, schema, document in expected_documents() if schema == name for key in document}
             self.assertEqual(found, set(schema_of(name)["properties"]), name)
 
     def test_they_have_every_event(self):
-        found = {document["event"]: set(document) for _, schema, document in expected_documents() if schema == "events"}
-        self.assertEqual(found, events_of_the_schema())
+        for name in LINE_NAMES:
+            found = {}
+            for line in (document for _, schema, document in expected_documents() if schema == name):
+                found.setdefault(line["event"], set()).update(line)
+            self.assertEqual(found, events_of_the_schema(name))
 
 
 if __name__ == "__main__":

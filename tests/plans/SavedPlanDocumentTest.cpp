@@ -1,3 +1,4 @@
+#include "ExpectedDocuments.h"
 #include "SavedPlans.h"
 
 #include <gtest/gtest.h>
@@ -11,6 +12,10 @@ namespace {
 std::string reasonToRefuse(const std::string& document) {
     std::string reason;
     return readSavedPlan(document, reason) ? "accepted" : reason;
+}
+
+TEST(SavedPlanDocument, IsThatOfTheExpectedFile) {
+    expectDocuments(KV_EXPECTED_DOCUMENTS, {{"saved-plan.json", [] { return savedPlanDocument(sampleSavedPlan()); }}});
 }
 
 TEST(SavedPlanDocument, IsReadAsItWasWritten) {

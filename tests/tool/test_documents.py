@@ -11,6 +11,7 @@ except ImportError:
     raise SystemExit("python3-jsonschema is missing (a Debian package)") from None
 
 import tool_runs
+from run_journals import TARGET, RunTest
 from tool_runs import PROJECT, ScratchTest, run
 
 sys.path.insert(0, str(PROJECT / "tests" / "documents"))
@@ -228,6 +229,84 @@ class DocumentsTest(ScratchTest):
         documents = self.documents(*self.lay_out_case("records-as-json"))
         tried = sum(self.check_spoilt(*found) for found in documents.items())
         self.assertGreater(tried, 300)
+
+
+class RunDocumentsTest(RunTest):
+    """What the tool writes of runs, and of plans that are saved."""
+
+    def checked_lines(self, file):
+        """The lines of a journal, each of which keeps to its schema."""
+        validator = strict_validator_of("journal")
+        lines = [json.loads(line) for line in file.read_text(encoding="utf-8").splitlines()]
+        for line in lines:
+            validator.validate(line)
+        return lines
+
+    def checked(self, schema, document):
+        """The document, which keeps to its schema, whose spoilt versions do not."""
+        validator = strict_validator_of(schema)
+        validator.validate(document)
+        for spoilt in spoilt_versions(document):
+            self.assertFalse(validator.is_valid(spoilt), spoilt)
+        return document
+
+    def test_each_line_of_a_journal_keeps_to_its_schema(self):
+        self.assertEqual(self.update("--verify", "--reboot").code, 0)
+        lines = self.checked_lines(*self.files())
+        self.assertEqual({line["event"] for line in lines}, {
+            "begin", "plan", "locked", "intent", "phase", "transfer", "elementStart", "elementEnd", "unlocked",
+            "verify", "reboot", "runEnd"})
+        self.assertTrue([line["sha256"] for line in lines if "sha256" in line])
+        validator = strict_validator_of("journal")
+        for line in lines:
+            for spoilt in spoilt_versions(line):
+                self.assertFalse(validator.is_valid(spoilt), spoilt)
+
+    def test_so_do_those_of_an_update_that_fails_and_of_a_reboot(self):
+        archive, rack = self.lay_out_case("events")
+        target = ("-t", TARGET, "--emulate", rack, "--journal", self.journal)
+        self.assertEqual(run("update", "-a", archive, *target).code, 1)
+        run("reboot", *target)
+        update, reboot = map(self.checked_lines, self.files())
+        self.assertIn("elementError", [line["event"] for line in update])
+        self.assertEqual((reboot[0]["command"], reboot[0]["plan"]["archive"]["descriptionSha256"]), ("reboot", ""))
+
+    def test_the_history_keeps_to_its_schema(self):
+        self.assertEqual(self.checked("history", self.history())["runs"], [])
+        self.assertEqual(self.update("--verify").code, 0)
+        run("reboot", "-t", TARGET, "--emulate", self.rack, "--journal", self.journal)
+        (self.journal / "20261122T101500123Z-0a1b2c3d.jsonl").write_text("no journal\n", encoding="utf-8")
+        document = self.checked("history", self.history())
+        self.assertEqual([one["command"] for one in document["runs"]], ["update", "reboot"])
+
+    def test_a_run_keeps_to_its_schema(self):
+        self.assertEqual(self.update("-e", "UserIpl", "--verify").code, 0)
+        self.assertEqual(self.update("-e", "UserIpl").code, 0)
+        for one in self.runs():
+            document = self.checked("run", self.history(one["id"]))
+            self.assertEqual(document["run"], one)
+            self.assertTrue(document["elements"])
+        document = self.checked("run", self.history("20261122T101500123Z-0a1b2c3d", code=8))
+        self.assertEqual((document["run"], document["elements"]), (None, []))
+
+    def test_a_run_that_broke_off_keeps_to_the_schemas(self):
+        self.assertEqual(self.update("-e", "UserIpl").code, 0)
+        (file,) = self.files()
+        lines = file.read_bytes().splitlines(keepends=True)
+        for count in range(1, len(lines)):
+            file.write_bytes(b"".join(lines[:count]))
+            (one,) = self.checked("history", self.history())["runs"]
+            self.assertEqual((one["state"], one["end"]), ("broken-off", None))
+            strict_validator_of("run").validate(self.history(one["id"]))
+
+    def test_a_saved_plan_keeps_to_its_schema(self):
+        self.save("-e", "UserIpl", "--disable", "1", "--unlisted-files", "changed")
+        document = self.checked("saved-plan", json.loads(self.plan.read_text(encoding="utf-8")))
+        self.assertEqual((document["options"]["elements"], document["options"]["unlistedFiles"]),
+                         ("UserIpl", "changed"))
+        self.assertEqual(self.run_plan("--json").code, 0)
+        lines = self.checked_lines(*self.files())
+        self.assertEqual(lines[0]["plan"]["id"], document["id"])
 
 
 if __name__ == "__main__":
