@@ -757,7 +757,8 @@ def journal():
         described[name] = (description, const, {**members, **more}, optional)
 
     extend("elementEnd", WRITTEN_FILE, tuple(WRITTEN_FILE))
-    extend("verify", {"elements": records("verifiedElement", "The verified elements.")})
+    extend("verify", {"lookSucceeded": flag("The target could be looked at."),
+                      "elements": records("verifiedElement", "The verified elements.")})
     return lines("journal", "Line of a journal", "One line of the file of a run.", described, CHAIN,
                  {**BASIS_PARTS, "element": element(), **PLANNED_PARTS, "intendedElement": INTENDED_ELEMENT,
                   "counts": COUNTS, "verifiedElement": VERIFIED_ELEMENT})

@@ -3,8 +3,6 @@
 #include "KvCVersion.h"
 #include "KvDocuments.h"
 
-#include <utility>
-
 namespace KvNReflasher {
 
 using KvNJson::jsonView;
@@ -15,8 +13,8 @@ std::optional<KvTVersion> versionOf(jsonView text) {
     if (!text.is_string()) {
         return std::nullopt;
     }
-    std::string printed = textOf(text);
-    return KvTVersion{.number = KvCVersion(printed.c_str()).getAsULong64(), .text = std::move(printed)};
+    const std::string printed = textOf(text);
+    return KvTVersion{.number = KvCVersion(printed.c_str()).getAsULong64(), .text = printed};
 }
 
 std::optional<bool> flagOf(jsonView value) {

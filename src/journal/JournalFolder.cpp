@@ -22,19 +22,10 @@ constexpr std::chrono::days longestKept{400};
 /// "20261122T101500123Z-" and eight digits.
 constexpr std::size_t idLength = 28;
 
-struct MomentParts {
-    std::chrono::year_month_day date;
-    std::chrono::hh_mm_ss<std::chrono::milliseconds> clock;
-};
-
-MomentParts partsOf(std::chrono::system_clock::time_point moment) {
-    const auto day = std::chrono::floor<std::chrono::days>(moment);
-    return {std::chrono::year_month_day(day),
-            std::chrono::hh_mm_ss(std::chrono::floor<std::chrono::milliseconds>(moment - day))};
-}
-
 std::string written(const char* format, std::chrono::system_clock::time_point moment) {
-    const auto [date, clock] = partsOf(moment);
+    const auto day = std::chrono::floor<std::chrono::days>(moment);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss clock(std::chrono::floor<std::chrono::milliseconds>(moment - day));
     std::array<char, 64> text{};
     std::snprintf(text.data(), text.size(), format, static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
                   static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),

@@ -23,8 +23,8 @@ std::unique_ptr<KvCRunJournal> KvCRunJournal::create(const KvTJournalOptions& op
     return std::unique_ptr<KvCRunJournal>(new KvCRunJournal(options, std::move(id), std::move(file)));
 }
 
-KvCRunJournal::KvCRunJournal(const KvTJournalOptions& options, std::string id, std::unique_ptr<KvCLockedFile> file)
-    : options_(options), id_(std::move(id)), file_(std::move(file)) {}
+KvCRunJournal::KvCRunJournal(KvTJournalOptions options, std::string id, std::unique_ptr<KvCLockedFile> file)
+    : options_(std::move(options)), id_(std::move(id)), file_(std::move(file)) {}
 
 KvCRunJournal::~KvCRunJournal() {
     (void)writeOut();
@@ -35,6 +35,10 @@ KvCRunJournal::~KvCRunJournal() {
 
 /// The file stays: it is empty, and who would remove it could remove one that another run has just taken.
 bool KvCRunJournal::hold(const std::string& taskId, std::string& reason) {
+    if (!isRunId(taskId)) { // it would lead elsewhere
+        reason = "'" + taskId + "' is not an id";
+        return false;
+    }
     const std::wstring name = toWide(KvCString(std::string_view(taskId)));
     held_.push_back(KvCLockedFile::take(options_.folder + L"\\" + name + L".lock", reason));
     return held_.back() != nullptr;

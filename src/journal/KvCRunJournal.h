@@ -41,7 +41,7 @@ public:
     KvCRunJournal& operator=(const KvCRunJournal&) = delete;
 
 private:
-    KvCRunJournal(const KvNReflasher::KvTJournalOptions& options, std::string id, std::unique_ptr<KvCLockedFile> file);
+    KvCRunJournal(KvNReflasher::KvTJournalOptions options, std::string id, std::unique_ptr<KvCLockedFile> file);
 
     const KvNReflasher::KvTJournalOptions options_;
     const std::string id_;

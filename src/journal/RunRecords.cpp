@@ -97,6 +97,7 @@ std::string withWrittenFile(const std::string& event, const std::string& targetP
 
 std::string withVerifiedElements(const std::string& event, const KvTVerification& verification) {
     json members = json::makeObject();
+    members.set("lookSucceeded", verification.look.succeeded);
     members.set("elements", listOf(verification.elements, verifiedRecord));
     return joined(event, members);
 }

@@ -91,10 +91,21 @@ TEST_F(JournalFolderTest, WhatOneRunHoldsNoOtherCanHold) {
     const auto first = KvCRunJournal::create(options, reason);
     auto second = KvCRunJournal::create(options, reason);
     ASSERT_TRUE(first && second) << reason;
-    EXPECT_TRUE(first->hold("plan", reason));
-    EXPECT_FALSE(second->hold("plan", reason));
+    const std::string plan = newRunId(system_clock::now());
+    EXPECT_TRUE(first->hold(plan, reason));
+    EXPECT_FALSE(second->hold(plan, reason));
     EXPECT_EQ(reason, "");
-    EXPECT_TRUE(second->hold("other", reason));
+    EXPECT_TRUE(second->hold(newRunId(system_clock::now()), reason));
+}
+
+TEST_F(JournalFolderTest, WhatIsNotAnIdIsNotHeld) {
+    KvTJournalOptions options;
+    options.folder = folder();
+    std::string reason;
+    const auto journal = KvCRunJournal::create(options, reason);
+    ASSERT_TRUE(journal) << reason;
+    EXPECT_FALSE(journal->hold("../../elsewhere", reason));
+    EXPECT_EQ(reason, "'../../elsewhere' is not an id");
 }
 
 TEST_F(JournalFolderTest, FoldersAreMadeAndAFileInTheirPlaceIsNamed) {

@@ -217,6 +217,7 @@ TEST_F(RunReadingTest, AVerificationIsRead) {
     ASSERT_TRUE(run.verification);
     ASSERT_EQ(run.verification->elements.size(), 1U);
     EXPECT_EQ(run.verification->elements[0].result, KvEVerified::asExpected);
+    EXPECT_TRUE(run.verification->look.succeeded);
     EXPECT_EQ(run.verification->look.elements.at(2)->checksumCrc32, 77U);
 }
 
