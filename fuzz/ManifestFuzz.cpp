@@ -53,7 +53,7 @@ void checkSafeName(const std::string& name) {
 
 void checkName(const std::string& name) {
     const bool canBePacked = name.size() <= longestPackedName;
-    const std::string first = lowerCaseOf(name.substr(0, name.find('/')));
+    const std::string first = foldedCaseOf(name.substr(0, name.find('/')));
     const bool isTaken = first == manifestName || first == signatureName;
     require(faultsOfNames({{.name = name}}).empty() == (isSafe(name) && canBePacked && !isTaken),
             "A file can be in an archive if its name is safe, not too long and not that of the manifest.");

@@ -30,6 +30,7 @@ enum class KvEChange : std::uint8_t {
 
 /// An entry of one of the archives for a place.
 struct KvTComparedEntry {
+    /// As the description has it.
     KvTArchiveEntry entry;
     /// Values that boards and elements must have, as the description writes them: "variant A, board id 6|7, hw 2|3".
     /// Empty: any.
@@ -38,6 +39,7 @@ struct KvTComparedEntry {
 
 /// A place: an element, or a file, on boards of a type.
 struct KvTArchiveDifference {
+    /// Type of the boards.
     std::string boardType;
     /// Identifier of the element; nothing for a file.
     std::optional<std::uint32_t> elementId;
@@ -48,6 +50,7 @@ struct KvTArchiveDifference {
     std::optional<KvTComparedEntry> before;
     std::optional<KvTComparedEntry> after;
     /// @}
+    /// The change from `before` to `after`.
     KvEChange change = KvEChange::same;
     /// The update files have other checksums, or one of them is not known.
     bool isContentChanged = false;
@@ -63,6 +66,7 @@ struct KvTArchiveDifference {
 struct KvTArchivePlace {
     /// Folder or package.
     std::wstring folder;
+    /// Name of the description in it.
     std::wstring descriptionFileName;
 };
 
@@ -70,7 +74,9 @@ struct KvTArchivePlace {
 struct KvTComparison {
     /// Class archive if one of them was refused; the messages say more.
     KvTVerdict verdict;
+    /// Content of the old archive.
     KvTArchiveContent before;
+    /// Content of the new archive.
     KvTArchiveContent after;
     /// The places of both, in the order of the new archive; those that only the old one has follow.
     std::vector<KvTArchiveDifference> places;
