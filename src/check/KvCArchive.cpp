@@ -17,6 +17,7 @@ namespace {
 std::vector<KvTFinding> findingsOf(const std::vector<std::string>& faults) {
     const KvTFindingRow& row = findingRow(KvECheckRule::releaseRefused);
     std::vector<KvTFinding> findings;
+    findings.reserve(faults.size());
     for (const std::string& fault : faults) {
         findings.push_back({.severity = row.severity,
                             .code = std::string(row.code),

@@ -18,6 +18,7 @@ struct Place {
     std::optional<std::uint32_t> elementId;
     std::string targetPath;
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): the 0 that clang-tidy sees is the compiler's
     auto operator<=>(const Place&) const = default;
 };
 
@@ -164,6 +165,7 @@ void comparePlace(const Place& place, std::vector<KvTComparedEntry> before, std:
         return taken;
     };
     std::vector<std::optional<KvTComparedEntry>> partners;
+    partners.reserve(after.size());
     for (const KvTComparedEntry& entry : after) {
         partners.push_back(takeSameRules(entry.rules));
     }

@@ -30,7 +30,10 @@ std::unique_ptr<KvCPrivateFolder::Lock> KvCPrivateFolder::Lock::open(const std::
     // Somebody may have taken a new file for one that was left, and removed it.
     const bool isHeld = flock(lock->state_->file, LOCK_EX | LOCK_NB) == 0 && fstat(lock->state_->file, &status) == 0 &&
                         status.st_nlink > 0;
-    return isHeld ? std::move(lock) : nullptr;
+    if (!isHeld) {
+        lock.reset();
+    }
+    return lock;
 }
 
 std::unique_ptr<KvCPrivateFolder::Lock> KvCPrivateFolder::Lock::make(const std::filesystem::path& file) {

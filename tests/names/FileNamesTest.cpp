@@ -53,6 +53,7 @@ TEST(FileNames, ThatLeadElsewhereOrAreNotTheSameEverywhereAreNotSafe) {
                         {"lpt\u00B3", "Windows takes 'lpt\u00B3' for a device"},
                         {"aux.ini", "Windows takes 'aux.ini' for a device"},
                         {"a\nb", "it has the character U+000A, which does not show as what it is"},
+                        // NOLINTNEXTLINE(misc-misleading-bidirectional): such a character is not safe
                         {"a\u202Eb", "it has the character U+202E, which does not show as what it is"},
                         {"a\xFF", "it is not UTF-8"},
                         {"\xC3", "it is not UTF-8"},

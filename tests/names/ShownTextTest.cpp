@@ -15,6 +15,7 @@ TEST(ShownText, IsAsItIsIfItIsPlain) {
 
 TEST(ShownText, HasNothingThatHidesWhatItIs) {
     EXPECT_EQ(shownInQuotes("a\nb\t\x1B[2J"), R"('a\x0Ab\x09\x1B[2J')");
+    // NOLINTNEXTLINE(misc-misleading-bidirectional): such a character is what must be shown
     EXPECT_EQ(shownInQuotes("\u00FC\u202E"), R"('\xC3\xBC\xE2\x80\xAE')");
     EXPECT_EQ(shownInQuotes("a\xFF"), R"('a\xFF')");
     EXPECT_EQ(shownInQuotes(std::string("a\0b", 3)), R"('a\x00b')");

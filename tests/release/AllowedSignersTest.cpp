@@ -56,7 +56,7 @@ TEST(AllowedSigners, MayBeLimitedToPurposes) {
 }
 
 TEST(AllowedSigners, MayBeLimitedInTime) {
-    const std::string line = "me valid-after=\"20260101Z\",valid-before=\"20270101Z\" " + ed25519Key;
+    const std::string line = R"(me valid-after="20260101Z",valid-before="20270101Z" )" + ed25519Key;
     EXPECT_EQ(valueOf(line), "me");
     EXPECT_EQ(valueOf(line, "2026-01-01T00:00:00Z"), "me");
     EXPECT_EQ(valueOf(line, "2025-12-31T23:59:59Z"), "me: may sign after 2026-01-01T00:00:00Z only");
@@ -75,7 +75,7 @@ TEST(AllowedSigners, OddLinesLetNobodySign) {
     EXPECT_EQ(valueOf("me\r# comment " + ed25519Key), "line 1: it has a control character");
     EXPECT_EQ(valueOf(std::string("m\0e ", 4) + ed25519Key), "line 1: it has a control character");
     for (const char* first : {"\"\"", "valid-before=\"20200101Z\"", "namespaces=\"file\"", "cert-authority",
-                              "CERT-AUTHORITY", "namespaces=\"file\",valid-after=\"20200101\""}) {
+                              "CERT-AUTHORITY", R"(namespaces="file",valid-after="20200101")"}) {
         EXPECT_EQ(valueOf(first + (" " + ed25519Key)), "line 1: it names nobody") << first;
     }
     EXPECT_EQ(valueOf("\uFEFFme " + ed25519Key),

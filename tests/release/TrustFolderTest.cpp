@@ -29,6 +29,7 @@ protected:
             return reason_;
         }
         std::vector<KvCSshKey> signers;
+        signers.reserve(keys.size());
         for (const std::string& key : keys) {
             signers.push_back(keyOf(key));
         }

@@ -20,6 +20,7 @@ protected:
     /// Severity, code, place and texts of each finding.
     static std::vector<std::string> textsOf(const std::vector<KvTFinding>& findings) {
         std::vector<std::string> texts;
+        texts.reserve(findings.size());
         for (const KvTFinding& finding : findings) {
             texts.push_back(finding.code + " " + std::to_string(finding.line) + ":" + std::to_string(finding.column) +
                             " " + finding.path + " " + finding.message + " " + finding.hint);

@@ -37,7 +37,12 @@ std::string serveEmulatedTargets(const std::vector<std::string>& folders) {
         // A target may list an address several times: it is several devices then.
         for (const std::string& address : std::set<std::string>(result.addresses.begin(), result.addresses.end())) {
             if (const auto [other, isNew] = folderOf.emplace(address, folder); !isNew) {
-                say("warning: '" + other->second + "' and '" + folder + "' both have the address " + address);
+                say(std::string("warning: '")
+                        .append(other->second)
+                        .append("' and '")
+                        .append(folder)
+                        .append("' both have the address ")
+                        .append(address));
             }
         }
     }

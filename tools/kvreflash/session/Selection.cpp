@@ -65,6 +65,7 @@ std::vector<std::string> wordsOf(const std::string& list) {
 /// What is said about the words of a filter that no element of the target has.
 std::string unknownWords(const Filter& filter, const KvTOptions& options, const std::vector<KvTHiddenElement>& hidden) {
     std::vector<std::string> values;
+    values.reserve(hidden.size());
     for (const KvTHiddenElement& element : hidden) {
         values.push_back(filter.valueOf(element));
     }
