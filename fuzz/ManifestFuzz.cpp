@@ -69,7 +69,7 @@ void checkFiles(const KvTManifest& manifest) {
     for (const KvTSealedFile& file : manifest.files) {
         checkName(file.name);
         require(isSafe(file.name), "All names of a manifest are safe.");
-        require(names.insert(lowerCaseOf(file.name)).second, "The names of a manifest differ in more than case.");
+        require(names.insert(foldedCaseOf(file.name)).second, "The names of a manifest differ in more than case.");
         size += file.size;
         const auto packed = readHeader(headerOf({file.name, file.size, manifest.created}));
         require(packed && packed->name == file.name && packed->size == file.size && packed->time == manifest.created,

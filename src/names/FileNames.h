@@ -13,8 +13,8 @@
 /// `text` with the lower case of its ASCII letters.
 [[nodiscard]] std::string lowerCaseOf(std::string_view text);
 
-/// `text`, which is UTF-8, with the same letters whatever their case: what differs in case only becomes the same text.
-/// Letters of all alphabets that Unicode pairs one to one.
+/// `text` (UTF-8) in one case: texts that differ only in the case of their letters, of any alphabet, become the same.
+/// Letters without a partner of one character, such as the German sharp s, and bytes that are not UTF-8 stay.
 [[nodiscard]] std::string foldedCaseOf(std::string_view text);
 
 /// True if `text` is well-formed UTF-8.

@@ -48,6 +48,14 @@ TEST_F(CheckNames, NamesThatDifferOnlyInCaseAreAWarning) {
     EXPECT_EQ("The names \"A.bin\" and \"a.bin\" differ only in case.", finding.message);
 }
 
+TEST_F(CheckNames, LettersOfAllAlphabetsHaveACase) {
+    const std::string text = ArchiveBuilder()
+                                 .entry(goodEntry().set("name", "\"\u00FC.bin\"").set("id", "1"))
+                                 .entry(goodEntry().set("name", "\"\u00DC.bin\"").set("id", "2"))
+                                 .text();
+    EXPECT_EQ("update-file-missing name-case update-file-missing", codes(text));
+}
+
 TEST_F(CheckNames, TargetPathsThatDifferOnlyInCaseAreAWarning) {
     const auto entryOf = [](const char* boardType, const char* path) {
         return goodEntry().remove("id").set("boardType", boardType).set("targetPath", path);

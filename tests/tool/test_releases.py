@@ -109,7 +109,6 @@ class SealTest(ReleaseTest):
         self.assertEqual(sorted(path.name for path in self.scratch.glob("*.kva*")), ["release.kva"])
         self.assertEqual(run("pack", self.archive, self.scratch / "release.tar").code, 64)
 
-
     def test_a_package_is_not_made_inside_its_archive(self):
         self.seal()
         (self.archive / "sub").mkdir()
