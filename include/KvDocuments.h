@@ -135,6 +135,9 @@ inline constexpr std::size_t outlookCount = 4;
 /// The command ends.
 [[nodiscard]] KV_REFLASH_API std::string runEndEvent(const std::string& time, const KvTVerdict& verdict, int exitCode);
 
+/// Returns the exit code of a program that ends with this failure, as the console tool does; docs/commands.md has them.
+[[nodiscard]] KV_REFLASH_API int exitCodeOf(KvEFailure failure);
+
 // The words for values: stable codes of the documents, with hyphens. Documents write null for a failure, failed test or
 // failed call of `none`.
 

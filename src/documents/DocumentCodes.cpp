@@ -57,6 +57,48 @@ const char* wordOf(const Words& words, Value value) {
 
 } // namespace
 
+int exitCodeOf(KvEFailure failure) {
+    using enum KvEFailure;
+    enum ExitCode : int {
+        success = 0,
+        failed = 1,
+        targetNotSupported = 2,
+        archiveRefused = 3,
+        noTarget = 4,
+        targetLocked = 5,
+        notVerified = 6,
+        endedOnRequest = 7,
+        wrongSelection = 8,
+        notAsPlanned = 9
+    };
+    switch (failure) {
+    case none:
+        return success;
+    case archive:
+        return archiveRefused;
+    case target:
+        return noTarget;
+    case stale:
+        return notAsPlanned;
+    case unsupported:
+        return targetNotSupported;
+    case selection:
+        return wrongSelection;
+    case locked:
+        return targetLocked;
+    case stopped:
+        return endedOnRequest;
+    case verification:
+        return notVerified;
+    case elements:
+    case errors:
+    case reboot:
+    case output:
+        return failed;
+    }
+    return failed;
+}
+
 const char* codeOf(KvEFailure failure) {
     return wordOf(failureWords, failure);
 }

@@ -1,5 +1,7 @@
 #include "ExitCodes.h"
 
+#include "KvDocuments.h"
+
 #include "RedirectedStream.h"
 
 #include <gtest/gtest.h>

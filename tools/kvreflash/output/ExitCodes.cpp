@@ -1,41 +1,12 @@
 #include "ExitCodes.h"
 
+#include "KvDocuments.h"
 #include "ToolOutput.h"
 
 #include <cstdio>
 #include <utility>
 
 using namespace KvNReflasher;
-
-ExitCode exitCodeOf(KvEFailure failure) {
-    using enum KvEFailure;
-    switch (failure) {
-    case none:
-        return exitSuccess;
-    case archive:
-        return exitArchive;
-    case target:
-        return exitTarget;
-    case stale:
-        return exitStale;
-    case unsupported:
-        return exitTargetNotSupported;
-    case selection:
-        return exitSelection;
-    case locked:
-        return exitLocked;
-    case stopped:
-        return exitStopped;
-    case verification:
-        return exitVerification;
-    case elements:
-    case errors:
-    case reboot:
-    case output:
-        return exitFailed;
-    }
-    return exitFailed;
-}
 
 KvTVerdict verdictOfStandardOutput() {
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) {
@@ -55,5 +26,5 @@ ExitCode conclude(KvTVerdict verdict) {
         // Without memory a session cannot say that it has none.
         say(verdict.message.empty() ? "out of memory" : verdict.message);
     }
-    return exitCodeOf(verdict.failure);
+    return static_cast<ExitCode>(exitCodeOf(verdict.failure));
 }

@@ -2,7 +2,7 @@
 
 #include "KvTOutcome.h"
 
-/// Exit codes of the tool.
+/// Exit codes of the tool. Those of failures are given by KvNReflasher::exitCodeOf().
 enum ExitCode : int {
     exitSuccess = 0,
     exitFailed = 1,
@@ -18,9 +18,6 @@ enum ExitCode : int {
     /// Ended by an interrupt.
     exitInterrupted = 130
 };
-
-/// Returns the exit code of a command that ends with this failure.
-[[nodiscard]] ExitCode exitCodeOf(KvNReflasher::KvEFailure failure);
 
 /// Class output if standard output has lost something of what the library or the tool has written.
 [[nodiscard]] KvNReflasher::KvTVerdict verdictOfStandardOutput();
