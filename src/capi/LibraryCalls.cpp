@@ -1,8 +1,11 @@
+#include "ExhaustedMemory.h"
 #include "KvDocuments.h"
+#include "KvISession.h"
 #include "KvRunDocuments.h"
 #include "kvreflash.h"
 
 #include <cstdint>
+#include <string>
 
 using namespace KvNReflasher;
 
@@ -45,4 +48,11 @@ const char* KVR_CALL kvr_code(std::uint32_t enumeration, std::uint32_t value) {
 
 std::uint32_t KVR_CALL kvr_abi_version(void) {
     return KVR_ABI_VERSION;
+}
+
+const char* KVR_CALL kvr_version(void) {
+    return withoutException<const char*>("", [] {
+        static const std::string text = KvISession::version();
+        return text.c_str();
+    });
 }
