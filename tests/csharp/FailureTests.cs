@@ -39,8 +39,8 @@ namespace KvReflash.Tests {
         }
 
         public static void AnElementThatFailsHasItsReasonAndItsErrors() {
-            using (var rack = new Rack("{\"call\": \"update2\", \"errors\": [{\"code\": 4660, \"text\": \"No space.\", " +
-                                       "\"function\": \"write\", \"originNode\": 2815}]}"))
+            const string error = "{\"code\": 4660, \"text\": \"No space.\", \"function\": \"write\", \"originNode\": 2815}";
+            using (var rack = new Rack("{\"call\": \"update2\", \"errors\": [" + error + "]}"))
             using (Session session = rack.Prepared()) {
                 Expect.Equal(1, Expect.Fails(Failure.Elements, () => session.Run()).ExitCode);
                 ElementOutcome failed = session.Outcome.Elements.First(one => one.Result == ElementResult.Failed);
@@ -51,7 +51,7 @@ namespace KvReflash.Tests {
                 Expect.Equal("write", failed.Errors[0].Function);
                 Expect.Equal(2815U, failed.Errors[0].OriginNode);
                 Expect.Equal(null, failed.Errors[0].Line);
-                Expect.True(session.Outcome.Elements.Any(one => one.Result == ElementResult.Updated), "others go on");
+                Expect.True(session.Outcome.Elements.Any(one => one.Result == ElementResult.Updated), "others are");
             }
         }
 
@@ -82,7 +82,7 @@ namespace KvReflash.Tests {
                 Expect.Equal(false, verification.Succeeded);
                 Expect.Equal(Failure.Verification, verification.Failure);
                 Expect.True(verification.Message != null, "there is a reason");
-                Expect.True(verification.Elements.Any(one => one.Result == VerifiedResult.Differs), "something differs");
+                Expect.True(verification.Elements.Any(one => one.Result == VerifiedResult.Differs), "one differs");
             }
         }
 
@@ -93,7 +93,8 @@ namespace KvReflash.Tests {
                 Expect.Throws<InvalidOperationException>(() => { Plan plan = session.Plan; });
                 Expect.Throws<InvalidOperationException>(() => { Verification last = session.Verification; });
                 session.Prepare();
-                Expect.Contains("must not be called now", Expect.Throws<InvalidOperationException>(session.Prepare).Message);
+                string message = Expect.Throws<InvalidOperationException>(session.Prepare).Message;
+                Expect.Contains("must not be called now", message);
                 session.Run();
                 Expect.Throws<InvalidOperationException>(() => session.Run());
             }
@@ -132,7 +133,8 @@ namespace KvReflash.Tests {
 
         public static void ATargetThatIsNotThereIsNotServed() {
             using (var scratch = new Scratch()) {
-                Expect.Contains("target.json", Expect.Throws<IOException>(() => Emulation.Serve(scratch.Folder)).Message);
+                string message = Expect.Throws<IOException>(() => Emulation.Serve(scratch.Folder)).Message;
+                Expect.Contains("target.json", message);
                 Expect.Throws<ArgumentNullException>(() => Emulation.Serve(null));
             }
         }

@@ -3,8 +3,8 @@
 //
 // usage: Tests.exe FACTS ARCHIVE RACK [NAME...]
 //
-// FACTS is what run_tests.py has read from the header, ARCHIVE the example archive, RACK the example rack, of which copies
-// are used.
+// FACTS is what run_tests.py has read from the header, ARCHIVE the example archive, RACK the example rack, of which
+// copies are used.
 
 using System;
 using System.Linq;

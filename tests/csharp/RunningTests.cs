@@ -127,7 +127,7 @@ namespace KvReflash.Tests {
                 Expect.Throws<HandlerFault>(() => session.Run());
                 Expect.Equal(1, calls);
                 Expect.Equal(Failure.Stopped, session.Outcome.Failure);
-                Expect.True(session.Outcome.Elements.Any(one => one.Result == ElementResult.NotStarted), "it has stopped");
+                Expect.True(session.Outcome.Elements.Any(one => one.Result == ElementResult.NotStarted), "it stopped");
             }
         }
 

@@ -1,0 +1,28 @@
+using System;
+
+namespace KvReflash {
+    /// <summary>What a function of the library returns.</summary>
+    internal static class CallResult {
+        internal const int Success = 0;
+        internal const int Failed = 1;
+
+        private const int ErrorArgument = -1;
+        private const int ErrorMemory = -2;
+
+        /// <summary>Returns the result of a call on this thread; throws if the call itself has failed.</summary>
+        internal static int Judged(int result) {
+            if (result >= Success) {
+                return result;
+            }
+            string message = Utf8.Text(Native.kvr_last_error());
+            switch (result) {
+            case ErrorArgument:
+                throw new ArgumentException(message);
+            case ErrorMemory:
+                throw new OutOfMemoryException(message);
+            default:
+                throw new InvalidOperationException(message);
+            }
+        }
+    }
+}
