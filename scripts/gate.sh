@@ -9,7 +9,7 @@ set -uo pipefail
 # shellcheck source=scripts/lib.sh
 source "$(dirname "${BASH_SOURCE[0]}")/lib.sh"
 
-stages=(tests clang format house scripts tidy cppcheck valgrind packages documentation sweeps limits fuzz coverage)
+stages=(tests clang format house scripts tidy cppcheck valgrind packages csharp documentation sweeps limits fuzz coverage)
 
 sources() {
     find include src platform tools tests fuzz bench examples -name '*.h' -o -name '*.cpp' | sort
@@ -108,6 +108,9 @@ make_real_platform() {
     rm -rf "$2" && cp -r "$1" "$2" && rm "$2/include/KvPlatform/KvEmulation.h" &&
         sed -i '/KvPlatform_EMULATION/d' "$2"/lib*/cmake/KvPlatform/KvPlatformConfig.cmake
 }
+
+# The package for .NET has a compiler and a runtime of its own, which nothing else needs.
+stage_csharp() { scripts/test_csharp.sh; }
 
 # A document that tells a wrong command is worse than none, and the interface has no part that is not described.
 stage_documentation() {
