@@ -1,5 +1,6 @@
 #pragma once
 
+#include "JsonText.h"
 #include "KvNJson.h"
 #include "KvTSavedPlan.h"
 
@@ -8,9 +9,9 @@
 namespace KvNReflasher {
 
 /// Adds what the plan was made of: target, options, archive.
-void setPlanBasis(KvNJson::json& record, const KvTSavedPlan& plan);
+void setPlanBasis(KvCJsonText& record, const KvTSavedPlan& plan);
 /// Adds what was planned: elements, phases and what sums them up.
-void setPlanElements(KvNJson::json& record, const KvTSavedPlan& plan);
+void setPlanElements(KvCJsonText& record, const KvTSavedPlan& plan);
 
 /// Read what these have added. Each element's index is its position.
 /// @{
