@@ -3,6 +3,7 @@
 #include "ArchiveRecords.h"
 #include "JsonValues.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
@@ -142,6 +143,11 @@ KvCJsonText hiddenElementRecord(const KvTHiddenElement& element) {
     record.set("address", element.address);
     record.set("hiddenBy", listOf(element.hiddenBy, [](KvEHiddenBy reason) { return KvCJsonText(codeOf(reason)); }));
     return record;
+}
+
+KvCJsonText updatesOf(const KvTPlan& plan) {
+    const auto isUpdated = [](const KvTPlannedElement& element) { return element.decision.update; };
+    return static_cast<std::uint64_t>(std::count_if(plan.elements.begin(), plan.elements.end(), isUpdated));
 }
 
 } // namespace KvNReflasher

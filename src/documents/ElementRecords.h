@@ -15,5 +15,7 @@ namespace KvNReflasher {
 [[nodiscard]] KvCJsonText versionComponents(const std::optional<KvTVersion>& version);
 [[nodiscard]] KvCJsonText triedEntryRecord(const KvTTriedEntry& entry);
 [[nodiscard]] KvCJsonText hiddenElementRecord(const KvTHiddenElement& element);
+/// Number of elements that are to be updated.
+[[nodiscard]] KvCJsonText updatesOf(const KvTPlan& plan);
 
 } // namespace KvNReflasher

@@ -1,5 +1,6 @@
 #include "ArchiveRecords.h"
 #include "DocumentFrame.h"
+#include "ElementRecords.h"
 #include "JsonValues.h"
 #include "KvDocuments.h"
 #include "OutcomeRecords.h"
@@ -54,11 +55,9 @@ std::string runBeginEvent(const std::string& time, const KvTReportFacts& facts) 
 }
 
 std::string planEvent(const std::string& time, const KvTPlan& plan) {
-    const auto isUpdated = [](const KvTPlannedElement& element) { return element.decision.update; };
-    const auto updates = std::count_if(plan.elements.begin(), plan.elements.end(), isUpdated);
     KvCJsonText event = eventRecord(time, "plan");
     event.set("phaseCount", plan.phaseCount);
-    event.set("updates", static_cast<std::uint64_t>(updates));
+    event.set("updates", updatesOf(plan));
     event.set("supported", plan.supported);
     event.set("targetAddress", plan.targetAddress);
     event.set("release", releaseRecord(plan.release));

@@ -1,17 +1,19 @@
 #include "JsonText.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace KvNReflasher {
 
 namespace {
 
-/// True of a text that JSON has as it is, between quotation marks.
+/// True of a text that JSON has as it is, between quotation marks. The loop has no way out, so that it looks at many
+/// characters at once.
 bool isPlain(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](char character) {
-        return character >= ' ' && character <= '~' && character != '"' && character != '\\';
-    });
+    bool isPlain = true;
+    for (const char character : text) {
+        isPlain &= (character >= ' ') & (character <= '~') & (character != '"') & (character != '\\');
+    }
+    return isPlain;
 }
 
 std::string compact(const KvNJson::json& value) {

@@ -64,7 +64,7 @@ std::string beginRecord(const std::string& time, const KvTJournalOptions& option
     return std::move(record).takeLine();
 }
 
-std::string planRecord(const std::string& time, const KvTSavedPlan& plan) {
+std::string planRecord(const std::string& time, const KvTPlan& plan) {
     KvCJsonText record = recordOf(time, "plan");
     setPlanElements(record, plan);
     return std::move(record).takeLine();

@@ -126,7 +126,7 @@ std::string nameOfFile(jsonView file) {
 json recordOf(const KvTSavedPlan& plan) {
     KvCJsonText record = KvCJsonText::makeObject();
     setPlanBasis(record, plan);
-    setPlanElements(record, plan);
+    setPlanElements(record, plan.plan);
     return json::parse(record.text());
 }
 

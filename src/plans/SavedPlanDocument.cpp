@@ -22,7 +22,7 @@ std::string savedPlanDocument(const KvTSavedPlan& plan) {
     KvCJsonText document = KvCJsonText::makeObject();
     document.set("format", formatRecord(formatName, formatVersion));
     setPlanBasis(document, plan);
-    setPlanElements(document, plan);
+    setPlanElements(document, plan.plan);
     const std::string text = documentText(document);
     document.set("digest", hexOf(sha256Of(bytesOf(text))));
     return documentText(document);

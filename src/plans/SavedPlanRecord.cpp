@@ -101,12 +101,12 @@ void setPlanBasis(KvCJsonText& record, const KvTSavedPlan& plan) {
     record.set("archive", archiveRecord(plan));
 }
 
-void setPlanElements(KvCJsonText& record, const KvTSavedPlan& plan) {
-    record.set("supported", plan.plan.supported);
-    record.set("unsupportedElements", numbers(plan.plan.unsupportedElements));
-    record.set("phaseCount", plan.plan.phaseCount);
-    record.set("changes", plan.changes());
-    record.set("elements", listOf(plan.plan.elements, plannedElementRecord));
+void setPlanElements(KvCJsonText& record, const KvTPlan& plan) {
+    record.set("supported", plan.supported);
+    record.set("unsupportedElements", numbers(plan.unsupportedElements));
+    record.set("phaseCount", plan.phaseCount);
+    record.set("changes", updatesOf(plan));
+    record.set("elements", listOf(plan.elements, plannedElementRecord));
 }
 
 void readPlanBasis(jsonView record, KvTSavedPlan& plan) {

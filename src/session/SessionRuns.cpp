@@ -64,10 +64,11 @@ bool KvCReflasher::beginJournal() {
         return true;
     }
     const bool hasBegun = withoutException(false, [this] {
-        KvTSavedPlan plan = planAsItStands();
-        plan.id = journal_.options().planId;
-        noteContents(plan, [](const KvTPlannedElement& element) { return !element.isListed(); });
-        journal_.begin(plan);
+        KvTSavedPlan basis = planBasis();
+        basis.id = journal_.options().planId;
+        noteContents(basis, [](const KvTPlannedElement& element) { return !element.isListed(); });
+        const KvTPlan nothing;
+        journal_.begin(basis, plan() != nullptr ? *plan() : nothing);
         return true;
     });
     if (!hasBegun) {
@@ -82,6 +83,11 @@ bool KvCReflasher::beginJournal() {
 
 void KvCReflasher::journalEvent(const KvTEvent& event) {
     const bool isWritten = withoutException(false, [&] {
+        if (event.event == KvEEvent::transfer) {
+            const KvTArchiveFile& file = preparation_.archive().files()[event.value];
+            journal_.writeTransfer(std::string(file.name.view()), event.succeeded);
+            return true;
+        }
         const bool concernsElement = event.event == KvEEvent::elementStart || event.event == KvEEvent::elementEnd ||
                                      event.event == KvEEvent::elementError;
         const KvTElementOutcome outcome = concernsElement ? outcomeOf(event.value) : KvTElementOutcome();
@@ -122,8 +128,8 @@ std::string KvCReflasher::runId() const {
     return withoutException(std::string(), [this] { return journal_.runId(); });
 }
 
-/// The plan without the content of files.
-KvTSavedPlan KvCReflasher::planAsItStands() const {
+/// What the plan is made of, without elements and the content of files.
+KvTSavedPlan KvCReflasher::planBasis() const {
     const KvCFirmwareArchive& archive = preparation_.archive();
     KvTSavedPlan saved;
     saved.toolVersion = version();
@@ -139,7 +145,10 @@ KvTSavedPlan KvCReflasher::planAsItStands() const {
                      .unlistedFiles = unlistedFiles_,
                      .disabledElements = disabledElements_};
     if (plan() != nullptr) {
-        saved.plan = *plan();
+        saved.plan.archive = plan()->archive;
+        saved.plan.release = plan()->release;
+        saved.plan.targetAddress = plan()->targetAddress;
+        saved.plan.nodeSerialNumbers = plan()->nodeSerialNumbers;
     }
     if (saved.plan.archive) {
         const std::string resolved = resolvedPath(options_.archiveFolder);
@@ -150,11 +159,23 @@ KvTSavedPlan KvCReflasher::planAsItStands() const {
     return saved;
 }
 
+/// The plan without the content of files.
+KvTSavedPlan KvCReflasher::planAsItStands() const {
+    KvTSavedPlan saved = planBasis();
+    if (plan() != nullptr) {
+        saved.plan = *plan();
+    }
+    return saved;
+}
+
 /// Adds the content of each file to be used, unless a manifest stands for all of them, and watches the files of
 /// elements that `isWatched` holds for. A file that cannot be read has no digest.
 void KvCReflasher::noteContents(KvTSavedPlan& saved, const std::function<bool(const KvTPlannedElement&)>& isWatched) {
+    if (plan() == nullptr) {
+        return;
+    }
     std::set<std::uint32_t> noted;
-    for (const KvTPlannedElement& element : saved.plan.elements) {
+    for (const KvTPlannedElement& element : plan()->elements) {
         if (!element.decision.update) {
             continue;
         }

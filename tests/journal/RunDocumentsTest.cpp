@@ -123,7 +123,7 @@ std::vector<std::string> recordsOfAllKinds() {
     const std::string failed = elementEndEvent(time, file, false, KvEResult::failed, "no space");
     const KvTVerification verification = sampleVerification();
     return {ofAnn(beginRecord(time, journalOptions(), plan)),
-            planRecord(time, plan),
+            planRecord(time, plan.plan),
             lockedEvent(time),
             intentRecord(time, 0, plan.plan),
             phaseEvent(time, 0),

@@ -38,7 +38,7 @@ protected:
     std::vector<std::string> records() {
         const auto& elements = plan_.plan.elements;
         return {beginRecord(time0, options_, plan_),
-                planRecord(time0, plan_),
+                planRecord(time0, plan_.plan),
                 lockedEvent(time0),
                 intentRecord(time0, 0, plan_.plan),
                 phaseEvent(time0, 0),
@@ -205,7 +205,7 @@ TEST_F(RunReadingTest, ARunThatAnotherHasGoneOnWithIsNotOpen) {
 TEST_F(RunReadingTest, AVerificationIsRead) {
     KvCLineChain chain;
     std::string text = chain.next(beginRecord(time0, options_, plan_));
-    text += chain.next(planRecord(time0, plan_));
+    text += chain.next(planRecord(time0, plan_.plan));
     KvTVerification verification;
     verification.look.succeeded = true;
     verification.elements.resize(1);

@@ -38,7 +38,7 @@ protected:
     void addRun(bool end, bool succeeded, const std::string& digest) {
         KvCLineChain chain;
         std::string text = chain.next(beginRecord(moment, options_, plan_));
-        text += chain.next(planRecord(moment, plan_));
+        text += chain.next(planRecord(moment, plan_.plan));
         text += chain.next(intentRecord(moment, 0, plan_.plan));
         if (end) {
             const std::string event =

@@ -65,7 +65,7 @@ json copyWithChange(jsonView value, int& countdown, const std::string& here, std
 json recordOf(const KvTSavedPlan& plan) {
     KvCJsonText record = KvCJsonText::makeObject();
     setPlanBasis(record, plan);
-    setPlanElements(record, plan);
+    setPlanElements(record, plan.plan);
     return json::parse(record.text());
 }
 
