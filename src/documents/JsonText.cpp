@@ -1,19 +1,25 @@
 #include "JsonText.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 namespace KvNReflasher {
 
 namespace {
 
-/// True of a text that JSON has as it is, between quotation marks. The loop has no way out, so that it looks at many
-/// characters at once.
-bool isPlain(std::string_view text) {
-    bool isPlain = true;
-    for (const char character : text) {
-        isPlain &= (character >= ' ') & (character <= '~') & (character != '"') & (character != '\\');
+/// The characters that a JSON text has as they are.
+constexpr std::array<bool, 256> plainCharacters = [] {
+    std::array<bool, 256> arePlain{};
+    for (std::size_t character = ' '; character <= '~'; ++character) {
+        arePlain[character] = character != '"' && character != '\\';
     }
-    return isPlain;
+    return arePlain;
+}();
+
+bool isPlain(std::string_view text) {
+    return std::all_of(text.begin(), text.end(),
+                       [](char character) { return plainCharacters[static_cast<unsigned char>(character)]; });
 }
 
 std::string compact(const KvNJson::json& value) {
@@ -22,9 +28,11 @@ std::string compact(const KvNJson::json& value) {
 
 void appendText(std::string& json, std::string_view text) {
     if (isPlain(text)) {
-        json.append(1, '"').append(text).append(1, '"');
+        json += '"';
+        json += text;
+        json += '"';
     } else {
-        json.append(compact(text));
+        json += compact(text);
     }
 }
 
@@ -37,7 +45,9 @@ KvCJsonText::KvCJsonText(std::string_view text) {
 KvCJsonText::KvCJsonText(const KvNJson::json& value) : text_(compact(value)) {}
 
 KvCJsonText KvCJsonText::bracketed(const char* brackets) {
+    constexpr std::size_t usualSize = 512;
     KvCJsonText value;
+    value.text_.reserve(usualSize);
     value.text_ = brackets;
     return value;
 }
@@ -56,12 +66,15 @@ void KvCJsonText::openFor(std::size_t size) {
 
 void KvCJsonText::openFor(std::string_view key, std::size_t valueSize) {
     openFor(key.size() + valueSize);
-    text_.append(1, '"').append(key).append("\":");
+    text_ += '"';
+    text_ += key;
+    text_ += "\":";
 }
 
 void KvCJsonText::set(std::string_view key, const KvCJsonText& value) {
     openFor(key, value.text_.size());
-    text_.append(value.text_).append(1, '}');
+    text_ += value.text_;
+    text_ += '}';
 }
 
 void KvCJsonText::set(std::string_view key, std::string_view text) {
@@ -72,7 +85,8 @@ void KvCJsonText::set(std::string_view key, std::string_view text) {
 
 void KvCJsonText::append(const KvCJsonText& value) {
     openFor(value.text_.size());
-    text_.append(value.text_).append(1, ']');
+    text_ += value.text_;
+    text_ += ']';
 }
 
 std::string KvCJsonText::takeLine() && {

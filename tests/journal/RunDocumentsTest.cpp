@@ -143,7 +143,7 @@ std::string journal() {
     KvCLineChain chain;
     std::string text;
     for (const std::string& record : recordsOfAllKinds()) {
-        text.append(chain.next(record));
+        chain.addTo(text, record);
     }
     return text;
 }
