@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <random>
 #include <string_view>
@@ -23,8 +24,8 @@ constexpr std::chrono::days longestKept{400};
 constexpr std::size_t idLength = 28;
 
 /// Writes a number, with leading zeros, over the `digits` characters from `position` on.
-void putNumber(std::string& text, std::size_t position, std::size_t digits, long number) {
-    constexpr long base = 10;
+void putNumber(std::string& text, std::size_t position, std::size_t digits, std::int64_t number) {
+    constexpr std::int64_t base = 10;
     for (; digits > 0; --digits) {
         text[position + digits - 1] = static_cast<char>('0' + number % base);
         number /= base;
@@ -49,12 +50,12 @@ std::string preciseTextOf(std::chrono::system_clock::time_point moment) {
     const std::chrono::hh_mm_ss clock(std::chrono::floor<std::chrono::milliseconds>(moment - day));
     std::string text = "0000-00-00T00:00:00.000Z";
     putNumber(text, 0, 4, static_cast<int>(date.year()));
-    putNumber(text, 5, 2, static_cast<long>(static_cast<unsigned>(date.month())));
-    putNumber(text, 8, 2, static_cast<long>(static_cast<unsigned>(date.day())));
+    putNumber(text, 5, 2, static_cast<unsigned>(date.month()));
+    putNumber(text, 8, 2, static_cast<unsigned>(date.day()));
     putNumber(text, 11, 2, clock.hours().count());
     putNumber(text, 14, 2, clock.minutes().count());
-    putNumber(text, 17, 2, static_cast<long>(clock.seconds().count()));
-    putNumber(text, 20, 3, static_cast<long>(clock.subseconds().count()));
+    putNumber(text, 17, 2, clock.seconds().count());
+    putNumber(text, 20, 3, clock.subseconds().count());
     return text;
 }
 

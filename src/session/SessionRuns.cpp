@@ -88,9 +88,8 @@ void KvCReflasher::journalEvent(const KvTEvent& event) {
             journal_.writeTransfer(std::string(file.name.view()), event.succeeded);
             return true;
         }
-        const bool concernsElement = event.event == KvEEvent::elementStart || event.event == KvEEvent::elementEnd ||
-                                     event.event == KvEEvent::elementError;
-        const KvTElementOutcome outcome = concernsElement ? outcomeOf(event.value) : KvTElementOutcome();
+        const bool hasOutcome = event.event == KvEEvent::elementEnd || event.event == KvEEvent::elementError;
+        const KvTElementOutcome outcome = hasOutcome ? outcomeOf(event.value) : KvTElementOutcome();
         journal_.write(event, *plan(), outcome,
                        event.event == KvEEvent::elementEnd ? writtenDigest(event, outcome) : std::string());
         return true;
