@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -53,6 +54,26 @@ TEST(PrivateFolder, WithoutALockIsRemovedWhenItIsOld) {
     EXPECT_FALSE(all.has("kvreflash-archive-old"));
     EXPECT_TRUE(all.has("kvreflash-archive-new/archive/a"));
     EXPECT_TRUE(all.has("other/archive/a"));
+}
+
+TEST(PrivateFolder, OfAnotherSessionThatGoesOnStays) {
+    std::string reason;
+    const std::unique_ptr<KvCPrivateFolder> first = KvCPrivateFolder::create(reason);
+    ASSERT_NE(first, nullptr) << reason;
+    EXPECT_NE(KvCPrivateFolder::create(reason), nullptr) << reason;
+    EXPECT_TRUE(std::filesystem::is_directory(first->path()));
+}
+
+TEST(PrivateFolder, IsNotMadeInAFolderOfSomebodyElse) {
+    const ScratchFolder all;
+    constexpr uid_t nobody = 65534;
+    if (chown(all.text().c_str(), nobody, static_cast<gid_t>(-1)) != 0) {
+        GTEST_SKIP() << "only root gives folders away";
+    }
+    const EnvironmentVariable place("TMPDIR", all.text());
+    std::string reason;
+    EXPECT_EQ(KvCPrivateFolder::create(reason), nullptr);
+    EXPECT_TRUE(reason.starts_with("others may replace what is in "));
 }
 
 TEST(PrivateFolder, IsNotMadeWhereItsUserMayNotWrite) {
