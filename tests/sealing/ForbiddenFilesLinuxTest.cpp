@@ -23,7 +23,7 @@ protected:
         static_cast<void>(folder_.write("sub/b.kfw", "firmware"));
         static_cast<void>(folder_.write("manifest.json", seal().manifest));
     }
-    ~ForbiddenFiles() override { std::filesystem::permissions(folder_.path() / "sub", std::filesystem::perms::all); }
+    void TearDown() override { std::filesystem::permissions(folder_.path() / "sub", std::filesystem::perms::all); }
 
     [[nodiscard]] std::wstring path() const { return folder_.path().wstring(); }
     [[nodiscard]] KvTSealing seal() const { return sealArchive({path(), L"archive.json", 0}); }

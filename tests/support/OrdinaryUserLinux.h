@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstdint>
 #include <linux/capability.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -13,7 +14,7 @@ public:
     OrdinaryUser() {
         EXPECT_EQ(syscall(SYS_capget, &header_, former_.data()), 0);
         Rights ordinary = former_;
-        for (const unsigned right : {CAP_DAC_OVERRIDE, CAP_DAC_READ_SEARCH}) {
+        for (const std::uint32_t right : {std::uint32_t{CAP_DAC_OVERRIDE}, std::uint32_t{CAP_DAC_READ_SEARCH}}) {
             ordinary[CAP_TO_INDEX(right)].effective &= ~CAP_TO_MASK(right);
         }
         EXPECT_EQ(syscall(SYS_capset, &header_, ordinary.data()), 0);
