@@ -228,19 +228,15 @@ class Programs:
         return [Command(at(name, entries), arguments) for name, arguments in rows.items()]
 
     def completion(self, entries):
-        """Checksums from update files, and the least that looking into these files costs."""
-        archive = self.data.archive_without_checksums(entries)
-        empty = self.data.folder / "no-files.txt"
+        """Checksums from update files, and the least that looking into these files costs. The files are in memory:
+        what drops files from the system's memory between two runs is not measured."""
+        archive = Data(self.scratch).archive_without_checksums(entries)
+        empty = self.scratch / "no-files.txt"
         empty.write_text("", encoding="utf-8")
-        reading = [self.binaries / "read_heads", archive / "files.txt"]
-
-        def remember():
-            """Reads the files once, so that neither process has to find them on the disk."""
-            subprocess.run(reading, stdout=subprocess.DEVNULL, check=True)
-
-        return [Command(at("completion", entries), self.tool("archive-version", "-a", archive), before=remember),
-                Command(at("read_heads", entries), reading, before=remember),
-                Command("read_heads of nothing", [self.binaries / "read_heads", empty])]
+        read_heads = self.binaries / "read_heads"
+        return [Command(at("completion", entries), self.tool("archive-version", "-a", archive)),
+                Command(at("read_heads", entries), [read_heads, archive / "files.txt"]),
+                Command("read_heads of nothing", [read_heads, empty])]
 
     def update(self, name, entries, time_scale, journal=None, **more):
         """`journal`: an empty folder before each run. In the scratch folder it does not wait for a disk."""
