@@ -46,6 +46,18 @@ class RunTest(ScratchTest):
         """The files of the runs, from the oldest to the newest."""
         return sorted(self.journal.glob("*.jsonl"))
 
+    def break_off(self, event, occurrence=1):
+        """Updates, and cuts the journal behind this record, as a computer does that loses its power. The target is what
+        it was after the update."""
+        self.assertEqual(self.update().code, 0)
+        self.cut_journal(event, occurrence)
+
+    def cut_journal(self, event, occurrence=1):
+        """Cuts the last file of the journal behind this record."""
+        lines = self.files()[-1].read_bytes().splitlines(keepends=True)
+        places = [place for place, line in enumerate(lines) if b'"event":"%s"' % event.encode() in line]
+        self.files()[-1].write_bytes(b"".join(lines[:places[occurrence - 1] + 1]))
+
     def reset(self):
         shutil.rmtree(self.rack / "state", ignore_errors=True)
 
