@@ -26,7 +26,7 @@ json targetRecord(const KvTReportFacts& facts, const KvTPlan* plan) {
 void setFacts(json& document, const KvTReportFacts& facts, const KvTPlan* plan) {
     document.set("toolVersion", textValue(facts.toolVersion));
     document.set("begin", textValue(facts.begin));
-    document.set("end", textValue(facts.end));
+    document.set("end", facts.end.empty() ? json() : textValue(facts.end));
     document.set("exitCode", static_cast<std::uint32_t>(facts.exitCode));
     document.set("target", targetRecord(facts, plan));
     document.set("archiveFolder", textValue(facts.archiveFolder));
