@@ -14,8 +14,6 @@ class CautiousMachineTest(SettingsTest):
     def setUp(self):
         super().setUp()
         self.write("require-plan = true", f"journal = {self.journal}")
-        self.report = self.scratch / "report.json"
-        self.every_view = ("--preflight", "--verify", "--json", "--report", self.report)
 
     def on_machine(self, command, *more):
         return self.run_tool(command, "-t", TARGET, "--emulate", self.rack, *more)
@@ -26,15 +24,6 @@ class CautiousMachineTest(SettingsTest):
 
     def update_there(self, *more):
         return self.run_tool("update", "--emulate", self.rack, *more)
-
-    def assert_agree(self, done, code, failure):
-        """The exit code, the last line, the document and the report say the same."""
-        self.assertEqual(done.code, code, done.errors.decode())
-        document = json.loads(done.output)
-        self.assertEqual((document["exitCode"], document["failure"]), (code, failure))
-        self.assertEqual(json.loads(self.report.read_text(encoding="utf-8")), document)
-        if failure:
-            self.assertEqual(self.last_error(done), f"kvreflash: {document['message']}")
 
     def assert_refused(self, done, message):
         """A usage error, before anything is written."""
