@@ -24,7 +24,7 @@ KvCJsonText targetRecord(const KvTReportFacts& facts, const KvTPlan* plan) {
 void setFacts(KvCJsonText& document, const KvTReportFacts& facts, const KvTPlan* plan) {
     document.set("toolVersion", facts.toolVersion);
     document.set("begin", facts.begin);
-    document.set("end", facts.end);
+    document.set("end", facts.end.empty() ? KvCJsonText() : KvCJsonText(std::string_view(facts.end)));
     document.set("exitCode", static_cast<std::uint32_t>(facts.exitCode));
     document.set("target", targetRecord(facts, plan));
     document.set("archiveFolder", facts.archiveFolder);

@@ -32,6 +32,31 @@ bool statesNothing(const KvTInstalled& installed) {
     return !installed.version && installed.checksumCrc32.value_or(0) == 0;
 }
 
+/// How far the update of an element of its plan came, as a run knows, or has taken from the one that it went on with.
+/// Nothing if neither was to update it.
+std::optional<KvEElementProgress> progressIn(const KvTRunRecord& run, const KvTPlannedElement& element) {
+    if (element.decision.has(KvEReason::doneBefore)) {
+        return KvEElementProgress::done;
+    }
+    if (element.decision.has(KvEReason::inDoubt)) {
+        return KvEElementProgress::inProgress;
+    }
+    return element.decision.update ? std::optional(run.progress.at(element.index)) : std::nullopt;
+}
+
+/// The run that knows how far the elements came: of one that broke off before its plan was written, the one that it was
+/// to go on with. Nothing if that cannot be read.
+std::optional<KvTRunRecord> knowingRun(const KvTRunRecord& run, const std::wstring& folder) {
+    std::optional<KvTRunRecord> knowing = run;
+    while (knowing && knowing->plan.plan.elements.empty() && !knowing->run.resumes.empty()) {
+        std::string reason;
+        std::optional<KvTRunRecord> earlier = readRun(folder, knowing->run.resumes, reason);
+        const bool isEarlier = earlier && earlier->run.id < knowing->run.id; // otherwise there might be no end
+        knowing = isEarlier ? std::move(earlier) : std::nullopt;
+    }
+    return knowing;
+}
+
 bool isSealed(const KvTPlan& plan) {
     return plan.release && plan.release->seal != KvESeal::none;
 }
@@ -327,7 +352,11 @@ KvTResumption KvCReflasher::resume(const KvTRunRecord& run, bool redo) {
         for (std::string& difference : originDifferencesBetween(run.plan, now)) {
             resumption.differences.push_back(std::move(difference));
         }
-        resumption.elements = resumedElements(run);
+        if (const std::optional<KvTRunRecord> knowing = knowingRun(run, journal.folder)) {
+            resumption.elements = resumedElements(*knowing);
+        } else {
+            resumption.differences.push_back("the run " + run.run.id + " was to go on with one that cannot be read");
+        }
         for (const KvTResumedElement& element : resumption.elements) {
             leaveOutDone(element, redo);
         }
@@ -342,19 +371,19 @@ KvTResumption KvCReflasher::resume(const KvTRunRecord& run, bool redo) {
 }
 
 std::vector<KvTResumedElement> KvCReflasher::resumedElements(const KvTRunRecord& run) const {
-    std::map<std::string, std::uint32_t> indices;
+    std::map<std::string, KvEElementProgress> known;
     for (const KvTPlannedElement& element : run.plan.plan.elements) {
-        if (element.decision.update) {
-            indices.emplace(placeOf(element), element.index);
+        if (const std::optional<KvEElementProgress> progress = progressIn(run, element)) {
+            known.emplace(placeOf(element), *progress);
         }
     }
     std::vector<KvTResumedElement> elements;
     for (const KvTPlannedElement& element : plan()->elements) {
-        const auto found = indices.find(placeOf(element));
-        if (found == indices.end()) {
+        const auto found = known.find(placeOf(element));
+        if (found == known.end()) {
             continue;
         }
-        const KvEElementProgress progress = run.progress.at(found->second);
+        const KvEElementProgress progress = found->second;
         const bool isOutOfDate = element.decision.update && !element.decision.has(KvEReason::forced);
         elements.push_back({.index = element.index,
                             .progress = progress,

@@ -171,14 +171,6 @@ class ResumeTest(RunTest):
                                 env=dict(os.environ, KV_TIME_SCALE=TIME_SCALE), stdin=subprocess.DEVNULL,
                                 stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
-    def break_off(self, event, occurrence=1):
-        """Updates, and cuts the journal behind this record, as a computer does that loses its power. The target is what
-        it was after the update."""
-        self.assertEqual(self.update().code, 0)
-        lines = self.files()[-1].read_bytes().splitlines(keepends=True)
-        places = [place for place, line in enumerate(lines) if b'"event":"%s"' % event.encode() in line]
-        self.files()[-1].write_bytes(b"".join(lines[:places[occurrence - 1] + 1]))
-
     def test_nothing_left_to_do_is_a_success(self):
         self.break_off("unlocked")
         done = self.resume()
