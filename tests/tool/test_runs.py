@@ -4,6 +4,7 @@
 import json
 import os
 import random
+import re
 import shutil
 import subprocess
 import time
@@ -213,10 +214,11 @@ class ResumeTest(RunTest):
         self.edit_target(forget)
         done = self.resume("--json", "--verify")
         self.assertEqual(done.code, 1, done.errors.decode())
-        self.assertIn("1 element in doubt: give --redo", self.last_error(done))
+        said = re.search("1 element in doubt: 'resume ([^ ]+) --redo' updates ", self.last_error(done))
+        self.assertTrue(said, self.last_error(done))
         doubtful = [element for element in json.loads(done.output)["elements"] if "in-doubt" in element["reasons"]]
         self.assertEqual(len(doubtful), 1)
-        done = self.resume("--json", "--redo", self.runs()[0]["id"])
+        done = self.resume("--json", "--redo", said[1])
         self.assertEqual(done.code, 0, done.errors.decode())
         self.assertEqual(json.loads(done.output)["elements"][doubtful[0]["index"]]["outcome"], "updated")
 
