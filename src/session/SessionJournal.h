@@ -24,7 +24,8 @@ public:
     void begin(const KvNReflasher::KvTSavedPlan& basis, const KvNReflasher::KvTPlan& plan);
     [[nodiscard]] bool hasBegun() const { return journal_ != nullptr && journal_->hasBegun(); }
     /// An event of the run. Before a phase its intent is written, and on the disk. `outcome` is that of the
-    /// element whose end or error it is, `digest` the SHA-256 of what was written to a file that the inventory does not list.
+    /// element whose end or error it is, `digest` the SHA-256 of what was written to a file that the inventory does not
+    /// list.
     void write(const KvNReflasher::KvTEvent& event, const KvNReflasher::KvTPlan& plan,
                const KvNReflasher::KvTElementOutcome& outcome, const std::string& digest);
     /// The transfer of this file has ended.
