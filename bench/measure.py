@@ -35,6 +35,7 @@ LEAST_JUDGED = 10000
 # costs more than everything else.
 MOST_ELEMENTS = 10000
 UPDATED_ELEMENTS = 1000  # of the update that does not wait
+JOURNAL_ROUNDS = 5  # times as many as of others, with and without a journal: the difference is small
 WAITING_ENTRIES = 10  # of the update that does
 WAITING_ROUNDS = 3  # of which each takes many seconds
 # In memory: some file systems take long to make files soon after others were removed.
@@ -227,26 +228,33 @@ class Programs:
         return [Command(at(name, entries), arguments) for name, arguments in rows.items()]
 
     def completion(self, entries):
-        """Checksums from update files, and the least that looking into these files costs."""
-        archive = self.data.archive_without_checksums(entries)
-        empty = self.data.folder / "no-files.txt"
+        """Checksums from update files, and the least that looking into these files costs. The files are in memory:
+        what drops files from the system's memory between two runs is not measured."""
+        archive = Data(self.scratch).archive_without_checksums(entries)
+        empty = self.scratch / "no-files.txt"
         empty.write_text("", encoding="utf-8")
-        reading = [self.binaries / "read_heads", archive / "files.txt"]
-
-        def remember():
-            """Reads the files once, so that neither process has to find them on the disk."""
-            subprocess.run(reading, stdout=subprocess.DEVNULL, check=True)
-
-        return [Command(at("completion", entries), self.tool("archive-version", "-a", archive), before=remember),
-                Command(at("read_heads", entries), reading, before=remember),
-                Command("read_heads of nothing", [self.binaries / "read_heads", empty])]
+        read_heads = self.binaries / "read_heads"
+        return [Command(at("completion", entries), self.tool("archive-version", "-a", archive)),
+                Command(at("read_heads", entries), [read_heads, archive / "files.txt"]),
+                Command("read_heads of nothing", [read_heads, empty])]
 
     def update(self, name, entries, time_scale, journal=None, **more):
+        """`journal`: an empty folder before each run. In the scratch folder it does not wait for a disk."""
         archive, rack = self.data.archive_with_files(entries), self.data.outdated_rack(entries)
         copy = self.scratch / name.replace(" ", "-")
-        # The journal waits for the disk, which is not what is measured.
         arguments = self.tool("update", "-a", archive, *TARGET, copy, "--journal", journal or "none")
-        return Command(name, arguments, {"KV_TIME_SCALE": time_scale}, before=lambda: copy_rack(rack, copy), **more)
+
+        def before():
+            copy_rack(rack, copy)
+            if journal is not None:
+                empty_folder(journal)
+
+        return Command(name, arguments, {"KV_TIME_SCALE": time_scale}, before=before, **more)
+
+    def updates(self):
+        """The update that does not wait, with and without a journal."""
+        return [self.update("update", UPDATED_ELEMENTS, "0"),
+                self.update("update with journal", UPDATED_ELEMENTS, "0", self.scratch / "journal")]
 
     def releases(self):
         """Updates that have nothing to do but to read a package, and what others take for the files in it."""
@@ -396,8 +404,10 @@ class Judge:
                     entries >= LEAST_JUDGED)
 
     def updates(self):
-        fast, waiting = self.results["update"], self.results["waiting update"]
+        fast, written, waiting = (self.results[name] for name in ("update", "update with journal", "waiting update"))
         return [Goal("seconds of an update that does not wait", UPDATED_ELEMENTS, fast.wall, 1, fast.processor),
+                Goal("processor time of an update with journal / without", UPDATED_ELEMENTS,
+                     divided(written.processor, fast.processor), 1.05),
                 Goal("update / waiting that it asks for", WAITING_ENTRIES, divided(waiting.wall, self.waiting), 1.01),
                 Goal("processor time while waiting", WAITING_ENTRIES, divided(waiting.processor, waiting.wall), 0.005)]
 
@@ -523,11 +533,13 @@ def measure_all(given, scratch):
     for entries in given.sizes:
         commands += programs.of_size(entries)
     commands += programs.completion(given.sizes[-1])
-    commands += [programs.update("update", UPDATED_ELEMENTS, "0"), waiting, *programs.releases()]
+    commands += [waiting, *programs.releases()]
     about = {"machine": machine(), "rounds": given.rounds, "sizes": given.sizes}
     try:
         asked = programs.asked_waiting(waiting)
-        samples = measure(commands, given.rounds, Runner(given.bin.resolve()).run)
+        run = Runner(given.bin.resolve()).run
+        samples = {**measure(commands, given.rounds, run),
+                   **measure(programs.updates(), JOURNAL_ROUNDS * given.rounds, run)}
     except MeasurementError as error:
         print(f"measure.py: {error}", file=sys.stderr)
         return 1

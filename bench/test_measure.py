@@ -5,6 +5,7 @@ import io
 import sys
 import tempfile
 import unittest
+import unittest.mock
 import xml.etree.ElementTree
 from pathlib import Path
 
@@ -23,7 +24,8 @@ def seconds(wall, processor=None, peak=1000):
 
 def measured(sizes, **changed):
     """Medians in which everything takes 1 second and peaks at 1000 KiB; `changed` by name, "_" for " "."""
-    names = ["empty process", "version", "read_heads of nothing", "update", "waiting update"]
+    names = ["empty process", "version", "read_heads of nothing", "update", "update with journal",
+             "waiting update"]
     names += [at(name, size) for size in sizes for name in (*PER_SIZE, "completion", "read_heads")]
     names += ["update from package 64", "update from package 1024", "sha256sum 1024", "cp 1024", "hash_and_copy 1024"]
     return {**{name: seconds(1) for name in names}, **changed}
@@ -54,6 +56,24 @@ class TurnsTest(unittest.TestCase):
     def test_medians_are_taken_singly(self):
         runs = [Sample(1, 30, 200), Sample(9, 10, 100), Sample(2, 20, 900)]
         self.assertEqual(measure.medians({"a": runs}), {"a": Sample(2, 20, 200)})
+
+
+class ProgramsTest(unittest.TestCase):
+    def test_the_journal_of_an_update_is_empty_before_each_run(self):
+        with tempfile.TemporaryDirectory() as name:
+            scratch = Path(name)
+            (scratch / "target.json").write_text("{}", encoding="utf-8")
+            data = unittest.mock.Mock()
+            data.outdated_rack.return_value = scratch
+            without, written = measure.Programs(scratch, data, scratch).updates()
+            journal = scratch / "journal"
+            without.before()
+            self.assertFalse(journal.exists())
+            written.before()
+            (journal / "run.jsonl").write_text("", encoding="utf-8")
+            written.before()
+            self.assertEqual(list(journal.iterdir()), [])
+            self.assertEqual([command.arguments[-1] for command in (without, written)], ["none", journal])
 
 
 class GoalTest(unittest.TestCase):
@@ -124,6 +144,12 @@ class JudgeTest(unittest.TestCase):
         worse = self.goals(5, **{"waiting update": seconds(5.06, 0.03)})
         self.assertEqual(worse["update / waiting that it asks for", 10].verdict, "missed")
         self.assertEqual(worse["processor time while waiting", 10].verdict, "missed")
+
+    def test_a_journal_is_judged_by_processor_time(self):
+        name = "processor time of an update with journal / without"
+        for processor, verdict in ((2.1, "met"), (2.11, "missed")):
+            goal = self.goals(update=seconds(1, 2), **{"update with journal": seconds(9, processor)})[name, 1000]
+            self.assertEqual((goal.value, goal.verdict), (processor / 2, verdict))
 
     def test_reading_a_package_stands_beside_hashing_and_copying(self):
         goals = self.goals(**{"update from package 1024": seconds(3, 2), "sha256sum 1024": seconds(2, 0.5),

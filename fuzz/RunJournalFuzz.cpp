@@ -26,7 +26,7 @@ std::string chained(std::string_view input) {
         const std::string_view line = input.substr(0, input.find('\n'));
         input.remove_prefix(std::min(input.size(), line.size() + 1));
         if (line.starts_with('{')) {
-            text += chain.next(std::string(line) + "\n");
+            chain.addTo(text, std::string(line) + "\n");
         }
     }
     return text;

@@ -40,7 +40,7 @@ struct KvTReportFacts {
     std::string command;
     /// Version of the program that writes the document.
     std::string toolVersion;
-    /// RFC 3339.
+    /// RFC 3339. The end is empty of a run that has not come to its end.
     /// @{
     std::string begin;
     std::string end;

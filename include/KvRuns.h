@@ -140,7 +140,8 @@ struct KvTResumedElement {
 struct KvTResumption {
     /// Why it cannot go on: everything in which target and archive differ from what they were, a sentence each.
     std::vector<std::string> differences;
-    /// The elements that the earlier run was to update, in the order of the session's plan.
+    /// The elements that the earlier run was to update, or has left as the one before it had, in the order of the
+    /// session's plan.
     std::vector<KvTResumedElement> elements;
 };
 

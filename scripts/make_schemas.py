@@ -23,6 +23,8 @@ RUN_ID = "^[0-9]{8}T[0-9]{9}Z-[0-9a-f]{8}$"
 SECOND = r"^[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}"
 TIME = SECOND + r"(\.[0-9]+)?(Z|[+-][0-9]{2}:[0-9]{2})$"
 EVENT_TIME = SECOND + r"\.[0-9]{3}Z$"
+# When the end of a run is null.
+UNENDED = "it has not come to its end"
 
 
 def words(table):
@@ -438,7 +440,7 @@ def session(name, title):
     return document(name, title, {
         "toolVersion": text("Version of kvreflash."),
         "begin": text("Begin of the session.", pattern=TIME),
-        "end": text("End of the session.", pattern=TIME),
+        "end": text("End of the session.", UNENDED if name in ("update", "reboot") else None, pattern=TIME),
         "exitCode": number("Exit code of kvreflash, but for a document that cannot be written.", maximum=255),
         "target": part("target", "The target."),
         "archiveFolder": text("Folder of the archive; empty if the session reads none."),
@@ -562,7 +564,7 @@ RUN = record("A run.", {
     "command": text("The command: update or reboot."),
     "toolVersion": text("Version of kvreflash."),
     "begin": text("When it began.", pattern=EVENT_TIME),
-    "end": part("end", "What it has written at its end.", "it has not come to its end"),
+    "end": part("end", "What it has written at its end.", UNENDED),
     "user": text("Who has started it; empty if that is not known, as the following."),
     "computer": text("The computer on which it ran."),
     "target": part("target", "The target."),

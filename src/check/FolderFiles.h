@@ -22,7 +22,8 @@ public:
     ~KvCFolderFiles() = default;
 
     /// The files (UTF-8) that no entry names, in ascending order; empty if the folder cannot be listed. A name that
-    /// differs only in case names a file unless the folder has one of exactly that name: some systems take both for one.
+    /// differs only in case names a file unless the folder has one of exactly that name: some systems take both for
+    /// one.
     [[nodiscard]] const std::vector<std::string>& unnamed();
     /// Returns the file that `name`, which is missing, was most likely meant to be; empty if no file that is not named
     /// exactly has a similar name. After very many questions the answer is empty, too, so that the work stays linear.

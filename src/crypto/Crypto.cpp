@@ -153,11 +153,11 @@ KvTSha512 sha512Of(KvTBytes bytes) {
 
 std::string hexOf(KvTBytes bytes) {
     constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    text.reserve(2 * bytes.size());
+    std::string text(2 * bytes.size(), '0');
+    auto place = text.begin();
     for (const std::uint8_t byte : bytes) {
-        text += digits[byte >> 4U];
-        text += digits[byte & 0xFU];
+        *place++ = digits[byte >> 4U];
+        *place++ = digits[byte & 0xFU];
     }
     return text;
 }

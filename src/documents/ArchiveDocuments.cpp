@@ -10,11 +10,9 @@
 
 namespace KvNReflasher {
 
-using KvNJson::json;
-
 namespace {
 
-json countOf(const std::vector<KvTFinding>& findings, KvESeverity severity) {
+KvCJsonText countOf(const std::vector<KvTFinding>& findings, KvESeverity severity) {
     const auto hasSeverity = [severity](const KvTFinding& finding) { return finding.severity == severity; };
     return static_cast<std::uint64_t>(std::count_if(findings.begin(), findings.end(), hasSeverity));
 }
@@ -22,7 +20,7 @@ json countOf(const std::vector<KvTFinding>& findings, KvESeverity severity) {
 } // namespace
 
 std::string contentDocument(const KvTArchiveContent& content, const KvTVerdict& verdict) {
-    json document = framedDocument("content", verdict);
+    KvCJsonText document = framedDocument("content", verdict);
     if (content.verdict.isSuccess()) {
         document.set("archive", identityRecord(content.identity));
         document.set("release", releaseRecord(content.release));
@@ -32,7 +30,7 @@ std::string contentDocument(const KvTArchiveContent& content, const KvTVerdict& 
 }
 
 std::string checkDocument(const std::vector<KvTFinding>& findings, const std::string& file, const KvTVerdict& verdict) {
-    json document = framedDocument("check", verdict);
+    KvCJsonText document = framedDocument("check", verdict);
     document.set("findings",
                  listOf(findings, [&file](const KvTFinding& finding) { return findingRecord(finding, file); }));
     document.set("errors", countOf(findings, KvESeverity::error));

@@ -6,32 +6,30 @@
 
 namespace KvNReflasher {
 
-using KvNJson::json;
-
-json identityRecord(const KvTArchiveIdentity& identity) {
-    json record = json::makeObject();
-    record.set("archiveName", textValue(identity.archiveName));
-    record.set("archiveVersion", textValue(identity.archiveVersion));
-    record.set("productName", textValue(identity.productName));
-    record.set("formatVersion", textValue(identity.formatVersion));
-    record.set("archiveVariant", textValue(identity.archiveVariant));
+KvCJsonText identityRecord(const KvTArchiveIdentity& identity) {
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("archiveName", identity.archiveName);
+    record.set("archiveVersion", identity.archiveVersion);
+    record.set("productName", identity.productName);
+    record.set("formatVersion", identity.formatVersion);
+    record.set("archiveVariant", identity.archiveVariant);
     return record;
 }
 
 namespace {
 
 /// Null for an empty text, which is none.
-json textOrNull(const std::string& text) {
-    return text.empty() ? json() : textValue(text);
+KvCJsonText textOrNull(const std::string& text) {
+    return text.empty() ? KvCJsonText() : textValue(text);
 }
 
 } // namespace
 
-json releaseRecord(const std::optional<KvTRelease>& release) {
+KvCJsonText releaseRecord(const std::optional<KvTRelease>& release) {
     if (!release) {
         return {};
     }
-    json record = json::makeObject();
+    KvCJsonText record = KvCJsonText::makeObject();
     record.set("seal", codeOf(release->seal));
     record.set("manifestSha256", textOrNull(release->manifestDigest));
     record.set("created", textOrNull(release->created));
@@ -43,9 +41,9 @@ json releaseRecord(const std::optional<KvTRelease>& release) {
     return record;
 }
 
-json entryRecord(const KvTArchiveEntry& entry) {
-    json record = json::makeObject();
-    record.set("name", textValue(entry.fileName));
+KvCJsonText entryRecord(const KvTArchiveEntry& entry) {
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("name", entry.fileName);
     record.set("version", versionOrNull(entry.version));
     record.set("index", entry.descriptionIndex);
     record.set("fileIndex", entry.fileIndex);
@@ -55,16 +53,16 @@ json entryRecord(const KvTArchiveEntry& entry) {
     return record;
 }
 
-json findingRecord(const KvTFinding& finding, const std::string& file) {
-    json record = json::makeObject();
+KvCJsonText findingRecord(const KvTFinding& finding, const std::string& file) {
+    KvCJsonText record = KvCJsonText::makeObject();
     record.set("severity", codeOf(finding.severity));
-    record.set("code", textValue(finding.code));
-    record.set("file", textValue(file));
+    record.set("code", finding.code);
+    record.set("file", file);
     record.set("line", static_cast<std::uint64_t>(finding.line));
     record.set("column", static_cast<std::uint64_t>(finding.column));
-    record.set("path", textValue(finding.path));
-    record.set("message", textValue(finding.message));
-    record.set("hint", textValue(finding.hint));
+    record.set("path", finding.path);
+    record.set("message", finding.message);
+    record.set("hint", finding.hint);
     return record;
 }
 

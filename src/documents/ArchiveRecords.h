@@ -1,7 +1,7 @@
 #pragma once
 
+#include "JsonText.h"
 #include "KvIArchive.h"
-#include "KvNJson.h"
 
 #include <optional>
 #include <string>
@@ -10,11 +10,11 @@
 
 namespace KvNReflasher {
 
-[[nodiscard]] KvNJson::json identityRecord(const KvTArchiveIdentity& identity);
+[[nodiscard]] KvCJsonText identityRecord(const KvTArchiveIdentity& identity);
 /// Null for nothing.
-[[nodiscard]] KvNJson::json releaseRecord(const std::optional<KvTRelease>& release);
-[[nodiscard]] KvNJson::json entryRecord(const KvTArchiveEntry& entry);
+[[nodiscard]] KvCJsonText releaseRecord(const std::optional<KvTRelease>& release);
+[[nodiscard]] KvCJsonText entryRecord(const KvTArchiveEntry& entry);
 /// A finding on the description `file`.
-[[nodiscard]] KvNJson::json findingRecord(const KvTFinding& finding, const std::string& file);
+[[nodiscard]] KvCJsonText findingRecord(const KvTFinding& finding, const std::string& file);
 
 } // namespace KvNReflasher

@@ -8,32 +8,30 @@
 
 namespace KvNReflasher {
 
-using KvNJson::json;
-
 namespace {
 
-json archiveRecord(const KvTArchiveContent& content) {
-    json record = json::makeObject();
+KvCJsonText archiveRecord(const KvTArchiveContent& content) {
+    KvCJsonText record = KvCJsonText::makeObject();
     record.set("archive", identityRecord(content.identity));
     record.set("release", releaseRecord(content.release));
     return record;
 }
 
 /// Null for nothing.
-json comparedRecord(const std::optional<KvTComparedEntry>& compared) {
+KvCJsonText comparedRecord(const std::optional<KvTComparedEntry>& compared) {
     if (!compared) {
         return {};
     }
-    json record = entryRecord(compared->entry);
-    record.set("rules", textValue(compared->rules));
+    KvCJsonText record = entryRecord(compared->entry);
+    record.set("rules", compared->rules);
     return record;
 }
 
-json placeRecord(const KvTArchiveDifference& place) {
-    json record = json::makeObject();
-    record.set("boardType", textValue(place.boardType));
+KvCJsonText placeRecord(const KvTArchiveDifference& place) {
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("boardType", place.boardType);
     record.set("elementId", valueOrNull(place.elementId));
-    record.set("targetPath", textValue(place.targetPath));
+    record.set("targetPath", place.targetPath);
     record.set("change", codeOf(place.change));
     record.set("contentChanged", place.isContentChanged);
     record.set("sequenceChanged", place.isSequenceChanged);
@@ -44,15 +42,15 @@ json placeRecord(const KvTArchiveDifference& place) {
     return record;
 }
 
-json planRecords(const KvTPlan* plan) {
-    return plan != nullptr ? listOf(plan->elements, plannedElementRecord) : json();
+KvCJsonText planRecords(const KvTPlan* plan) {
+    return plan != nullptr ? listOf(plan->elements, plannedElementRecord) : KvCJsonText();
 }
 
 } // namespace
 
 std::string compareDocument(const KvTComparison& comparison, const KvTPlan* before, const KvTPlan* after,
                             const KvTVerdict& verdict) {
-    json document = framedDocument("compare", verdict);
+    KvCJsonText document = framedDocument("compare", verdict);
     if (comparison.verdict.isSuccess()) {
         document.set("before", archiveRecord(comparison.before));
         document.set("after", archiveRecord(comparison.after));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KvNJson.h"
+#include "JsonText.h"
 #include "KvTOutcome.h"
 
 #include <cstdint>
@@ -10,15 +10,15 @@
 namespace KvNReflasher {
 
 /// The record that states the format of a document.
-[[nodiscard]] KvNJson::json formatRecord(std::string_view name, std::uint32_t version);
+[[nodiscard]] KvCJsonText formatRecord(std::string_view name, std::uint32_t version);
 
 /// A document that has its format, the one of this command, and the verdict.
-[[nodiscard]] KvNJson::json framedDocument(const std::string& command, const KvTVerdict& verdict);
+[[nodiscard]] KvCJsonText framedDocument(const std::string& command, const KvTVerdict& verdict);
 
 /// Adds the members that state the verdict.
-void setVerdict(KvNJson::json& record, const KvTVerdict& verdict);
+void setVerdict(KvCJsonText& record, const KvTVerdict& verdict);
 
 /// The document as it is written, line end included.
-[[nodiscard]] std::string documentText(const KvNJson::json& document);
+[[nodiscard]] std::string documentText(const KvCJsonText& document);
 
 } // namespace KvNReflasher

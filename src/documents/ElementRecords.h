@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KvNJson.h"
+#include "JsonText.h"
 #include "KvTPlan.h"
 
 #include <optional>
@@ -9,11 +9,13 @@
 
 namespace KvNReflasher {
 
-[[nodiscard]] KvNJson::json installedRecord(const KvTInstalled& installed);
-[[nodiscard]] KvNJson::json plannedElementRecord(const KvTPlannedElement& element);
+[[nodiscard]] KvCJsonText installedRecord(const KvTInstalled& installed);
+[[nodiscard]] KvCJsonText plannedElementRecord(const KvTPlannedElement& element);
 /// The version and its components; null for nothing.
-[[nodiscard]] KvNJson::json versionComponents(const std::optional<KvTVersion>& version);
-[[nodiscard]] KvNJson::json triedEntryRecord(const KvTTriedEntry& entry);
-[[nodiscard]] KvNJson::json hiddenElementRecord(const KvTHiddenElement& element);
+[[nodiscard]] KvCJsonText versionComponents(const std::optional<KvTVersion>& version);
+[[nodiscard]] KvCJsonText triedEntryRecord(const KvTTriedEntry& entry);
+[[nodiscard]] KvCJsonText hiddenElementRecord(const KvTHiddenElement& element);
+/// Number of elements that are to be updated.
+[[nodiscard]] KvCJsonText updatesOf(const KvTPlan& plan);
 
 } // namespace KvNReflasher

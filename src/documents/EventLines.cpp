@@ -1,37 +1,37 @@
 #include "ArchiveRecords.h"
 #include "DocumentFrame.h"
+#include "ElementRecords.h"
 #include "JsonValues.h"
 #include "KvDocuments.h"
 #include "OutcomeRecords.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 // The lines of events.
 
 namespace KvNReflasher {
 
-using KvNJson::json;
-
 namespace {
 
-json eventRecord(const std::string& time, const char* name) {
-    json event = json::makeObject();
-    event.set("time", textValue(time));
+KvCJsonText eventRecord(const std::string& time, const char* name) {
+    KvCJsonText event = KvCJsonText::makeObject();
+    event.set("time", time);
     event.set("event", name);
     return event;
 }
 
 /// One that has a number.
-json numberEvent(const std::string& time, const char* name, std::uint32_t value) {
-    json event = eventRecord(time, name);
+KvCJsonText numberEvent(const std::string& time, const char* name, std::uint32_t value) {
+    KvCJsonText event = eventRecord(time, name);
     event.set("value", value);
     return event;
 }
 
-json elementEvent(const std::string& time, const char* name, const KvTPlannedElement& element) {
-    json event = numberEvent(time, name, element.index);
-    event.set("name", textValue(element.displayName));
+KvCJsonText elementEvent(const std::string& time, const char* name, const KvTPlannedElement& element) {
+    KvCJsonText event = numberEvent(time, name, element.index);
+    event.set("name", element.displayName);
     return event;
 }
 
@@ -43,79 +43,73 @@ std::string fileNameOf(const KvTPlan& plan, std::uint32_t fileIndex) {
     return element != plan.elements.end() ? element->entry->fileName : std::string();
 }
 
-std::string lineOf(const json& event) {
-    return event.dump(-1, ' ', false, KvNJson::error_handler_t::replace) + "\n";
-}
-
 } // namespace
 
 std::string runBeginEvent(const std::string& time, const KvTReportFacts& facts) {
-    json event = eventRecord(time, "runBegin");
-    event.set("command", textValue(facts.command));
-    event.set("toolVersion", textValue(facts.toolVersion));
-    event.set("target", textValue(facts.target));
-    event.set("archiveFolder", textValue(facts.archiveFolder));
-    return lineOf(event);
+    KvCJsonText event = eventRecord(time, "runBegin");
+    event.set("command", facts.command);
+    event.set("toolVersion", facts.toolVersion);
+    event.set("target", facts.target);
+    event.set("archiveFolder", facts.archiveFolder);
+    return std::move(event).takeLine();
 }
 
 std::string planEvent(const std::string& time, const KvTPlan& plan) {
-    const auto isUpdated = [](const KvTPlannedElement& element) { return element.decision.update; };
-    const auto updates = std::count_if(plan.elements.begin(), plan.elements.end(), isUpdated);
-    json event = eventRecord(time, "plan");
+    KvCJsonText event = eventRecord(time, "plan");
     event.set("phaseCount", plan.phaseCount);
-    event.set("updates", static_cast<std::uint64_t>(updates));
+    event.set("updates", updatesOf(plan));
     event.set("supported", plan.supported);
-    event.set("targetAddress", textValue(plan.targetAddress));
+    event.set("targetAddress", plan.targetAddress);
     event.set("release", releaseRecord(plan.release));
-    return lineOf(event);
+    return std::move(event).takeLine();
 }
 
 std::string lockedEvent(const std::string& time) {
-    return lineOf(eventRecord(time, "locked"));
+    return eventRecord(time, "locked").takeLine();
 }
 
 std::string phaseEvent(const std::string& time, std::uint32_t number) {
-    return lineOf(numberEvent(time, "phase", number));
+    return numberEvent(time, "phase", number).takeLine();
 }
 
 std::string progressEvent(const std::string& time, std::uint32_t percent) {
-    return lineOf(numberEvent(time, "progress", percent));
+    return numberEvent(time, "progress", percent).takeLine();
 }
 
 std::string transferEvent(const std::string& time, const std::string& fileName, std::uint32_t phase, bool succeeded) {
-    json event = eventRecord(time, "transfer");
-    event.set("file", textValue(fileName));
+    KvCJsonText event = eventRecord(time, "transfer");
+    event.set("file", fileName);
     event.set("phase", phase);
     event.set("succeeded", succeeded);
-    return lineOf(event);
+    return std::move(event).takeLine();
 }
 
 std::string elementStartEvent(const std::string& time, const KvTPlannedElement& element) {
-    json event = elementEvent(time, "elementStart", element);
-    event.set("address", textValue(element.address));
-    event.set("file", element.entry ? textValue(element.entry->fileName) : json(""));
-    return lineOf(event);
+    KvCJsonText event = elementEvent(time, "elementStart", element);
+    event.set("address", element.address);
+    event.set("file", element.entry ? textValue(element.entry->fileName) : KvCJsonText(""));
+    return std::move(event).takeLine();
 }
 
 std::string elementErrorEvent(const std::string& time, const KvTPlannedElement& element, const std::string& reason) {
-    json event = elementEvent(time, "elementError", element);
-    event.set("reason", textValue(reason));
-    return lineOf(event);
+    KvCJsonText event = elementEvent(time, "elementError", element);
+    event.set("reason", reason);
+    return std::move(event).takeLine();
 }
 
 std::string elementEndEvent(const std::string& time, const KvTPlannedElement& element, bool succeeded, KvEResult result,
                             const std::string& reason) {
-    json event = elementEvent(time, "elementEnd", element);
+    KvCJsonText event = elementEvent(time, "elementEnd", element);
     event.set("succeeded", succeeded);
     event.set("result", codeOf(result));
-    event.set("reason", textValue(reason));
-    return lineOf(event);
+    event.set("reason", reason);
+    return std::move(event).takeLine();
 }
 
 std::string unlockedEvent(const std::string& time, bool succeeded) {
-    json event = eventRecord(time, "unlocked");
+    KvCJsonText event = eventRecord(time, "unlocked");
     event.set("succeeded", succeeded);
-    return lineOf(event);
+    return std::move(event).takeLine();
 }
 
 std::string notifiedEvent(const std::string& time, const KvTEvent& event, std::uint32_t phase, const KvTPlan& plan,
@@ -145,17 +139,17 @@ std::string notifiedEvent(const std::string& time, const KvTEvent& event, std::u
 }
 
 std::string verifyEvent(const std::string& time, const KvTVerification& verification, const KvTVerdict& verdict) {
-    json event = eventRecord(time, "verify");
+    KvCJsonText event = eventRecord(time, "verify");
     event.set("counts", verifiedCounts(verification));
     event.set("failure", codeOrNull(verdict.failure));
-    return lineOf(event);
+    return std::move(event).takeLine();
 }
 
 std::string runEndEvent(const std::string& time, const KvTVerdict& verdict, int exitCode) {
-    json event = eventRecord(time, "runEnd");
+    KvCJsonText event = eventRecord(time, "runEnd");
     setVerdict(event, verdict);
     event.set("exitCode", static_cast<std::uint32_t>(exitCode));
-    return lineOf(event);
+    return std::move(event).takeLine();
 }
 
 } // namespace KvNReflasher

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "JsonText.h"
 #include "KvDocuments.h"
-#include "KvNJson.h"
 
 #include <optional>
 #include <string>
@@ -11,31 +11,31 @@
 
 namespace KvNReflasher {
 
-[[nodiscard]] inline KvNJson::json textValue(const std::string& text) {
+[[nodiscard]] inline KvCJsonText textValue(const std::string& text) {
     return std::string_view(text);
 }
 
 /// Null for nothing.
 template <typename Value>
-[[nodiscard]] KvNJson::json valueOrNull(const std::optional<Value>& value) {
-    return value ? KvNJson::json(*value) : KvNJson::json();
+[[nodiscard]] KvCJsonText valueOrNull(const std::optional<Value>& value) {
+    return value ? KvCJsonText(*value) : KvCJsonText();
 }
 
 /// The printed form.
-[[nodiscard]] inline KvNJson::json versionOrNull(const std::optional<KvTVersion>& version) {
-    return version ? textValue(version->text) : KvNJson::json();
+[[nodiscard]] inline KvCJsonText versionOrNull(const std::optional<KvTVersion>& version) {
+    return version ? textValue(version->text) : KvCJsonText();
 }
 
 /// Null for the enumeration's `none`.
 template <typename Enumeration>
-[[nodiscard]] KvNJson::json codeOrNull(Enumeration value) {
-    return value == Enumeration::none ? KvNJson::json() : KvNJson::json(codeOf(value));
+[[nodiscard]] KvCJsonText codeOrNull(Enumeration value) {
+    return value == Enumeration::none ? KvCJsonText() : KvCJsonText(codeOf(value));
 }
 
 /// What `toValue` makes of each item, in their order.
 template <typename Items, typename ToValue>
-[[nodiscard]] KvNJson::json listOf(const Items& items, ToValue&& toValue) {
-    KvNJson::json list = KvNJson::json::makeArray();
+[[nodiscard]] KvCJsonText listOf(const Items& items, ToValue&& toValue) {
+    KvCJsonText list = KvCJsonText::makeArray();
     for (const auto& item : items) {
         list.append(toValue(item));
     }

@@ -13,20 +13,18 @@
 
 namespace KvNReflasher {
 
-using KvNJson::json;
-
 namespace {
 
-json elementRecord(const KvTPlannedElement& element) {
-    json record = plannedElementRecord(element);
+KvCJsonText elementRecord(const KvTPlannedElement& element) {
+    KvCJsonText record = plannedElementRecord(element);
     record.set("state", codeOf(outlookOf(element)));
     return record;
 }
 
-json targetRecord(const KvTMatrixTarget& target) {
-    json record = json::makeObject();
-    record.set("folder", textValue(target.folder));
-    record.set("address", textValue(target.address));
+KvCJsonText targetRecord(const KvTMatrixTarget& target) {
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("folder", target.folder);
+    record.set("address", target.address);
     setVerdict(record, target.verdict);
     if (target.plan) {
         record.set("supported", target.plan->supported);
@@ -76,7 +74,7 @@ std::vector<KvTArchiveEntry> unmatchedEntries(const KvTArchiveContent& content,
 
 std::string matrixDocument(const KvTArchiveContent& content, const std::vector<KvTMatrixTarget>& targets,
                            const KvTVerdict& verdict) {
-    json document = framedDocument("matrix", verdict);
+    KvCJsonText document = framedDocument("matrix", verdict);
     if (content.verdict.isSuccess()) {
         document.set("archive", identityRecord(content.identity));
         document.set("release", releaseRecord(content.release));

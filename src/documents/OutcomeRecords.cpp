@@ -10,8 +10,6 @@
 
 namespace KvNReflasher {
 
-using KvNJson::json;
-
 namespace {
 
 /// The code as error reports print it, such as "0x2004".
@@ -25,50 +23,50 @@ std::string hexadecimal(std::uint32_t code) {
 
 /// Null for 0, which stands for what is not known.
 template <typename Number>
-json numberOrNull(Number number) {
-    return number != 0 ? json(number) : json();
+KvCJsonText numberOrNull(Number number) {
+    return number != 0 ? KvCJsonText(number) : KvCJsonText();
 }
 
 } // namespace
 
-json errorRecord(const KvTErrorInfo& error) {
-    json record = json::makeObject();
+KvCJsonText errorRecord(const KvTErrorInfo& error) {
+    KvCJsonText record = KvCJsonText::makeObject();
     record.set("code", error.code);
-    record.set("codeText", textValue(hexadecimal(error.code)));
-    record.set("text", textValue(error.text));
+    record.set("codeText", hexadecimal(error.code));
+    record.set("text", error.text);
     record.set("originNode", error.originNode);
     record.set("seconds", numberOrNull(error.seconds));
     record.set("mainModule", numberOrNull(error.mainModule));
     record.set("subModule", numberOrNull(error.subModule));
-    record.set("function", textValue(error.function));
+    record.set("function", error.function);
     record.set("line", numberOrNull(error.line));
     return record;
 }
 
-json errorRecords(const std::vector<KvTErrorInfo>& errors) {
+KvCJsonText errorRecords(const std::vector<KvTErrorInfo>& errors) {
     return listOf(errors, errorRecord);
 }
 
-json fileOutcomeRecord(const KvTFileOutcome& file) {
-    json record = json::makeObject();
-    record.set("name", textValue(file.fileName));
+KvCJsonText fileOutcomeRecord(const KvTFileOutcome& file) {
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("name", file.fileName);
     record.set("fileIndex", file.fileIndex);
     record.set("phase", file.phase);
-    record.set("targetPath", textValue(file.targetPath));
+    record.set("targetPath", file.targetPath);
     record.set("outcome", codeOf(file.result));
     return record;
 }
 
-json lookRecord(const KvTLook& look) {
-    json record = json::makeObject();
+KvCJsonText lookRecord(const KvTLook& look) {
+    KvCJsonText record = KvCJsonText::makeObject();
     record.set("succeeded", look.succeeded);
-    record.set("message", textValue(look.message));
+    record.set("message", look.message);
     record.set("errors", errorRecords(look.errors));
     return record;
 }
 
-json verifiedCounts(const KvTVerification& verification) {
-    json counts = json::makeObject();
+KvCJsonText verifiedCounts(const KvTVerification& verification) {
+    KvCJsonText counts = KvCJsonText::makeObject();
     for (std::size_t index = 0; index < verifiedCount; ++index) {
         const auto result = static_cast<KvEVerified>(index);
         counts.set(codeOf(result), static_cast<std::uint64_t>(verification.count(result)));
@@ -76,19 +74,19 @@ json verifiedCounts(const KvTVerification& verification) {
     return counts;
 }
 
-void setOutcome(json& record, const KvTElementOutcome& outcome) {
+void setOutcome(KvCJsonText& record, const KvTElementOutcome& outcome) {
     record.set("outcome", codeOf(outcome.result));
-    record.set("reason", textValue(outcome.reason));
+    record.set("reason", outcome.reason);
     record.set("failedCall", codeOrNull(outcome.failedCall));
     record.set("state", valueOrNull(outcome.state));
-    record.set("message", textValue(outcome.message));
+    record.set("message", outcome.message);
     record.set("errors", errorRecords(outcome.errors));
 }
 
-void setVerified(json& record, const KvTVerifiedElement* verified) {
-    record.set("verification", verified != nullptr ? json(codeOf(verified->result)) : json());
-    record.set("leftByPlan", verified != nullptr ? json(verified->leftByPlan) : json());
-    record.set("fileChanged", verified != nullptr ? json(verified->fileChanged) : json());
+void setVerified(KvCJsonText& record, const KvTVerifiedElement* verified) {
+    record.set("verification", verified != nullptr ? KvCJsonText(codeOf(verified->result)) : KvCJsonText());
+    record.set("leftByPlan", verified != nullptr ? KvCJsonText(verified->leftByPlan) : KvCJsonText());
+    record.set("fileChanged", verified != nullptr ? KvCJsonText(verified->fileChanged) : KvCJsonText());
 }
 
 } // namespace KvNReflasher

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "KvNJson.h"
+#include "JsonText.h"
 #include "KvTOutcome.h"
 
 #include <vector>
@@ -9,17 +9,17 @@
 
 namespace KvNReflasher {
 
-[[nodiscard]] KvNJson::json errorRecord(const KvTErrorInfo& error);
-[[nodiscard]] KvNJson::json errorRecords(const std::vector<KvTErrorInfo>& errors);
-[[nodiscard]] KvNJson::json fileOutcomeRecord(const KvTFileOutcome& file);
+[[nodiscard]] KvCJsonText errorRecord(const KvTErrorInfo& error);
+[[nodiscard]] KvCJsonText errorRecords(const std::vector<KvTErrorInfo>& errors);
+[[nodiscard]] KvCJsonText fileOutcomeRecord(const KvTFileOutcome& file);
 /// Whether and how the target was looked at, without what it reports of elements.
-[[nodiscard]] KvNJson::json lookRecord(const KvTLook& look);
+[[nodiscard]] KvCJsonText lookRecord(const KvTLook& look);
 /// The number of elements with each result, by its code.
-[[nodiscard]] KvNJson::json verifiedCounts(const KvTVerification& verification);
+[[nodiscard]] KvCJsonText verifiedCounts(const KvTVerification& verification);
 
 /// Adds what became of an element to its record.
-void setOutcome(KvNJson::json& record, const KvTElementOutcome& outcome);
+void setOutcome(KvCJsonText& record, const KvTElementOutcome& outcome);
 /// Adds what was verified of an element to its record; null: nothing was.
-void setVerified(KvNJson::json& record, const KvTVerifiedElement* verified);
+void setVerified(KvCJsonText& record, const KvTVerifiedElement* verified);
 
 } // namespace KvNReflasher

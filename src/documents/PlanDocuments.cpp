@@ -10,15 +10,13 @@
 
 namespace KvNReflasher {
 
-using KvNJson::json;
-
 namespace {
 
-json explanationRecord(const KvTPlan& plan, const KvTExplanation& explanation) {
+KvCJsonText explanationRecord(const KvTPlan& plan, const KvTExplanation& explanation) {
     const KvTPlannedElement& element = plan.elements.at(explanation.index);
-    json record = plannedElementRecord(element);
+    KvCJsonText record = plannedElementRecord(element);
     record.set("installedVersionRead", versionComponents(element.installed.version));
-    record.set("availableVersionRead", element.entry ? versionComponents(element.entry->version) : json());
+    record.set("availableVersionRead", element.entry ? versionComponents(element.entry->version) : KvCJsonText());
     record.set("triedEntries", listOf(explanation.tried, triedEntryRecord));
     record.set("entriesForOtherBoardTypes", static_cast<std::uint64_t>(explanation.otherBoardCount));
     return record;
@@ -27,7 +25,7 @@ json explanationRecord(const KvTPlan& plan, const KvTExplanation& explanation) {
 } // namespace
 
 std::string elementsDocument(const KvTPlan* plan, const KvTVerdict& verdict) {
-    json document = framedDocument("elements", verdict);
+    KvCJsonText document = framedDocument("elements", verdict);
     if (plan != nullptr) {
         document.set("elements", listOf(plan->elements, plannedElementRecord));
     }
@@ -36,7 +34,7 @@ std::string elementsDocument(const KvTPlan* plan, const KvTVerdict& verdict) {
 
 std::string explainDocument(const KvTPlan* plan, const std::vector<KvTExplanation>& explanations,
                             const std::vector<KvTHiddenElement>& hidden, const KvTVerdict& verdict) {
-    json document = framedDocument("explain", verdict);
+    KvCJsonText document = framedDocument("explain", verdict);
     if (plan != nullptr) {
         document.set("release", releaseRecord(plan->release));
         document.set("elements", listOf(explanations, [plan](const KvTExplanation& explanation) {

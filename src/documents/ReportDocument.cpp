@@ -12,24 +12,22 @@
 
 namespace KvNReflasher {
 
-using KvNJson::json;
-
 namespace {
 
-json targetRecord(const KvTReportFacts& facts, const KvTPlan* plan) {
-    json record = json::makeObject();
-    record.set("given", textValue(facts.target));
-    record.set("address", plan != nullptr ? textValue(plan->targetAddress) : json(""));
+KvCJsonText targetRecord(const KvTReportFacts& facts, const KvTPlan* plan) {
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("given", facts.target);
+    record.set("address", plan != nullptr ? textValue(plan->targetAddress) : KvCJsonText(""));
     return record;
 }
 
-void setFacts(json& document, const KvTReportFacts& facts, const KvTPlan* plan) {
-    document.set("toolVersion", textValue(facts.toolVersion));
-    document.set("begin", textValue(facts.begin));
-    document.set("end", textValue(facts.end));
+void setFacts(KvCJsonText& document, const KvTReportFacts& facts, const KvTPlan* plan) {
+    document.set("toolVersion", facts.toolVersion);
+    document.set("begin", facts.begin);
+    document.set("end", facts.end.empty() ? KvCJsonText() : KvCJsonText(std::string_view(facts.end)));
     document.set("exitCode", static_cast<std::uint32_t>(facts.exitCode));
     document.set("target", targetRecord(facts, plan));
-    document.set("archiveFolder", textValue(facts.archiveFolder));
+    document.set("archiveFolder", facts.archiveFolder);
 }
 
 /// The records of a session's elements.
@@ -44,8 +42,8 @@ public:
         }
     }
 
-    [[nodiscard]] json operator()(const KvTPlannedElement& element) const {
-        json record = plannedElementRecord(element);
+    [[nodiscard]] KvCJsonText operator()(const KvTPlannedElement& element) const {
+        KvCJsonText record = plannedElementRecord(element);
         if (session_.outcome != nullptr && element.index < session_.outcome->elements.size()) {
             setOutcome(record, session_.outcome->elements[element.index]);
         }
@@ -56,13 +54,13 @@ public:
 
 private:
     /// What the look has found; null if the target was not looked at or does not list the element.
-    [[nodiscard]] json after(const KvTPlannedElement& element) const {
+    [[nodiscard]] KvCJsonText after(const KvTPlannedElement& element) const {
         if (session_.verification == nullptr) {
             return {};
         }
         const auto& found = session_.verification->look.elements;
         const bool isFound = element.index < found.size() && found[element.index];
-        return isFound ? installedRecord(*found[element.index]) : json();
+        return isFound ? installedRecord(*found[element.index]) : KvCJsonText();
     }
 
     const KvTSessionRecord& session_;
@@ -70,19 +68,19 @@ private:
     std::vector<const KvTVerifiedElement*> verified_;
 };
 
-void setPlanMembers(json& document, const KvTSessionRecord& session) {
+void setPlanMembers(KvCJsonText& document, const KvTSessionRecord& session) {
     const KvTPlan& plan = *session.plan;
-    document.set("archive", plan.archive ? identityRecord(*plan.archive) : json());
+    document.set("archive", plan.archive ? identityRecord(*plan.archive) : KvCJsonText());
     document.set("release", releaseRecord(plan.release));
-    document.set("targetAddress", textValue(plan.targetAddress));
+    document.set("targetAddress", plan.targetAddress);
     document.set("supported", plan.supported);
     document.set("unsupportedElements",
-                 listOf(plan.unsupportedElements, [](std::uint32_t index) { return json(index); }));
+                 listOf(plan.unsupportedElements, [](std::uint32_t index) { return KvCJsonText(index); }));
     document.set("phaseCount", plan.phaseCount);
     document.set("elements", listOf(plan.elements, ElementReports(session)));
 }
 
-void setOutcomeMembers(json& document, const KvTOutcome& outcome) {
+void setOutcomeMembers(KvCJsonText& document, const KvTOutcome& outcome) {
     document.set("stage", codeOf(outcome.stage));
     document.set("fileOutcomes", listOf(outcome.files, fileOutcomeRecord));
     document.set("errors", errorRecords(outcome.errors));
@@ -91,9 +89,10 @@ void setOutcomeMembers(json& document, const KvTOutcome& outcome) {
 } // namespace
 
 std::string reportDocument(const KvTSessionRecord& session, const KvTReportFacts& facts) {
-    json document = framedDocument(facts.command, session.verdict);
+    KvCJsonText document = framedDocument(facts.command, session.verdict);
     setFacts(document, facts, session.plan);
-    document.set("files", session.entries != nullptr ? listOf(*session.entries, entryRecord) : json::makeArray());
+    document.set("files",
+                 session.entries != nullptr ? listOf(*session.entries, entryRecord) : KvCJsonText::makeArray());
     if (session.plan != nullptr) {
         setPlanMembers(document, session);
     }
@@ -101,9 +100,9 @@ std::string reportDocument(const KvTSessionRecord& session, const KvTReportFacts
         setOutcomeMembers(document, *session.outcome);
     }
     const KvTVerification* verification = session.verification;
-    document.set("verificationCounts", verification != nullptr ? verifiedCounts(*verification) : json());
-    document.set("look", verification != nullptr ? lookRecord(verification->look) : json());
-    document.set("messages", textValue(facts.messages));
+    document.set("verificationCounts", verification != nullptr ? verifiedCounts(*verification) : KvCJsonText());
+    document.set("look", verification != nullptr ? lookRecord(verification->look) : KvCJsonText());
+    document.set("messages", facts.messages);
     return documentText(document);
 }
 

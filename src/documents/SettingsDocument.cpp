@@ -8,25 +8,23 @@
 
 namespace KvNReflasher {
 
-using KvNJson::json;
-
 namespace {
 
-json settingRecord(json value, KvESettingSource source) {
-    json record = json::makeObject();
+KvCJsonText settingRecord(KvCJsonText value, KvESettingSource source) {
+    KvCJsonText record = KvCJsonText::makeObject();
     record.set("value", std::move(value));
     record.set("source", codeOf(source));
     return record;
 }
 
 /// Null for no folder.
-json folderRecord(const KvTSetting<std::optional<std::string>>& setting) {
-    return settingRecord(setting.value ? textValue(*setting.value) : json(), setting.source);
+KvCJsonText folderRecord(const KvTSetting<std::optional<std::string>>& setting) {
+    return settingRecord(setting.value ? textValue(*setting.value) : KvCJsonText(), setting.source);
 }
 
-json fileRecord(const KvTSettings& settings) {
-    json record = json::makeObject();
-    record.set("path", textValue(settings.file));
+KvCJsonText fileRecord(const KvTSettings& settings) {
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("path", settings.file);
     record.set("state", codeOf(settings.fileState));
     return record;
 }
@@ -34,7 +32,7 @@ json fileRecord(const KvTSettings& settings) {
 } // namespace
 
 std::string settingsDocument(const KvTSettings& settings, const KvTVerdict& verdict) {
-    json document = framedDocument("settings", verdict);
+    KvCJsonText document = framedDocument("settings", verdict);
     document.set("file", fileRecord(settings));
     document.set("requirePlan", settingRecord(settings.requirePlan.value, settings.requirePlan.source));
     document.set("trust", folderRecord(settings.trust));

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <random>
 #include <string_view>
@@ -22,16 +23,13 @@ constexpr std::chrono::days longestKept{400};
 /// "20261122T101500123Z-" and eight digits.
 constexpr std::size_t idLength = 28;
 
-std::string written(const char* format, std::chrono::system_clock::time_point moment) {
-    const auto day = std::chrono::floor<std::chrono::days>(moment);
-    const std::chrono::year_month_day date(day);
-    const std::chrono::hh_mm_ss clock(std::chrono::floor<std::chrono::milliseconds>(moment - day));
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), format, static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                  static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
-                  static_cast<int>(clock.minutes().count()), static_cast<int>(clock.seconds().count()),
-                  static_cast<int>(clock.subseconds().count()));
-    return text.data();
+/// Writes a number, with leading zeros, over the `digits` characters from `position` on.
+void putNumber(std::string& text, std::size_t position, std::size_t digits, std::int64_t number) {
+    constexpr std::int64_t base = 10;
+    for (; digits > 0; --digits) {
+        text[position + digits - 1] = static_cast<char>('0' + number % base);
+        number /= base;
+    }
 }
 
 } // namespace
@@ -39,12 +37,26 @@ std::string written(const char* format, std::chrono::system_clock::time_point mo
 std::string newRunId(std::chrono::system_clock::time_point now) {
     std::random_device random;
     std::array<char, 16> digits{};
-    std::snprintf(digits.data(), digits.size(), "%08x", random());
-    return written("%04d%02u%02uT%02d%02d%02d%03dZ-", now) + digits.data();
+    std::snprintf(digits.data(), digits.size(), "-%08x", random());
+    std::string id = preciseTextOf(now);
+    std::erase_if(id, [](char character) { return character == '-' || character == ':' || character == '.'; });
+    return id + digits.data();
 }
 
+/// Each event has its moment: a format would take longer than the rest of its line.
 std::string preciseTextOf(std::chrono::system_clock::time_point moment) {
-    return written("%04d-%02u-%02uT%02d:%02d:%02d.%03dZ", moment);
+    const auto day = std::chrono::floor<std::chrono::days>(moment);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss clock(std::chrono::floor<std::chrono::milliseconds>(moment - day));
+    std::string text = "0000-00-00T00:00:00.000Z";
+    putNumber(text, 0, 4, static_cast<int>(date.year()));
+    putNumber(text, 5, 2, static_cast<unsigned>(date.month()));
+    putNumber(text, 8, 2, static_cast<unsigned>(date.day()));
+    putNumber(text, 11, 2, clock.hours().count());
+    putNumber(text, 14, 2, clock.minutes().count());
+    putNumber(text, 17, 2, clock.seconds().count());
+    putNumber(text, 20, 3, clock.subseconds().count());
+    return text;
 }
 
 std::wstring runFilePath(const std::wstring& folder, const std::string& id) {

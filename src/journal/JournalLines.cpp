@@ -5,7 +5,8 @@
 #include <algorithm>
 
 std::string KvCLineChain::beginning() const {
-    return R"({"number":)" + std::to_string(number_) + R"(,"previous":")" + digest_ + R"(",)";
+    std::string text = R"({"number":)";
+    return text.append(std::to_string(number_)).append(R"(,"previous":")").append(digest_).append(R"(",)");
 }
 
 void KvCLineChain::take(std::string_view line) {
@@ -13,11 +14,10 @@ void KvCLineChain::take(std::string_view line) {
     ++number_;
 }
 
-std::string KvCLineChain::next(std::string_view record) {
-    std::string line = beginning();
-    line.append(record.substr(1));
-    take(std::string_view(line).substr(0, line.size() - 1));
-    return line;
+void KvCLineChain::addTo(std::string& text, std::string_view record) {
+    const std::size_t start = text.size();
+    text.append(beginning()).append(record.substr(1));
+    take(std::string_view(text).substr(start, text.size() - start - 1));
 }
 
 bool KvCLineChain::continuesWith(std::string_view line) {

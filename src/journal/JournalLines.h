@@ -9,8 +9,9 @@
 /// was changed, added or removed shows.
 class KvCLineChain {
 public:
-    /// The next line: `record`, a JSON object on one line with its line end, with the two members in front.
-    [[nodiscard]] std::string next(std::string_view record);
+    /// Adds the next line to `text`: `record`, a JSON object on one line with its line end, with the two members in
+    /// front.
+    void addTo(std::string& text, std::string_view record);
     /// True if `line`, without its line end, is the next one.
     [[nodiscard]] bool continuesWith(std::string_view line);
 

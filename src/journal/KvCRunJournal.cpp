@@ -51,7 +51,7 @@ bool KvCRunJournal::write(const std::string& record) {
         return false;
     }
     hasBegun_ = true;
-    pending_ += chain_.next(record);
+    chain_.addTo(pending_, record);
     const bool isDue = pending_.size() >= mostPending || std::chrono::steady_clock::now() - written_ >= longestPending;
     return !isDue || writeOut();
 }

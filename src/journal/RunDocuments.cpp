@@ -9,49 +9,48 @@
 
 namespace KvNReflasher {
 
-using KvNJson::json;
-
 namespace {
 
-json textOrNull(const std::string& text) {
-    return text.empty() ? json() : textValue(text);
+KvCJsonText textOrNull(const std::string& text) {
+    return text.empty() ? KvCJsonText() : textValue(text);
 }
 
-json targetRecord(const KvTRun& run) {
-    json record = json::makeObject();
-    record.set("given", textValue(run.target));
-    record.set("address", textValue(run.targetAddress));
-    record.set("nodeSerialNumbers", listOf(run.nodeSerialNumbers, [](std::uint32_t number) { return json(number); }));
+KvCJsonText targetRecord(const KvTRun& run) {
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("given", run.target);
+    record.set("address", run.targetAddress);
+    record.set("nodeSerialNumbers",
+               listOf(run.nodeSerialNumbers, [](std::uint32_t number) { return KvCJsonText(number); }));
     record.set("places", listOf(run.places, textValue));
     return record;
 }
 
 /// What the run has written at its end; null if it has not.
-json endRecord(const KvTRun& run) {
+KvCJsonText endRecord(const KvTRun& run) {
     if (run.end.empty()) {
         return {};
     }
-    json record = json::makeObject();
-    record.set("time", textValue(run.end));
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("time", run.end);
     setVerdict(record, run.verdict);
     record.set("exitCode", static_cast<std::uint32_t>(run.exitCode));
     return record;
 }
 
-json runRecord(const KvTRun& run) {
-    json record = json::makeObject();
-    record.set("id", textValue(run.id));
+KvCJsonText runRecord(const KvTRun& run) {
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("id", run.id);
     record.set("state", codeOf(run.state));
     record.set("open", run.isOpen());
-    record.set("command", textValue(run.command));
-    record.set("toolVersion", textValue(run.toolVersion));
-    record.set("begin", textValue(run.begin));
+    record.set("command", run.command);
+    record.set("toolVersion", run.toolVersion);
+    record.set("begin", run.begin);
     record.set("end", endRecord(run));
-    record.set("user", textValue(run.user));
-    record.set("computer", textValue(run.computer));
+    record.set("user", run.user);
+    record.set("computer", run.computer);
     record.set("target", targetRecord(run));
-    record.set("archiveFolder", textValue(run.archiveFolder));
-    record.set("archive", run.archive ? identityRecord(*run.archive) : json());
+    record.set("archiveFolder", run.archiveFolder);
+    record.set("archive", run.archive ? identityRecord(*run.archive) : KvCJsonText());
     record.set("plan", textOrNull(run.planId));
     record.set("resumes", textOrNull(run.resumes));
     record.set("resumedBy", textOrNull(run.resumedBy));
@@ -60,17 +59,17 @@ json runRecord(const KvTRun& run) {
 }
 
 /// Null if the target was not looked at, or does not list the element.
-json afterRecord(const KvTRunRecord& run, std::size_t index) {
+KvCJsonText afterRecord(const KvTRunRecord& run, std::size_t index) {
     const bool isFound =
         run.verification && index < run.verification->look.elements.size() && run.verification->look.elements[index];
-    return isFound ? installedRecord(*run.verification->look.elements[index]) : json();
+    return isFound ? installedRecord(*run.verification->look.elements[index]) : KvCJsonText();
 }
 
-json elementRecord(const KvTRunRecord& run, std::size_t index) {
-    json record = plannedElementRecord(run.plan.plan.elements[index]);
+KvCJsonText elementRecord(const KvTRunRecord& run, std::size_t index) {
+    KvCJsonText record = plannedElementRecord(run.plan.plan.elements[index]);
     record.set("progress", codeOf(run.progress.at(index)));
     record.set("outcome", codeOf(run.outcome.elements.at(index).result));
-    record.set("reason", textValue(run.outcome.elements.at(index).reason));
+    record.set("reason", run.outcome.elements.at(index).reason);
     record.set("after", afterRecord(run, index));
     return record;
 }
@@ -78,16 +77,16 @@ json elementRecord(const KvTRunRecord& run, std::size_t index) {
 } // namespace
 
 std::string historyDocument(const KvTRunList& list, const KvTVerdict& verdict) {
-    json document = framedDocument("history", verdict);
+    KvCJsonText document = framedDocument("history", verdict);
     document.set("runs", listOf(list.runs, runRecord));
     document.set("faults", listOf(list.faults, textValue));
     return documentText(document);
 }
 
 std::string runDocument(const KvTRunRecord* run, const KvTVerdict& verdict) {
-    json document = framedDocument("run", verdict);
-    document.set("run", run != nullptr ? runRecord(run->run) : json());
-    json elements = json::makeArray();
+    KvCJsonText document = framedDocument("run", verdict);
+    document.set("run", run != nullptr ? runRecord(run->run) : KvCJsonText());
+    KvCJsonText elements = KvCJsonText::makeArray();
     for (std::size_t index = 0; run != nullptr && index < run->plan.plan.elements.size(); ++index) {
         elements.append(elementRecord(*run, index));
     }

@@ -7,47 +7,42 @@
 #include "SavedPlanRecord.h"
 
 #include <string_view>
+#include <utility>
 
 namespace KvNReflasher {
-
-using KvNJson::json;
 
 namespace {
 
 constexpr std::uint32_t formatVersion = 1;
 
-json recordOf(const std::string& time, const char* event) {
-    json record = json::makeObject();
-    record.set("time", textValue(time));
+KvCJsonText recordOf(const std::string& time, const char* event) {
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("time", time);
     record.set("event", event);
     return record;
 }
 
-std::string lineOf(const json& record) {
-    return record.dump(-1, ' ', false, KvNJson::error_handler_t::replace) + "\n";
-}
-
 /// The event with the members of another record behind its own.
-std::string joined(const std::string& event, const json& members) {
+std::string joined(const std::string& event, const KvCJsonText& members) {
     constexpr std::string_view end = "}\n";
     std::string line = event.substr(0, event.size() - end.size());
-    return line.append(",").append(lineOf(members).substr(1));
+    return line.append(",").append(members.text(), 1).append("\n");
 }
 
-json plannedRecord(const KvTPlannedElement& element) {
-    json record = json::makeObject();
+KvCJsonText plannedRecord(const KvTPlannedElement& element) {
+    KvCJsonText record = KvCJsonText::makeObject();
     record.set("index", element.index);
-    record.set("name", textValue(element.displayName));
-    record.set("address", textValue(element.address));
-    record.set("targetPath", textValue(element.targetPath));
+    record.set("name", element.displayName);
+    record.set("address", element.address);
+    record.set("targetPath", element.targetPath);
     return record;
 }
 
-json verifiedRecord(const KvTVerifiedElement& verified) {
-    json record = json::makeObject();
+KvCJsonText verifiedRecord(const KvTVerifiedElement& verified) {
+    KvCJsonText record = KvCJsonText::makeObject();
     record.set("index", verified.index);
     record.set("result", codeOf(verified.result));
-    record.set("after", verified.found ? installedRecord(*verified.found) : json());
+    record.set("after", verified.found ? installedRecord(*verified.found) : KvCJsonText());
     record.set("leftByPlan", verified.leftByPlan);
     record.set("fileChanged", verified.fileChanged);
     return record;
@@ -56,56 +51,56 @@ json verifiedRecord(const KvTVerifiedElement& verified) {
 } // namespace
 
 std::string beginRecord(const std::string& time, const KvTJournalOptions& options, const KvTSavedPlan& plan) {
-    json record = recordOf(time, "begin");
+    KvCJsonText record = recordOf(time, "begin");
     record.set("format", formatRecord("kvreflash.journal", formatVersion));
-    record.set("command", textValue(options.command));
-    record.set("user", textValue(userName()));
-    record.set("computer", textValue(computerName()));
+    record.set("command", options.command);
+    record.set("user", userName());
+    record.set("computer", computerName());
     record.set("places", listOf(options.places, textValue));
-    record.set("resumes", textValue(options.resumes));
-    json basis = json::makeObject();
+    record.set("resumes", options.resumes);
+    KvCJsonText basis = KvCJsonText::makeObject();
     setPlanBasis(basis, plan);
     record.set("plan", std::move(basis));
-    return lineOf(record);
+    return std::move(record).takeLine();
 }
 
-std::string planRecord(const std::string& time, const KvTSavedPlan& plan) {
-    json record = recordOf(time, "plan");
+std::string planRecord(const std::string& time, const KvTPlan& plan) {
+    KvCJsonText record = recordOf(time, "plan");
     setPlanElements(record, plan);
-    return lineOf(record);
+    return std::move(record).takeLine();
 }
 
 std::string intentRecord(const std::string& time, std::uint32_t phase, const KvTPlan& plan) {
-    json elements = json::makeArray();
+    KvCJsonText elements = KvCJsonText::makeArray();
     for (const KvTPlannedElement& element : plan.elements) {
         if (element.phase == phase) {
             elements.append(plannedRecord(element));
         }
     }
-    json record = recordOf(time, "intent");
+    KvCJsonText record = recordOf(time, "intent");
     record.set("phase", phase);
     record.set("elements", std::move(elements));
-    return lineOf(record);
+    return std::move(record).takeLine();
 }
 
 std::string withWrittenFile(const std::string& event, const std::string& targetPath, const std::string& digest) {
-    json members = json::makeObject();
-    members.set("targetPath", textValue(targetPath));
-    members.set("sha256", digest.empty() ? json() : textValue(digest));
+    KvCJsonText members = KvCJsonText::makeObject();
+    members.set("targetPath", targetPath);
+    members.set("sha256", digest.empty() ? KvCJsonText() : textValue(digest));
     return joined(event, members);
 }
 
 std::string withVerifiedElements(const std::string& event, const KvTVerification& verification) {
-    json members = json::makeObject();
+    KvCJsonText members = KvCJsonText::makeObject();
     members.set("lookSucceeded", verification.look.succeeded);
     members.set("elements", listOf(verification.elements, verifiedRecord));
     return joined(event, members);
 }
 
 std::string rebootRecord(const std::string& time, bool succeeded) {
-    json record = recordOf(time, "reboot");
+    KvCJsonText record = recordOf(time, "reboot");
     record.set("succeeded", succeeded);
-    return lineOf(record);
+    return std::move(record).takeLine();
 }
 
 } // namespace KvNReflasher

@@ -9,11 +9,11 @@
 
 namespace KvNReflasher {
 
-/// The run begins: who runs it, where, and what it was planned of.
+/// The run begins: who runs it, where, and what it was planned of; the elements of `plan` do not count.
 [[nodiscard]] std::string beginRecord(const std::string& time, const KvTJournalOptions& options,
                                       const KvTSavedPlan& plan);
 /// The plan of the run.
-[[nodiscard]] std::string planRecord(const std::string& time, const KvTSavedPlan& plan);
+[[nodiscard]] std::string planRecord(const std::string& time, const KvTPlan& plan);
 /// A phase is about to begin: its elements are no longer untouched.
 [[nodiscard]] std::string intentRecord(const std::string& time, std::uint32_t phase, const KvTPlan& plan);
 /// `event`, the end of a file that the inventory does not list, with the place and, unless it is empty, the SHA-256 of

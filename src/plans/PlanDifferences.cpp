@@ -124,10 +124,10 @@ std::string nameOfFile(jsonView file) {
 }
 
 json recordOf(const KvTSavedPlan& plan) {
-    json record = json::makeObject();
+    KvCJsonText record = KvCJsonText::makeObject();
     setPlanBasis(record, plan);
-    setPlanElements(record, plan);
-    return record;
+    setPlanElements(record, plan.plan);
+    return json::parse(record.text());
 }
 
 /// Target and archive, without what was planned for them.

@@ -7,8 +7,6 @@
 
 namespace KvNReflasher {
 
-using KvNJson::json;
-
 namespace {
 
 constexpr std::string_view formatName = "kvreflash.saved-plan";
@@ -21,18 +19,18 @@ std::wstring wideOf(const std::string& text) {
 } // namespace
 
 std::string savedPlanDocument(const KvTSavedPlan& plan) {
-    json document = json::makeObject();
+    KvCJsonText document = KvCJsonText::makeObject();
     document.set("format", formatRecord(formatName, formatVersion));
     setPlanBasis(document, plan);
-    setPlanElements(document, plan);
+    setPlanElements(document, plan.plan);
     const std::string text = documentText(document);
-    document.set("digest", textValue(hexOf(sha256Of(bytesOf(text)))));
+    document.set("digest", hexOf(sha256Of(bytesOf(text))));
     return documentText(document);
 }
 
 /// What cannot be read as it was written shows in the text that the value has then, whatever was changed.
 std::optional<KvTSavedPlan> readSavedPlan(const std::string& document, std::string& reason) {
-    const json parsed = json::parse(document);
+    const KvNJson::json parsed = KvNJson::json::parse(document);
     const KvNJson::jsonView format = parsed.view().find("format");
     if (parsed.is_invalid() || textOf(format.find("name")) != formatName) {
         reason = "it is not a saved plan";

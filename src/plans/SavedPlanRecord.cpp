@@ -11,32 +11,31 @@
 
 namespace KvNReflasher {
 
-using KvNJson::json;
 using KvNJson::jsonView;
 
 namespace {
 
-json numbers(const std::vector<std::uint32_t>& values) {
-    return listOf(values, [](std::uint32_t value) { return json(value); });
+KvCJsonText numbers(const std::vector<std::uint32_t>& values) {
+    return listOf(values, [](std::uint32_t value) { return KvCJsonText(value); });
 }
 
 std::vector<std::uint32_t> numbersOf(jsonView list) {
     return itemsOf(list, [](jsonView value) { return numberOf(value).value_or(0); });
 }
 
-json targetRecord(const KvTSavedPlan& plan) {
-    json record = json::makeObject();
-    record.set("given", textValue(plan.target));
-    record.set("address", textValue(plan.plan.targetAddress));
+KvCJsonText targetRecord(const KvTSavedPlan& plan) {
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("given", plan.target);
+    record.set("address", plan.plan.targetAddress);
     record.set("nodeSerialNumbers", numbers(plan.plan.nodeSerialNumbers));
     return record;
 }
 
-json optionsRecord(const KvTDecidingOptions& options) {
-    json record = json::makeObject();
-    record.set("boardTypes", textValue(options.boardTypeFilter));
-    record.set("serialNumbers", textValue(options.serialNumberFilter));
-    record.set("elements", textValue(options.elementNameFilter));
+KvCJsonText optionsRecord(const KvTDecidingOptions& options) {
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("boardTypes", options.boardTypeFilter);
+    record.set("serialNumbers", options.serialNumberFilter);
+    record.set("elements", options.elementNameFilter);
     record.set("configuration", options.configurationElements);
     record.set("skipCustom", options.disableCustomElements);
     record.set("force", options.forceUpdate);
@@ -59,20 +58,20 @@ KvTDecidingOptions decidingOptionsOf(jsonView record) {
             .disabledElements = itemsOf(record.find("disable"), textOf)};
 }
 
-json fileRecord(const KvTFileDigest& file) {
-    json record = json::makeObject();
-    record.set("name", textValue(file.name));
+KvCJsonText fileRecord(const KvTFileDigest& file) {
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("name", file.name);
     record.set("size", file.size);
-    record.set("sha256", textValue(file.sha256));
+    record.set("sha256", file.sha256);
     return record;
 }
 
-json archiveRecord(const KvTSavedPlan& plan) {
-    json record = json::makeObject();
-    record.set("folder", textValue(plan.archiveFolder));
-    record.set("description", textValue(plan.descriptionFileName));
-    record.set("descriptionSha256", textValue(plan.descriptionDigest));
-    record.set("information", plan.plan.archive ? identityRecord(*plan.plan.archive) : json());
+KvCJsonText archiveRecord(const KvTSavedPlan& plan) {
+    KvCJsonText record = KvCJsonText::makeObject();
+    record.set("folder", plan.archiveFolder);
+    record.set("description", plan.descriptionFileName);
+    record.set("descriptionSha256", plan.descriptionDigest);
+    record.set("information", plan.plan.archive ? identityRecord(*plan.plan.archive) : KvCJsonText());
     record.set("release", releaseRecord(plan.plan.release));
     record.set("files", listOf(plan.files, fileRecord));
     return record;
@@ -93,21 +92,21 @@ void readArchive(jsonView record, KvTSavedPlan& plan) {
 
 } // namespace
 
-void setPlanBasis(json& record, const KvTSavedPlan& plan) {
-    record.set("id", textValue(plan.id));
-    record.set("toolVersion", textValue(plan.toolVersion));
-    record.set("time", textValue(plan.time));
+void setPlanBasis(KvCJsonText& record, const KvTSavedPlan& plan) {
+    record.set("id", plan.id);
+    record.set("toolVersion", plan.toolVersion);
+    record.set("time", plan.time);
     record.set("target", targetRecord(plan));
     record.set("options", optionsRecord(plan.options));
     record.set("archive", archiveRecord(plan));
 }
 
-void setPlanElements(json& record, const KvTSavedPlan& plan) {
-    record.set("supported", plan.plan.supported);
-    record.set("unsupportedElements", numbers(plan.plan.unsupportedElements));
-    record.set("phaseCount", plan.plan.phaseCount);
-    record.set("changes", plan.changes());
-    record.set("elements", listOf(plan.plan.elements, plannedElementRecord));
+void setPlanElements(KvCJsonText& record, const KvTPlan& plan) {
+    record.set("supported", plan.supported);
+    record.set("unsupportedElements", numbers(plan.unsupportedElements));
+    record.set("phaseCount", plan.phaseCount);
+    record.set("changes", updatesOf(plan));
+    record.set("elements", listOf(plan.elements, plannedElementRecord));
 }
 
 void readPlanBasis(jsonView record, KvTSavedPlan& plan) {

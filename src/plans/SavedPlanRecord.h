@@ -1,5 +1,6 @@
 #pragma once
 
+#include "JsonText.h"
 #include "KvNJson.h"
 #include "KvTSavedPlan.h"
 
@@ -7,10 +8,10 @@
 
 namespace KvNReflasher {
 
-/// Adds what the plan was made of: target, options, archive.
-void setPlanBasis(KvNJson::json& record, const KvTSavedPlan& plan);
+/// Adds what the plan was made of: target, options, archive. It may leave out its elements.
+void setPlanBasis(KvCJsonText& record, const KvTSavedPlan& plan);
 /// Adds what was planned: elements, phases and what sums them up.
-void setPlanElements(KvNJson::json& record, const KvTSavedPlan& plan);
+void setPlanElements(KvCJsonText& record, const KvTPlan& plan);
 
 /// Read what these have added. Each element's index is its position.
 /// @{

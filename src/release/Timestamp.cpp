@@ -18,12 +18,9 @@ struct Numbers {
     unsigned second = 0;
 };
 
-/// Takes `digits` decimal digits from the beginning of `text`; -1 if it does not begin with so many.
+/// Takes `digits` characters from the beginning of `text`, which has so many; -1 if they are not decimal digits.
 int takeNumber(std::string_view& text, std::size_t digits) {
     int number = 0;
-    if (text.size() < digits) {
-        return -1;
-    }
     for (const char character : text.substr(0, digits)) {
         if (character < '0' || character > '9') {
             return -1;

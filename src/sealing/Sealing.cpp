@@ -28,7 +28,10 @@ public:
     }
 
     KvTSealing make(std::chrono::sys_seconds created) {
-        listFiles();
+        if (!listFiles()) {
+            faults_.emplace_back("the archive folder cannot be listed");
+            return refused();
+        }
         readDescription();
         for (KvTSealedFile& file : manifest_.files) {
             addDigest(file);
@@ -79,11 +82,10 @@ private:
         }
     }
 
-    void listFiles() {
+    bool listFiles() {
         const std::optional<std::vector<KvTFolderEntry>> entries = entriesBelow(options_.archiveFolder);
         if (!entries) {
-            faults_.emplace_back("the archive folder cannot be listed");
-            return;
+            return false;
         }
         for (const KvTFolderEntry& entry : *entries) {
             if (!entry.isRegularFile) {
@@ -95,6 +97,7 @@ private:
         for (std::string& fault : faultsOfNames(manifest_.files)) {
             faults_.push_back(std::move(fault));
         }
+        return true;
     }
 
     void addDigest(KvTSealedFile& file) {

@@ -122,6 +122,7 @@ private:
     void journalEvent(const KvNReflasher::KvTEvent& event);
     [[nodiscard]] std::string writtenDigest(const KvNReflasher::KvTEvent& event,
                                             const KvNReflasher::KvTElementOutcome& outcome);
+    [[nodiscard]] KvNReflasher::KvTSavedPlan planBasis() const;
     [[nodiscard]] KvNReflasher::KvTSavedPlan planAsItStands() const;
     void noteContents(KvNReflasher::KvTSavedPlan& saved,
                       const std::function<bool(const KvNReflasher::KvTPlannedElement&)>& isWatched);

@@ -46,9 +46,9 @@ std::string KvCSessionJournal::runId() const {
     return hasBegun() ? journal_->id() : std::string();
 }
 
-void KvCSessionJournal::begin(const KvTSavedPlan& plan) {
+void KvCSessionJournal::begin(const KvTSavedPlan& basis, const KvTPlan& plan) {
     if (journal_ != nullptr && !journal_->hasBegun()) {
-        add(beginRecord(now(), journal_->options(), plan));
+        add(beginRecord(now(), journal_->options(), basis));
         add(planRecord(now(), plan), true);
     }
 }
@@ -69,6 +69,12 @@ void KvCSessionJournal::write(const KvTEvent& event, const KvTPlan& plan, const 
         line = withWrittenFile(line, plan.elements[event.value].targetPath, digest);
     }
     add(line);
+}
+
+void KvCSessionJournal::writeTransfer(const std::string& fileName, bool succeeded) {
+    if (hasBegun()) {
+        add(transferEvent(now(), fileName, phase_, succeeded));
+    }
 }
 
 void KvCSessionJournal::writeVerification(const KvTVerification& verification, const KvTVerdict& verdict) {

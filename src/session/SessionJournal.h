@@ -19,13 +19,17 @@ public:
     /// Empty unless something was written.
     [[nodiscard]] std::string runId() const;
 
-    /// The run begins; it is on the disk then. Without effect on one that has begun.
-    void begin(const KvNReflasher::KvTSavedPlan& plan);
+    /// The run begins; it is on the disk then. `basis` is what `plan` was made of. Without effect on one that has
+    /// begun.
+    void begin(const KvNReflasher::KvTSavedPlan& basis, const KvNReflasher::KvTPlan& plan);
     [[nodiscard]] bool hasBegun() const { return journal_ != nullptr && journal_->hasBegun(); }
-    /// An event of the run. Before a phase its intent is written, and on the disk. `outcome` is that of the event's
-    /// element, `digest` the SHA-256 of what was written to a file that the inventory does not list.
+    /// An event of the run. Before a phase its intent is written, and on the disk. `outcome` is that of the
+    /// element whose end or error it is, `digest` the SHA-256 of what was written to a file that the inventory does not
+    /// list.
     void write(const KvNReflasher::KvTEvent& event, const KvNReflasher::KvTPlan& plan,
                const KvNReflasher::KvTElementOutcome& outcome, const std::string& digest);
+    /// The transfer of this file has ended.
+    void writeTransfer(const std::string& fileName, bool succeeded);
     void writeVerification(const KvNReflasher::KvTVerification& verification, const KvNReflasher::KvTVerdict& verdict);
     void writeReboot(bool succeeded);
     /// The run ends; what was written is on the disk then. The file is given back.

@@ -32,6 +32,31 @@ bool statesNothing(const KvTInstalled& installed) {
     return !installed.version && installed.checksumCrc32.value_or(0) == 0;
 }
 
+/// How far the update of an element of its plan came, as a run knows, or has taken from the one that it went on with.
+/// Nothing if neither was to update it.
+std::optional<KvEElementProgress> progressIn(const KvTRunRecord& run, const KvTPlannedElement& element) {
+    if (element.decision.has(KvEReason::doneBefore)) {
+        return KvEElementProgress::done;
+    }
+    if (element.decision.has(KvEReason::inDoubt)) {
+        return KvEElementProgress::inProgress;
+    }
+    return element.decision.update ? std::optional(run.progress.at(element.index)) : std::nullopt;
+}
+
+/// The run that knows how far the elements came: of one that broke off before its plan was written, the one that it was
+/// to go on with. Nothing if that cannot be read.
+std::optional<KvTRunRecord> knowingRun(const KvTRunRecord& run, const std::wstring& folder) {
+    std::optional<KvTRunRecord> knowing = run;
+    while (knowing && knowing->plan.plan.elements.empty() && !knowing->run.resumes.empty()) {
+        std::string reason;
+        std::optional<KvTRunRecord> earlier = readRun(folder, knowing->run.resumes, reason);
+        const bool isEarlier = earlier && earlier->run.id < knowing->run.id; // otherwise there might be no end
+        knowing = isEarlier ? std::move(earlier) : std::nullopt;
+    }
+    return knowing;
+}
+
 bool isSealed(const KvTPlan& plan) {
     return plan.release && plan.release->seal != KvESeal::none;
 }
@@ -64,10 +89,11 @@ bool KvCReflasher::beginJournal() {
         return true;
     }
     const bool hasBegun = withoutException(false, [this] {
-        KvTSavedPlan plan = planAsItStands();
-        plan.id = journal_.options().planId;
-        noteContents(plan, [](const KvTPlannedElement& element) { return !element.isListed(); });
-        journal_.begin(plan);
+        KvTSavedPlan basis = planBasis();
+        basis.id = journal_.options().planId;
+        noteContents(basis, [](const KvTPlannedElement& element) { return !element.isListed(); });
+        const KvTPlan nothing;
+        journal_.begin(basis, plan() != nullptr ? *plan() : nothing);
         return true;
     });
     if (!hasBegun) {
@@ -82,9 +108,13 @@ bool KvCReflasher::beginJournal() {
 
 void KvCReflasher::journalEvent(const KvTEvent& event) {
     const bool isWritten = withoutException(false, [&] {
-        const bool concernsElement = event.event == KvEEvent::elementStart || event.event == KvEEvent::elementEnd ||
-                                     event.event == KvEEvent::elementError;
-        const KvTElementOutcome outcome = concernsElement ? outcomeOf(event.value) : KvTElementOutcome();
+        if (event.event == KvEEvent::transfer) {
+            const KvTArchiveFile& file = preparation_.archive().files()[event.value];
+            journal_.writeTransfer(std::string(file.name.view()), event.succeeded);
+            return true;
+        }
+        const bool hasOutcome = event.event == KvEEvent::elementEnd || event.event == KvEEvent::elementError;
+        const KvTElementOutcome outcome = hasOutcome ? outcomeOf(event.value) : KvTElementOutcome();
         journal_.write(event, *plan(), outcome,
                        event.event == KvEEvent::elementEnd ? writtenDigest(event, outcome) : std::string());
         return true;
@@ -122,8 +152,8 @@ std::string KvCReflasher::runId() const {
     return withoutException(std::string(), [this] { return journal_.runId(); });
 }
 
-/// The plan without the content of files.
-KvTSavedPlan KvCReflasher::planAsItStands() const {
+/// What the plan is made of, without elements and the content of files.
+KvTSavedPlan KvCReflasher::planBasis() const {
     const KvCFirmwareArchive& archive = preparation_.archive();
     KvTSavedPlan saved;
     saved.toolVersion = version();
@@ -139,7 +169,10 @@ KvTSavedPlan KvCReflasher::planAsItStands() const {
                      .unlistedFiles = unlistedFiles_,
                      .disabledElements = disabledElements_};
     if (plan() != nullptr) {
-        saved.plan = *plan();
+        saved.plan.archive = plan()->archive;
+        saved.plan.release = plan()->release;
+        saved.plan.targetAddress = plan()->targetAddress;
+        saved.plan.nodeSerialNumbers = plan()->nodeSerialNumbers;
     }
     if (saved.plan.archive) {
         const std::string resolved = resolvedPath(options_.archiveFolder);
@@ -150,11 +183,23 @@ KvTSavedPlan KvCReflasher::planAsItStands() const {
     return saved;
 }
 
+/// The plan without the content of files.
+KvTSavedPlan KvCReflasher::planAsItStands() const {
+    KvTSavedPlan saved = planBasis();
+    if (plan() != nullptr) {
+        saved.plan = *plan();
+    }
+    return saved;
+}
+
 /// Adds the content of each file to be used, unless a manifest stands for all of them, and watches the files of
 /// elements that `isWatched` holds for. A file that cannot be read has no digest.
 void KvCReflasher::noteContents(KvTSavedPlan& saved, const std::function<bool(const KvTPlannedElement&)>& isWatched) {
+    if (plan() == nullptr) {
+        return;
+    }
     std::set<std::uint32_t> noted;
-    for (const KvTPlannedElement& element : saved.plan.elements) {
+    for (const KvTPlannedElement& element : plan()->elements) {
         if (!element.decision.update) {
             continue;
         }
@@ -307,7 +352,11 @@ KvTResumption KvCReflasher::resume(const KvTRunRecord& run, bool redo) {
         for (std::string& difference : originDifferencesBetween(run.plan, now)) {
             resumption.differences.push_back(std::move(difference));
         }
-        resumption.elements = resumedElements(run);
+        if (const std::optional<KvTRunRecord> knowing = knowingRun(run, journal.folder)) {
+            resumption.elements = resumedElements(*knowing);
+        } else {
+            resumption.differences.push_back("the run " + run.run.id + " was to go on with one that cannot be read");
+        }
         for (const KvTResumedElement& element : resumption.elements) {
             leaveOutDone(element, redo);
         }
@@ -322,19 +371,19 @@ KvTResumption KvCReflasher::resume(const KvTRunRecord& run, bool redo) {
 }
 
 std::vector<KvTResumedElement> KvCReflasher::resumedElements(const KvTRunRecord& run) const {
-    std::map<std::string, std::uint32_t> indices;
+    std::map<std::string, KvEElementProgress> known;
     for (const KvTPlannedElement& element : run.plan.plan.elements) {
-        if (element.decision.update) {
-            indices.emplace(placeOf(element), element.index);
+        if (const std::optional<KvEElementProgress> progress = progressIn(run, element)) {
+            known.emplace(placeOf(element), *progress);
         }
     }
     std::vector<KvTResumedElement> elements;
     for (const KvTPlannedElement& element : plan()->elements) {
-        const auto found = indices.find(placeOf(element));
-        if (found == indices.end()) {
+        const auto found = known.find(placeOf(element));
+        if (found == known.end()) {
             continue;
         }
-        const KvEElementProgress progress = run.progress.at(found->second);
+        const KvEElementProgress progress = found->second;
         const bool isOutOfDate = element.decision.update && !element.decision.has(KvEReason::forced);
         elements.push_back({.index = element.index,
                             .progress = progress,

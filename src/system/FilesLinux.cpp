@@ -23,15 +23,28 @@ bool isRegular(int file) {
     return fstat(file, &status) == 0 && S_ISREG(status.st_mode);
 }
 
-/// The descriptor of a regular file, open for reading; -1 when there is none. `creation` is 0 or O_CREAT.
-int openRegularFile(const std::string& path, int creation) {
+/// A file that is open for reading, and its size before it was opened. `descriptor` is -1 if there is none.
+struct OpenFile {
+    int descriptor = -1;
+    std::size_t size = 0;
+};
+
+/// Opens what is a regular file when it is looked at. `creation` is 0 or O_CREAT.
+OpenFile openUnlessOtherKind(const std::string& path, int creation) {
     constexpr mode_t newFileMode = 0666;
     struct stat status {};
-    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
-        return -1; // Opening may wait for another process, and does something to some devices.
+    const bool isThere = stat(path.c_str(), &status) == 0;
+    if (isThere && !S_ISREG(status.st_mode)) {
+        return {}; // Opening may wait for another process, and does something to some devices.
     }
     // O_NONBLOCK is for what has taken the file's place meanwhile.
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | creation, newFileMode);
+    return {open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | creation, newFileMode),
+            isThere ? static_cast<std::size_t>(status.st_size) : 0};
+}
+
+/// The descriptor of a regular file, open for reading; -1 when there is none. `creation` is 0 or O_CREAT.
+int openRegularFile(const std::string& path, int creation) {
+    const int file = openUnlessOtherKind(path, creation).descriptor;
     if (file >= 0 && !isRegular(file)) {
         close(file);
         return -1;
@@ -54,17 +67,20 @@ FileStream openForReading(const std::wstring& path) {
 }
 
 std::optional<std::size_t> readBeginning(const std::wstring& path, std::span<std::uint8_t> beginning) {
-    const int file = openRegularFile(nativePath(path), 0);
-    if (file < 0) {
+    const OpenFile file = openUnlessOtherKind(nativePath(path), 0);
+    if (file.descriptor < 0) {
         return std::nullopt;
     }
+    // Pipes, sockets and terminals that have taken the file's place cannot be read at a position. Looking at the file
+    // once more, or reading at its end, would cost another call for each file of an archive.
+    const std::size_t wanted = file.size > 0 ? std::min(beginning.size(), file.size) : beginning.size();
     std::size_t size = 0;
     ssize_t part = 0;
     do {
-        part = read(file, beginning.data() + size, beginning.size() - size);
+        part = pread(file.descriptor, beginning.data() + size, wanted - size, static_cast<off_t>(size));
         size += part > 0 ? static_cast<std::size_t>(part) : 0;
-    } while ((part > 0 && size < beginning.size()) || (part < 0 && errno == EINTR));
-    close(file);
+    } while ((part > 0 && size < wanted) || (part < 0 && errno == EINTR));
+    close(file.descriptor);
     return part < 0 ? std::nullopt : std::optional(size);
 }
 

@@ -19,6 +19,17 @@ TEST_F(CheckValues, AnEmptyArrayMatchesNothing) {
               codes(ArchiveBuilder().entry(entryWithBoards(goodBoard().set("boardId", "[]").text())).text()));
 }
 
+TEST_F(CheckValues, AGapOfADraftIsStillToBeFilledIn) {
+    const KvTFinding finding = onlyFinding(with("boardVariant", R"("<variant>")"));
+    EXPECT_EQ("gap", finding.code);
+    EXPECT_EQ("$.files[0].boardVariant", finding.path);
+    EXPECT_EQ(R"("<variant>" is still to be filled in.)", finding.message);
+    for (const char* text : {R"("<>")", R"("<a")", R"("a>")", R"("a <b> c")"}) {
+        EXPECT_EQ("", codes(with("boardVariant", text))) << text;
+    }
+    EXPECT_EQ("", codes(ArchiveBuilder().root("comment", R"("<none yet>")").entry(goodEntry()).text()));
+}
+
 TEST_F(CheckValues, WhatIsRequiredIsNotToBeLeftOut) {
     const auto hint = [this](const std::string& text) { return onlyFinding(text).hint; };
     EXPECT_EQ("Give it an element.", hint(ArchiveBuilder().text()));

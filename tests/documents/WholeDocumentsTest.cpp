@@ -98,6 +98,12 @@ std::string updateWithoutPlan() {
                           sampleFacts("update", 1));
 }
 
+std::string updateThatBrokeOff() {
+    KvTReportFacts facts = sampleFacts("update", 1);
+    facts.end.clear();
+    return reportDocument({.verdict = {.failure = KvEFailure::errors, .message = "the run broke off"}}, facts);
+}
+
 std::string verify() {
     return verified("verify", untouched(KvEStage::ended),
                     {.failure = KvEFailure::verification, .message = "1 different"}, 6);
@@ -180,6 +186,7 @@ const std::vector<DocumentRow>& documentRows() {
         {"plan.no-target.json", planWithoutTarget},
         {"update.json", update},
         {"update.no-plan.json", updateWithoutPlan},
+        {"update.broken-off.json", updateThatBrokeOff},
         {"verify.json", verify},
         {"reboot.json", reboot},
         {"events.jsonl", events}};

@@ -27,8 +27,12 @@ protected:
         options.resumes = resumes;
         const std::string id = newRunId(system_clock::now() - age);
         KvCLineChain chain;
-        std::string text = chain.next(beginRecord("2026-11-22T10:15:00.000Z", options, sampleSavedPlan()));
-        folder_.write(id + ".jsonl", end.empty() ? text : text + chain.next(end));
+        std::string text;
+        chain.addTo(text, beginRecord("2026-11-22T10:15:00.000Z", options, sampleSavedPlan()));
+        if (!end.empty()) {
+            chain.addTo(text, end);
+        }
+        folder_.write(id + ".jsonl", text);
         return id;
     }
     [[nodiscard]] bool has(const std::string& id) const { return folder_.has(id + ".jsonl"); }

@@ -11,7 +11,7 @@ std::string chained(const std::vector<std::string>& records) {
     KvCLineChain chain;
     std::string text;
     for (const std::string& record : records) {
-        text += chain.next(record);
+        chain.addTo(text, record);
     }
     return text;
 }

@@ -123,7 +123,7 @@ std::vector<std::string> recordsOfAllKinds() {
     const std::string failed = elementEndEvent(time, file, false, KvEResult::failed, "no space");
     const KvTVerification verification = sampleVerification();
     return {ofAnn(beginRecord(time, journalOptions(), plan)),
-            planRecord(time, plan),
+            planRecord(time, plan.plan),
             lockedEvent(time),
             intentRecord(time, 0, plan.plan),
             phaseEvent(time, 0),
@@ -143,7 +143,7 @@ std::string journal() {
     KvCLineChain chain;
     std::string text;
     for (const std::string& record : recordsOfAllKinds()) {
-        text.append(chain.next(record));
+        chain.addTo(text, record);
     }
     return text;
 }

@@ -38,7 +38,7 @@ protected:
     std::vector<std::string> records() {
         const auto& elements = plan_.plan.elements;
         return {beginRecord(time0, options_, plan_),
-                planRecord(time0, plan_),
+                planRecord(time0, plan_.plan),
                 lockedEvent(time0),
                 intentRecord(time0, 0, plan_.plan),
                 phaseEvent(time0, 0),
@@ -59,10 +59,10 @@ protected:
         KvCLineChain chain;
         std::string text;
         for (const std::string& record : records()) {
-            text += count-- > 0 ? chain.next(record) : std::string();
-            if (count == 0) {
+            if (count-- == 0) {
                 break;
             }
+            chain.addTo(text, record);
         }
         return readText(text);
     }
@@ -132,7 +132,7 @@ TEST_F(RunReadingTest, AFileThatIsCutAnywhereIsReadAndNeverSaysMoreThanItHas) {
     KvCLineChain chain;
     std::string text;
     for (const std::string& record : records()) {
-        text += chain.next(record);
+        chain.addTo(text, record);
     }
     const std::size_t endOfFirst = text.find(R"("event":"elementEnd")");
     for (std::size_t size = text.find('\n') + 1; size <= text.size(); ++size) {
@@ -160,7 +160,7 @@ TEST_F(RunReadingTest, WhatFollowsABrokenLinkDoesNotCount) {
     KvCLineChain chain;
     std::string text;
     for (const std::string& record : records()) {
-        text += chain.next(record);
+        chain.addTo(text, record);
     }
     text.replace(text.find("it broke"), 8, "it is ok");
     const KvTRunRecord run = readText(text);
@@ -171,9 +171,10 @@ TEST_F(RunReadingTest, WhatFollowsABrokenLinkDoesNotCount) {
 
 TEST_F(RunReadingTest, ALastLineThatIsNotARecordIsAFault) {
     KvCLineChain chain;
-    std::string text = chain.next(records()[0]);
-    text += chain.next(records()[1]);
-    text += chain.next("{\"event\":\n");
+    std::string text;
+    chain.addTo(text, records()[0]);
+    chain.addTo(text, records()[1]);
+    chain.addTo(text, "{\"event\":\n");
     EXPECT_EQ(readText(text).run.fault, "line 3 is not a record");
     EXPECT_EQ(listRuns(options_.folder).runs.front().fault, "line 3 is not a record");
 }
@@ -193,7 +194,9 @@ TEST_F(RunReadingTest, ARunThatIsHeldGoesOn) {
 TEST_F(RunReadingTest, ARunThatAnotherHasGoneOnWithIsNotOpen) {
     const std::string earlier = "20261121T101500123Z-0a1b2c3d";
     KvCLineChain chain;
-    folder_.write(earlier + ".jsonl", chain.next(records().front()));
+    std::string text;
+    chain.addTo(text, records().front());
+    folder_.write(earlier + ".jsonl", text);
     options_.resumes = earlier;
     (void)readAfter(16);
     const KvTRunList list = listRuns(folder_.path().wstring());
@@ -204,15 +207,16 @@ TEST_F(RunReadingTest, ARunThatAnotherHasGoneOnWithIsNotOpen) {
 
 TEST_F(RunReadingTest, AVerificationIsRead) {
     KvCLineChain chain;
-    std::string text = chain.next(beginRecord(time0, options_, plan_));
-    text += chain.next(planRecord(time0, plan_));
+    std::string text;
+    chain.addTo(text, beginRecord(time0, options_, plan_));
+    chain.addTo(text, planRecord(time0, plan_.plan));
     KvTVerification verification;
     verification.look.succeeded = true;
     verification.elements.resize(1);
     verification.elements[0].index = 2;
     verification.elements[0].result = KvEVerified::asExpected;
     verification.elements[0].found.emplace().checksumCrc32 = 77;
-    text += chain.next(withVerifiedElements(verifyEvent(time0, verification, {}), verification));
+    chain.addTo(text, withVerifiedElements(verifyEvent(time0, verification, {}), verification));
     const KvTRunRecord run = readText(text);
     ASSERT_TRUE(run.verification);
     ASSERT_EQ(run.verification->elements.size(), 1U);

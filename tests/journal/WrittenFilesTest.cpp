@@ -37,13 +37,14 @@ protected:
     /// A run that has begun to write the file; `end`: it has ended that, and holds then what `digest` says.
     void addRun(bool end, bool succeeded, const std::string& digest) {
         KvCLineChain chain;
-        std::string text = chain.next(beginRecord(moment, options_, plan_));
-        text += chain.next(planRecord(moment, plan_));
-        text += chain.next(intentRecord(moment, 0, plan_.plan));
+        std::string text;
+        chain.addTo(text, beginRecord(moment, options_, plan_));
+        chain.addTo(text, planRecord(moment, plan_.plan));
+        chain.addTo(text, intentRecord(moment, 0, plan_.plan));
         if (end) {
             const std::string event =
                 elementEndEvent(moment, plan_.plan.elements.front(), succeeded, KvEResult::updated, "");
-            text += chain.next(withWrittenFile(event, "cfg/network.ini", digest));
+            chain.addTo(text, withWrittenFile(event, "cfg/network.ini", digest));
         }
         number_ += std::chrono::seconds(1);
         folder_.write(newRunId(std::chrono::system_clock::now() + number_) + ".jsonl", text + more_);

@@ -1,6 +1,7 @@
 #include "ArchiveFolder.h"
 #include "KvCErrorManager.h"
 #include "KvIArchive.h"
+#include "KvReleases.h"
 #include "UpdateFiles.h"
 
 #include <gmock/gmock.h>
@@ -9,6 +10,7 @@
 #include <memory>
 
 using namespace KvNReflasher;
+using testing::Contains;
 using testing::EndsWith;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -42,6 +44,27 @@ protected:
 
     ArchiveFolder files;
 };
+
+TEST_F(LibraryArchive, ASealedArchiveIsWhatItsManifestSays) {
+    files.add(entry("a.bin").board("QB4120", 1));
+    files.folder().write("a.bin", firmwareImage(KvCVersion("2.0"), 2));
+    files.write();
+    files.folder().write("manifest.json", sealArchive({files.wideText(), L"archive.json", 0}).manifest);
+    const std::unique_ptr<const KvIArchive> archive(
+        KvIArchive::createInstance(files.wideText(), L"archive.json", KvTReleaseOptions()));
+    const KvTArchiveContent accepted = archive->content();
+    EXPECT_TRUE(accepted.verdict.isSuccess());
+    ASSERT_TRUE(accepted.release);
+    EXPECT_EQ(accepted.release->seal, KvESeal::sealed);
+    EXPECT_THAT(archive->findings(), IsEmpty());
+
+    files.folder().write("more.bin", "");
+    const KvTArchiveContent refused = archive->content();
+    EXPECT_EQ(refused.verdict.failure, KvEFailure::archive);
+    EXPECT_THAT(refused.verdict.message, EndsWith("'more.bin' is additional"));
+    EXPECT_FALSE(refused.release);
+    EXPECT_THAT(places(archive->findings()), Contains("error not-accepted 1:1 $"));
+}
 
 TEST_F(LibraryArchive, TheContentIsIdentityAndEntries) {
     files.info("archiveVariant", "Variant");

@@ -63,10 +63,10 @@ json copyWithChange(jsonView value, int& countdown, const std::string& here, std
 }
 
 json recordOf(const KvTSavedPlan& plan) {
-    json record = json::makeObject();
+    KvCJsonText record = KvCJsonText::makeObject();
     setPlanBasis(record, plan);
-    setPlanElements(record, plan);
-    return record;
+    setPlanElements(record, plan.plan);
+    return json::parse(record.text());
 }
 
 KvTSavedPlan planOf(jsonView record) {

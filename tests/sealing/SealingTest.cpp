@@ -10,6 +10,7 @@ using namespace KvNReflasher;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 constexpr const char* description =
     R"({"info": {"formatVersion": "1.0", "archiveVersion": "1.2", "productName": "P", "archiveName": "N"}, "files": []})";
@@ -111,6 +112,17 @@ TEST_F(SealingTest, ASignatureThatDoesNotHoldIsNotPacked) {
     static_cast<void>(pack(faults));
     EXPECT_THAT(faults, ElementsAre("the signature does not hold: signature 1: it is not a block of an SSH signature "
                                     "and nothing else"));
+}
+
+TEST_F(SealingTest, WhatIsNotAManifestOrNotASignatureIsNotPacked) {
+    std::vector<std::string> faults;
+    write("manifest.json", "[]");
+    static_cast<void>(pack(faults));
+    EXPECT_THAT(faults, ElementsAre(StartsWith("the manifest is not valid: ")));
+    write("manifest.json", seal().manifest);
+    std::filesystem::create_directory(folder().path() / "manifest.json.sig");
+    static_cast<void>(pack(faults));
+    EXPECT_THAT(faults, ElementsAre(StartsWith("the signature cannot be read: ")));
 }
 
 TEST_F(SealingTest, APackageHasWholeBlocks) {

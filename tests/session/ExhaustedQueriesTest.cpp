@@ -117,6 +117,34 @@ TEST_F(ExhaustedQueriesTest, FindingsAreCompleteOrAnErrorOfTheOutcome) {
     EXPECT_LT(20U, failures);
 }
 
+TEST_F(ExhaustedQueriesTest, FilesAreWatchedOrThatIsAnErrorOfTheOutcome) {
+    arrange();
+    bool hasFailed = false;
+    sweep(
+        2, [&] { observed().watchFiles(); },
+        [&](bool struck) {
+            hasFailed = hasFailed || struck;
+            EXPECT_EQ(hasFailed ? KvEFailure::errors : KvEFailure::none, outcome().verdict.failure);
+        });
+    EXPECT_TRUE(hasFailed);
+}
+
+TEST_F(ExhaustedQueriesTest, AnArchiveIsNotReadIfNobodyKnowsWhoIsTrusted) {
+    serve();
+    KvTReleaseOptions release;
+    release.trustFolder = L"a folder with a name that is not short";
+    observedFor(performUpdate);
+    stopRecording();
+    {
+        const FailingMemory failing(1);
+        observed().setRelease(release);
+        EXPECT_TRUE(FailingMemory::hasStruck());
+    }
+    EXPECT_NE(0U, session().prepare());
+    EXPECT_EQ(nullptr, observed().plan());
+    EXPECT_EQ(KvEFailure::errors, outcome().verdict.failure);
+}
+
 TEST_F(ExhaustedQueriesTest, AnExplanationIsEmptyOrComplete) {
     arrange();
     KvTExplanation explanation;

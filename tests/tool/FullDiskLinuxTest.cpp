@@ -5,6 +5,7 @@
 #include "ReplacedFile.h"
 #include "Report.h"
 #include "ScratchFolder.h"
+#include "SmallFilesLinux.h"
 #include "TargetBuilder.h"
 #include "ToolRun.h"
 #include "UpdateFiles.h"
@@ -13,8 +14,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <csignal>
-#include <sys/resource.h>
 
 namespace {
 
@@ -35,28 +34,6 @@ ToolRun runOnFullDisk(const std::vector<std::string>& arguments) {
     KvEmulation::reset();
     return run;
 }
-
-/// While it lives, no file of this process can grow beyond a few bytes.
-class SmallDisk {
-public:
-    SmallDisk() : formerHandler_(std::signal(SIGXFSZ, SIG_IGN)) {
-        constexpr rlim_t bytes = 100;
-        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &former_), 0);
-        const rlimit small{bytes, former_.rlim_max};
-        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
-    ~SmallDisk() {
-        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &former_), 0);
-        (void)std::signal(SIGXFSZ, formerHandler_);
-    }
-
-private:
-    using Handler = void (*)(int);
-    Handler formerHandler_;
-    rlimit former_{};
-};
 
 class FullDisk : public testing::Test {
 protected:
@@ -134,7 +111,7 @@ TEST(ReportOnAFullDisk, AnEarlierReportIsStillThere) {
         ReplacedFile file;
         int error = 0;
         {
-            const SmallDisk disk;
+            const SmallFiles disk(100);
             error = file.open(path);
             EXPECT_EQ(error, 0) << "it may get along with less than what is reserved";
             error = file.commit(reportFor(ReportData(), path));

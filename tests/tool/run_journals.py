@@ -16,6 +16,8 @@ class RunTest(ScratchTest):
         self.archive, self.rack = self.lay_out_examples()
         self.journal = self.scratch / "journal"
         self.plan = self.scratch / "plan.json"
+        self.report = self.scratch / "report.json"
+        self.every_view = ("--preflight", "--verify", "--json", "--report", self.report)
 
     def on_target(self, command, *more):
         return run(command, "-a", self.archive, "-t", TARGET, "--emulate", self.rack, *more)
@@ -46,6 +48,18 @@ class RunTest(ScratchTest):
         """The files of the runs, from the oldest to the newest."""
         return sorted(self.journal.glob("*.jsonl"))
 
+    def break_off(self, event, occurrence=1):
+        """Updates, and cuts the journal behind this record, as a computer does that loses its power. The target is what
+        it was after the update."""
+        self.assertEqual(self.update().code, 0)
+        self.cut_journal(event, occurrence)
+
+    def cut_journal(self, event, occurrence=1):
+        """Cuts the last file of the journal behind this record."""
+        lines = self.files()[-1].read_bytes().splitlines(keepends=True)
+        places = [place for place, line in enumerate(lines) if b'"event":"%s"' % event.encode() in line]
+        self.files()[-1].write_bytes(b"".join(lines[:places[occurrence - 1] + 1]))
+
     def reset(self):
         shutil.rmtree(self.rack / "state", ignore_errors=True)
 
@@ -56,6 +70,17 @@ class RunTest(ScratchTest):
         files = {path: path.read_bytes() for path in sorted((self.rack / "state").rglob("*"))
                  if path.is_file() and "cfdrive" in path.parts}
         return shown.output, files
+
+    def assert_agree(self, done, code, failure):
+        """The exit code, the last line, the document and the report of an update with every view say the same. Returns
+        the document."""
+        self.assertEqual(done.code, code, done.errors.decode())
+        document = json.loads(done.output)
+        self.assertEqual((document["exitCode"], document["failure"]), (code, failure))
+        self.assertEqual(json.loads(self.report.read_text(encoding="utf-8")), document)
+        if failure:
+            self.assertEqual(self.last_error(done), f"kvreflash: {document['message']}")
+        return document
 
     def last_error(self, done):
         return done.errors.decode().splitlines()[-1]

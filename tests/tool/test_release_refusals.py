@@ -296,6 +296,18 @@ class ManifestTest(RefusalTest):
             text.replace('"', "'"), "\ufeff\ufeff" + text, text.encode("utf-16"), text.encode("utf-16-le"))]
         self.assert_texts_refused(rows, "the manifest is not valid: it is not valid JSON: ")
 
+    def test_a_sealed_description_that_is_not_one_is_refused(self):
+        content = b'{"files": []}'
+        (self.archive / "archive.json").write_bytes(content)
+        self.put(self.with_first(size=len(content), sha256=hashlib.sha256(content).hexdigest()))
+        for archive in (self.archive, self.pack()):
+            with self.subTest(archive=archive.name):
+                done = self.update("--preflight", "--verify", archive=archive)
+                self.assertEqual((done.code, done.errors.decode().splitlines()[-1]), (
+                    3, 'kvreflash: The archive description file is corrupt. Property "info" is missing or invalid.'))
+                self.assertFalse((self.rack / "state").exists())
+                self.assertEqual(self.private_copies(), [])
+
     def test_documents_of_other_kinds_and_versions_are_refused(self):
         other_version = "its format has another version than 1"
         other_format = "its format is not 'kvreflash.manifest'"

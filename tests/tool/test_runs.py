@@ -4,6 +4,7 @@
 import json
 import os
 import random
+import re
 import shutil
 import subprocess
 import time
@@ -171,14 +172,6 @@ class ResumeTest(RunTest):
                                 env=dict(os.environ, KV_TIME_SCALE=TIME_SCALE), stdin=subprocess.DEVNULL,
                                 stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
-    def break_off(self, event, occurrence=1):
-        """Updates, and cuts the journal behind this record, as a computer does that loses its power. The target is what
-        it was after the update."""
-        self.assertEqual(self.update().code, 0)
-        lines = self.files()[-1].read_bytes().splitlines(keepends=True)
-        places = [place for place, line in enumerate(lines) if b'"event":"%s"' % event.encode() in line]
-        self.files()[-1].write_bytes(b"".join(lines[:places[occurrence - 1] + 1]))
-
     def test_nothing_left_to_do_is_a_success(self):
         self.break_off("unlocked")
         done = self.resume()
@@ -221,10 +214,11 @@ class ResumeTest(RunTest):
         self.edit_target(forget)
         done = self.resume("--json", "--verify")
         self.assertEqual(done.code, 1, done.errors.decode())
-        self.assertIn("1 element in doubt: give --redo", self.last_error(done))
+        said = re.search("1 element in doubt: 'resume ([^ ]+) --redo' updates ", self.last_error(done))
+        self.assertTrue(said, self.last_error(done))
         doubtful = [element for element in json.loads(done.output)["elements"] if "in-doubt" in element["reasons"]]
         self.assertEqual(len(doubtful), 1)
-        done = self.resume("--json", "--redo", self.runs()[0]["id"])
+        done = self.resume("--json", "--redo", said[1])
         self.assertEqual(done.code, 0, done.errors.decode())
         self.assertEqual(json.loads(done.output)["elements"][doubtful[0]["index"]]["outcome"], "updated")
 

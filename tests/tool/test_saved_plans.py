@@ -118,6 +118,15 @@ class SavedPlanTest(RunTest):
             (self.rack / "target.json").write_bytes(saved)
         self.assertEqual(self.run_plan().code, 0)
 
+    def test_every_view_says_that_it_does_not_hold_any_more(self):
+        self.save()
+        self.edit_target(lambda target: first_element(target)["parameters"].update(VERSION="23.2a11"))
+        document = self.assert_agree(self.run_plan(*self.every_view), 9, "stale")
+        self.assertEqual((document["retryable"], document["stage"], document["look"]), (False, "prepared", None))
+        self.assertEqual({element["outcome"] for element in document["elements"]}, {"not-started", "not-planned"})
+        self.assertFalse((self.rack / "state").exists())
+        self.assertEqual(self.files(), [])
+
     def test_another_rack_is_another_target(self):
         self.save()
 

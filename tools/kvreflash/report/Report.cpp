@@ -1,5 +1,6 @@
 #include "Report.h"
 
+#include "ExitCodes.h"
 #include "ReasonTexts.h"
 
 #include <algorithm>
@@ -85,7 +86,7 @@ ReportData reportOf(const KvTRunRecord& run) {
     report.facts.toolVersion = run.run.toolVersion;
     report.facts.begin = run.run.begin;
     report.facts.end = run.run.end;
-    report.facts.exitCode = run.run.exitCode;
+    report.facts.exitCode = run.run.end.empty() ? exitCodeOf(run.run.verdict.failure) : run.run.exitCode;
     report.verdict = run.run.verdict;
     report.outcome = run.outcome;
     report.verification = run.verification ? &*run.verification : nullptr;

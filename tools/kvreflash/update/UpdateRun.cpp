@@ -172,12 +172,14 @@ void UpdateRun::updateAndReboot() {
     }
 }
 
-/// A run is not done with elements of which nobody knows what they hold.
+/// A run is not done with elements of which nobody knows what they hold. This one, or without a journal the one that it
+/// has gone on with, knows which they are.
 void UpdateRun::judgeDoubt() {
     if (doubtfulCount_ != 0) {
-        result_.verdict.add({KvEFailure::elements, counted(doubtfulCount_, "element") +
-                                                       " in doubt: give --redo to update what was in progress and "
-                                                       "reports neither version nor checksum"});
+        const std::string run = session_->runId().empty() ? task_.resumed->run.id : session_->runId();
+        result_.verdict.add({KvEFailure::elements, counted(doubtfulCount_, "element") + " in doubt: 'resume " + run +
+                                                       " --redo' updates what was in progress and reports neither "
+                                                       "version nor checksum"});
     }
 }
 
