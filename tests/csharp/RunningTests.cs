@@ -39,6 +39,20 @@ namespace KvReflash.Tests {
             }
         }
 
+        public static void AProgressReceivesTheEventsOfItsRunOnly() {
+            using (var rack = new Rack())
+            using (Session session = rack.Prepared()) {
+                int received = 0;
+                session.RunAsync(new Receiver(happened => ++received)).Wait();
+                int ofRun = received;
+                int later = 0;
+                session.EventReceived += (sender, happened) => ++later;
+                session.Reboot();
+                Expect.True(ofRun > 0 && later > 0, "there are events of both");
+                Expect.Equal(ofRun, received);
+            }
+        }
+
         public static void AnAsynchronousUpdateThatFailsThrowsItsFailure() {
             using (var rack = new Rack("{\"call\": \"update2\"}"))
             using (Session session = rack.Prepared()) {

@@ -174,6 +174,9 @@ class Scripted(unittest.TestCase):
                      "runtimes/linux-x64/native/libKvPlatform.so.1"):
             shutil.copy(self.folder / "package" / part, program)
         compile_program(program / "Update.exe", [PROJECT / "examples/csharp/Update.cs"], program / "KvReflash.dll")
+        # Before anything else has loaded what the library needs.
+        result = self.run_example(self.folder / "nothing", "127.0.0.1", program=program / "Update.exe")
+        self.assertEqual((result.returncode, result.stderr), (3, ""))
         result = self.run_example(PLACE.archive, "127.0.0.1", self.rack, program=program / "Update.exe")
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertIn("Verified: yes\n", result.stdout)

@@ -11,6 +11,16 @@ namespace KvReflash {
             if (!Monitor.TryEnter(gate)) {
                 throw new InvalidOperationException("another thread uses this object");
             }
+            return Entered(operation);
+        }
+
+        /// <summary>Does something with the handle, as soon as no other thread does.</summary>
+        internal T After<T>(Func<T> operation) {
+            Monitor.Enter(gate);
+            return Entered(operation);
+        }
+
+        private T Entered<T>(Func<T> operation) {
             try {
                 return operation();
             } finally {

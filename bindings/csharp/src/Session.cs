@@ -66,7 +66,7 @@ namespace KvReflash {
         /// as messages. Once, after <see cref="Prepare"/>. Throws KvReflashException if the update failed or was ended
         /// on request, or errors were reported; <see cref="Outcome"/> has the result of each element then, too.
         /// </summary>
-        public Outcome Run() => RunWith(null);
+        public Outcome Run() => use.During(() => RunWith(null));
 
         /// <summary>Does as <see cref="Run"/>, on a thread of its own. `progress` may be null and receives the events
         /// of the run. Cancellation asks the update to end and lets it finish what has begun; the task ends when the
@@ -121,8 +121,9 @@ namespace KvReflash {
         /// KvReflashException for a plan to be saved of which a file cannot be read.</summary>
         public string GetDocument(DocumentKind kind) => use.During(() => queries.Document(kind));
 
-        /// <summary>Ends the session and releases all that it holds of the target; an operation that is under way ends
-        /// first.</summary>
+        /// <summary>Ends the session and releases all that it holds of the target. An operation that is under way comes
+        /// to its end before, and then throws ObjectDisposedException: what became of it is not known any more.
+        /// </summary>
         public void Dispose() => handle.Dispose();
 
         private void Do(Func<int> operation) => use.During(() => {
@@ -132,7 +133,7 @@ namespace KvReflash {
             return true;
         });
 
-        private Outcome RunWith(IProgress<UpdateEvent> receiver) => use.During(() => {
+        private Outcome RunWith(IProgress<UpdateEvent> receiver) {
             progress = receiver;
             try {
                 int result = Call(() => Native.kvr_session_run(handle));
@@ -141,14 +142,14 @@ namespace KvReflash {
             } finally {
                 progress = null;
             }
-        });
+        }
 
         private void RunInto(TaskCompletionSource<Outcome> completion, IProgress<UpdateEvent> receiver,
                              CancellationToken token) {
             Outcome outcome;
             try {
                 using (token.Register(Stop)) {
-                    outcome = RunWith(receiver);
+                    outcome = use.After(() => RunWith(receiver)); // a query of the caller may be under way
                 }
             } catch (KvReflashException fault) when (fault.Failure == Failure.Stopped) {
                 completion.SetCanceled();
