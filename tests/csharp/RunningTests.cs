@@ -40,14 +40,14 @@ namespace KvReflash.Tests {
         }
 
         public static void AProgressReceivesTheEventsOfItsRunOnly() {
-            using (var rack = new Rack())
+            using (var rack = new Rack("{\"call\": \"KvHIM_FORCE_resetDevice\"}"))
             using (Session session = rack.Prepared()) {
                 int received = 0;
                 session.RunAsync(new Receiver(happened => ++received)).Wait();
                 int ofRun = received;
                 int later = 0;
                 session.EventReceived += (sender, happened) => ++later;
-                session.Reboot();
+                Expect.Fails(Failure.Reboot, session.Reboot);
                 Expect.True(ofRun > 0 && later > 0, "there are events of both");
                 Expect.Equal(ofRun, received);
             }
