@@ -27,6 +27,7 @@ if(KV_PLATFORM STREQUAL "emulated")
   kv_install_package(KvPlatform "Emulated device access service")
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/platform/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KvPlatform)
   install(FILES ${PROJECT_SOURCE_DIR}/platform/emulation/control/KvEmulation.h
+    ${PROJECT_SOURCE_DIR}/platform/emulation/control/kvreflash_emulation.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/KvPlatform)
 endif()
 
@@ -34,7 +35,8 @@ install(TARGETS kvreflash)
 install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${KV_NOTICES} DESTINATION ${document_folder})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${document_folder}/docs PATTERN api EXCLUDE)
 install(SCRIPT cmake/PackagedLinks.cmake)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/client ${PROJECT_SOURCE_DIR}/examples/rack
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/examples/c ${PROJECT_SOURCE_DIR}/examples/client
+  ${PROJECT_SOURCE_DIR}/examples/csharp ${PROJECT_SOURCE_DIR}/examples/python ${PROJECT_SOURCE_DIR}/examples/rack
   ${PROJECT_BINARY_DIR}/examples/archive DESTINATION ${document_folder}/examples PATTERN state EXCLUDE)
 install(FILES ${PROJECT_SOURCE_DIR}/examples/make_archive.py DESTINATION ${document_folder}/examples)
 # Not into the archive itself, whose description does not name them.
