@@ -48,6 +48,12 @@ else()
   install(FILES ${PROJECT_SOURCE_DIR}/notices/copyright DESTINATION ${document_folder})
 endif()
 
+# The package for Python finds the libraries where the system has them.
+if(NOT WIN32)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/bindings/python/src/kvreflash DESTINATION lib/python3/dist-packages
+    COMPONENT python PATTERN __pycache__ EXCLUDE PATTERN lib EXCLUDE)
+endif()
+
 set(CPACK_PACKAGE_NAME kvreflash)
 set(CPACK_PACKAGE_VENDOR Korvel)
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY ${PROJECT_DESCRIPTION})
@@ -68,5 +74,16 @@ else()
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
   set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+  # Two packages: python3-kvreflash beside everything else.
+  set(CPACK_DEB_COMPONENT_INSTALL ON)
+  set(CPACK_DEBIAN_UNSPECIFIED_PACKAGE_NAME kvreflash)
+  set(CPACK_COMPONENT_PYTHON_DESCRIPTION "Firmware update of networked real-time targets, for Python
+The package kvreflash for Python calls the library of the Debian package
+kvreflash: update sessions, archives, saved plans and the journal of runs.")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-kvreflash)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9), kvreflash (= ${PROJECT_VERSION})")
 endif()
 include(CPack)

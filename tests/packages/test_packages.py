@@ -38,7 +38,7 @@ class Package:
         cls.folder = Path(tempfile.mkdtemp(prefix="kvpackage-"))
         cls.addClassCleanup(shutil.rmtree, cls.folder)
         output_of(OPTIONS.cpack, "--config", OPTIONS.config, "-G", cls.generator, "-B", str(cls.folder / "made"))
-        cls.package, = (path for path in (cls.folder / "made").iterdir() if path.is_file())
+        cls.package, = (path for path in (cls.folder / "made").glob("kvreflash*") if path.is_file())
         cls.root = cls.unpack(cls.package, cls.folder / "unpacked")
         cls.documents = cls.root / "share/doc/kvreflash"
 
@@ -97,7 +97,8 @@ class Package:
     def test_it_can_be_linked(self):
         names = {path.relative_to(self.root).as_posix() for path in self.root.rglob("*")}
         self.assertLessEqual({"include/KvReflashLib/KvIReflasher.h", "include/KvReflashLib/KvTOptions.h",
-                              "include/KvReflashLib/KvTQueryRecords.h", "include/KvPlatform/KvEmulation.h"}, names)
+                              "include/KvReflashLib/KvTQueryRecords.h", "include/KvReflashLib/kvreflash.h",
+                              "include/KvPlatform/KvEmulation.h", "include/KvPlatform/kvreflash_emulation.h"}, names)
         for library in ("KvReflashLib", "KvPlatform"):
             self.assertTrue(any(name.endswith(f"/{library}/{library}Config.cmake") for name in names), library)
             linked = f"/lib{library}.dll.a" if WINDOWS else f"/lib{library}.so"
@@ -153,6 +154,24 @@ class DebianPackageTest(Package, unittest.TestCase):
         self.assertTrue((root / "usr/bin/kvreflash").is_file())
         output_of(*command, "--purge", "kvreflash")
         self.assertFalse((root / "usr/bin/kvreflash").exists())
+
+    def test_the_package_for_python_finds_its_library(self):
+        package, = (self.folder / "made").glob("python3-kvreflash_*_all.deb")
+        depends = output_of("dpkg-deb", "--field", str(package), "Depends")
+        self.assertIn(f"kvreflash (= {OPTIONS.version})", depends)
+        unpacked = self.folder / "python"
+        output_of("dpkg-deb", "--extract", str(package), str(unpacked))
+        rack = self.folder / "rack-of-python"
+        shutil.copytree(self.documents / "examples/rack", rack)
+        libraries, = {path.parent for path in self.root.rglob("libKvReflashLib.so.1")}
+        program = ("import sys, kvreflash; kvreflash.emulation.serve(sys.argv[1])\n"
+                   "with kvreflash.Session(archive=sys.argv[2], target='127.0.0.1') as session:\n"
+                   "    print(len(session.prepare().changes))\n")
+        done = subprocess.run(["/usr/bin/python3", "-B", "-c", program, str(rack), str(self.documents / "examples/archive")],
+                              env={**os.environ, "PYTHONPATH": str(unpacked / "usr/lib/python3/dist-packages"),
+                                   "LD_LIBRARY_PATH": str(libraries), "KV_TIME_SCALE": "0"},
+                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
+        self.assertEqual((done.returncode, done.stdout), (0, b"20\n"))
 
 
 if __name__ == "__main__":
