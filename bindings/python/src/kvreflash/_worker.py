@@ -2,8 +2,10 @@
 
 from __future__ import annotations
 
+import signal
 import threading
-from typing import Callable, List, Optional
+from contextlib import contextmanager
+from typing import Callable, Iterator, List, Optional
 
 from .enums import StopRequest
 
@@ -22,10 +24,19 @@ class Worker:
         self._requests = 0
         self._result = 0
         self._fault: Optional[BaseException] = None
-        # Thread.join() takes a thread for one that has ended if it is interrupted.
+        # Thread.join() may take a thread for one that has ended if it is interrupted.
         self._ended = threading.Event()
+        self._interrupts: List[int] = []
         self._thread = threading.Thread(target=self._work, name="kvreflash")
-        self._thread.start()
+
+    def start(self) -> None:
+        """Begins with the operation. Ctrl-C is answered like in :meth:`join`."""
+        with self._answered_interrupts():
+            try:
+                self._thread.start()
+            except RuntimeError:  # no thread can be made
+                self._ended.set()
+                raise
 
     def _work(self) -> None:
         try:
@@ -37,31 +48,47 @@ class Worker:
             self._on_end()
 
     @property
+    def has_ended(self) -> bool:
+        """Whether the operation has ended."""
+        return self._ended.is_set()
+
+    @property
     def is_current(self) -> bool:
         """Whether the caller runs on the thread of the operation, within one of its callbacks."""
         return threading.current_thread() is self._thread
 
     def request_stop(self) -> None:
         """Asks the operation to end; the second time to give up, too. Does nothing if it has ended."""
-        if not self._ended.is_set():
+        if not self.has_ended:
             how = StopRequest.FINISH if self._requests == 0 else StopRequest.GIVE_UP
             self._requests += 1
             self._request_stop(how)
 
     def join(self) -> None:
-        """Waits for the end of the operation. Whatever interrupts the wait requests to stop and is raised then."""
-        interruptions: List[BaseException] = []
-        answered = 0
-        while not self._ended.is_set():
-            try:
-                if answered < len(interruptions):
-                    answered += 1
-                    self.request_stop()
-                self._ended.wait(PAUSE)
-            except BaseException as interruption:  # pylint: disable=broad-except
-                interruptions.append(interruption)
-        if interruptions:
-            raise interruptions[0]
+        """Waits for the end of the operation. Ctrl-C requests to stop, and KeyboardInterrupt is raised then. Anything
+        else that interrupts the wait is raised at once."""
+        with self._answered_interrupts():
+            while not self._ended.wait(PAUSE):
+                pass
+        if self._interrupts:
+            raise KeyboardInterrupt
+
+    @contextmanager
+    def _answered_interrupts(self) -> Iterator[None]:
+        """Each Ctrl-C requests to stop, unless the program has its own handler."""
+        def answer(number: int, _frame: object) -> None:
+            self._interrupts.append(number)
+            self.request_stop()
+
+        if threading.current_thread() is not threading.main_thread() or \
+                signal.getsignal(signal.SIGINT) is not signal.default_int_handler:
+            yield
+            return
+        signal.signal(signal.SIGINT, answer)
+        try:
+            yield
+        finally:
+            signal.signal(signal.SIGINT, signal.default_int_handler)
 
     def wait(self) -> int:
         """Waits like :meth:`join`; returns the result of the operation, or raises what it has raised."""

@@ -68,7 +68,8 @@ class Session:
 
     A session is used by one thread at a time; :meth:`request_stop` may be called on any thread. Its work runs on a
     thread of its own, so that Ctrl-C arrives: the first one asks to end and awaits what has begun, the second one gives
-    that up, too. KeyboardInterrupt is raised when the work has ended.
+    that up, too. KeyboardInterrupt is raised when the work has ended. In a program with its own handler of SIGINT that
+    handler runs; if it raises an exception, the session is at work until :meth:`close` has awaited its end.
 
     >>> import kvreflash
     >>> address = kvreflash.emulation.serve(rack)
@@ -292,16 +293,18 @@ class Session:
             raise OrderError("the session is at work already")
         self._fault = None
         self._queue = events
-        self._worker = Worker(lambda: _library.call(name, handle, *arguments), self.request_stop,
-                              on_end=lambda: None if events is None else events.put(None))
-        return self._worker
+        worker = Worker(lambda: _library.call(name, handle, *arguments), self.request_stop,
+                        on_end=lambda: None if events is None else events.put(None))
+        self._worker = worker
+        worker.start()
+        return worker
 
     def _finish(self, worker: Worker) -> int:
         try:
             result = worker.wait()
         finally:
-            self._worker = None
-            self._queue = None
+            if worker.has_ended:
+                self._worker = None
         if self._fault is not None:
             raise self._fault
         return result
