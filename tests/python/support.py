@@ -5,6 +5,7 @@ import os
 import shutil
 import subprocess
 import tempfile
+import threading
 import unittest
 from pathlib import Path
 
@@ -65,6 +66,23 @@ class ScratchTest(unittest.TestCase):
             change(description)
             path.write_text(json.dumps(description), encoding="utf-8")
         return folder
+
+
+def hold_until_stopped(session):
+    """Keeps the run of a session from going on after the start of its first element, until a stop is requested."""
+    stopped = threading.Event()
+    request = session.request_stop
+
+    def note(how=kvreflash.StopRequest.FINISH):
+        request(how)
+        stopped.set()
+
+    def hold(event):
+        if event.kind == kvreflash.EventKind.ELEMENT_START and not stopped.wait(20):
+            raise TimeoutError("no stop was requested")
+    session.request_stop = note
+    session._on_event = hold  # pylint: disable=protected-access
+    return session
 
 
 def copy_rack(folder):

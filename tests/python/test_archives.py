@@ -136,6 +136,15 @@ class SealedArchiveTest(ScratchTest):
         self.serve()
         with self.assertRaises(kvreflash.ArchiveRefused):
             self.session(archive=self.folder, trust_folder=trust).prepare()
+        with kvreflash.Archive(self.folder, trust_folder=trust) as archive:
+            self.assertEqual(archive.content(check=False).failure, Failure.ARCHIVE)
+
+    def test_archives_that_nobody_has_signed_are_accepted_if_wanted(self):
+        trust = self.scratch / "trust"
+        trust.mkdir()
+        (trust / "allowed_signers").write_text("", encoding="utf-8")
+        with kvreflash.Archive(self.folder, trust_folder=trust, accept_unsealed=True) as archive:
+            self.assertEqual(archive.content().seal, "sealed")
 
     def test_a_description_of_another_name_is_read(self):
         folder = self.copy_archive()

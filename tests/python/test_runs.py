@@ -5,7 +5,7 @@ import unittest
 
 import kvreflash
 from kvreflash import EventKind, Failure, Result, RunState
-from support import ONE, ScratchTest
+from support import ONE, ScratchTest, hold_until_stopped
 
 
 class RunTest(ScratchTest):
@@ -19,7 +19,7 @@ class RunTest(ScratchTest):
         """The id of an update that was stopped after its first phase had begun."""
         with self.session(journal_folder=self.journal, journal_place=self.rack) as session:
             session.prepare()
-            for event in session.run_events():
+            for event in hold_until_stopped(session).run_events():
                 if event.kind == EventKind.ELEMENT_START:
                     break
             return session.outcome().run

@@ -11,7 +11,7 @@ from unittest import mock
 import kvreflash
 import support
 from kvreflash import EventKind, Failure, Mode, Result, Stage, StopRequest, Verified
-from support import ONE, ScratchTest
+from support import ONE, ScratchTest, hold_until_stopped
 
 
 class PlanTest(ScratchTest):
@@ -32,6 +32,7 @@ class PlanTest(ScratchTest):
         self.assertEqual((firmware.version, firmware.available_version), ("23.2a12", "23.2.1"))
         self.assertEqual((firmware.checksum, firmware.available_checksum), (1146530310, 947785106))
         self.assertEqual((firmware.valid, firmware.active, firmware.phase, firmware.updated), (True, True, 3, True))
+        self.assertEqual((plan.elements[3].phase, plan.elements[3].updated), (None, False))
         self.assertEqual(firmware.reasons, ("version-differs", "checksum-differs"))
         self.assertEqual(plan.entries[firmware.entry].file_name, "qb4120-firmware.kfw")
 
@@ -107,6 +108,7 @@ class UpdateTest(ScratchTest):
         self.assertEqual({outcome.results[element.index].result for element in plan.changes}, {Result.UPDATED})
         self.assertEqual({outcome.results[element.index].result for element in plan.elements if not element.updated},
                          {Result.NOT_PLANNED})
+        self.assertEqual((outcome.results[0].state, outcome.results[3].state), (2, None))
         verification = session.verify()
         verification.raise_for_failure()
         judged = {element.element: element for element in verification.elements}
@@ -202,7 +204,7 @@ class EventTest(ScratchTest):
             session.prepare()
 
     def test_to_leave_the_loop_stops_the_run_and_awaits_its_end(self):
-        session = self.prepared()
+        session = hold_until_stopped(self.prepared())
         for event in session.run_events():
             if event.kind == EventKind.ELEMENT_START:
                 break
@@ -211,7 +213,7 @@ class EventTest(ScratchTest):
         self.assertIn(Result.NOT_STARTED, {result.result for result in outcome.results})
 
     def test_a_loop_that_raises_stops_the_run(self):
-        session = self.prepared()
+        session = hold_until_stopped(self.prepared())
         with self.assertRaises(ZeroDivisionError):
             for _event in session.run_events():
                 raise ZeroDivisionError
@@ -226,20 +228,20 @@ class EventTest(ScratchTest):
             session.outcome().raise_for_failure()
 
     def test_a_session_at_work_answers_no_questions_on_other_threads(self):
-        session = self.prepared()
+        session = hold_until_stopped(self.prepared())
         for _event in session.run_events():
-            with self.assertRaises(kvreflash.OrderError):
+            with self.assertRaisesRegex(kvreflash.OrderError, "on another thread"):
                 session.outcome()
-            with self.assertRaises(kvreflash.OrderError):
+            with self.assertRaisesRegex(kvreflash.OrderError, "at work already"):
                 session.verify()
             break
 
-    def test_a_session_that_is_closed_at_work_awaits_its_end(self):
-        with kvreflash.Session(archive=support.ARCHIVE, target="127.0.0.1") as session:
-            session.prepare()
+    def test_a_session_that_is_closed_at_work_is_stopped_and_awaited(self):
+        with hold_until_stopped(self.prepared()) as session:
             events = session.run_events()
             next(events)
-        self.assertFalse([thread for thread in threading.enumerate() if thread.name == "kvreflash"])
+        left = len(self.session().prepare().changes)
+        self.assertGreater(left, 1)
         events.close()
 
 
@@ -297,12 +299,61 @@ class InterruptTest(ScratchTest):
 
     def test_it_ends_a_loop_of_events(self):
         self.serve()
-        session = self.prepared()
+        session = hold_until_stopped(self.prepared())
         with self.assertRaises(KeyboardInterrupt):
             for event in session.run_events():
                 if event.kind == EventKind.ELEMENT_START:
                     signal.raise_signal(signal.SIGINT)
         self.assertEqual(session.outcome().failure, Failure.STOPPED)
+
+
+    def test_a_handler_of_the_program_is_left_alone(self):
+        def refuse(_number, _frame):
+            raise ZeroDivisionError
+        before = signal.signal(signal.SIGINT, refuse)
+        self.addCleanup(signal.signal, signal.SIGINT, before)
+        self.serve(update={"state": 1})
+        session = self.session(**ONE)
+        session.prepare()
+        session._on_event = lambda event: event.kind == EventKind.ELEMENT_START and os.kill(os.getpid(), signal.SIGINT)
+        with self.assertRaises(ZeroDivisionError):
+            session.run()
+        with self.assertRaises(kvreflash.OrderError):
+            session.outcome()
+        session.request_stop(StopRequest.GIVE_UP)
+        session.close()
+        self.assertIs(signal.getsignal(signal.SIGINT), refuse)
+
+
+class OptionTest(unittest.TestCase):
+    """Options as the library receives them."""
+
+    def record_of(self, **options):
+        """The record of a session with these options."""
+        with mock.patch("kvreflash._library.call", side_effect=ZeroDivisionError) as call, \
+                mock.patch("kvreflash.session.byref", side_effect=lambda record: record), \
+                self.assertRaises(ZeroDivisionError):
+            kvreflash.Session(**options)
+        return call.call_args[0][1]
+
+    def test_each_switch_is_a_bit(self):
+        for flag in kvreflash.enums.SessionFlag:
+            self.assertEqual(self.record_of(**{flag.name.lower(): True}).flags, flag)
+        self.assertEqual(self.record_of().flags, 0)
+
+    def test_each_text_is_a_field(self):
+        names = [name for name, _kind in kvreflash._records.SessionOptions._fields_[6:] if name != "saved_plan"]
+        self.assertEqual(len(names), 10)
+        record = self.record_of(**{name: f"of {name}" for name in names})
+        self.assertEqual([getattr(record, name) for name in names], [f"of {name}".encode() for name in names])
+
+    def test_numbers_are_passed_on(self):
+        record = self.record_of(mode=Mode.PLAN, unlisted_files=kvreflash.UnlistedFiles.CHANGED, stall_limit=7)
+        self.assertEqual((record.mode, record.unlisted_files, record.stall_limit), (6, 1, 7))
+        self.assertEqual(self.record_of().mode, Mode.UPDATE)
+
+    def test_lists_are_words(self):
+        self.assertEqual(self.record_of(serial_numbers=[1, "2"]).serial_numbers, b"1,2")
 
 
 class CallTest(ScratchTest):
