@@ -284,14 +284,18 @@ std::int32_t Client::callArchive(std::uint8_t number) {
         return kvr_runs_get_document(runs, takeText(), &text);
     case 36:
         return ask<kvr_saved_plan>([&](kvr_saved_plan* record) { return kvr_read_saved_plan(takeText(), record); });
+    case 37:
+        return ask<kvr_error>(
+            [&](kvr_error* record) { return kvr_session_get_look_error(takeHandle<kvr_session>(), index, record); });
     default:
         require(kvr_code(number, index) != nullptr, "There is always a word.");
+        require(kvr_exit_code(index) <= 9, "There is always an exit code.");
         return KVR_SUCCESS;
     }
 }
 
 void Client::callAny() {
-    constexpr std::uint8_t functions = 38;
+    constexpr std::uint8_t functions = 39;
     const std::int32_t result = call(input_.takeByte() % functions);
     require(result >= KVR_ERROR_VERSION && result <= KVR_UNSUPPORTED, "A result is one of those that are documented.");
     require(result >= 0 || *kvr_last_error() != '\0', "A call that has failed by itself has a text.");

@@ -4,7 +4,8 @@
    The rules of this interface:
 
    1. Results. A function returns 0 (KVR_SUCCESS) or what its comment states. A negative result is a failure of the call
-      itself: wrong argument, exhausted memory, wrong order, a record that is too small. kvr_last_error() has its text.
+      itself: wrong argument, exhausted memory, wrong order, a record that is too small. kvr_last_error() has its text,
+      and that of other results if the comment of the function says so.
    2. Handles. kvr_..._create() makes a handle, and the caller gives it back with kvr_..._free(), which takes null, too.
       A handle is a number and not an address: null, a handle of another kind and one that was freed are refused with
       KVR_ERROR_ARGUMENT, and no number is used twice in a process.
@@ -75,11 +76,11 @@ typedef struct kvr_runs kvr_runs;
    thread. */
 KVR_API uint32_t KVR_CALL kvr_abi_version(void);
 
-/* Returns the version of the library, such as "1.2.3". Lasts as long as the process. Any thread. */
+/* Returns the version of the library, such as "1.1" or "1.1.2". Lasts as long as the process. Any thread. */
 KVR_API const char* KVR_CALL kvr_version(void);
 
-/* Returns why the last call of this thread had a negative result; empty after another result. Lasts until the next call
-   of this thread. */
+/* Returns why the last call of this thread had a negative result, or one whose text is here (rule 1); empty otherwise.
+   Lasts until the next call of this thread. */
 KVR_API const char* KVR_CALL kvr_last_error(void);
 
 /* Enumerations for kvr_code(). */
@@ -116,6 +117,9 @@ enum {
     KVR_FAILURE_OUTPUT = 11,      /* something could not be written */
     KVR_FAILURE_NONE = 12
 };
+
+/* Returns the exit code of the console tool for a failure (KVR_FAILURE_...), 1 for one that is not known. Any thread. */
+KVR_API uint32_t KVR_CALL kvr_exit_code(uint32_t failure);
 
 /* --- sessions ---------------------------------------------------------------------------------------------------- */
 
@@ -211,7 +215,8 @@ KVR_API int32_t KVR_CALL kvr_session_set_event_function(kvr_session* session, kv
 
 /* Reads the archive, finds and scans the target, and plans, as the mode asks. 0: ready. 1: failed, and
    kvr_session_get_outcome() states why. 2: the archive does not support the target. Once for each session. A saved plan
-   or a run that does not hold any more is 1, and the faults list all differences. */
+   or a run that does not hold any more is 1, and the faults list all differences. Filters that let no element through
+   are 1. */
 KVR_API int32_t KVR_CALL kvr_session_prepare(kvr_session* session);
 
 /* Leaves an element out of the update. `element` is its index in digits, its inventory address, its target path or its
@@ -237,8 +242,8 @@ enum {
 KVR_API int32_t KVR_CALL kvr_session_request_stop(kvr_session* session, uint32_t how);
 
 /* Looks at what the target reports now and holds it against the plan and what was updated. `was_rebooted`: 1 if the
-   target was rebooted since. 0: it reports what it should. 1: it does not, or could not be looked at. After
-   kvr_session_prepare() has returned 0 and, in the mode KVR_MODE_UPDATE, kvr_session_run() was called. */
+   target was rebooted since; a target that comes up needs some time: call again until it answers. 0: it reports what it
+   should. 1: it does not, or could not be looked at. After kvr_session_prepare() has returned 0 and, in the mode KVR_MODE_UPDATE, kvr_session_run() was called. */
 KVR_API int32_t KVR_CALL kvr_session_verify(kvr_session* session, uint32_t was_rebooted);
 
 /* Resets the target. 0: it was reset. 1: it was not. After a prepare that has scanned the target. */
@@ -284,7 +289,7 @@ typedef struct kvr_element {
     uint32_t index;               /* the "No." of the plan */
     uint32_t known;               /* KVR_KNOWS_... of what is installed and planned */
     uint32_t updated;             /* 1: it takes part in the update */
-    uint32_t disabled;            /* 1: it was left out */
+    uint32_t disabled;            /* 1: it takes no part: it was left out, or is up to date */
     uint32_t up_to_date;          /* 1: the archive has nothing else for it */
     uint32_t downgrade;           /* 1: the archive has a lower version than is installed */
     uint32_t custom;              /* 1: a custom element */
@@ -316,7 +321,29 @@ typedef struct kvr_element {
 /* Fills `element` with the element of this index. */
 KVR_API int32_t KVR_CALL kvr_session_get_element(kvr_session* session, uint32_t index, kvr_element* element);
 
-/* `reason` receives a reason for the decision on an element; kvr_code(KVR_CODE_REASON, reason) has its word. */
+/* Reasons for an update, up to KVR_REASON_FORCED and KVR_REASON_CONTENT_DIFFERS, and against it. */
+enum {
+    KVR_REASON_VERSION_DIFFERS = 0,
+    KVR_REASON_CHECKSUM_DIFFERS = 1,
+    KVR_REASON_INVALID = 2,               /* the installed image is not valid */
+    KVR_REASON_INACTIVE = 3,              /* the installed image is not active */
+    KVR_REASON_FORCED = 4,                /* it is up to date, and KVR_FORCE is given */
+    KVR_REASON_UP_TO_DATE = 5,
+    KVR_REASON_NEWER_INSTALLED = 6,       /* the entry is for upgrades only */
+    KVR_REASON_NO_ENTRY = 7,
+    KVR_REASON_FEATURE_LEVEL = 8,         /* only an entry matches that this library must ignore */
+    KVR_REASON_CUSTOM_LEFT_OUT = 9,
+    KVR_REASON_DISABLED = 10,
+    KVR_REASON_CARRIER_BOARD_MISSING = 11,
+    KVR_REASON_DOWNGRADE_LEFT_OUT = 12,
+    KVR_REASON_CONTENT_DIFFERS = 13,      /* of a file: the journal does not have this content */
+    KVR_REASON_UNLISTED_LEFT_OUT = 14,    /* a file that the inventory does not list */
+    KVR_REASON_WRITTEN_BEFORE = 15,       /* of a file: the journal has this content */
+    KVR_REASON_DONE_BEFORE = 16,          /* the run that goes on has installed it */
+    KVR_REASON_IN_DOUBT = 17              /* it was in progress when that run broke off; see KVR_REDO */
+};
+
+/* `reason` receives a reason (KVR_REASON_...) for the decision on an element. */
 KVR_API int32_t KVR_CALL kvr_session_get_reason(kvr_session* session, uint32_t element, uint32_t index,
                                                 uint32_t* reason);
 
@@ -380,7 +407,8 @@ typedef struct kvr_error {
     const char* function; /* empty: not known */
 } kvr_error;
 
-/* Fills `error` with an error that belongs to no element. */
+/* Fills `error` with an error that belongs to no element: of the outcome that kvr_session_get_outcome() has given last.
+   KVR_ERROR_ORDER before. */
 KVR_API int32_t KVR_CALL kvr_session_get_error(kvr_session* session, uint32_t index, kvr_error* error);
 
 /* Results of elements. */
@@ -394,11 +422,21 @@ enum {
     KVR_RESULT_IN_PROGRESS = 6   /* the session ended while it was under way */
 };
 
+/* Calls of the device access libraries that make an element fail. */
+enum {
+    KVR_FAILED_CALL_NONE = 0,
+    KVR_FAILED_CALL_TRANSFER_FILE = 1,
+    KVR_FAILED_CALL_UPDATE2 = 2,
+    KVR_FAILED_CALL_UPDATE_STATUS2 = 3,
+    KVR_FAILED_CALL_UPDATE_ERRORS2 = 4,
+    KVR_FAILED_CALL_WRITE_FILE = 5
+};
+
 /* What has become of an element. */
 typedef struct kvr_element_result {
     uint32_t size;
     uint32_t result;       /* KVR_RESULT_... */
-    uint32_t failed_call;  /* word: kvr_code(KVR_CODE_FAILED_CALL, ...) */
+    uint32_t failed_call;  /* KVR_FAILED_CALL_... */
     uint32_t known;        /* KVR_KNOWS_STATE */
     uint32_t state;        /* last answer of the target: 1 running, 2 succeeded, anything else failed */
     uint32_t file_changed; /* 1: its update file has changed while it was used */
@@ -410,7 +448,8 @@ typedef struct kvr_element_result {
 /* Fills `result` with what has become of the element of this index. At any time, also within a callback. */
 KVR_API int32_t KVR_CALL kvr_session_get_result(kvr_session* session, uint32_t element, kvr_element_result* result);
 
-/* Fills `error` with an error of an element. */
+/* Fills `error` with an error of an element: of the result that kvr_session_get_result() has given last for it.
+   KVR_ERROR_ORDER before. */
 KVR_API int32_t KVR_CALL kvr_session_get_element_error(kvr_session* session, uint32_t element, uint32_t index,
                                                        kvr_error* error);
 
@@ -453,6 +492,9 @@ typedef struct kvr_verified_element {
 KVR_API int32_t KVR_CALL kvr_session_get_verified(kvr_session* session, uint32_t index,
                                                   kvr_verified_element* verified);
 
+/* Fills `error` with an error that the look of the last verification has collected. */
+KVR_API int32_t KVR_CALL kvr_session_get_look_error(kvr_session* session, uint32_t index, kvr_error* error);
+
 /* Documents of a session: JSON as the console tool writes it. */
 enum {
     KVR_DOCUMENT_PLAN = 0,
@@ -461,7 +503,8 @@ enum {
     KVR_DOCUMENT_REBOOT = 3,
     KVR_DOCUMENT_ELEMENTS = 4,
     KVR_DOCUMENT_EXPLAIN = 5,   /* of all elements, each with the entries that were tried */
-    KVR_DOCUMENT_SAVED_PLAN = 6 /* for kvr_session_options.saved_plan; 1 if a file of it cannot be read */
+    KVR_DOCUMENT_SAVED_PLAN = 6 /* for kvr_session_options.saved_plan; 1 if a file of it cannot be read, and
+                                   kvr_last_error() says which */
 };
 
 /* `text` receives a document (KVR_DOCUMENT_...) of the session as it stands. */
@@ -485,12 +528,20 @@ KVR_API int32_t KVR_CALL kvr_archive_free(kvr_archive* archive);
 /* Reads the archive as a session does. 0: it is accepted. 1: it is refused. */
 KVR_API int32_t KVR_CALL kvr_archive_read(kvr_archive* archive);
 
+/* How far the content of an archive is vouched for. */
+enum {
+    KVR_SEAL_NONE = 0,               /* it has no manifest */
+    KVR_SEAL_SEALED = 1,             /* it is what its manifest says; nobody has signed that */
+    KVR_SEAL_SIGNED_BY_STRANGER = 2, /* by a key that is not trusted here */
+    KVR_SEAL_TRUSTED = 3             /* by somebody who is trusted */
+};
+
 /* The content of an archive. */
 typedef struct kvr_archive_info {
     uint32_t size;
     uint32_t entries;         /* number of accepted entries */
     uint32_t failure;         /* KVR_FAILURE_ARCHIVE, or KVR_FAILURE_NONE */
-    uint32_t seal;            /* word: kvr_code(KVR_CODE_SEAL, ...); with KVR_RELEASE or a trust folder */
+    uint32_t seal;            /* KVR_SEAL_...; with KVR_RELEASE or a trust folder */
     const char* message;      /* why it is refused; empty otherwise */
     const char* archive_name;
     const char* archive_version;
@@ -528,13 +579,24 @@ typedef struct kvr_finding {
 KVR_API int32_t KVR_CALL kvr_archive_get_finding(kvr_archive* archive, uint32_t index, kvr_finding* finding);
 
 /* Compares an archive with an older one. `places` (may be null) receives the number of places of both. 0: both were
-   read; differences are a success. 1: one of them is refused. The result belongs to `archive`. */
+   read; differences are a success. 1: one of them is refused, and kvr_last_error() says why. The result belongs to
+   `archive`. */
 KVR_API int32_t KVR_CALL kvr_archive_compare(kvr_archive* archive, kvr_archive* older, uint32_t* places);
+
+/* Changes from an older archive. */
+enum {
+    KVR_CHANGE_SAME = 0,
+    KVR_CHANGE_ADDED = 1,   /* only the new archive has an entry */
+    KVR_CHANGE_REMOVED = 2, /* only the old archive has an entry */
+    KVR_CHANGE_UP = 3,
+    KVR_CHANGE_DOWN = 4,
+    KVR_CHANGE_CHANGED = 5  /* the versions are equal or not known, and something else differs */
+};
 
 /* A place, on boards of a type, for which one of two archives has an entry. */
 typedef struct kvr_change {
     uint32_t size;
-    uint32_t change;             /* word: kvr_code(KVR_CODE_CHANGE, ...) */
+    uint32_t change;             /* KVR_CHANGE_... */
     uint32_t element_id;         /* 0 for a file */
     uint32_t content_changed;    /* 1: other checksums, or not known */
     uint32_t rules_changed;      /* 1: for other boards or elements */
@@ -615,7 +677,7 @@ typedef struct kvr_run {
 KVR_API int32_t KVR_CALL kvr_runs_get(kvr_runs* runs, uint32_t index, kvr_run* run);
 
 /* `text` receives the document of one run; of the list if `id` is null or empty. 1 if there is no run of this id, or it
-   cannot be read: the document states why. */
+   cannot be read: kvr_last_error() says why, and so does the document. */
 KVR_API int32_t KVR_CALL kvr_runs_get_document(kvr_runs* runs, const char* id, const char** text);
 
 #ifdef __cplusplus

@@ -46,7 +46,7 @@ TYPE = re.compile(r"^(?:template <[^\n]*>\n)?(class|struct|enum)(?: class)? (?:K
 PLATFORM_CONDITIONAL = re.compile(r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b.*"
                                   r"(?:_WIN32|_WIN64|\bWIN32\b|__linux__|__unix__|__APPLE__|_MSC_VER|__MINGW|__CYGWIN__)")
 PLATFORM_FILES = re.compile(r"src/system/.*|platform/emulation/system/System[^/]*\.cpp|"
-                            r"platform/include/KvPlatformExport\.h|include/KvIReflasher\.h")
+                            r"platform/include/KvPlatformExport\.h|include/KvIReflasher\.h|.*/kvreflash(_emulation)?\.h")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*"([^"]+)"', re.MULTILINE)
 SOURCE_FOLDERS = ("include", "src", "platform", "tools", "tests", "fuzz", "bench", "examples")

@@ -1,4 +1,4 @@
-#include "ElementRecords.h"
+#include "ClientRecords.h"
 #include "Handles.h"
 #include "KvDocuments.h"
 #include "KvIArchive.h"
@@ -6,6 +6,7 @@
 #include "Records.h"
 #include "TextConversion.h"
 
+#include <algorithm>
 #include <memory>
 #include <new>
 #include <optional>
@@ -205,7 +206,8 @@ std::int32_t KVR_CALL kvr_archive_compare(kvr_archive* archive, kvr_archive* old
         const auto before = objectOf<KvCArchiveHandle>(older);
         handle.comparison = compareArchives(before->place, handle.place, handle.release);
         giveIfWanted(places, static_cast<std::uint32_t>(handle.comparison->places.size()));
-        return resultOf(handle.comparison->verdict.isSuccess());
+        const KvTVerdict& verdict = handle.comparison->verdict;
+        return verdict.isSuccess() ? KVR_SUCCESS : failed(verdict.message.c_str());
     });
 }
 

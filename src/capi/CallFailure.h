@@ -24,6 +24,12 @@ private:
 /// Notes the text for kvr_last_error(), cut if it is very long.
 void noteLastError(const char* text) noexcept;
 
+/// Notes why an operation has failed that has run as it should.
+[[nodiscard]] inline std::int32_t failed(const char* why) noexcept {
+    noteLastError(why);
+    return KVR_FAILED;
+}
+
 /// Runs an operation of the interface; whatever it throws becomes a result.
 template <typename Operation>
 std::int32_t guarded(Operation&& operation) noexcept {

@@ -46,6 +46,11 @@ const char* KVR_CALL kvr_code(std::uint32_t enumeration, std::uint32_t value) {
     }
 }
 
+std::uint32_t KVR_CALL kvr_exit_code(std::uint32_t failure) {
+    const bool isKnown = failure <= static_cast<std::uint32_t>(KvEFailure::none);
+    return isKnown ? static_cast<std::uint32_t>(exitCodeOf(static_cast<KvEFailure>(failure))) : 1;
+}
+
 std::uint32_t KVR_CALL kvr_abi_version(void) {
     return KVR_ABI_VERSION;
 }

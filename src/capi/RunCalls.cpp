@@ -68,28 +68,23 @@ std::int32_t makeDocument(KvCRunsHandle& handle, const std::string& id) {
     const std::optional<KvTRunRecord> run = readRun(handle.folder, id, reason);
     const KvTVerdict verdict = run ? KvTVerdict() : KvTVerdict{KvEFailure::selection, reason};
     handle.documentText = runDocument(run ? &*run : nullptr, verdict);
-    return run ? KVR_SUCCESS : KVR_FAILED;
+    return run ? KVR_SUCCESS : failed(reason.c_str());
 }
 
 } // namespace
 
 std::int32_t KVR_CALL kvr_read_saved_plan(const char* content, kvr_saved_plan* plan) {
     thread_local std::optional<KvTSavedPlan> last;
-    thread_local std::string reason;
-    reason.clear();
-    const std::int32_t result = guarded([&] {
+    return guarded([&] {
         static_cast<void>(recordFrom(plan));
+        std::string reason;
         last = readSavedPlan(textOf(content), reason);
         if (!last) {
-            return KVR_FAILED;
+            return failed(reason.c_str());
         }
         fill(plan, recordOf(*last));
-        return KVR_SUCCESS;
+        return std::int32_t{KVR_SUCCESS};
     });
-    if (result == KVR_FAILED) {
-        noteLastError(reason.c_str());
-    }
-    return result;
 }
 
 std::int32_t KVR_CALL kvr_runs_create(const char* journal_folder, kvr_runs** runs, std::uint32_t* count) {

@@ -173,7 +173,15 @@ bool KvCSessionHandle::select() {
             session_->watchFiles();
         }
     }
-    return faults_.empty();
+    if (hasFilters() && session_->plan()->elements.empty()) {
+        ownVerdict_.add({KvEFailure::selection, "no element of the target passes the filters"});
+    }
+    return faults_.empty() && ownVerdict_.isSuccess();
+}
+
+bool KvCSessionHandle::hasFilters() const {
+    return !options_.boardTypeFilter.empty() || !options_.serialNumberFilter.empty() ||
+           !options_.elementNameFilter.empty();
 }
 
 std::int32_t KvCSessionHandle::disable(const std::string& element, std::uint32_t& found) {
@@ -257,7 +265,15 @@ std::string KvCSessionHandle::report(const char* command) {
                                    .messages = messages_});
 }
 
-std::optional<std::string> KvCSessionHandle::document(std::uint32_t kind) {
+std::string KvCSessionHandle::explanations() {
+    std::vector<KvTExplanation> explanations;
+    for (std::uint32_t index = 0; session_->plan() != nullptr && index < session_->plan()->elements.size(); ++index) {
+        explanations.push_back(session_->explain(index));
+    }
+    return explainDocument(session_->plan(), explanations, session_->hiddenElements(), verdict());
+}
+
+std::optional<std::string> KvCSessionHandle::document(std::uint32_t kind, std::string& reason) {
     switch (kind) {
     case KVR_DOCUMENT_PLAN:
         return report("plan");
@@ -269,23 +285,12 @@ std::optional<std::string> KvCSessionHandle::document(std::uint32_t kind) {
         return report("reboot");
     case KVR_DOCUMENT_ELEMENTS:
         return elementsDocument(session_->plan(), verdict());
-    case KVR_DOCUMENT_EXPLAIN: {
-        std::vector<KvTExplanation> explanations;
-        for (std::uint32_t index = 0; session_->plan() != nullptr && index < session_->plan()->elements.size();
-             ++index) {
-            explanations.push_back(session_->explain(index));
-        }
-        return explainDocument(session_->plan(), explanations, session_->hiddenElements(), verdict());
-    }
+    case KVR_DOCUMENT_EXPLAIN:
+        return explanations();
     case KVR_DOCUMENT_SAVED_PLAN: {
         require(step_ == Step::prepared && session_->plan() != nullptr);
-        std::string reason;
         const std::optional<KvTSavedPlan> saved = session_->planToSave(reason);
-        if (!saved) {
-            faults_.assign(1, reason);
-            return std::nullopt;
-        }
-        return savedPlanDocument(*saved);
+        return saved ? std::optional(savedPlanDocument(*saved)) : std::nullopt;
     }
     default:
         throw KvCCallFailure(KVR_ERROR_ARGUMENT, "there is no such document");

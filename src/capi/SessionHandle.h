@@ -37,15 +37,17 @@ public:
     [[nodiscard]] const KvNReflasher::KvTVerification& verification() const;
     [[nodiscard]] const std::vector<std::string>& faults() const { return faults_; }
     [[nodiscard]] KvISession& session() const { return *session_; }
-    /// A document of kind KVR_DOCUMENT_...; nothing, with a fault, if it cannot be made.
-    [[nodiscard]] std::optional<std::string> document(std::uint32_t kind);
+    /// A document of kind KVR_DOCUMENT_...; nothing, with a `reason`, if it cannot be made.
+    [[nodiscard]] std::optional<std::string> document(std::uint32_t kind, std::string& reason);
+    /// Throws KvCCallFailure unless it is time for a call.
+    void require(bool isInOrder) const;
 
     // What the client was given last.
-    KvNReflasher::KvTOutcome outcome;
+    std::optional<KvNReflasher::KvTOutcome> outcome;
     std::string message;
     std::string runId;
-    KvNReflasher::KvTElementOutcome elementOutcome;
-    KvNReflasher::KvTElementOutcome erroneous;
+    std::optional<KvNReflasher::KvTElementOutcome> elementOutcome;
+    std::uint32_t elementOfOutcome = 0;
     std::string verificationMessage;
     std::vector<KvNReflasher::KvTArchiveEntry> entries;
     std::string documentText;
@@ -54,10 +56,11 @@ private:
     /// How far the client has come.
     enum class Step : std::uint8_t { created, preparing, prepared, refused, ran };
 
-    void require(bool isInOrder) const;
     void decide(const kvr_session_options& options);
     [[nodiscard]] KvNReflasher::KvTVerdict openJournal();
     [[nodiscard]] bool select();
+    [[nodiscard]] bool hasFilters() const;
+    [[nodiscard]] std::string explanations();
     [[nodiscard]] std::string report(const char* command);
     void notify(const kvr_event& event) const;
 

@@ -1,4 +1,4 @@
-#include "ElementRecords.h"
+#include "ClientRecords.h"
 #include "Records.h"
 #include "SessionHandle.h"
 
@@ -63,11 +63,11 @@ std::int32_t KVR_CALL kvr_session_get_outcome(kvr_session* session, kvr_outcome*
         handle.message = verdict.message;
         handle.runId = handle.session().runId();
         kvr_outcome record{};
-        record.stage = static_cast<std::uint32_t>(handle.outcome.stage);
+        record.stage = static_cast<std::uint32_t>(handle.outcome->stage);
         record.failure = static_cast<std::uint32_t>(verdict.failure);
         record.retryable = verdict.isRetryable() ? 1 : 0;
         record.exit_code = static_cast<std::uint32_t>(exitCodeOf(verdict.failure));
-        record.errors = static_cast<std::uint32_t>(handle.outcome.errors.size());
+        record.errors = static_cast<std::uint32_t>(handle.outcome->errors.size());
         record.faults = static_cast<std::uint32_t>(handle.faults().size());
         record.message = handle.message.c_str();
         record.run = handle.runId.c_str();
@@ -84,8 +84,8 @@ std::int32_t KVR_CALL kvr_session_get_fault(kvr_session* session, std::uint32_t 
 
 std::int32_t KVR_CALL kvr_session_get_error(kvr_session* session, std::uint32_t index, kvr_error* error) {
     return ask(session, [&](KvCSessionHandle& handle) {
-        handle.outcome = handle.session().outcome();
-        fill(error, recordOf(itemOf(handle.outcome.errors, index)));
+        handle.require(handle.outcome.has_value());
+        fill(error, recordOf(itemOf(handle.outcome->errors, index)));
     });
 }
 
@@ -93,7 +93,8 @@ std::int32_t KVR_CALL kvr_session_get_result(kvr_session* session, std::uint32_t
     return ask(session, [&](KvCSessionHandle& handle) {
         requireIndex(element, handle.plan().elements.size());
         handle.elementOutcome = handle.session().outcomeOf(element);
-        fill(result, recordOf(handle.elementOutcome));
+        handle.elementOfOutcome = element;
+        fill(result, recordOf(*handle.elementOutcome));
     });
 }
 
@@ -101,8 +102,8 @@ std::int32_t KVR_CALL kvr_session_get_element_error(kvr_session* session, std::u
                                                     kvr_error* error) {
     return ask(session, [&](KvCSessionHandle& handle) {
         requireIndex(element, handle.plan().elements.size());
-        handle.erroneous = handle.session().outcomeOf(element);
-        fill(error, recordOf(itemOf(handle.erroneous.errors, index)));
+        handle.require(handle.elementOutcome && handle.elementOfOutcome == element);
+        fill(error, recordOf(itemOf(handle.elementOutcome->errors, index)));
     });
 }
 
@@ -127,13 +128,20 @@ std::int32_t KVR_CALL kvr_session_get_verified(kvr_session* session, std::uint32
     });
 }
 
+std::int32_t KVR_CALL kvr_session_get_look_error(kvr_session* session, std::uint32_t index, kvr_error* error) {
+    return ask(session, [&](const KvCSessionHandle& handle) {
+        fill(error, recordOf(itemOf(handle.verification().look.errors, index)));
+    });
+}
+
 std::int32_t KVR_CALL kvr_session_get_document(kvr_session* session, std::uint32_t kind, const char** text) {
     return guarded([&] {
         const auto handle = objectOf<KvCSessionHandle>(session);
         requireOut(text);
-        std::optional<std::string> document = handle->document(kind);
+        std::string reason;
+        std::optional<std::string> document = handle->document(kind, reason);
         handle->documentText = document ? std::move(*document) : std::string();
         *text = handle->documentText.c_str();
-        return document ? KVR_SUCCESS : KVR_FAILED;
+        return document ? KVR_SUCCESS : failed(reason.c_str());
     });
 }

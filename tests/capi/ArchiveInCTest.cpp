@@ -118,6 +118,9 @@ TEST_F(ArchiveInC, ChangesAreThoseFromTheOlderArchive) {
     EXPECT_EQ(change.element_id, 1U);
     EXPECT_THAT(document(KVR_DOCUMENT_COMPARE), HasSubstr(R"("name": "kvreflash.compare")"));
     EXPECT_EQ(kvr_archive_get_change(before, 0, &change), KVR_ERROR_ORDER);
+    older.folder().write("archive.json", "{");
+    EXPECT_EQ(kvr_archive_compare(archive(), before, &places), KVR_FAILED);
+    EXPECT_STRNE(kvr_last_error(), "");
     EXPECT_EQ(kvr_archive_free(before), KVR_SUCCESS);
     EXPECT_EQ(kvr_archive_compare(archive(), before, &places), KVR_ERROR_ARGUMENT);
 }

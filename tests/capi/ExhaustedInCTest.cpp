@@ -48,7 +48,7 @@ protected:
 
 TEST_F(ExhaustedInC, NothingIsThrownAndNothingStaysHeld) {
     serve();
-    const std::uint32_t step = numberFromEnvironment("KV_SWEEP_STRIDE", 23);
+    const std::uint32_t step = numberFromEnvironment("KV_SWEEP_STRIDE", 5);
     for (const FailingMemory::Exhaustion exhaustion :
          {FailingMemory::Exhaustion::once, FailingMemory::Exhaustion::lasting}) {
         std::size_t number = 1;

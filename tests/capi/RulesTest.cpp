@@ -46,6 +46,7 @@ std::vector<std::int32_t> callWith(kvr_session* handle) {
             kvr_session_get_element_error(handle, 0, 0, &error),
             kvr_session_get_verification(handle, &verification),
             kvr_session_get_verified(handle, 0, &verified),
+            kvr_session_get_look_error(handle, 0, &error),
             kvr_session_get_document(handle, KVR_DOCUMENT_PLAN, &text)};
 }
 
@@ -168,7 +169,7 @@ TEST_F(RulesOfC, ACallbackMayAskAndNothingElse) {
     const std::int32_t no = KVR_ERROR_ORDER;
     const std::int32_t none = KVR_ERROR_ARGUMENT; // there are no faults, no errors
     EXPECT_THAT(results, testing::ElementsAre(no, no, no, no, no, 0, no, no, 0, 0, 0, 0, 0, 0, none, none, 0, none, no,
-                                              no, 0, no));
+                                              no, no, 0, no));
     EXPECT_EQ(outcome().failure, static_cast<std::uint32_t>(KVR_FAILURE_STOPPED));
 }
 
@@ -205,6 +206,14 @@ TEST_F(RulesOfC, CodesAreTheWordsOfDocuments) {
         EXPECT_STREQ(kvr_code(enumeration, 1000), "") << enumeration;
     }
     EXPECT_STREQ(kvr_code(1000, 0), "");
+    EXPECT_EQ(kvr_exit_code(KVR_FAILURE_NONE), 0U);
+    EXPECT_EQ(kvr_exit_code(KVR_FAILURE_STALE), 9U);
+    EXPECT_EQ(kvr_exit_code(1000), 1U);
+    EXPECT_STREQ(kvr_code(KVR_CODE_REASON, KVR_REASON_IN_DOUBT), "in-doubt");
+    EXPECT_STREQ(kvr_code(KVR_CODE_REASON, KVR_REASON_CARRIER_BOARD_MISSING), "carrier-board-missing");
+    EXPECT_STREQ(kvr_code(KVR_CODE_FAILED_CALL, KVR_FAILED_CALL_WRITE_FILE), "write-file");
+    EXPECT_STREQ(kvr_code(KVR_CODE_SEAL, KVR_SEAL_SIGNED_BY_STRANGER), "signed-by-stranger");
+    EXPECT_STREQ(kvr_code(KVR_CODE_CHANGE, KVR_CHANGE_DOWN), "down");
     EXPECT_EQ(kvr_abi_version(), KVR_ABI_VERSION);
     EXPECT_STRNE(kvr_version(), "");
 }

@@ -75,7 +75,9 @@ TEST_F(UpdateInC, AFailureHasItsClassItsReasonAndItsErrors) {
     EXPECT_EQ(failed.result, static_cast<std::uint32_t>(KVR_RESULT_FAILED));
     EXPECT_STRNE(failed.reason, "");
     ASSERT_GE(failed.errors, 1U);
+    EXPECT_EQ(failed.failed_call, static_cast<std::uint32_t>(KVR_FAILED_CALL_UPDATE2));
     auto error = sized<kvr_error>();
+    EXPECT_EQ(kvr_session_get_element_error(session, 1, 0, &error), KVR_ERROR_ORDER);
     ASSERT_EQ(kvr_session_get_element_error(session, 0, 0, &error), KVR_SUCCESS);
     EXPECT_EQ(error.code, 0x2FFFU);
     EXPECT_STREQ(error.text, "Fault at update2.");
@@ -92,6 +94,28 @@ TEST_F(UpdateInC, ATargetThatIsNotThereIsAFailureOfItsClass) {
     auto none = sized<kvr_plan>();
     EXPECT_EQ(kvr_session_get_plan(session, &none), KVR_ERROR_ORDER);
     EXPECT_EQ(kvr_session_run(session), KVR_ERROR_ORDER);
+}
+
+TEST_F(UpdateInC, FiltersThatLetNothingThroughAreAFailure) {
+    serve();
+    options.board_types = "NODE";
+    EXPECT_EQ(prepare(), KVR_SUCCESS);
+    close();
+    options.element_names = "Three";
+    EXPECT_EQ(prepare(), KVR_FAILED);
+    EXPECT_EQ(outcome().failure, static_cast<std::uint32_t>(KVR_FAILURE_SELECTION));
+    EXPECT_EQ(outcome().exit_code, 8U);
+    EXPECT_EQ(kvr_session_run(session), KVR_ERROR_ORDER);
+}
+
+TEST_F(UpdateInC, APlanWhoseFilesCannotBeReadIsNotSaved) {
+    serve();
+    ASSERT_EQ(prepare(), KVR_SUCCESS);
+    archive.removeFile("node2.bin");
+    const char* text = nullptr;
+    EXPECT_EQ(kvr_session_get_document(session, KVR_DOCUMENT_SAVED_PLAN, &text), KVR_FAILED);
+    EXPECT_STREQ(text, "");
+    EXPECT_STREQ(kvr_last_error(), "the update file 'node2.bin' cannot be read");
 }
 
 TEST_F(UpdateInC, ElementsAreLeftOutByTheirNames) {
@@ -221,6 +245,7 @@ TEST_F(UpdateInC, ARunIsRememberedAndGoesOn) {
     EXPECT_EQ(kvr_runs_get_document(runs, nullptr, &text), KVR_SUCCESS);
     EXPECT_THAT(text, HasSubstr(R"("name": "kvreflash.history")"));
     EXPECT_EQ(kvr_runs_get_document(runs, "none of this name", &text), KVR_FAILED);
+    EXPECT_STREQ(kvr_last_error(), "there is no run 'none of this name' that can be read");
     EXPECT_EQ(kvr_runs_get(runs, 1, &run), KVR_ERROR_ARGUMENT);
     EXPECT_EQ(kvr_runs_free(runs), KVR_SUCCESS);
 

@@ -1,4 +1,4 @@
-#include "ElementRecords.h"
+#include "ClientRecords.h"
 
 #include <algorithm>
 #include <optional>
