@@ -5,7 +5,7 @@ import unittest
 
 import kvreflash
 import support
-from kvreflash import ArchiveDocument, Failure, Severity
+from kvreflash import ArchiveDocument, ChangeKind, Failure, Seal, Severity
 from support import ScratchTest
 
 
@@ -62,16 +62,16 @@ class ArchiveTest(ScratchTest):
     def test_a_comparison_states_all_places(self):
         newer = self.open(self.copy_archive(raise_version))
         changes = newer.compare(self.open())
-        self.assertEqual([(change.version_before, change.version_after) for change in changes if change.change == "up"],
-                         [("5.0.1", "6.0")])
-        removed, = [change for change in changes if change.change == "removed"]
+        raised, = [change for change in changes if change.change == ChangeKind.UP]
+        self.assertEqual((raised.version_before, raised.version_after), ("5.0.1", "6.0"))
+        removed, = [change for change in changes if change.change == ChangeKind.REMOVED]
         self.assertEqual((removed.board_type, removed.version_after), ("QB4120", None))
-        self.assertIn("same", {change.change for change in changes})
+        self.assertIn(ChangeKind.SAME, {change.change for change in changes})
 
     def test_a_comparison_with_a_refused_archive_raises(self):
         with self.assertRaises(kvreflash.ArchiveRefused) as caught:
             self.open().compare(self.open(self.scratch))
-        self.assertTrue(caught.exception.message)
+        self.assertIn("archive.json", caught.exception.message)
 
     def test_documents_are_those_of_the_tool(self):
         archive = self.open()
@@ -114,7 +114,7 @@ class SealedArchiveTest(ScratchTest):
     def test_a_sealed_archive_states_its_manifest(self):
         with kvreflash.Archive(self.folder, release=True) as archive:
             content = archive.content()
-        self.assertEqual(content.seal, "sealed")
+        self.assertEqual(content.seal, Seal.SEALED)
         self.assertRegex(content.manifest_digest, "^[0-9a-f]{64}$")
         self.assertRegex(content.created, r"^\d{4}-\d\d-\d\dT")
         self.assertIsNone(content.signer)
@@ -144,7 +144,7 @@ class SealedArchiveTest(ScratchTest):
         trust.mkdir()
         (trust / "allowed_signers").write_text("", encoding="utf-8")
         with kvreflash.Archive(self.folder, trust_folder=trust, accept_unsealed=True) as archive:
-            self.assertEqual(archive.content().seal, "sealed")
+            self.assertEqual(archive.content().seal, Seal.SEALED)
 
     def test_a_description_of_another_name_is_read(self):
         folder = self.copy_archive()

@@ -5,7 +5,7 @@ import unittest
 
 import kvreflash
 import support
-from kvreflash import Mode
+from kvreflash import FailedCall, Mode, Result
 from support import ONE, ScratchTest
 
 
@@ -90,6 +90,10 @@ class FailureTest(ScratchTest):
         self.assert_fails(kvreflash.TargetNotSupported, 2, session.prepare)
         self.assertFalse(session.plan().supported)
 
+    def test_a_filter_that_lets_nothing_through(self):
+        self.serve()
+        self.assert_fails(kvreflash.SelectionFailed, 8, self.session(serial_numbers=[1]).prepare)
+
     def test_a_disabled_element_that_does_not_exist(self):
         self.serve()
         session = self.prepared()
@@ -120,7 +124,7 @@ class FailureTest(ScratchTest):
         session = self.prepared(**ONE)
         self.assert_fails(kvreflash.ElementsFailed, 1, session.run)
         result = session.outcome().results[0]
-        self.assertEqual((result.result, result.failed_call), (kvreflash.Result.FAILED, "update-errors"))
+        self.assertEqual((result.result, result.failed_call), (Result.FAILED, FailedCall.UPDATE_ERRORS2))
         self.assertEqual(result.errors, (kvreflash.TargetError(32786, "Refused.", 2815, "check", 21),))
 
     def test_errors_of_no_element(self):
@@ -143,6 +147,23 @@ class FailureTest(ScratchTest):
         self.assert_fails(kvreflash.VerificationFailed, 6, verification.raise_for_failure)
         session.reboot()
 
+    def test_a_target_that_cannot_be_looked_at(self):
+        self.serve({"call": "scan", "occurrence": 2, "errors": [{"code": 9, "text": "Busy."}]})
+        session = self.prepared(**ONE)
+        session.run()
+        verification = session.verify()
+        self.assertEqual([(error.code, error.text) for error in verification.errors], [(9, "Busy.")])
+        self.assert_fails(kvreflash.VerificationFailed, 6, verification.raise_for_failure)
+
+    def test_a_plan_that_cannot_be_saved(self):
+        self.serve()
+        archive = self.copy_archive()
+        session = self.prepared(archive=archive)
+        (archive / "qb4120-ipl.kfw").unlink()
+        failure = self.assert_fails(kvreflash.ArchiveRefused, 3,
+                                    lambda: session.document(kvreflash.Document.SAVED_PLAN))
+        self.assertIn("qb4120-ipl.kfw", failure.message)
+
     def test_a_journal_that_cannot_be_written(self):
         self.serve()
         self.journal.write_text("a file\n", encoding="utf-8")
@@ -156,9 +177,9 @@ class FailureTest(ScratchTest):
         self.assert_fails(kvreflash.ElementsFailed, 1, outcome.raise_for_failure)
 
     def test_a_class_of_failures_that_is_not_known(self):
-        failure = kvreflash.failures.failed(kvreflash.Failure(77), "new", exit_code=1)
+        failure = kvreflash.failures.failed(kvreflash.Failure(77), "new")
         self.assertIs(type(failure), kvreflash.OperationFailed)
-        self.assertEqual(failure.failure, 77)
+        self.assertEqual((failure.failure, failure.exit_code), (77, 1))
 
 
 class CallErrorTest(unittest.TestCase):

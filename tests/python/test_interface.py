@@ -21,7 +21,8 @@ CONSTANTS = set(re.findall(r"^ +(KVR_\w+) = ", HEADER, re.MULTILINE))
 
 ENUMERATIONS = {
     "MODE": enums.Mode, "UNLISTED": enums.UnlistedFiles, "STOP": enums.StopRequest, "FAILURE": enums.Failure,
-    "EVENT": enums.EventKind, "STAGE": enums.Stage, "RESULT": enums.Result, "VERIFIED": enums.Verified,
+    "EVENT": enums.EventKind, "REASON": enums.Reason, "STAGE": enums.Stage, "RESULT": enums.Result,
+    "VERIFIED": enums.Verified, "FAILED_CALL": enums.FailedCall, "SEAL": enums.Seal, "CHANGE": enums.ChangeKind,
     "RUN": enums.RunState, "DOCUMENT": list(enums.Document) + list(enums.ArchiveDocument), "CODE": enums.Code,
 }
 OTHERS = {"KVR_SUCCESS": 0, "KVR_FAILED": 1, "KVR_UNSUPPORTED": 2, "KVR_ERROR_ARGUMENT": -1, "KVR_ERROR_MEMORY": -2,
@@ -117,6 +118,10 @@ class EnumerationTest(unittest.TestCase):
         self.assertEqual(enums.Failure.NONE.word, "none")
         self.assertEqual(enums.Stage.PHASES_RUN.word, "phases-run")
         self.assertEqual(enums.RunState.BROKEN_OFF.word, "broken-off")
+        self.assertEqual(enums.Reason.UP_TO_DATE.word, "up-to-date")
+        self.assertEqual(enums.FailedCall.WRITE_FILE.word, "write-file")
+        self.assertEqual(enums.Seal.NONE.word, "unsealed")
+        self.assertEqual(enums.ChangeKind.REMOVED.word, "removed")
         self.assertEqual(enums.Mode.UPDATE.word, "")
 
 

@@ -10,7 +10,7 @@ from unittest import mock
 
 import kvreflash
 import support
-from kvreflash import EventKind, Failure, Mode, Result, Stage, StopRequest, Verified
+from kvreflash import EventKind, Failure, Mode, Reason, Result, Stage, StopRequest, Verified
 from support import ONE, ScratchTest, hold_until_stopped
 
 
@@ -33,7 +33,7 @@ class PlanTest(ScratchTest):
         self.assertEqual((firmware.checksum, firmware.available_checksum), (1146530310, 947785106))
         self.assertEqual((firmware.valid, firmware.active, firmware.phase, firmware.updated), (True, True, 3, True))
         self.assertEqual((plan.elements[3].phase, plan.elements[3].updated), (None, False))
-        self.assertEqual(firmware.reasons, ("version-differs", "checksum-differs"))
+        self.assertEqual(firmware.reasons, (Reason.VERSION_DIFFERS, Reason.CHECKSUM_DIFFERS))
         self.assertEqual(plan.entries[firmware.entry].file_name, "qb4120-firmware.kfw")
 
     def test_what_is_not_known_is_none(self):
@@ -57,11 +57,11 @@ class PlanTest(ScratchTest):
         self.assertEqual(lists.elements, texts.elements)
 
     def test_options_reach_the_library(self):
-        self.assertEqual(self.session(force=True).prepare().elements[3].reasons, ("forced",))
+        self.assertEqual(self.session(force=True).prepare().elements[3].reasons, (Reason.FORCED,))
         configuration = self.session(configuration=True).prepare()
         self.assertEqual(configuration.elements[0].name, "UserSettings")
         unlisted = self.session(unlisted_files=kvreflash.UnlistedFiles.NEVER).prepare()
-        self.assertEqual(unlisted.elements[25].reasons, ("unlisted-left-out",))
+        self.assertEqual(unlisted.elements[25].reasons, (Reason.UNLISTED_LEFT_OUT,))
 
     def test_a_disabled_element_is_left_out(self):
         session = self.prepared()
@@ -69,7 +69,7 @@ class PlanTest(ScratchTest):
                      "config/net/network.ini"):
             session.disable(name)
         elements = session.plan().elements
-        self.assertEqual([element.index for element in elements if "disabled" in element.reasons], [0, 1, 2, 25])
+        self.assertEqual([element.index for element in elements if Reason.DISABLED in element.reasons], [0, 1, 2, 25])
         self.assertTrue(all(elements[index].disabled for index in (0, 1, 2, 25)))
         self.assertEqual(len(session.plan().changes), 16)
 

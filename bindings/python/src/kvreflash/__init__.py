@@ -21,8 +21,8 @@ QB4120 (A), SN 2815, Bootloader: 5.0 -> 5.0.1
 from . import emulation
 from ._library import version
 from .archive import Archive, ArchiveContent, Change, Finding
-from .enums import (ArchiveDocument, Document, EventKind, Failure, Mode, Result, RunState, Severity, Stage, StopRequest,
-                    UnlistedFiles, Verified)
+from .enums import (ArchiveDocument, ChangeKind, Document, EventKind, FailedCall, Failure, Mode, Reason, Result,
+                    RunState, Seal, Severity, Stage, StopRequest, UnlistedFiles, Verified)
 from .errors import (ArgumentError, CallError, EmulationError, KvReflashError, LibraryNotLoaded, OrderError,
                      OutOfMemoryError, VersionError)
 from .events import NO_PHASE, Event
@@ -36,11 +36,11 @@ from .session import Session
 
 __all__ = [
     "Archive", "ArchiveContent", "ArchiveDocument", "ArchiveRefused", "ArgumentError", "CallError", "Change",
-    "Document", "Element", "ElementResult", "ElementsFailed", "EmulationError", "Entry", "ErrorsReported", "Event",
-    "EventKind", "Failure", "Finding", "KvReflashError", "LibraryNotLoaded", "Mode", "NO_PHASE", "OperationFailed",
-    "OrderError", "OutOfMemoryError", "Outcome", "OutputFailed", "Plan", "PlanStale", "RebootFailed", "Result", "Run",
-    "RunState", "SavedPlan", "SelectionFailed", "Session", "Severity", "Stage", "StopRequest", "Stopped",
-    "TargetError", "TargetFailed", "TargetLocked", "TargetNotSupported", "UnlistedFiles", "Verification",
-    "VerificationFailed", "Verified", "VerifiedElement", "VersionError", "emulation", "history_document",
-    "read_saved_plan", "run_document", "runs", "version",
+    "ChangeKind", "Document", "Element", "ElementResult", "ElementsFailed", "EmulationError", "Entry", "ErrorsReported",
+    "Event", "EventKind", "FailedCall", "Failure", "Finding", "KvReflashError", "LibraryNotLoaded", "Mode", "NO_PHASE",
+    "OperationFailed", "OrderError", "OutOfMemoryError", "Outcome", "OutputFailed", "Plan", "PlanStale", "Reason",
+    "RebootFailed", "Result", "Run", "RunState", "SavedPlan", "Seal", "SelectionFailed", "Session", "Severity", "Stage",
+    "StopRequest", "Stopped", "TargetError", "TargetFailed", "TargetLocked", "TargetNotSupported", "UnlistedFiles",
+    "Verification", "VerificationFailed", "Verified", "VerifiedElement", "VersionError", "emulation",
+    "history_document", "read_saved_plan", "run_document", "runs", "version",
 ]

@@ -58,6 +58,7 @@ PARAMETERS = {
     "kvr_session_get_element_error": (_HANDLE, c_uint32, c_uint32, POINTER(records.Error)),
     "kvr_session_get_verification": (_HANDLE, POINTER(records.Verification)),
     "kvr_session_get_verified": (_HANDLE, c_uint32, POINTER(records.VerifiedElement)),
+    "kvr_session_get_look_error": (_HANDLE, c_uint32, POINTER(records.Error)),
     "kvr_session_get_document": (_HANDLE, c_uint32, _OUT_TEXT),
     "kvr_archive_create": (POINTER(records.ArchiveOptions), _OUT_HANDLE),
     "kvr_archive_free": (_HANDLE,),
@@ -82,6 +83,7 @@ OTHER_FUNCTIONS = {
     "kvr_version": (c_char_p, ()),
     "kvr_last_error": (c_char_p, ()),
     "kvr_code": (c_char_p, (c_uint32, c_uint32)),
+    "kvr_exit_code": (c_uint32, (c_uint32,)),
 }
 
 EMULATION_FUNCTIONS = {
@@ -161,7 +163,7 @@ def call(name: str, *arguments: object) -> int:
 
 
 def last_error() -> str:
-    """Why the last call of this thread has failed."""
+    """Why the last call of this thread has failed; functions that return FAILED state whether it is known here."""
     return decoded(libraries().product.kvr_last_error())
 
 
@@ -189,6 +191,12 @@ def answer(name: str, *arguments: object) -> Tuple[int, str]:
 def text(name: str, *arguments: object) -> str:
     """The text that a function gives."""
     return answer(name, *arguments)[1]
+
+
+def exit_code(failure: int) -> int:
+    """The exit code of the console tool for a failure."""
+    code: int = libraries().product.kvr_exit_code(failure)
+    return code
 
 
 def word(code: int, value: int) -> str:

@@ -13,7 +13,7 @@ from typing import Any, Optional, Tuple, Type
 from . import _library
 from . import _records as records
 from ._library import PathText, decoded, encoded, known
-from .enums import ArchiveDocument, Code, Failure, SessionFlag, Severity
+from .enums import ArchiveDocument, ChangeKind, Failure, Seal, SessionFlag, Severity
 from .failures import ArchiveRefused, failed
 from .plans import Entry, entry_of
 
@@ -31,8 +31,8 @@ class ArchiveContent:
     product_name: Optional[str]
     format_version: Optional[str]
     archive_variant: Optional[str]
-    seal: str
-    """"unsealed", "sealed", "signed-by-stranger" or "trusted"; looked at with a trust folder or ``release`` only."""
+    seal: Seal
+    """Looked at with a trust folder or ``release`` only."""
     manifest_digest: Optional[str]
     """SHA-256 of the manifest in hexadecimal digits."""
     created: Optional[str]
@@ -66,8 +66,7 @@ class Finding:
 class Change:
     """A place, on boards of a type, for which one of two archives has an entry."""
 
-    change: str
-    """"same", "added", "removed", "up", "down" or "changed"."""
+    change: ChangeKind
     board_type: str
     element_id: Optional[int]
     """None for a file."""
@@ -138,12 +137,12 @@ class Archive:
             failure=Failure(record.failure), message=decoded(record.message),
             archive_name=known(record.archive_name), archive_version=known(record.archive_version),
             product_name=known(record.product_name), format_version=known(record.format_version),
-            archive_variant=known(record.archive_variant), seal=_library.word(Code.SEAL, record.seal),
+            archive_variant=known(record.archive_variant), seal=Seal(record.seal),
             manifest_digest=known(record.manifest_digest), created=known(record.created),
             signer=known(record.signer), key_fingerprint=known(record.key_fingerprint),
             entries=tuple(entry_of("kvr_archive_get_entry", self._handle, index) for index in range(record.entries)))
         if check and content.failure != Failure.NONE:
-            raise failed(content.failure, content.message, exit_code=3)
+            raise failed(content.failure, content.message)
         return content
 
     def check(self) -> Tuple[Finding, ...]:
@@ -157,13 +156,13 @@ class Archive:
 
         >>> import kvreflash
         >>> with kvreflash.Archive(archive) as newer, kvreflash.Archive(archive) as older:
-        ...     sorted({place.change for place in newer.compare(older)})
-        ['same']
+        ...     {place.change for place in newer.compare(older)}
+        {<ChangeKind.SAME: 0>}
         """
         places = c_uint32()
         result = _library.call("kvr_archive_compare", self._handle, older._handle, byref(places))
         if result != _library.SUCCESS:
-            raise ArchiveRefused(self.json(ArchiveDocument.COMPARE)["message"], exit_code=3)
+            raise ArchiveRefused(_library.last_error())
         return tuple(self._change(index) for index in range(places.value))
 
     def document(self, kind: ArchiveDocument) -> str:
@@ -182,7 +181,7 @@ class Archive:
 
     def _change(self, index: int) -> Change:
         record = _library.filled("kvr_archive_get_change", records.Change, self._handle, index)
-        return Change(change=_library.word(Code.CHANGE, record.change), board_type=decoded(record.board_type),
+        return Change(change=ChangeKind(record.change), board_type=decoded(record.board_type),
                       element_id=record.element_id or None, target_path=known(record.target_path),
                       version_before=known(record.version_before), version_after=known(record.version_after),
                       content_changed=bool(record.content_changed), rules_changed=bool(record.rules_changed),

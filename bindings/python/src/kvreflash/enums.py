@@ -125,6 +125,39 @@ class EventKind(OpenEnum):
     """Goes to ``on_message`` and never to ``on_event``."""
 
 
+class Reason(OpenEnum):
+    """Reasons for an update, up to FORCED and CONTENT_DIFFERS, and against it."""
+
+    VERSION_DIFFERS = 0
+    CHECKSUM_DIFFERS = 1
+    INVALID = 2
+    """The installed image is not valid."""
+    INACTIVE = 3
+    """The installed image is not active."""
+    FORCED = 4
+    """It is up to date, and ``force`` is given."""
+    UP_TO_DATE = 5
+    NEWER_INSTALLED = 6
+    """The entry is for upgrades only."""
+    NO_ENTRY = 7
+    FEATURE_LEVEL = 8
+    """Only an entry matches that this library must ignore."""
+    CUSTOM_LEFT_OUT = 9
+    DISABLED = 10
+    CARRIER_BOARD_MISSING = 11
+    DOWNGRADE_LEFT_OUT = 12
+    CONTENT_DIFFERS = 13
+    """Of a file: the journal does not have this content."""
+    UNLISTED_LEFT_OUT = 14
+    """A file that the inventory does not list."""
+    WRITTEN_BEFORE = 15
+    """Of a file: the journal has this content."""
+    DONE_BEFORE = 16
+    """The run that goes on has installed it."""
+    IN_DOUBT = 17
+    """It was in progress when that run broke off; ``redo`` updates it again."""
+
+
 class Stage(OpenEnum):
     """How far a session came. Each value includes those before it."""
 
@@ -154,6 +187,17 @@ class Result(OpenEnum):
     """The session ended while it was under way."""
 
 
+class FailedCall(OpenEnum):
+    """Calls of the device access libraries that make an element fail."""
+
+    NONE = 0
+    TRANSFER_FILE = 1
+    UPDATE2 = 2
+    UPDATE_STATUS2 = 3
+    UPDATE_ERRORS2 = 4
+    WRITE_FILE = 5
+
+
 class Verified(OpenEnum):
     """Judgements on elements."""
 
@@ -175,6 +219,33 @@ class Severity(OpenEnum):
     ERROR = 0
     """The archive is refused for it."""
     WARNING = 1
+
+
+class Seal(OpenEnum):
+    """How far the content of an archive is vouched for."""
+
+    NONE = 0
+    """It has no manifest."""
+    SEALED = 1
+    """It is what its manifest says; nobody has signed that."""
+    SIGNED_BY_STRANGER = 2
+    """By a key that is not trusted here."""
+    TRUSTED = 3
+    """By somebody who is trusted."""
+
+
+class ChangeKind(OpenEnum):
+    """Changes from an older archive."""
+
+    SAME = 0
+    ADDED = 1
+    """Only the new archive has an entry."""
+    REMOVED = 2
+    """Only the old archive has an entry."""
+    UP = 3
+    DOWN = 4
+    CHANGED = 5
+    """The versions are equal or not known, and something else differs."""
 
 
 class RunState(OpenEnum):
@@ -247,8 +318,12 @@ class Code(enum.IntEnum):
 _CODES = {
     "Failure": Code.FAILURE,
     "Stage": Code.STAGE,
+    "Reason": Code.REASON,
     "Result": Code.RESULT,
     "Verified": Code.VERIFIED,
+    "FailedCall": Code.FAILED_CALL,
     "Severity": Code.SEVERITY,
+    "Seal": Code.SEAL,
+    "ChangeKind": Code.CHANGE,
     "RunState": Code.RUN_STATE,
 }

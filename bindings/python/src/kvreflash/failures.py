@@ -13,6 +13,7 @@ from __future__ import annotations
 
 from typing import Dict, Optional, Sequence, Tuple, Type
 
+from . import _library
 from .enums import Failure
 from .errors import KvReflashError
 
@@ -22,14 +23,14 @@ class OperationFailed(KvReflashError):
 
     failure = Failure.NONE
 
-    def __init__(self, message: str, *, failure: Optional[Failure] = None, retryable: bool = False, exit_code: int = 1,
+    def __init__(self, message: str, *, failure: Optional[Failure] = None, retryable: bool = False,
                  faults: Sequence[str] = ()) -> None:
         super().__init__(message)
         if failure is not None:
             self.failure = failure
         self.retryable = retryable
         """The same may succeed if it is tried again."""
-        self.exit_code = exit_code
+        self.exit_code = _library.exit_code(self.failure)
         """With which the console tool ends after this failure."""
         self.faults: Tuple[str, ...] = tuple(faults)
         """One sentence for each difference to a saved plan, or for each unusable update file."""
@@ -114,8 +115,8 @@ _CLASSES: Dict[Failure, Type[OperationFailed]] = {
 }
 
 
-def failed(failure: Failure, message: str, *, retryable: bool = False, exit_code: int = 1,
+def failed(failure: Failure, message: str, *, retryable: bool = False,
            faults: Sequence[str] = ()) -> OperationFailed:
     """The exception for a failure."""
     kind = _CLASSES.get(failure, OperationFailed)
-    return kind(message, failure=failure, retryable=retryable, exit_code=exit_code, faults=faults)
+    return kind(message, failure=failure, retryable=retryable, faults=faults)

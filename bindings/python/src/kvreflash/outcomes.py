@@ -9,7 +9,7 @@ from typing import Optional, Tuple
 from . import _library
 from . import _records as records
 from ._library import decoded, known
-from .enums import Code, Failure, Result, Stage, Verified
+from .enums import FailedCall, Failure, Result, Stage, Verified
 from .errors import OrderError
 from .failures import OperationFailed, failed
 
@@ -37,8 +37,8 @@ class ElementResult:
     result: Result
     reason: str
     """Why it failed or was not started; empty otherwise."""
-    failed_call: Optional[str]
-    """Word for the call that has failed, such as "transfer-file"."""
+    failed_call: FailedCall
+    """The call that has failed."""
     state: Optional[int]
     """Last answer of the target: 1 running, 2 succeeded, anything else failed. None: it was not asked."""
     file_changed: bool
@@ -74,8 +74,7 @@ class Outcome:
 
     def failure_exception(self) -> OperationFailed:
         """The exception for this failure."""
-        return failed(self.failure, self.message, retryable=self.retryable, exit_code=self.exit_code,
-                      faults=self.faults)
+        return failed(self.failure, self.message, retryable=self.retryable, faults=self.faults)
 
     def raise_for_failure(self) -> None:
         """Raises the exception for this failure; does nothing after a success."""
@@ -105,8 +104,8 @@ class Verification:
     failure: Failure
     message: str
     """Why it failed; empty otherwise."""
-    errors: int
-    """Number of errors that the look has collected."""
+    errors: Tuple[TargetError, ...]
+    """Those that the look has collected."""
     elements: Tuple[VerifiedElement, ...]
     """Those that were judged."""
 
@@ -118,7 +117,7 @@ class Verification:
     def raise_for_failure(self) -> None:
         """Raises the exception for this failure; does nothing after a success."""
         if not self.succeeded:
-            raise failed(self.failure, self.message, exit_code=6 if self.failure == Failure.VERIFICATION else 1)
+            raise failed(self.failure, self.message)
 
 
 def outcome_of(session: Optional[c_void_p]) -> Outcome:
@@ -139,7 +138,8 @@ def outcome_of(session: Optional[c_void_p]) -> Outcome:
 def verification_of(session: Optional[c_void_p]) -> Verification:
     """The last verification of a session."""
     record = _library.filled("kvr_session_get_verification", records.Verification, session)
-    return Verification(failure=Failure(record.failure), message=decoded(record.message), errors=record.errors,
+    return Verification(failure=Failure(record.failure), message=decoded(record.message),
+                        errors=_errors_of(record.errors, "kvr_session_get_look_error", session),
                         elements=tuple(_verified_of(session, index) for index in range(record.elements)))
 
 
@@ -162,12 +162,11 @@ def _error_from(record: records.Error) -> TargetError:
 
 def _result_of(session: Optional[c_void_p], index: int) -> ElementResult:
     record = _library.filled("kvr_session_get_result", records.ElementResult, session, index)
-    failed_call = _library.word(Code.FAILED_CALL, record.failed_call)
     return ElementResult(
         element=index,
         result=Result(record.result),
         reason=decoded(record.reason),
-        failed_call=None if failed_call == "none" else failed_call,
+        failed_call=FailedCall(record.failed_call),
         state=record.state if record.known & records.KNOWS_STATE else None,
         file_changed=bool(record.file_changed),
         errors=_errors_of(record.errors, "kvr_session_get_element_error", session, index))

@@ -9,7 +9,7 @@ from typing import Optional, Tuple
 from . import _library
 from . import _records as records
 from ._library import decoded, known
-from .enums import Code
+from .enums import Reason
 from .failures import PlanStale
 
 
@@ -81,13 +81,13 @@ class Element:
     updated: bool
     """It takes part in the update."""
     disabled: bool
-    """It takes no part in the update. An element without an entry need not be disabled."""
+    """It takes no part: it was left out, or is up to date."""
     up_to_date: bool
     """The archive has nothing else for it."""
     downgrade: bool
     """The archive has a lower version than is installed."""
-    reasons: Tuple[str, ...]
-    """Words for or against the update, such as "version-differs"; docs/documents.md lists them."""
+    reasons: Tuple[Reason, ...]
+    """Reasons for or against the update."""
 
 
 @dataclass(frozen=True)
@@ -149,7 +149,7 @@ def read_saved_plan(content: str) -> SavedPlan:
     """
     record = records.SavedPlan()
     if _library.call("kvr_read_saved_plan", _library.encoded(content), byref(record)) != _library.SUCCESS:
-        raise PlanStale(_library.last_error(), exit_code=9)
+        raise PlanStale(_library.last_error())
     return SavedPlan(id=decoded(record.id), time=decoded(record.time), target=decoded(record.target),
                      target_address=decoded(record.target_address), archive=decoded(record.archive),
                      tool_version=decoded(record.tool_version), changes=record.changes)
@@ -181,8 +181,8 @@ def entry_of(function: str, handle: Optional[c_void_p], index: int) -> Entry:
                  sequence=record.sequence, upgrade_only=bool(record.upgrade_only))
 
 
-def _reasons_of(session: Optional[c_void_p], element: int, count: int) -> Tuple[str, ...]:
-    return tuple(_library.word(Code.REASON, _library.number("kvr_session_get_reason", session, element, index))
+def _reasons_of(session: Optional[c_void_p], element: int, count: int) -> Tuple[Reason, ...]:
+    return tuple(Reason(_library.number("kvr_session_get_reason", session, element, index))
                  for index in range(count))
 
 

@@ -2,7 +2,6 @@
 
 from __future__ import annotations
 
-import json
 from contextlib import contextmanager
 from ctypes import byref, c_uint32
 from dataclasses import dataclass
@@ -71,12 +70,12 @@ def history_document(journal_folder: PathText) -> str:
 def run_document(journal_folder: PathText, run: str) -> str:
     """The document of the run of this id. Raises :class:`SelectionFailed` if there is none, or it cannot be read."""
     if not run:
-        raise SelectionFailed("no run is named", exit_code=8)
+        raise SelectionFailed("no run is named")
     with _journal(journal_folder) as (handle, _count):
         result, text = _library.answer("kvr_runs_get_document", handle, encoded(run))
-    if result != _library.SUCCESS:
-        raise SelectionFailed(json.loads(text)["message"], exit_code=8)
-    return text
+        if result != _library.SUCCESS:
+            raise SelectionFailed(_library.last_error())
+        return text
 
 
 @contextmanager

@@ -167,7 +167,7 @@ class Session:
         found = c_uint32()
         result = _library.call("kvr_session_disable", self._own(), encoded(str(element)), byref(found))
         if result != _library.SUCCESS:
-            raise SelectionFailed(f"'{element}' must name one element, and names {found.value}", exit_code=8)
+            raise SelectionFailed(f"'{element}' must name one element, and names {found.value}")
         self._plan = None
 
     def preflight(self, check: bool = True) -> Tuple[str, ...]:
@@ -178,7 +178,7 @@ class Session:
             return ()
         faults = self.outcome().faults
         if check:
-            raise _refused(faults)
+            raise ArchiveRefused("; ".join(faults), faults=faults)
         return faults
 
     def run(self, check: bool = True) -> Outcome:
@@ -269,7 +269,7 @@ class Session:
         """
         result, text = _library.answer("kvr_session_get_document", self._own(), kind)
         if result != _library.SUCCESS:
-            raise _refused(self.outcome().faults)
+            raise ArchiveRefused(_library.last_error())
         return text
 
     def json(self, kind: Document) -> Any:
@@ -338,10 +338,6 @@ class Session:
 
     def _known_plan(self) -> Plan:
         return self.plan() if self._plan is None else self._plan
-
-
-def _refused(faults: Tuple[str, ...]) -> ArchiveRefused:
-    return ArchiveRefused("; ".join(faults), exit_code=3, faults=faults)
 
 
 def _joined(words: Words) -> bytes:
