@@ -1,5 +1,5 @@
-/* KvReflashLib in C: update sessions with one target, archives, saved plans and the journal of runs, for programs in any
-   language.
+/* KvReflashLib in C: update sessions with one target, archives, saved plans and the journal of runs, for programs in
+   any language.
 
    The rules of this interface:
 
@@ -18,7 +18,7 @@
    5. Lists. The items of a list are asked for by their index, from 0. An index past the end is KVR_ERROR_ARGUMENT.
    6. Threads. A handle is used by one thread at a time; what else is allowed says the function. Handles of their own
       may be used at the same time, but sessions share the list of errors of the process: an error of one makes
-      kvr_run() of the others return 1.
+      kvr_session_run() of the others return 1.
    7. Callbacks. They run on the thread that has called the function, within it. They must return, and must not free the
       handle. Of its session they may call kvr_session_get_...() and kvr_session_request_stop(). Kinds that they do not
       know are to be ignored.
@@ -57,12 +57,12 @@ extern "C" {
 /* Results. */
 enum {
     KVR_SUCCESS = 0,
-    KVR_FAILED = 1,             /* the operation has failed, and its record or document states why */
-    KVR_UNSUPPORTED = 2,        /* kvr_session_prepare(): the archive does not support the target */
-    KVR_ERROR_ARGUMENT = -1,    /* a handle, an index or a text is wrong */
-    KVR_ERROR_MEMORY = -2,      /* memory is exhausted */
-    KVR_ERROR_ORDER = -3,       /* the function must not be called now */
-    KVR_ERROR_VERSION = -4      /* a record is smaller than its first version */
+    KVR_FAILED = 1,          /* the operation has failed, and its record or document states why */
+    KVR_UNSUPPORTED = 2,     /* kvr_session_prepare(): the archive does not support the target */
+    KVR_ERROR_ARGUMENT = -1, /* a handle, an index or a text is wrong */
+    KVR_ERROR_MEMORY = -2,   /* memory is exhausted */
+    KVR_ERROR_ORDER = -3,    /* the function must not be called now */
+    KVR_ERROR_VERSION = -4   /* a record is smaller than its first version */
 };
 
 /* Handles. */
@@ -97,28 +97,29 @@ enum {
     KVR_CODE_RUN_STATE = 9
 };
 
-/* Returns the word that documents use for a value of an enumeration (KVR_CODE_...), such as "archive"; empty if there is
-   none. Lasts as long as the process. Any thread. */
+/* Returns the word that documents use for a value of an enumeration (KVR_CODE_...), such as "archive"; empty if there
+   is none. Lasts as long as the process. Any thread. */
 KVR_API const char* KVR_CALL kvr_code(uint32_t enumeration, uint32_t value);
 
 /* Classes of failures, the first one counts if several apply. */
 enum {
-    KVR_FAILURE_ARCHIVE = 0,      /* the archive was refused */
-    KVR_FAILURE_TARGET = 1,       /* the target was not reached, or cannot be scanned */
-    KVR_FAILURE_STALE = 2,        /* a saved plan, or a run that is to go on, does not hold any more */
-    KVR_FAILURE_UNSUPPORTED = 3,  /* the archive does not support the target */
-    KVR_FAILURE_SELECTION = 4,    /* a filter lets no element through, or a named element does not exist */
-    KVR_FAILURE_LOCKED = 5,       /* the target could not be locked, or its run is under way */
-    KVR_FAILURE_STOPPED = 6,      /* ended on request */
-    KVR_FAILURE_ELEMENTS = 7,     /* an element or file failed */
-    KVR_FAILURE_ERRORS = 8,       /* errors were reported */
-    KVR_FAILURE_REBOOT = 9,       /* the target was not rebooted */
+    KVR_FAILURE_ARCHIVE = 0,       /* the archive was refused */
+    KVR_FAILURE_TARGET = 1,        /* the target was not reached, or cannot be scanned */
+    KVR_FAILURE_STALE = 2,         /* a saved plan, or a run that is to go on, does not hold any more */
+    KVR_FAILURE_UNSUPPORTED = 3,   /* the archive does not support the target */
+    KVR_FAILURE_SELECTION = 4,     /* a filter lets no element through, or a named element does not exist */
+    KVR_FAILURE_LOCKED = 5,        /* the target could not be locked, or its run is under way */
+    KVR_FAILURE_STOPPED = 6,       /* ended on request */
+    KVR_FAILURE_ELEMENTS = 7,      /* an element or file failed */
+    KVR_FAILURE_ERRORS = 8,        /* errors were reported */
+    KVR_FAILURE_REBOOT = 9,        /* the target was not rebooted */
     KVR_FAILURE_VERIFICATION = 10, /* the target does not report what it should */
-    KVR_FAILURE_OUTPUT = 11,      /* something could not be written */
+    KVR_FAILURE_OUTPUT = 11,       /* something could not be written */
     KVR_FAILURE_NONE = 12
 };
 
-/* Returns the exit code of the console tool for a failure (KVR_FAILURE_...), 1 for one that is not known. Any thread. */
+/* Returns the exit code of the console tool for a failure (KVR_FAILURE_...), 1 for one that is not known. Any thread.
+ */
 KVR_API uint32_t KVR_CALL kvr_exit_code(uint32_t failure);
 
 /* --- sessions ---------------------------------------------------------------------------------------------------- */
@@ -133,16 +134,16 @@ enum {
 
 /* Bits of kvr_session_options.flags. */
 enum {
-    KVR_FORCE = 1,               /* updates elements that are up to date, too */
-    KVR_VERBOSE = 2,             /* messages with details */
-    KVR_CONFIGURATION = 4,       /* looks at configuration elements instead of the others */
-    KVR_SKIP_CUSTOM = 8,         /* leaves custom elements out */
-    KVR_NO_DOWNGRADE = 16,       /* leaves out elements for which the archive has a lower version */
-    KVR_WATCH_FILES = 32,        /* notices update files that change while they are used */
-    KVR_RELEASE = 64,            /* obeys the archive's manifest and verifies its signatures, as a trust folder does */
-    KVR_ACCEPT_UNSEALED = 128,   /* with a trust folder: accepts archives that are not sealed or signed */
-    KVR_JOURNAL_REQUIRED = 256,  /* nothing begins that cannot be written into the journal */
-    KVR_REDO = 512               /* a run that goes on: updates elements in doubt again */
+    KVR_FORCE = 1,              /* updates elements that are up to date, too */
+    KVR_VERBOSE = 2,            /* messages with details */
+    KVR_CONFIGURATION = 4,      /* looks at configuration elements instead of the others */
+    KVR_SKIP_CUSTOM = 8,        /* leaves custom elements out */
+    KVR_NO_DOWNGRADE = 16,      /* leaves out elements for which the archive has a lower version */
+    KVR_WATCH_FILES = 32,       /* notices update files that change while they are used */
+    KVR_RELEASE = 64,           /* obeys the archive's manifest and verifies its signatures, as a trust folder does */
+    KVR_ACCEPT_UNSEALED = 128,  /* with a trust folder: accepts archives that are not sealed or signed */
+    KVR_JOURNAL_REQUIRED = 256, /* nothing begins that cannot be written into the journal */
+    KVR_REDO = 512              /* a run that goes on: updates elements in doubt again */
 };
 
 /* Which files that the inventory does not list are written. */
@@ -155,28 +156,29 @@ enum {
 /* Options of a session. */
 typedef struct kvr_session_options {
     uint32_t size;
-    uint32_t mode;                  /* KVR_MODE_... */
-    uint32_t flags;                 /* KVR_FORCE and the following */
-    uint32_t unlisted_files;        /* KVR_UNLISTED_... */
-    uint32_t stall_limit;           /* gives up when nothing new shows for so many seconds; 0: never */
-    uint32_t reserved;              /* 0 */
-    const char* target;             /* IPv4 address or name of the target */
-    const char* archive;            /* folder or package of the archive */
-    const char* description;        /* file name of its description; empty: "archive.json" */
-    const char* board_types;        /* filters: words separated by commas or blanks; empty: all */
+    uint32_t mode;           /* KVR_MODE_... */
+    uint32_t flags;          /* KVR_FORCE and the following */
+    uint32_t unlisted_files; /* KVR_UNLISTED_... */
+    uint32_t stall_limit;    /* gives up when nothing new shows for so many seconds; 0: never */
+    uint32_t reserved;       /* 0 */
+    const char* target;      /* IPv4 address or name of the target */
+    const char* archive;     /* folder or package of the archive */
+    const char* description; /* file name of its description; empty: "archive.json" */
+    const char* board_types; /* filters: words separated by commas or blanks; empty: all */
     const char* serial_numbers;
     const char* element_names;
-    const char* trust_folder;       /* empty: nobody is trusted */
-    const char* journal_folder;     /* empty: no journal */
-    const char* journal_place;      /* what says, beside address and serial numbers, which target it is: the folder of an
-                                       emulated one */
-    const char* saved_plan;         /* content of a saved plan: the session does exactly that. Target, filters and what
-                                       decides come from the plan, the archive too unless it is given here */
-    const char* resumed_run;        /* id of a run of the journal: the session goes on with it, in the same way */
+    const char* trust_folder;   /* empty: nobody is trusted */
+    const char* journal_folder; /* empty: no journal */
+    const char* journal_place;  /* what says, beside address and serial numbers, which target it is: the folder of an
+                                   emulated one */
+    const char* saved_plan;     /* content of a saved plan: the session does exactly that. Target, filters and what
+                                   decides come from the plan, the archive too unless it is given here */
+    const char* resumed_run;    /* id of a run of the journal: the session goes on with it, in the same way */
 } kvr_session_options;
 
 /* Makes a session. Nothing is read yet. `session` receives the handle, and null if the result is negative.
-   KVR_ERROR_ARGUMENT, too, if the saved plan or the run cannot be read. */
+   KVR_ERROR_ARGUMENT, too, if the saved plan or the run cannot be read, if both are given, and for a run without a
+   journal folder. */
 KVR_API int32_t KVR_CALL kvr_session_create(const kvr_session_options* options, kvr_session** session);
 
 /* Ends a session and releases all that it holds of the target. Not from one of its callbacks: KVR_ERROR_ORDER. */
@@ -199,7 +201,7 @@ enum {
 /* Something that happens while a function of a session goes on. */
 typedef struct kvr_event {
     uint32_t size;
-    uint32_t kind;      /* KVR_EVENT_... */
+    uint32_t kind; /* KVR_EVENT_... */
     uint32_t value;
     uint32_t succeeded; /* 0 if what has ended has failed, otherwise 1 */
     const char* text;   /* lasts as long as the call; empty but for messages */
@@ -243,7 +245,8 @@ KVR_API int32_t KVR_CALL kvr_session_request_stop(kvr_session* session, uint32_t
 
 /* Looks at what the target reports now and holds it against the plan and what was updated. `was_rebooted`: 1 if the
    target was rebooted since; a target that comes up needs some time: call again until it answers. 0: it reports what it
-   should. 1: it does not, or could not be looked at. After kvr_session_prepare() has returned 0 and, in the mode KVR_MODE_UPDATE, kvr_session_run() was called. */
+   should. 1: it does not, or could not be looked at. After kvr_session_prepare() has returned 0 and, in the mode
+   KVR_MODE_UPDATE, kvr_session_run() was called. */
 KVR_API int32_t KVR_CALL kvr_session_verify(kvr_session* session, uint32_t was_rebooted);
 
 /* Resets the target. 0: it was reset. 1: it was not. After a prepare that has scanned the target. */
@@ -263,15 +266,15 @@ enum {
 /* The plan of a session. */
 typedef struct kvr_plan {
     uint32_t size;
-    uint32_t elements;            /* number of elements */
-    uint32_t changes;             /* elements that an update changes */
-    uint32_t phases;              /* phases of the update */
-    uint32_t entries;             /* accepted entries of the archive */
-    uint32_t supported;           /* 0: the archive does not support the target */
-    uint32_t nodes;               /* number of processor nodes whose serial number is known */
-    uint32_t reserved;            /* 0 */
-    const char* target_address;   /* IPv4, in dotted form */
-    const char* archive_name;     /* these are empty without an archive */
+    uint32_t elements;          /* number of elements */
+    uint32_t changes;           /* elements that an update changes */
+    uint32_t phases;            /* phases of the update */
+    uint32_t entries;           /* accepted entries of the archive */
+    uint32_t supported;         /* 0: the archive does not support the target */
+    uint32_t nodes;             /* number of processor nodes whose serial number is known */
+    uint32_t reserved;          /* 0 */
+    const char* target_address; /* IPv4, in dotted form */
+    const char* archive_name;   /* these are empty without an archive */
     const char* archive_version;
     const char* product_name;
     const char* archive_variant;
@@ -286,35 +289,35 @@ KVR_API int32_t KVR_CALL kvr_session_get_node(kvr_session* session, uint32_t ind
 /* An element of the target, and what an update does to it. */
 typedef struct kvr_element {
     uint32_t size;
-    uint32_t index;               /* the "No." of the plan */
-    uint32_t known;               /* KVR_KNOWS_... of what is installed and planned */
-    uint32_t updated;             /* 1: it takes part in the update */
-    uint32_t disabled;            /* 1: it takes no part: it was left out, or is up to date */
-    uint32_t up_to_date;          /* 1: the archive has nothing else for it */
-    uint32_t downgrade;           /* 1: the archive has a lower version than is installed */
-    uint32_t custom;              /* 1: a custom element */
-    uint32_t phase;               /* from 0 */
-    uint32_t entry;               /* index of the entry that matches it */
-    uint32_t element_id;          /* the number by which entries name it; 0 for a file */
-    uint32_t serial_number;       /* of the board */
-    uint32_t slot;                /* of the board */
-    uint32_t slot_count;          /* 0: the board has no slot */
-    uint32_t checksum;            /* CRC-32 of what is installed */
-    uint32_t valid;               /* 1: what is installed is complete */
-    uint32_t active;              /* 1: the board runs what is installed */
-    uint32_t reasons;             /* number of reasons for or against the update */
-    const char* display_name;     /* in tables and results */
-    const char* type_name;        /* kind of element, such as "Firmware" */
-    const char* name;             /* in the inventory, such as "UserFirmware" */
-    const char* address;          /* in the inventory; empty for a file that it does not list */
-    const char* target_path;      /* of a file, below the root of the target's file system */
+    uint32_t index;           /* the "No." of the plan */
+    uint32_t known;           /* KVR_KNOWS_... of what is installed and planned */
+    uint32_t updated;         /* 1: it takes part in the update */
+    uint32_t disabled;        /* 1: it takes no part: it was left out, or is up to date */
+    uint32_t up_to_date;      /* 1: the archive has nothing else for it */
+    uint32_t downgrade;       /* 1: the archive has a lower version than is installed */
+    uint32_t custom;          /* 1: a custom element */
+    uint32_t phase;           /* from 0 */
+    uint32_t entry;           /* index of the entry that matches it */
+    uint32_t element_id;      /* the number by which entries name it; 0 for a file */
+    uint32_t serial_number;   /* of the board */
+    uint32_t slot;            /* of the board */
+    uint32_t slot_count;      /* 0: the board has no slot */
+    uint32_t checksum;        /* CRC-32 of what is installed */
+    uint32_t valid;           /* 1: what is installed is complete */
+    uint32_t active;          /* 1: the board runs what is installed */
+    uint32_t reasons;         /* number of reasons for or against the update */
+    const char* display_name; /* in tables and results */
+    const char* type_name;    /* kind of element, such as "Firmware" */
+    const char* name;         /* in the inventory, such as "UserFirmware" */
+    const char* address;      /* in the inventory; empty for a file that it does not list */
+    const char* target_path;  /* of a file, below the root of the target's file system */
     const char* board_type;
     const char* board_variant;
     const char* board_name;
     const char* unit_path;
-    const char* version;          /* of what is installed */
+    const char* version;           /* of what is installed */
     const char* available_version; /* of the entry; empty if it states none */
-    uint32_t available_checksum;  /* of the entry; 0 if it states none */
+    uint32_t available_checksum;   /* of the entry; 0 if it states none */
     uint32_t board_id;
 } kvr_element;
 
@@ -325,22 +328,22 @@ KVR_API int32_t KVR_CALL kvr_session_get_element(kvr_session* session, uint32_t 
 enum {
     KVR_REASON_VERSION_DIFFERS = 0,
     KVR_REASON_CHECKSUM_DIFFERS = 1,
-    KVR_REASON_INVALID = 2,               /* the installed image is not valid */
-    KVR_REASON_INACTIVE = 3,              /* the installed image is not active */
-    KVR_REASON_FORCED = 4,                /* it is up to date, and KVR_FORCE is given */
+    KVR_REASON_INVALID = 2,  /* the installed image is not valid */
+    KVR_REASON_INACTIVE = 3, /* the installed image is not active */
+    KVR_REASON_FORCED = 4,   /* it is up to date, and KVR_FORCE is given */
     KVR_REASON_UP_TO_DATE = 5,
-    KVR_REASON_NEWER_INSTALLED = 6,       /* the entry is for upgrades only */
+    KVR_REASON_NEWER_INSTALLED = 6, /* the entry is for upgrades only */
     KVR_REASON_NO_ENTRY = 7,
-    KVR_REASON_FEATURE_LEVEL = 8,         /* only an entry matches that this library must ignore */
+    KVR_REASON_FEATURE_LEVEL = 8, /* only an entry matches that this library must ignore */
     KVR_REASON_CUSTOM_LEFT_OUT = 9,
     KVR_REASON_DISABLED = 10,
     KVR_REASON_CARRIER_BOARD_MISSING = 11,
     KVR_REASON_DOWNGRADE_LEFT_OUT = 12,
-    KVR_REASON_CONTENT_DIFFERS = 13,      /* of a file: the journal does not have this content */
-    KVR_REASON_UNLISTED_LEFT_OUT = 14,    /* a file that the inventory does not list */
-    KVR_REASON_WRITTEN_BEFORE = 15,       /* of a file: the journal has this content */
-    KVR_REASON_DONE_BEFORE = 16,          /* the run that goes on has installed it */
-    KVR_REASON_IN_DOUBT = 17              /* it was in progress when that run broke off; see KVR_REDO */
+    KVR_REASON_CONTENT_DIFFERS = 13,   /* of a file: the journal does not have this content */
+    KVR_REASON_UNLISTED_LEFT_OUT = 14, /* a file that the inventory does not list */
+    KVR_REASON_WRITTEN_BEFORE = 15,    /* of a file: the journal has this content */
+    KVR_REASON_DONE_BEFORE = 16,       /* the run that goes on has installed it */
+    KVR_REASON_IN_DOUBT = 17           /* it was in progress when that run broke off; see KVR_REDO */
 };
 
 /* `reason` receives a reason (KVR_REASON_...) for the decision on an element. */
@@ -419,7 +422,7 @@ enum {
     KVR_RESULT_CANCELLED = 3,    /* an earlier update on the same board has failed */
     KVR_RESULT_FAILED = 4,
     KVR_RESULT_UPDATED = 5,
-    KVR_RESULT_IN_PROGRESS = 6   /* the session ended while it was under way */
+    KVR_RESULT_IN_PROGRESS = 6 /* the session ended while it was under way */
 };
 
 /* Calls of the device access libraries that make an element fail. */
@@ -478,9 +481,9 @@ KVR_API int32_t KVR_CALL kvr_session_get_verification(kvr_session* session, kvr_
 /* An element beside what the target reports of it. */
 typedef struct kvr_verified_element {
     uint32_t size;
-    uint32_t element;      /* index in the plan */
-    uint32_t result;       /* KVR_VERIFIED_... */
-    uint32_t known;        /* KVR_KNOWS_VERSION, _CHECKSUM, _VALID, _ACTIVE of what the target reports */
+    uint32_t element; /* index in the plan */
+    uint32_t result;  /* KVR_VERIFIED_... */
+    uint32_t known;   /* KVR_KNOWS_VERSION, _CHECKSUM, _VALID, _ACTIVE of what the target reports */
     uint32_t checksum;
     uint32_t valid;
     uint32_t active;
@@ -489,8 +492,7 @@ typedef struct kvr_verified_element {
 } kvr_verified_element;
 
 /* Fills `verified` with an item of the last verification. */
-KVR_API int32_t KVR_CALL kvr_session_get_verified(kvr_session* session, uint32_t index,
-                                                  kvr_verified_element* verified);
+KVR_API int32_t KVR_CALL kvr_session_get_verified(kvr_session* session, uint32_t index, kvr_verified_element* verified);
 
 /* Fills `error` with an error that the look of the last verification has collected. */
 KVR_API int32_t KVR_CALL kvr_session_get_look_error(kvr_session* session, uint32_t index, kvr_error* error);
@@ -539,10 +541,10 @@ enum {
 /* The content of an archive. */
 typedef struct kvr_archive_info {
     uint32_t size;
-    uint32_t entries;         /* number of accepted entries */
-    uint32_t failure;         /* KVR_FAILURE_ARCHIVE, or KVR_FAILURE_NONE */
-    uint32_t seal;            /* KVR_SEAL_...; with KVR_RELEASE or a trust folder */
-    const char* message;      /* why it is refused; empty otherwise */
+    uint32_t entries;    /* number of accepted entries */
+    uint32_t failure;    /* KVR_FAILURE_ARCHIVE, or KVR_FAILURE_NONE */
+    uint32_t seal;       /* KVR_SEAL_...; with KVR_RELEASE or a trust folder */
+    const char* message; /* why it is refused; empty otherwise */
     const char* archive_name;
     const char* archive_version;
     const char* product_name;
@@ -569,10 +571,10 @@ typedef struct kvr_finding {
     uint32_t severity; /* 0: error, 1: warning */
     uint32_t line;     /* place in the description, from 1 */
     uint32_t column;
-    const char* code;  /* kind of finding; docs/archive-check.md lists them */
-    const char* path;  /* JSON path of the value */
+    const char* code; /* kind of finding; docs/archive-check.md lists them */
+    const char* path; /* JSON path of the value */
     const char* message;
-    const char* hint;  /* advice; may be empty */
+    const char* hint; /* advice; may be empty */
 } kvr_finding;
 
 /* Fills `finding` with an item of the last kvr_archive_check(). */
@@ -590,20 +592,20 @@ enum {
     KVR_CHANGE_REMOVED = 2, /* only the old archive has an entry */
     KVR_CHANGE_UP = 3,
     KVR_CHANGE_DOWN = 4,
-    KVR_CHANGE_CHANGED = 5  /* the versions are equal or not known, and something else differs */
+    KVR_CHANGE_CHANGED = 5 /* the versions are equal or not known, and something else differs */
 };
 
 /* A place, on boards of a type, for which one of two archives has an entry. */
 typedef struct kvr_change {
     uint32_t size;
-    uint32_t change;             /* KVR_CHANGE_... */
-    uint32_t element_id;         /* 0 for a file */
-    uint32_t content_changed;    /* 1: other checksums, or not known */
-    uint32_t rules_changed;      /* 1: for other boards or elements */
-    uint32_t sequence_changed;   /* 1: of another phase */
+    uint32_t change;           /* KVR_CHANGE_... */
+    uint32_t element_id;       /* 0 for a file */
+    uint32_t content_changed;  /* 1: other checksums, or not known */
+    uint32_t rules_changed;    /* 1: for other boards or elements */
+    uint32_t sequence_changed; /* 1: of another phase */
     const char* board_type;
-    const char* target_path;     /* of a file */
-    const char* version_before;  /* empty: no entry, or it states none */
+    const char* target_path;    /* of a file */
+    const char* version_before; /* empty: no entry, or it states none */
     const char* version_after;
 } kvr_change;
 
@@ -625,12 +627,12 @@ KVR_API int32_t KVR_CALL kvr_archive_get_document(kvr_archive* archive, uint32_t
 /* A saved plan, in short. */
 typedef struct kvr_saved_plan {
     uint32_t size;
-    uint32_t changes;        /* elements and files that it changes */
-    const char* id;          /* texts of this record last until the next call of this thread */
-    const char* time;        /* when it was planned, RFC 3339 */
-    const char* target;      /* as it was given */
+    uint32_t changes;   /* elements and files that it changes */
+    const char* id;     /* texts of this record last until the next call of this thread */
+    const char* time;   /* when it was planned, RFC 3339 */
+    const char* target; /* as it was given */
     const char* target_address;
-    const char* archive;     /* where the archive was */
+    const char* archive; /* where the archive was */
     const char* tool_version;
 } kvr_saved_plan;
 
@@ -654,11 +656,11 @@ enum {
 /* A run, in short. */
 typedef struct kvr_run {
     uint32_t size;
-    uint32_t state;      /* KVR_RUN_... */
-    uint32_t failure;    /* KVR_FAILURE_... that the run has written at its end */
+    uint32_t state;   /* KVR_RUN_... */
+    uint32_t failure; /* KVR_FAILURE_... that the run has written at its end */
     uint32_t exit_code;
-    uint32_t resumable;  /* 1: it did not come to its end, and no other run has gone on with it */
-    uint32_t reserved;   /* 0 */
+    uint32_t resumable; /* 1: it did not come to its end, and no other run has gone on with it */
+    uint32_t reserved;  /* 0 */
     const char* id;
     const char* command; /* "update" or "reboot" */
     const char* begin;   /* RFC 3339, UTC */

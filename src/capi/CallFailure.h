@@ -5,20 +5,19 @@
 #include <cstdint>
 #include <exception>
 #include <new>
+#include <stdexcept>
+#include <string>
 #include <utility>
 
 /// Why a call has failed by itself.
-class KvCCallFailure : public std::exception {
+class KvCCallFailure : public std::runtime_error {
 public:
-    /// `text` lasts as long as the process.
-    KvCCallFailure(std::int32_t result, const char* text) : result_(result), text_(text) {}
+    KvCCallFailure(std::int32_t result, const std::string& text) : std::runtime_error(text), result_(result) {}
 
     [[nodiscard]] std::int32_t result() const { return result_; }
-    [[nodiscard]] const char* what() const noexcept override { return text_; }
 
 private:
     std::int32_t result_;
-    const char* text_;
 };
 
 /// Notes the text for kvr_last_error(), cut if it is very long.

@@ -81,20 +81,24 @@ KvCSessionHandle::~KvCSessionHandle() {
 
 /// Takes target, archive and what decides from the client, from a saved plan or from an earlier run.
 void KvCSessionHandle::decide(const kvr_session_options& options) {
-    std::string reason;
-    if (const std::string content = textOf(options.saved_plan); !content.empty()) {
-        savedPlan_ = readSavedPlan(content, reason);
-    } else if (const std::string run = textOf(options.resumed_run); !run.empty() && journal_) {
-        resumed_ = readRun(journal_->folder, run, reason);
-    } else {
+    const std::string plan = textOf(options.saved_plan);
+    const std::string run = textOf(options.resumed_run);
+    if (plan.empty() && run.empty()) {
         options_ = optionsOf(options);
         return;
     }
-    if (!savedPlan_ && !resumed_) {
-        throw KvCCallFailure(KVR_ERROR_ARGUMENT, "the saved plan or the run cannot be read");
+    if (options.mode != KVR_MODE_UPDATE || (!plan.empty() && !run.empty()) || (!run.empty() && !journal_)) {
+        throw KvCCallFailure(KVR_ERROR_ARGUMENT,
+                             "an update runs a saved plan, or goes on with a run of its journal folder");
     }
-    if (options.mode != KVR_MODE_UPDATE) {
-        throw KvCCallFailure(KVR_ERROR_ARGUMENT, "only an update runs a saved plan, or goes on with a run");
+    std::string reason;
+    if (run.empty()) {
+        savedPlan_ = readSavedPlan(plan, reason);
+    } else {
+        resumed_ = readRun(journal_->folder, run, reason);
+    }
+    if (!savedPlan_ && !resumed_) {
+        throw KvCCallFailure(KVR_ERROR_ARGUMENT, reason);
     }
     options_ = optionsFor(savedPlan_ ? *savedPlan_ : resumed_->plan, pathOf(options.archive));
     options_.mode = options.mode;

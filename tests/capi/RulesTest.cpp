@@ -133,8 +133,19 @@ TEST_F(RulesOfC, ValuesThatAreNotKnownAreRefused) {
     options.archive = "\xFF\xFE";
     EXPECT_EQ(kvr_session_create(&options, &session), KVR_ERROR_ARGUMENT);
     options.archive = "";
+    options.mode = KVR_MODE_UPDATE;
     options.saved_plan = "{}";
     EXPECT_EQ(kvr_session_create(&options, &session), KVR_ERROR_ARGUMENT);
+    EXPECT_STRNE(kvr_last_error(), "");
+    options.saved_plan = nullptr;
+    options.resumed_run = "a run";
+    EXPECT_EQ(kvr_session_create(&options, &session), KVR_ERROR_ARGUMENT) << "without a journal";
+    options.journal_folder = "journal";
+    EXPECT_EQ(kvr_session_create(&options, &session), KVR_ERROR_ARGUMENT);
+    EXPECT_STREQ(kvr_last_error(), "there is no run 'a run' that can be read");
+    options.saved_plan = "{}";
+    EXPECT_EQ(kvr_session_create(&options, &session), KVR_ERROR_ARGUMENT);
+    EXPECT_STREQ(kvr_last_error(), "an update runs a saved plan, or goes on with a run of its journal folder");
 }
 
 TEST_F(RulesOfC, WhatComesOutOfOrderIsRefused) {

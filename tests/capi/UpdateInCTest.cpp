@@ -138,6 +138,7 @@ TEST_F(UpdateInC, AFaultOfThePreflightRefusesTheUpdate) {
     ASSERT_EQ(prepare(), KVR_SUCCESS);
     archive.removeFile("node1.bin");
     EXPECT_EQ(kvr_session_preflight(session), KVR_FAILED);
+    EXPECT_EQ(outcome().exit_code, 3U);
     ASSERT_EQ(outcome().faults, 1U);
     const char* fault = nullptr;
     ASSERT_EQ(kvr_session_get_fault(session, 0, &fault), KVR_SUCCESS);

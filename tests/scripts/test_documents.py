@@ -15,7 +15,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "scripts"))
 import documents  # noqa: E402
 from documents import PROJECT, Block, blocks_of, commands_of  # noqa: E402
 
-LANGUAGES = {"sh", "console", documents.SHELL, "json", "cmake", "text"}
+LANGUAGES = {"sh", "console", documents.SHELL, "c", "json", "cmake", "text"}
 LINK = re.compile(r"\]\(([^)\s]+)\)")
 HEADING = re.compile(r"^#+ (.*)$", re.MULTILINE)
 FENCED = re.compile(r"^```(?:.*\n)*?```$", re.MULTILINE)
