@@ -23,7 +23,7 @@
       handle. Of its session they may call kvr_session_get_...() and kvr_session_request_stop(). Kinds that they do not
       know are to be ignored.
    8. No exception leaves a function. What lacks memory returns KVR_ERROR_MEMORY.
-   9. Numbers. Enumerations are stored as 32-bit numbers, and new values may be added: take a value that is not known for
+   9. Numbers. Enumerations are stored as 32-bit numbers, and new values may be added: take one that is not known for
       "something else". kvr_code() has the word that documents use. What is not known has no bit in `known`, and its
       number is 0.
    10. Growth. Functions, fields and values are added and never changed. kvr_abi_version() grows with each addition. */

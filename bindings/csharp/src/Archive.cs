@@ -78,9 +78,7 @@ namespace KvReflash {
                 uint count;
                 if (CallResult.Judged(Native.kvr_archive_compare(handle, older.handle, out count)) !=
                     CallResult.Success) {
-                    older.Read();
-                    Read();
-                    throw new KvReflashException(Failure.Archive, "one of the archives is refused");
+                    throw new KvReflashException(Failure.Archive, CallResult.LastError);
                 }
                 return Immutable.List(count, Change);
             });

@@ -12,7 +12,7 @@ namespace KvReflash {
             ProductName = Utf8.Text(info.product_name);
             FormatVersion = Utf8.Text(info.format_version);
             ArchiveVariant = Utf8.Text(info.archive_variant);
-            Seal = Library.WordOf(Code.Seal, info.seal);
+            Seal = (Seal)info.seal;
             ManifestDigest = Utf8.TextOrNull(info.manifest_digest);
             Created = Utf8.TextOrNull(info.created);
             Signer = Utf8.TextOrNull(info.signer);
@@ -41,10 +41,9 @@ namespace KvReflash {
         /// <summary>Its variant.</summary>
         public string ArchiveVariant { get; }
 
-        /// <summary>"unsealed", "sealed", "signed-by-stranger" or "trusted". Only with
-        /// <see cref="ArchiveOptions.RequireRelease"/> or a trust folder it is looked at; otherwise it is "unsealed".
-        /// </summary>
-        public string Seal { get; }
+        /// <summary>How far its content is vouched for. Only with <see cref="ArchiveOptions.RequireRelease"/> or a trust
+        /// folder it is looked at; otherwise it is <see cref="KvReflash.Seal.None"/>.</summary>
+        public Seal Seal { get; }
 
         /// <summary>SHA-256 of the manifest in hexadecimal digits; null if it was not looked at or is not sealed.
         /// </summary>
@@ -99,7 +98,7 @@ namespace KvReflash {
     /// <summary>A place, on boards of a type, for which one of two archives has an entry.</summary>
     public sealed class ArchiveChange {
         internal ArchiveChange(kvr_change change) {
-            Change = Library.WordOf(Code.Change, change.change);
+            Change = (ChangeKind)change.change;
             ElementId = change.element_id != 0 ? change.element_id : (uint?)null;
             IsContentChanged = change.content_changed != 0;
             AreRulesChanged = change.rules_changed != 0;
@@ -110,8 +109,8 @@ namespace KvReflash {
             VersionAfter = Utf8.TextOrNull(change.version_after);
         }
 
-        /// <summary>"same", "added", "removed", "up", "down" or "changed".</summary>
-        public string Change { get; }
+        /// <summary>How the newer archive differs at this place.</summary>
+        public ChangeKind Change { get; }
 
         /// <summary>Number of the element; null for a file.</summary>
         public uint? ElementId { get; }

@@ -9,12 +9,16 @@ namespace KvReflash {
         private const int ErrorArgument = -1;
         private const int ErrorMemory = -2;
 
+        /// <summary>Why the last call of this thread has failed; the header states for which results it is there.
+        /// </summary>
+        internal static string LastError => Utf8.Text(Native.kvr_last_error());
+
         /// <summary>Returns the result of a call on this thread; throws if the call itself has failed.</summary>
         internal static int Judged(int result) {
             if (result >= Success) {
                 return result;
             }
-            string message = Utf8.Text(Native.kvr_last_error());
+            string message = LastError;
             switch (result) {
             case ErrorArgument:
                 throw new ArgumentException(message);

@@ -3,7 +3,7 @@ using System.Collections.Generic;
 namespace KvReflash {
     /// <summary>An element of a target, and what an update does to it.</summary>
     public sealed class Element {
-        internal Element(kvr_element element, IReadOnlyList<string> reasons) {
+        internal Element(kvr_element element, IReadOnlyList<Reason> reasons) {
             var known = (Knows)element.known;
             bool hasEntry = (known & Knows.Entry) != 0;
             Index = (int)element.index;
@@ -86,8 +86,8 @@ namespace KvReflash {
         /// <summary>The board runs what is installed; null if it is not known.</summary>
         public bool? IsActive { get; }
 
-        /// <summary>Reasons for or against the update, in the words of documents, such as "version-differs".</summary>
-        public IReadOnlyList<string> Reasons { get; }
+        /// <summary>Reasons for or against the update.</summary>
+        public IReadOnlyList<Reason> Reasons { get; }
 
         /// <summary>Name in tables and results.</summary>
         public string DisplayName { get; }

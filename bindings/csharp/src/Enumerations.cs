@@ -87,6 +87,49 @@ namespace KvReflash {
         Message = 100
     }
 
+    /// <summary>Reasons for an update, up to <see cref="Forced"/> and <see cref="ContentDiffers"/>, and against it.
+    /// </summary>
+    public enum Reason {
+        /// <summary>The versions differ.</summary>
+        VersionDiffers = 0,
+        /// <summary>The checksums differ.</summary>
+        ChecksumDiffers = 1,
+        /// <summary>The installed image is not valid.</summary>
+        Invalid = 2,
+        /// <summary>The installed image is not active.</summary>
+        Inactive = 3,
+        /// <summary>It is up to date, and <see cref="SessionOptions.Force"/> is given.</summary>
+        Forced = 4,
+        /// <summary>It is up to date.</summary>
+        UpToDate = 5,
+        /// <summary>A newer version is installed, and the entry is for upgrades only.</summary>
+        NewerInstalled = 6,
+        /// <summary>No entry matches.</summary>
+        NoEntry = 7,
+        /// <summary>Only an entry matches that this library must ignore.</summary>
+        FeatureLevel = 8,
+        /// <summary>It is a custom element, and <see cref="SessionOptions.SkipCustomElements"/> is given.</summary>
+        CustomLeftOut = 9,
+        /// <summary>It was left out by <see cref="Session.Disable"/>.</summary>
+        Disabled = 10,
+        /// <summary>Its carrier board is missing.</summary>
+        CarrierBoardMissing = 11,
+        /// <summary>The entry has a lower version, and <see cref="SessionOptions.NoDowngrade"/> is given.</summary>
+        DowngradeLeftOut = 12,
+        /// <summary>Of a file: the journal does not have this content.</summary>
+        ContentDiffers = 13,
+        /// <summary>It is a file that the inventory does not list; see <see cref="SessionOptions.UnlistedFiles"/>.
+        /// </summary>
+        UnlistedLeftOut = 14,
+        /// <summary>Of a file: the journal has this content.</summary>
+        WrittenBefore = 15,
+        /// <summary>The run that goes on has installed it.</summary>
+        DoneBefore = 16,
+        /// <summary>It was in progress when that run broke off; <see cref="SessionOptions.RedoInDoubt"/> updates it
+        /// again.</summary>
+        InDoubt = 17
+    }
+
     /// <summary>How far a session came. Each value includes those before it.</summary>
     public enum Stage {
         /// <summary>It was created.</summary>
@@ -125,6 +168,22 @@ namespace KvReflash {
         Updated = 5,
         /// <summary>The session ended while its update was under way.</summary>
         InProgress = 6
+    }
+
+    /// <summary>Calls of the device access libraries that make an element fail.</summary>
+    public enum FailedCall {
+        /// <summary>None has failed.</summary>
+        None = 0,
+        /// <summary>transferFile: the target did not take the update file.</summary>
+        TransferFile = 1,
+        /// <summary>update2: the update was not begun.</summary>
+        Update2 = 2,
+        /// <summary>updateStatus2: the state of the update cannot be read, or it is that of a failure.</summary>
+        UpdateStatus2 = 3,
+        /// <summary>updateErrors2: the target has reported errors of the update, or they cannot be read.</summary>
+        UpdateErrors2 = 4,
+        /// <summary>The file was not written.</summary>
+        WriteFile = 5
     }
 
     /// <summary>Judgements on elements, from what the target reports.</summary>
@@ -169,6 +228,34 @@ namespace KvReflash {
         Check = 1,
         /// <summary>The changes, after <see cref="Archive.Compare"/>.</summary>
         Compare = 2
+    }
+
+    /// <summary>How far the content of an archive is vouched for.</summary>
+    public enum Seal {
+        /// <summary>It has no manifest.</summary>
+        None = 0,
+        /// <summary>It is what its manifest says; nobody has signed that.</summary>
+        Sealed = 1,
+        /// <summary>It is signed by a key that is not trusted here.</summary>
+        SignedByStranger = 2,
+        /// <summary>It is signed by somebody who is trusted.</summary>
+        Trusted = 3
+    }
+
+    /// <summary>Changes from an older archive.</summary>
+    public enum ChangeKind {
+        /// <summary>Nothing differs.</summary>
+        Same = 0,
+        /// <summary>Only the newer archive has an entry.</summary>
+        Added = 1,
+        /// <summary>Only the older archive has an entry.</summary>
+        Removed = 2,
+        /// <summary>The version is higher.</summary>
+        Up = 3,
+        /// <summary>The version is lower.</summary>
+        Down = 4,
+        /// <summary>The versions are equal or not known, and something else differs.</summary>
+        Changed = 5
     }
 
     /// <summary>States of runs.</summary>

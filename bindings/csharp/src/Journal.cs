@@ -21,29 +21,28 @@ namespace KvReflash {
         public IReadOnlyList<Run> Runs { get; }
 
         /// <summary>Returns the document of the list, in JSON as the console tool writes it.</summary>
-        public string GetDocument() {
-            string document;
-            TryGetDocument(null, out document);
-            return document;
-        }
+        public string GetDocument() => Document(null);
 
-        /// <summary>Returns whether there is a run of this id that can be read. `document` receives its document, in
-        /// JSON as the console tool writes it; without such a run the document states why.</summary>
-        public bool TryGetDocument(string runId, out string document) {
-            byte[] id = Utf8.Bytes(runId);
-            string content = null;
-            bool isThere = use.During(() => {
-                IntPtr text;
-                int result = CallResult.Judged(Native.kvr_runs_get_document(handle, id, out text));
-                content = Utf8.Text(text);
-                return result == CallResult.Success;
-            });
-            document = content;
-            return isThere;
+        /// <summary>Returns the document of a run, in JSON as the console tool writes it. Throws KvReflashException if
+        /// there is no run of this id, or it cannot be read.</summary>
+        public string GetDocument(string runId) {
+            if (string.IsNullOrEmpty(runId)) {
+                throw new ArgumentException("no run is named", "runId");
+            }
+            return Document(Utf8.Bytes(runId));
         }
 
         /// <summary>Gives the list back.</summary>
         public void Dispose() => handle.Dispose();
+
+        /// <summary>The document of the list if `id` is null.</summary>
+        private string Document(byte[] id) => use.During(() => {
+            IntPtr text;
+            if (CallResult.Judged(Native.kvr_runs_get_document(handle, id, out text)) != CallResult.Success) {
+                throw new KvReflashException(Failure.Selection, CallResult.LastError);
+            }
+            return Utf8.Text(text);
+        });
 
         private Run Run(uint index) {
             var run = new kvr_run {size = (uint)Marshal.SizeOf(typeof(kvr_run))};

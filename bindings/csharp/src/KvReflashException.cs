@@ -13,13 +13,13 @@ namespace KvReflash {
 
         internal KvReflashException(Failure failure, string message, IReadOnlyList<string> faults) : base(message) {
             Failure = failure;
+            ExitCode = (int)Native.kvr_exit_code((uint)failure);
             Faults = faults;
         }
 
         internal KvReflashException(Outcome outcome)
             : this(outcome.Failure, outcome.Message ?? string.Join(" ", outcome.Faults), outcome.Faults) {
             IsRetryable = outcome.IsRetryable;
-            ExitCode = outcome.ExitCode;
         }
 
         /// <summary>The class of the failure.</summary>
@@ -28,8 +28,9 @@ namespace KvReflash {
         /// <summary>The same may succeed if it is tried again.</summary>
         public bool IsRetryable { get; }
 
-        /// <summary>The exit code of the console tool for this failure; null for what is not a session.</summary>
-        public int? ExitCode { get; }
+        /// <summary>The exit code of the console tool for this failure; 1 for a class that the library does not know.
+        /// </summary>
+        public int ExitCode { get; }
 
         /// <summary>Sentences on all that keeps the session from running: how a saved plan differs, or what a preflight
         /// has found. Empty for other failures.</summary>

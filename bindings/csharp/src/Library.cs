@@ -6,7 +6,7 @@ namespace KvReflash {
         /// <summary>The version of the C interface that this package needs.</summary>
         private const uint NeededInterface = 1;
 
-        /// <summary>The version of the library, such as "1.2".</summary>
+        /// <summary>The version of the library, such as "1.1" or "1.1.2".</summary>
         public static string Version => Utf8.Text(Native.kvr_version());
 
         /// <summary>The version of the C interface that the library has.</summary>
@@ -20,9 +20,5 @@ namespace KvReflash {
                                                 NeededInterface + " is needed");
             }
         }
-
-        /// <summary>The word that documents use for a value.</summary>
-        internal static string WordOf(Code enumeration, uint value) =>
-            Utf8.Text(Native.kvr_code((uint)enumeration, value));
     }
 }

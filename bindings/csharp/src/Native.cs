@@ -26,6 +26,9 @@ namespace KvReflash {
         internal static extern IntPtr kvr_code(uint enumeration, uint value);
 
         [DllImport(File, CallingConvention = Cdecl)]
+        internal static extern uint kvr_exit_code(uint failure);
+
+        [DllImport(File, CallingConvention = Cdecl)]
         internal static extern int kvr_session_create(ref kvr_session_options options, out SessionHandle session);
 
         [DllImport(File, CallingConvention = Cdecl)]
@@ -97,6 +100,9 @@ namespace KvReflash {
         [DllImport(File, CallingConvention = Cdecl)]
         internal static extern int kvr_session_get_verified(SessionHandle session, uint index,
                                                             ref kvr_verified_element verified);
+
+        [DllImport(File, CallingConvention = Cdecl)]
+        internal static extern int kvr_session_get_look_error(SessionHandle session, uint index, ref kvr_error error);
 
         [DllImport(File, CallingConvention = Cdecl)]
         internal static extern int kvr_session_get_document(SessionHandle session, uint kind, out IntPtr text);

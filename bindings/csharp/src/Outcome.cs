@@ -49,7 +49,7 @@ namespace KvReflash {
     public sealed class ElementOutcome {
         internal ElementOutcome(kvr_element_result result, IReadOnlyList<DeviceError> errors) {
             Result = (ElementResult)result.result;
-            FailedCall = result.failed_call != 0 ? Library.WordOf(Code.FailedCall, result.failed_call) : null;
+            FailedCall = (FailedCall)result.failed_call;
             State = ((Knows)result.known & Knows.State) != 0 ? result.state : (uint?)null;
             IsFileChanged = result.file_changed != 0;
             Reason = Utf8.TextOrNull(result.reason);
@@ -59,9 +59,8 @@ namespace KvReflash {
         /// <summary>Its result.</summary>
         public ElementResult Result { get; }
 
-        /// <summary>The call that has failed, in the words of documents, such as "transfer-file"; null if none has.
-        /// </summary>
-        public string FailedCall { get; }
+        /// <summary>The call that has failed; <see cref="KvReflash.FailedCall.None"/> if none has.</summary>
+        public FailedCall FailedCall { get; }
 
         /// <summary>Last answer of the target: 1 running, 2 succeeded, anything else failed; null without an answer.
         /// </summary>

@@ -20,7 +20,7 @@ namespace KvReflash {
             var plan = new kvr_saved_plan {size = (uint)Marshal.SizeOf(typeof(kvr_saved_plan))};
             byte[] bytes = Utf8.Bytes(content);
             if (CallResult.Judged(Native.kvr_read_saved_plan(bytes, ref plan)) != CallResult.Success) {
-                throw new KvReflashException(Failure.Stale, Utf8.Text(Native.kvr_last_error()));
+                throw new KvReflashException(Failure.Stale, CallResult.LastError);
             }
             return new SavedPlan(plan);
         }

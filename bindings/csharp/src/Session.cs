@@ -41,8 +41,9 @@ namespace KvReflash {
         public event EventHandler<UpdateEvent> EventReceived;
 
         /// <summary>Reads the archive, finds and scans the target, and plans, as the mode asks. Once for each session.
-        /// Throws KvReflashException if that fails or the archive does not support the target. For a saved plan or a
-        /// run that does not hold any more, its faults are all differences.</summary>
+        /// Throws KvReflashException if that fails, the archive does not support the target, or the filters let no
+        /// element through. For a saved plan or a run that does not hold any more, its faults are all differences.
+        /// </summary>
         public void Prepare() => Do(() => Native.kvr_session_prepare(handle));
 
         /// <summary>Leaves an element out of the update, between <see cref="Prepare"/> and <see cref="Run"/>.
@@ -117,8 +118,9 @@ namespace KvReflash {
         /// <summary>The last verification. Throws InvalidOperationException before <see cref="Verify"/>.</summary>
         public Verification Verification => use.During(queries.Verification);
 
-        /// <summary>Returns a document of the session as it stands, in JSON as the console tool writes it. Throws
-        /// KvReflashException for a plan to be saved of which a file cannot be read.</summary>
+        /// <summary>Returns a document of the session as it stands, in JSON as the console tool writes it. For a plan
+        /// to be saved it throws KvReflashException if a file of it cannot be read, and InvalidOperationException if
+        /// there is none, because the session looks at the target only.</summary>
         public string GetDocument(DocumentKind kind) => use.During(() => queries.Document(kind));
 
         /// <summary>Ends the session and releases all that it holds of the target. An operation that is under way comes

@@ -13,17 +13,12 @@ namespace KvReflash {
         }
 
         internal Plan Plan() {
-            var plan = new kvr_plan {size = SizeOf(typeof(kvr_plan))};
-            CallResult.Judged(Native.kvr_session_get_plan(handle, ref plan));
+            kvr_plan plan = PlanRecord();
             return new Plan(plan, Immutable.List(plan.elements, Element), Immutable.List(plan.entries, Entry),
                             Immutable.List(plan.nodes, Node));
         }
 
-        internal IReadOnlyList<Element> Elements() {
-            var plan = new kvr_plan {size = SizeOf(typeof(kvr_plan))};
-            CallResult.Judged(Native.kvr_session_get_plan(handle, ref plan));
-            return Immutable.List(plan.elements, Element);
-        }
+        internal IReadOnlyList<Element> Elements() => Immutable.List(PlanRecord().elements, Element);
 
         internal Outcome Outcome() {
             var outcome = new kvr_outcome {size = SizeOf(typeof(kvr_outcome))};
@@ -35,7 +30,8 @@ namespace KvReflash {
         internal Verification Verification() {
             var verification = new kvr_verification {size = SizeOf(typeof(kvr_verification))};
             CallResult.Judged(Native.kvr_session_get_verification(handle, ref verification));
-            return new Verification(verification, Immutable.List(verification.elements, Verified));
+            return new Verification(verification, Immutable.List(verification.errors, LookError),
+                                    Immutable.List(verification.elements, Verified));
         }
 
         internal string Document(DocumentKind kind) {
@@ -44,12 +40,21 @@ namespace KvReflash {
             if (result == CallResult.Success) {
                 return Utf8.Text(text);
             }
-            IReadOnlyList<string> faults = Outcome().Faults;
-            throw new KvReflashException(Failure.Archive, string.Join(" ", faults), faults);
+            string reason = CallResult.LastError;
+            if (PlanRecord().entries == 0) { // no file of an archive can be what is wrong
+                throw new InvalidOperationException(reason);
+            }
+            throw new KvReflashException(Failure.Archive, reason);
         }
 
         /// <summary>Each record says how much of it the caller knows.</summary>
         private static uint SizeOf(Type record) => (uint)Marshal.SizeOf(record);
+
+        private kvr_plan PlanRecord() {
+            var plan = new kvr_plan {size = SizeOf(typeof(kvr_plan))};
+            CallResult.Judged(Native.kvr_session_get_plan(handle, ref plan));
+            return plan;
+        }
 
         /// <summary>None if the target was not scanned.</summary>
         private uint ElementCount() {
@@ -63,10 +68,10 @@ namespace KvReflash {
             return new Element(element, Immutable.List(element.reasons, reason => Reason(index, reason)));
         }
 
-        private string Reason(uint element, uint index) {
+        private Reason Reason(uint element, uint index) {
             uint reason;
             CallResult.Judged(Native.kvr_session_get_reason(handle, element, index, out reason));
-            return Library.WordOf(Code.Reason, reason);
+            return (Reason)reason;
         }
 
         private ArchiveEntry Entry(uint index) {
@@ -102,6 +107,12 @@ namespace KvReflash {
         private DeviceError ElementError(uint element, uint index) {
             var error = new kvr_error {size = SizeOf(typeof(kvr_error))};
             CallResult.Judged(Native.kvr_session_get_element_error(handle, element, index, ref error));
+            return new DeviceError(error);
+        }
+
+        private DeviceError LookError(uint index) {
+            var error = new kvr_error {size = SizeOf(typeof(kvr_error))};
+            CallResult.Judged(Native.kvr_session_get_look_error(handle, index, ref error));
             return new DeviceError(error);
         }
 

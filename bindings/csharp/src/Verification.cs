@@ -3,10 +3,11 @@ using System.Collections.Generic;
 namespace KvReflash {
     /// <summary>What a verification has found.</summary>
     public sealed class Verification {
-        internal Verification(kvr_verification verification, IReadOnlyList<VerifiedElement> elements) {
+        internal Verification(kvr_verification verification, IReadOnlyList<DeviceError> errors,
+                              IReadOnlyList<VerifiedElement> elements) {
             Failure = (Failure)verification.failure;
             Message = Utf8.TextOrNull(verification.message);
-            ErrorCount = (int)verification.errors;
+            Errors = errors;
             Elements = elements;
         }
 
@@ -19,8 +20,8 @@ namespace KvReflash {
         /// <summary>Why it failed; null otherwise.</summary>
         public string Message { get; }
 
-        /// <summary>Number of errors that the look at the target has collected.</summary>
-        public int ErrorCount { get; }
+        /// <summary>Errors that the look at the target has collected.</summary>
+        public IReadOnlyList<DeviceError> Errors { get; }
 
         /// <summary>The elements that were judged.</summary>
         public IReadOnlyList<VerifiedElement> Elements { get; }
