@@ -14,7 +14,7 @@ namespace KvReflash.Tests {
                 Expect.Equal("Korvel QB line", content.ProductName);
                 Expect.Equal("1.0", content.FormatVersion);
                 Expect.Equal("press", content.ArchiveVariant);
-                Expect.Equal("unsealed", content.Seal);
+                Expect.Equal(Seal.None, content.Seal);
                 Expect.Equal(null, content.ManifestDigest);
                 Expect.Equal(null, content.Signer);
                 ArchiveEntry loader = content.Entries[0];
@@ -30,7 +30,7 @@ namespace KvReflash.Tests {
             using (var scratch = new Scratch())
             using (var archive = new Archive(scratch.Path("nothing"))) {
                 var fault = Expect.Fails(Failure.Archive, () => archive.Read());
-                Expect.Equal(null, fault.ExitCode);
+                Expect.Equal(3, fault.ExitCode);
             }
         }
 
@@ -38,7 +38,7 @@ namespace KvReflash.Tests {
             var options = new ArchiveOptions {Archive = Given.Archive, RequireRelease = true};
             using (var archive = new Archive(options)) {
                 ArchiveContent content = archive.Read();
-                Expect.Equal("unsealed", content.Seal);
+                Expect.Equal(Seal.None, content.Seal);
             }
             using (var scratch = new Scratch()) {
                 options.TrustFolder = scratch.Folder;
@@ -73,8 +73,8 @@ namespace KvReflash.Tests {
                 File.WriteAllText(description, File.ReadAllText(description).Replace("\"5.0.1\"", "\"5.0.2\""));
                 using (var newer = new Archive(scratch.Path("newer")))
                 using (var older = new Archive(Given.Archive)) {
-                    ArchiveChange change = newer.Compare(older).Single(one => one.Change != "same");
-                    Expect.Equal("up", change.Change);
+                    ArchiveChange change = newer.Compare(older).Single(one => one.Change != ChangeKind.Same);
+                    Expect.Equal(ChangeKind.Up, change.Change);
                     Expect.Equal("QB4120", change.BoardType);
                     Expect.Equal(3U, change.ElementId);
                     Expect.Equal(null, change.TargetPath);
@@ -89,8 +89,12 @@ namespace KvReflash.Tests {
             using (var scratch = new Scratch())
             using (var archive = new Archive(Given.Archive))
             using (var nothing = new Archive(scratch.Path("nothing"))) {
-                Expect.Fails(Failure.Archive, () => archive.Compare(nothing));
-                Expect.Fails(Failure.Archive, () => nothing.Compare(archive));
+                var refusals = new[] {Expect.Fails(Failure.Archive, () => archive.Compare(nothing)),
+                                      Expect.Fails(Failure.Archive, () => nothing.Compare(archive))};
+                foreach (KvReflashException refusal in refusals) {
+                    Expect.Contains(scratch.Path("nothing"), refusal.Message);
+                    Expect.Equal(3, refusal.ExitCode);
+                }
                 Expect.Throws<ArgumentNullException>(() => archive.Compare(null));
             }
         }

@@ -39,19 +39,21 @@ namespace KvReflash.Tests {
         }
 
         public static void AnElementThatFailsHasItsReasonAndItsErrors() {
-            const string error = "{\"code\": 4660, \"text\": \"No space.\", \"function\": \"write\", \"originNode\": 2815}";
+            const string error =
+                "{\"code\": 4660, \"text\": \"No space.\", \"function\": \"write\", \"originNode\": 2815}";
             using (var rack = new Rack("{\"call\": \"update2\", \"errors\": [" + error + "]}"))
             using (Session session = rack.Prepared()) {
                 Expect.Equal(1, Expect.Fails(Failure.Elements, () => session.Run()).ExitCode);
                 ElementOutcome failed = session.Outcome.Elements.First(one => one.Result == ElementResult.Failed);
-                Expect.Equal("update", failed.FailedCall);
+                Expect.Equal(FailedCall.Update2, failed.FailedCall);
                 Expect.True(failed.Reason != null, "there is a reason");
                 Expect.Equal(4660U, failed.Errors[0].Code);
                 Expect.Equal("No space.", failed.Errors[0].Text);
                 Expect.Equal("write", failed.Errors[0].Function);
                 Expect.Equal(2815U, failed.Errors[0].OriginNode);
                 Expect.Equal(null, failed.Errors[0].Line);
-                Expect.True(session.Outcome.Elements.Any(one => one.Result == ElementResult.Updated), "others are");
+                ElementOutcome updated = session.Outcome.Elements.First(one => one.Result == ElementResult.Updated);
+                Expect.Equal(FailedCall.None, updated.FailedCall);
             }
         }
 
@@ -86,6 +88,36 @@ namespace KvReflash.Tests {
             }
         }
 
+        public static void ATargetThatCannotBeLookedAtHasTheErrorsOfTheLook() {
+            using (var rack = new Rack("{\"call\": \"scan\", \"occurrence\": 2, " +
+                                       "\"errors\": [{\"code\": 9, \"text\": \"Busy.\"}]}"))
+            using (Session session = rack.Prepared()) {
+                session.Run();
+                Verification verification = session.Verify();
+                Expect.Equal(Failure.Verification, verification.Failure);
+                Expect.Equal("9 Busy.", verification.Errors.Single().Code + " " + verification.Errors.Single().Text);
+                Expect.Equal(0, session.Verify().Errors.Count);
+            }
+        }
+
+        public static void AFilterThatLetsNothingThroughIsAFailureOfTheSelection() {
+            using (var rack = new Rack()) {
+                SessionOptions options = rack.Options();
+                options.SerialNumbers = "1";
+                using (var session = new Session(options)) {
+                    Expect.Equal(8, Expect.Fails(Failure.Selection, session.Prepare).ExitCode);
+                }
+            }
+        }
+
+        public static void ErrorsThatBelongToNoElementAreListed() {
+            using (var rack = new Rack("{\"call\": \"scan\", \"errors\": [{\"code\": 9, \"text\": \"Busy.\"}]}"))
+            using (Session session = rack.Session()) {
+                Expect.Fails(Failure.Target, session.Prepare);
+                Expect.Equal("Busy.", session.Outcome.Errors.Single().Text);
+            }
+        }
+
         public static void CallsInTheWrongOrderAreRefused() {
             using (var rack = new Rack())
             using (Session session = rack.Session()) {
@@ -105,6 +137,7 @@ namespace KvReflash.Tests {
             Expect.Throws<ArgumentException>(() => new Session(new SessionOptions {Mode = (SessionMode)99}));
             Expect.Throws<ArgumentException>(() => new Session(new SessionOptions {Target = "a\0b"}));
             Expect.Throws<ArgumentException>(() => new Session(new SessionOptions {SavedPlan = "{}"}));
+            Expect.Throws<ArgumentException>(() => new Session(new SessionOptions {ResumedRun = "a run"}));
             foreach (double seconds in new[] {-1, 0.5, 1e10}) {
                 var options = new SessionOptions {StallLimit = TimeSpan.FromSeconds(seconds)};
                 Expect.Throws<ArgumentException>(() => new Session(options));

@@ -19,10 +19,14 @@ namespace KvReflash.Tests {
             {"KVR_EVENT_", new[] {"EventKind"}},
             {"KVR_STOP_", new[] {"StopRequest"}},
             {"KVR_KNOWS_", new[] {"Knows"}},
+            {"KVR_REASON_", new[] {"Reason"}},
             {"KVR_STAGE_", new[] {"Stage"}},
             {"KVR_RESULT_", new[] {"ElementResult"}},
+            {"KVR_FAILED_CALL_", new[] {"FailedCall"}},
             {"KVR_VERIFIED_", new[] {"VerifiedResult"}},
             {"KVR_DOCUMENT_", new[] {"DocumentKind", "ArchiveDocumentKind"}},
+            {"KVR_SEAL_", new[] {"Seal"}},
+            {"KVR_CHANGE_", new[] {"ChangeKind"}},
             {"KVR_CODE_", new[] {"Code"}},
             {"KVR_RUN_", new[] {"RunState"}},
             {"KVR_", new[] {"SessionFlags"}}
@@ -71,6 +75,36 @@ namespace KvReflash.Tests {
             Expect.Equal(string.Join("\n", expected), string.Join("\n", actual));
         }
 
+        public static void ValuesHaveTheWordsOfDocuments() {
+            Expect.Equal("archive", Failure.Archive.Word());
+            Expect.Equal("rebooted", Stage.Rebooted.Word());
+            Expect.Equal("up-to-date", Reason.UpToDate.Word());
+            Expect.Equal("in-progress", ElementResult.InProgress.Word());
+            Expect.Equal("differs", VerifiedResult.Differs.Word());
+            Expect.Equal("write-file", FailedCall.WriteFile.Word());
+            Expect.Equal("unsealed", Seal.None.Word());
+            Expect.Equal("removed", ChangeKind.Removed.Word());
+            Expect.Equal("broken-off", RunState.BrokenOff.Word());
+        }
+
+        public static void ValuesOfALaterLibraryAreKeptAndHaveNoWord() {
+            const uint later = 77;
+            var element = (Element)Made("Element", Record("kvr_element"), new[] {(Reason)later});
+            Expect.Equal((Reason)later, element.Reasons.Single());
+            object result = Record("kvr_element_result", "failed_call", later);
+            var outcome = (ElementOutcome)Made("ElementOutcome", result, null);
+            Expect.Equal((FailedCall)later, outcome.FailedCall);
+            var content = (ArchiveContent)Made("ArchiveContent", Record("kvr_archive_info", "seal", later), null);
+            Expect.Equal((Seal)later, content.Seal);
+            var change = (ArchiveChange)Made("ArchiveChange", Record("kvr_change", "change", later));
+            Expect.Equal((ChangeKind)later, change.Change);
+            var fault = (KvReflashException)Made("KvReflashException", (Failure)later, "new");
+            Expect.Equal((Failure)later, fault.Failure);
+            Expect.Equal(1, fault.ExitCode);
+            Expect.Equal("", element.Reasons.Single().Word());
+            Expect.Equal("77", fault.Failure.ToString());
+        }
+
         public static void TheLibraryHasTheVersionOfTheAssembly() {
             Expect.Equal(typeof(Library).Assembly.GetName().Version.ToString(2), Library.Version);
             Expect.True(Library.InterfaceVersion >= 1, "the C interface has a version");
@@ -83,6 +117,17 @@ namespace KvReflash.Tests {
         private static IEnumerable<string[]> Facts(string kind) =>
             File.ReadAllLines(Given.Facts).Select(line => line.Split(' ')).Where(words => words[0] == kind)
                 .Select(words => words.Skip(1).ToArray());
+
+        /// <summary>Returns what a constructor of the assembly makes.</summary>
+        private static object Made(string type, params object[] arguments) =>
+            Activator.CreateInstance(TypeOf(type), All, null, arguments, null);
+
+        /// <summary>Returns a record of the assembly, with a value in one of its fields.</summary>
+        private static object Record(string type, string field = "size", uint value = 0) {
+            object record = Made(type);
+            TypeOf(type).GetField(field, All).SetValue(record, value);
+            return record;
+        }
 
         private static Type TypeOf(string name) => typeof(Session).Assembly.GetType("KvReflash." + name, true);
 

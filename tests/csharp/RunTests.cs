@@ -126,7 +126,7 @@ namespace KvReflash.Tests {
         }
 
         public static void WhatIsNotASavedPlanIsRefused() {
-            Expect.Fails(Failure.Stale, () => SavedPlan.Read("{}"));
+            Expect.Equal(9, Expect.Fails(Failure.Stale, () => SavedPlan.Read("{}")).ExitCode);
             using (var rack = new Rack()) {
                 string content = SavedPlanOf(rack);
                 Expect.Fails(Failure.Stale, () => SavedPlan.Read(content.Replace(Rack.Address, "127.0.0.2")));
@@ -141,7 +141,19 @@ namespace KvReflash.Tests {
                     System.IO.File.Delete(System.IO.Path.Combine(options.Archive, "qb4120-ipl.kfw"));
                     var fault = Expect.Fails(Failure.Archive, () => session.GetDocument(DocumentKind.SavedPlan));
                     Expect.Contains("qb4120-ipl.kfw", fault.Message);
+                    Expect.Equal(3, fault.ExitCode);
+                    Expect.Equal(Failure.None, session.Outcome.Failure);
                 }
+            }
+        }
+
+        public static void WithoutAnArchiveThereIsNoPlanToSave() {
+            using (var rack = new Rack())
+            using (Session session = rack.Prepared(new SessionOptions {Mode = SessionMode.Elements,
+                                                                       Target = Rack.Address})) {
+                string message = Expect.Throws<InvalidOperationException>(
+                    () => session.GetDocument(DocumentKind.SavedPlan)).Message;
+                Expect.Equal("there is no plan", message);
             }
         }
 
@@ -180,12 +192,12 @@ namespace KvReflash.Tests {
         }
 
         private static void ExpectDocuments(Journal journal, string id) {
-            string document;
             Expect.Contains(id, journal.GetDocument());
-            Expect.True(journal.TryGetDocument(id, out document), "there is such a run");
-            Expect.Contains(id, document);
-            Expect.Equal(false, journal.TryGetDocument("nothing", out document));
-            Expect.Contains("nothing", document);
+            Expect.Contains(id, journal.GetDocument(id));
+            var fault = Expect.Fails(Failure.Selection, () => journal.GetDocument("nothing"));
+            Expect.Contains("nothing", fault.Message);
+            Expect.Equal(8, fault.ExitCode);
+            Expect.Throws<ArgumentException>(() => journal.GetDocument(""));
         }
     }
 }

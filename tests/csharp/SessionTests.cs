@@ -41,7 +41,7 @@ namespace KvReflash.Tests {
                 Expect.Equal(2815U, loader.SerialNumber);
                 Expect.Equal(1U, loader.Slot);
                 Expect.Equal(true, loader.IsValid);
-                Expect.Equal("version-differs", loader.Reasons[0]);
+                Expect.Equal(Reason.VersionDiffers, loader.Reasons[0]);
                 Expect.Equal("qb4120-ipl.kfw", entry.FileName);
                 Expect.Equal(10U, entry.Sequence);
                 Expect.True(entry.IsUpgradeOnly, "boot loaders are never downgraded");
@@ -82,7 +82,8 @@ namespace KvReflash.Tests {
                 }
                 options.Force = true;
                 using (Session session = rack.Prepared(options)) {
-                    Expect.True(session.Elements.Any(element => element.Reasons.Contains("forced")), "all is forced");
+                    Expect.True(session.Elements.Any(element => element.Reasons.Contains(Reason.Forced)),
+                                "all is forced");
                 }
             }
         }
@@ -131,7 +132,7 @@ namespace KvReflash.Tests {
                 Element element = session.Elements.First(one => one.IsUpdated);
                 session.Disable(element.DisplayName);
                 Expect.Equal(false, session.Elements[element.Index].IsUpdated);
-                Expect.Equal("disabled", session.Elements[element.Index].Reasons.Last());
+                Expect.Equal(Reason.Disabled, session.Elements[element.Index].Reasons.Last());
                 Outcome outcome = session.Run();
                 Expect.Equal(ElementResult.NotPlanned, outcome.Elements[element.Index].Result);
             }

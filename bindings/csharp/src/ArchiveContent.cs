@@ -41,8 +41,9 @@ namespace KvReflash {
         /// <summary>Its variant.</summary>
         public string ArchiveVariant { get; }
 
-        /// <summary>How far its content is vouched for. Only with <see cref="ArchiveOptions.RequireRelease"/> or a trust
-        /// folder it is looked at; otherwise it is <see cref="KvReflash.Seal.None"/>.</summary>
+        /// <summary>How far its content is vouched for. It is looked at only with
+        /// <see cref="ArchiveOptions.RequireRelease"/> or a trust folder; otherwise it is
+        /// <see cref="KvReflash.Seal.None"/>.</summary>
         public Seal Seal { get; }
 
         /// <summary>SHA-256 of the manifest in hexadecimal digits; null if it was not looked at or is not sealed.

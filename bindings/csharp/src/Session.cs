@@ -94,9 +94,10 @@ namespace KvReflash {
         }
 
         /// <summary>Looks at what the target reports now and holds it against the plan and what was updated.
-        /// `wasRebooted`: the target was rebooted since. After <see cref="Prepare"/> and, in the mode
-        /// <see cref="SessionMode.Update"/>, after <see cref="Run"/>. A target that does not report what it should, or
-        /// cannot be looked at, is not an exception but a result.</summary>
+        /// `wasRebooted`: the target was rebooted since; a target that comes up needs some time: verify again until it
+        /// answers. After <see cref="Prepare"/> and, in the mode <see cref="SessionMode.Update"/>, after
+        /// <see cref="Run"/>. A target that does not report what it should, or cannot be looked at, is not an exception
+        /// but a result.</summary>
         public Verification Verify(bool wasRebooted = false) => use.During(() => {
             Call(() => Native.kvr_session_verify(handle, wasRebooted ? 1U : 0U));
             return queries.Verification();

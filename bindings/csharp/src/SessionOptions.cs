@@ -71,7 +71,8 @@ namespace KvReflash {
         /// the plan, the archive too unless it is given here.</summary>
         public string SavedPlan { get; set; }
 
-        /// <summary>Id of a run of the journal: the session goes on with it, in the same way.</summary>
+        /// <summary>Id of a run in <see cref="JournalFolder"/>: the session goes on with it, in the same way. Not
+        /// together with <see cref="SavedPlan"/>.</summary>
         public string ResumedRun { get; set; }
 
         /// <summary>A run that goes on updates elements in doubt again.</summary>
