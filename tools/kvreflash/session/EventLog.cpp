@@ -62,7 +62,9 @@ std::string EventLog::lineOf(const KvTEvent& event, const KvISession& session) {
     if (event.event == KvEEvent::progress && std::exchange(percentage_, event.value) == event.value) {
         return {};
     }
-    return notifiedEvent(now(), event, phase_, *session.plan(), session.outcomeOf(event.value));
+    static const KvTPlan none;
+    const KvTPlan& plan = session.plan() != nullptr ? *session.plan() : none;
+    return notifiedEvent(now(), event, phase_, plan, session.outcomeOf(event.value));
 }
 
 void EventLog::writeLine(const std::string& line) {
