@@ -11,9 +11,9 @@ export CCACHE_SLOPPINESS=pch_defines,time_macros
 # Debian packages that building needs, the test programs included.
 build_packages=(cmake ninja-build g++ python3 libboost1.81-dev libcli11-dev libgcrypt20-dev rapidjson-dev libgtest-dev libgmock-dev)
 # shellcheck disable=SC2034
-# What running the tests natively needs besides: for documents in JSON, for packages and what is linked with them, and
-# for signatures by key files, agents and tokens.
-test_packages=(python3-jsonschema dpkg-dev file pkg-config openssh-client softhsm2 opensc)
+# What running the tests natively needs besides: for documents in JSON, for packages, wheels and what is linked with
+# them, and for signatures by key files, agents and tokens.
+test_packages=(python3-jsonschema python3-build python3-wheel binutils patchelf dpkg-dev file pkg-config openssh-client softhsm2 opensc)
 # shellcheck disable=SC2034
 # What building and testing for Windows needs besides.
 windows_packages=(g++-mingw-w64-x86-64-posix libgcrypt-mingw-w64-dev libgpg-error-mingw-w64-dev googletest wine wine64)

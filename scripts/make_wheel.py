@@ -5,7 +5,8 @@ usage: make_wheel.py [--system linux|windows] LIBRARIES OUTPUT
 
 LIBRARIES is the folder of the built libraries, such as build/release/bin, or build/windows/bin for Windows. The wheel
 is made in the folder OUTPUT, and its path is printed. For the python3 that runs the script the Debian packages
-python3-build and python3-wheel are needed, and for Linux binutils and patchelf.
+python3-build and python3-wheel are needed, and for Linux binutils and patchelf. What the library needs and not every
+system has comes along.
 """
 
 import argparse
@@ -26,7 +27,9 @@ LIBRARIES = {
     "windows": ("KvPlatform.dll", "KvReflashLib.dll", "libgcc_s_seh-1.dll", "libgcrypt-20.dll", "libgpg-error-0.dll",
                 "libstdc++-6.dll", "libwinpthread-1.dll"),
 }
-TOOLS = {"linux": ("strip", "patchelf"), "windows": ()}
+# Libraries of the system that come along, since not every Linux has them.
+TAKEN_ALONG = ("libgcrypt.so.20", "libgpg-error.so.0")
+TOOLS = {"linux": ("ldd", "strip", "patchelf"), "windows": ()}
 
 
 def project_version():
@@ -51,6 +54,17 @@ def copy_libraries(system, source, target):
         shutil.copy(source / name, target / name)
 
 
+def take_along(folder):
+    """Copies libraries of the system beside those that need them."""
+    listed = subprocess.run(["ldd", folder / "libKvReflashLib.so.1"], check=True, stdout=subprocess.PIPE,
+                            encoding="utf-8").stdout
+    found = dict(re.findall(r"(\S+) => (\S+) \(", listed))
+    for name in TAKEN_ALONG:
+        if name not in found:
+            sys.exit(f"make_wheel.py: {name} is not linked")
+        shutil.copy(found[name], folder / name)
+
+
 def detach(folder):
     """Frees libraries for Linux of the folder in which they were built."""
     for library in folder.iterdir():
@@ -66,6 +80,7 @@ def lay_out(system, libraries, folder):
     inside = folder / "src" / "kvreflash" / "lib"
     copy_libraries(system, libraries, inside)
     if system == "linux":
+        take_along(inside)
         detach(inside)
 
 

@@ -294,6 +294,9 @@ std::optional<std::string> KvCSessionHandle::document(std::uint32_t kind, std::s
     case KVR_DOCUMENT_SAVED_PLAN: {
         require(step_ == Step::prepared && session_->plan() != nullptr);
         const std::optional<KvTSavedPlan> saved = session_->planToSave(reason);
+        if (!saved && reason.empty()) {
+            throw std::bad_alloc();
+        }
         return saved ? std::optional(savedPlanDocument(*saved)) : std::nullopt;
     }
     default:
