@@ -18,10 +18,10 @@ sources() {
 # All tests, natively, under the sanitizers and as Windows programs: nothing else counts while one of them fails.
 stage_tests() { scripts/test.sh all; }
 
-# Each source on its own, which has to include what it uses.
+# Each source on its own, which has to include what it uses; the benchmarks, too, which nothing else builds.
 configure_clang() {
     logged configure-clang cmake -S . -B build/clang -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_COMPILER=clang++ \
-        -DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DKV_JOINT_BUILD=OFF
+        -DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DKV_JOINT_BUILD=OFF -DKV_BENCH=ON
 }
 
 # A second compiler warns of other things, and what only one compiler takes is no C++.

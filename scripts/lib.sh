@@ -19,7 +19,8 @@ test_packages=(python3-jsonschema python3-build python3-wheel binutils patchelf 
 windows_packages=(g++-mingw-w64-x86-64-posix libgcrypt-mingw-w64-dev libgpg-error-mingw-w64-dev googletest wine wine64)
 # shellcheck disable=SC2034
 # What the long gate needs besides.
-gate_packages=(ccache clang clang-format clang-tidy cppcheck valgrind shellcheck doxygen)
+gate_packages=(ccache clang clang-format clang-tidy cppcheck valgrind shellcheck doxygen gcc libbenchmark-dev
+    libsimdjson-dev nlohmann-json3-dev)
 
 say() { printf '%s\n' "$*"; }
 die() { printf '%s\n' "$*" >&2; exit 1; }

@@ -2,17 +2,15 @@
 #include "JsonValues.h"
 #include "KvDocuments.h"
 
-#include <utility>
-
 // What is in force on a machine, and from where.
 
 namespace KvNReflasher {
 
 namespace {
 
-KvCJsonText settingRecord(KvCJsonText value, KvESettingSource source) {
+KvCJsonText settingRecord(const KvCJsonText& value, KvESettingSource source) {
     KvCJsonText record = KvCJsonText::makeObject();
-    record.set("value", std::move(value));
+    record.set("value", value);
     record.set("source", codeOf(source));
     return record;
 }

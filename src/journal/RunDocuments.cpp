@@ -90,7 +90,7 @@ std::string runDocument(const KvTRunRecord* run, const KvTVerdict& verdict) {
     for (std::size_t index = 0; run != nullptr && index < run->plan.plan.elements.size(); ++index) {
         elements.append(elementRecord(*run, index));
     }
-    document.set("elements", std::move(elements));
+    document.set("elements", elements);
     return documentText(document);
 }
 

@@ -60,7 +60,7 @@ std::string beginRecord(const std::string& time, const KvTJournalOptions& option
     record.set("resumes", options.resumes);
     KvCJsonText basis = KvCJsonText::makeObject();
     setPlanBasis(basis, plan);
-    record.set("plan", std::move(basis));
+    record.set("plan", basis);
     return std::move(record).takeLine();
 }
 
@@ -79,7 +79,7 @@ std::string intentRecord(const std::string& time, std::uint32_t phase, const KvT
     }
     KvCJsonText record = recordOf(time, "intent");
     record.set("phase", phase);
-    record.set("elements", std::move(elements));
+    record.set("elements", elements);
     return std::move(record).takeLine();
 }
 

@@ -14,7 +14,7 @@
 [[nodiscard]] std::string runListText(const std::vector<KvNReflasher::KvTRun>& runs);
 
 /// One run: its facts, and a table of the elements that it was to update.
-[[nodiscard]] std::string runText(const KvNReflasher::KvTRunRecord& run);
+[[nodiscard]] std::string runText(const KvNReflasher::KvTRunRecord& record);
 
 /// What is known of the elements of a run that goes on, and what is done with them now.
 [[nodiscard]] std::string resumptionText(const KvNReflasher::KvTRun& run, const KvNReflasher::KvTPlan& plan,
