@@ -1,5 +1,6 @@
 #include "SessionHandle.h"
 
+#include "ExhaustedMemory.h"
 #include "Records.h"
 #include "TextConversion.h"
 #include "Timestamp.h"
@@ -140,7 +141,7 @@ std::int32_t KvCSessionHandle::prepare() {
     session_->setMessageFunction(
         [](const std::string& text, void* context) {
             auto& self = *static_cast<KvCSessionHandle*>(context);
-            self.messages_ += text;
+            attempt([&] { self.messages_ += text; }); // documents show less then
             self.notify({sizeof(kvr_event), KVR_EVENT_MESSAGE, 0, 1, text.c_str()});
         },
         this);
