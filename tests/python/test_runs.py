@@ -33,7 +33,7 @@ class RunTest(ScratchTest):
                                                                         "127.0.0.1"))
         self.assertEqual((run.failure, run.message, run.exit_code), (Failure.NONE, "", 0))
         self.assertEqual((run.resumable, run.plan, run.fault), (False, None, None))
-        self.assertLess(run.begin, run.end)
+        self.assertLessEqual(run.begin, run.end)
 
     def test_documents_are_those_of_the_tool(self):
         run = self.stopped_run()
