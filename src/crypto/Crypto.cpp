@@ -125,15 +125,10 @@ void KvCSha256::add(KvTBytes bytes) {
     gcry_md_write(state_->handle, bytes.data(), bytes.size());
 }
 
-KvTSha256 KvCSha256::digest() const {
-    gcry_md_hd_t copy = nullptr;
-    if (gcry_md_copy(&copy, state_->handle) != 0) {
-        throw std::bad_alloc();
-    }
+KvTSha256 KvCSha256::digest() {
     KvTSha256 digest{};
-    const std::uint8_t* const bytes = gcry_md_read(copy, GCRY_MD_SHA256);
+    const std::uint8_t* const bytes = gcry_md_read(state_->handle, GCRY_MD_SHA256);
     std::copy_n(bytes, digest.size(), digest.begin());
-    gcry_md_close(copy);
     return digest;
 }
 

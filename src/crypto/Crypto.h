@@ -26,8 +26,8 @@ public:
     ~KvCSha256();
 
     void add(KvTBytes bytes);
-    /// The digest of all bytes added so far.
-    [[nodiscard]] KvTSha256 digest() const;
+    /// The digest of all bytes. None are taken after that.
+    [[nodiscard]] KvTSha256 digest();
 
 private:
     struct State;

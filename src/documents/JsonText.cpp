@@ -52,39 +52,37 @@ KvCJsonText KvCJsonText::bracketed(const char* brackets) {
     return value;
 }
 
-/// Takes the closing bracket away, and makes room for so many bytes, brackets, a comma and a line end.
-void KvCJsonText::openFor(std::size_t size) {
-    constexpr std::size_t punctuation = 8;
+/// Puts a comma, if one is needed, into the place of the closing bracket.
+void KvCJsonText::open() {
     constexpr std::size_t sizeOfEmpty = 2;
-    const bool isFirst = text_.size() == sizeOfEmpty;
-    text_.reserve(text_.size() + size + punctuation);
-    text_.pop_back();
-    if (!isFirst) {
-        text_ += ',';
+    if (text_.size() == sizeOfEmpty) {
+        text_.pop_back();
+    } else {
+        text_.back() = ',';
     }
 }
 
-void KvCJsonText::openFor(std::string_view key, std::size_t valueSize) {
-    openFor(key.size() + valueSize);
+void KvCJsonText::openFor(std::string_view key) {
+    open();
     text_ += '"';
     text_ += key;
     text_ += "\":";
 }
 
 void KvCJsonText::set(std::string_view key, const KvCJsonText& value) {
-    openFor(key, value.text_.size());
+    openFor(key);
     text_ += value.text_;
     text_ += '}';
 }
 
 void KvCJsonText::set(std::string_view key, std::string_view text) {
-    openFor(key, text.size());
+    openFor(key);
     appendText(text_, text);
     text_ += '}';
 }
 
 void KvCJsonText::append(const KvCJsonText& value) {
-    openFor(value.text_.size());
+    open();
     text_ += value.text_;
     text_ += ']';
 }

@@ -47,8 +47,8 @@ public:
 
 private:
     [[nodiscard]] static KvCJsonText bracketed(const char* brackets);
-    void openFor(std::size_t size);
-    void openFor(std::string_view key, std::size_t valueSize);
+    void open();
+    void openFor(std::string_view key);
 
     std::string text_;
 };
