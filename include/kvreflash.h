@@ -505,8 +505,8 @@ enum {
     KVR_DOCUMENT_REBOOT = 3,
     KVR_DOCUMENT_ELEMENTS = 4,
     KVR_DOCUMENT_EXPLAIN = 5,   /* of all elements, each with the entries that were tried */
-    KVR_DOCUMENT_SAVED_PLAN = 6 /* for kvr_session_options.saved_plan; 1 if a file of it cannot be read, and
-                                   kvr_last_error() says which */
+    KVR_DOCUMENT_SAVED_PLAN = 6 /* for kvr_session_options.saved_plan; 1 if there is no plan, or a file of it cannot
+                                   be read, and kvr_last_error() says which */
 };
 
 /* `text` receives a document (KVR_DOCUMENT_...) of the session as it stands. */
