@@ -195,19 +195,19 @@ std::int32_t Client::call(std::uint8_t number) {
     case 1:
         return kvr_session_free(session);
     case 2:
-        return kvr_session_prepare(session);
+        return kvr_prepare(session);
     case 3:
-        return kvr_session_disable(session, takeText(), &value);
+        return kvr_disable(session, takeText(), &value);
     case 4:
-        return kvr_session_preflight(session);
+        return kvr_preflight(session);
     case 5:
-        return kvr_session_run(session);
+        return kvr_run(session);
     case 6:
-        return kvr_session_request_stop(session, index);
+        return kvr_request_stop(session, index);
     case 7:
-        return kvr_session_verify(session, index);
+        return kvr_verify(session, index);
     case 8:
-        return kvr_session_reboot(session);
+        return kvr_reboot(session);
     case 9:
         return ask<kvr_plan>([&](kvr_plan* record) { return kvr_session_get_plan(session, record); });
     case 10:
@@ -279,7 +279,7 @@ std::int32_t Client::callArchive(std::uint8_t number) {
     case 33:
         return kvr_runs_free(runs);
     case 34:
-        return ask<kvr_run>([&](kvr_run* record) { return kvr_runs_get(runs, index, record); });
+        return ask<kvr_run_info>([&](kvr_run_info* record) { return kvr_runs_get(runs, index, record); });
     case 35:
         return kvr_runs_get_document(runs, takeText(), &text);
     case 36:

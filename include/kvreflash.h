@@ -18,9 +18,9 @@
    5. Lists. The items of a list are asked for by their index, from 0. An index past the end is KVR_ERROR_ARGUMENT.
    6. Threads. A handle is used by one thread at a time; what else is allowed says the function. Handles of their own
       may be used at the same time, but sessions share the list of errors of the process: an error of one makes
-      kvr_session_run() of the others return 1.
+      kvr_run() of the others return 1.
    7. Callbacks. They run on the thread that has called the function, within it. They must return, and must not free the
-      handle. Of its session they may call kvr_session_get_...() and kvr_session_request_stop(). Kinds that they do not
+      handle. Of its session they may call kvr_session_get_...() and kvr_request_stop(). Kinds that they do not
       know are to be ignored.
    8. No exception leaves a function. What lacks memory returns KVR_ERROR_MEMORY.
    9. Numbers. Enumerations are stored as 32-bit numbers, and new values may be added: take one that is not known for
@@ -58,7 +58,7 @@ extern "C" {
 enum {
     KVR_SUCCESS = 0,
     KVR_FAILED = 1,          /* the operation has failed, and its record or document states why */
-    KVR_UNSUPPORTED = 2,     /* kvr_session_prepare(): the archive does not support the target */
+    KVR_UNSUPPORTED = 2,     /* kvr_prepare(): the archive does not support the target */
     KVR_ERROR_ARGUMENT = -1, /* a handle, an index or a text is wrong */
     KVR_ERROR_MEMORY = -2,   /* memory is exhausted */
     KVR_ERROR_ORDER = -3,    /* the function must not be called now */
@@ -210,7 +210,7 @@ typedef struct kvr_event {
 /* Receives events; `context` is what was given with the function. */
 typedef void(KVR_CALL* kvr_event_function)(const kvr_event* event, void* context);
 
-/* Sends the events of the session to `function`; null: to nobody. Before kvr_session_prepare(), otherwise
+/* Sends the events of the session to `function`; null: to nobody. Before kvr_prepare(), otherwise
    KVR_ERROR_ORDER. Without a function messages go nowhere. */
 KVR_API int32_t KVR_CALL kvr_session_set_event_function(kvr_session* session, kvr_event_function function,
                                                         void* context);
@@ -219,38 +219,38 @@ KVR_API int32_t KVR_CALL kvr_session_set_event_function(kvr_session* session, kv
    kvr_session_get_outcome() states why. 2: the archive does not support the target. Once for each session. A saved plan
    or a run that does not hold any more is 1, and the faults list all differences. Filters that let no element through
    are 1. */
-KVR_API int32_t KVR_CALL kvr_session_prepare(kvr_session* session);
+KVR_API int32_t KVR_CALL kvr_prepare(kvr_session* session);
 
 /* Leaves an element out of the update. `element` is its index in digits, its inventory address, its target path or its
    displayed name. `found` (may be null) receives the number of elements that are named so. 0: the element is left out.
    1: not exactly one was found, and nothing has changed. Between prepare and run. */
-KVR_API int32_t KVR_CALL kvr_session_disable(kvr_session* session, const char* element, uint32_t* found);
+KVR_API int32_t KVR_CALL kvr_disable(kvr_session* session, const char* element, uint32_t* found);
 
 /* Checks the update files that an update would use. 0: they are good. 1: the faults say what is wrong, and
-   kvr_session_run() is refused. Between prepare and run. */
-KVR_API int32_t KVR_CALL kvr_session_preflight(kvr_session* session);
+   kvr_run() is refused. Between prepare and run. */
+KVR_API int32_t KVR_CALL kvr_preflight(kvr_session* session);
 
 /* Updates the target in the mode KVR_MODE_UPDATE, and prints what other modes print. 0: succeeded. 1: failed, or errors
-   were reported. Once, after kvr_session_prepare() has returned 0. */
-KVR_API int32_t KVR_CALL kvr_session_run(kvr_session* session);
+   were reported. Once, after kvr_prepare() has returned 0. */
+KVR_API int32_t KVR_CALL kvr_run(kvr_session* session);
 
-/* How kvr_session_run() is asked to end. */
+/* How kvr_run() is asked to end. */
 enum {
     KVR_STOP_FINISH = 0, /* nothing new begins; what has begun is awaited */
     KVR_STOP_GIVE_UP = 1 /* what has begun is not awaited either */
 };
 
 /* Asks a running update to end. Never taken back. Any thread, at any time; not from a signal handler. */
-KVR_API int32_t KVR_CALL kvr_session_request_stop(kvr_session* session, uint32_t how);
+KVR_API int32_t KVR_CALL kvr_request_stop(kvr_session* session, uint32_t how);
 
 /* Looks at what the target reports now and holds it against the plan and what was updated. `was_rebooted`: 1 if the
    target was rebooted since; a target that comes up needs some time: call again until it answers. 0: it reports what it
-   should. 1: it does not, or could not be looked at. After kvr_session_prepare() has returned 0 and, in the mode
-   KVR_MODE_UPDATE, kvr_session_run() was called. */
-KVR_API int32_t KVR_CALL kvr_session_verify(kvr_session* session, uint32_t was_rebooted);
+   should. 1: it does not, or could not be looked at. After kvr_prepare() has returned 0 and, in the mode
+   KVR_MODE_UPDATE, kvr_run() was called. */
+KVR_API int32_t KVR_CALL kvr_verify(kvr_session* session, uint32_t was_rebooted);
 
 /* Resets the target. 0: it was reset. 1: it was not. After a prepare that has scanned the target. */
-KVR_API int32_t KVR_CALL kvr_session_reboot(kvr_session* session);
+KVR_API int32_t KVR_CALL kvr_reboot(kvr_session* session);
 
 /* Bits of `known` in records of elements. */
 enum {
@@ -475,7 +475,7 @@ typedef struct kvr_verification {
     const char* message; /* why it failed; empty otherwise */
 } kvr_verification;
 
-/* Fills `verification`. KVR_ERROR_ORDER before kvr_session_verify(). */
+/* Fills `verification`. KVR_ERROR_ORDER before kvr_verify(). */
 KVR_API int32_t KVR_CALL kvr_session_get_verification(kvr_session* session, kvr_verification* verification);
 
 /* An element beside what the target reports of it. */
@@ -654,7 +654,7 @@ enum {
 };
 
 /* A run, in short. */
-typedef struct kvr_run {
+typedef struct kvr_run_info {
     uint32_t size;
     uint32_t state;   /* KVR_RUN_... */
     uint32_t failure; /* KVR_FAILURE_... that the run has written at its end */
@@ -673,10 +673,10 @@ typedef struct kvr_run {
     const char* message; /* why it failed; empty otherwise */
     const char* plan;    /* id of the saved plan that it has run; empty: none */
     const char* fault;   /* why its file is not to be trusted from some line on; empty: it is whole */
-} kvr_run;
+} kvr_run_info;
 
 /* Fills `run`, from the oldest to the newest. */
-KVR_API int32_t KVR_CALL kvr_runs_get(kvr_runs* runs, uint32_t index, kvr_run* run);
+KVR_API int32_t KVR_CALL kvr_runs_get(kvr_runs* runs, uint32_t index, kvr_run_info* run);
 
 /* `text` receives the document of one run; of the list if `id` is null or empty. 1 if there is no run of this id, or it
    cannot be read: kvr_last_error() says why, and so does the document. */

@@ -35,7 +35,7 @@ static void onEvent(const kvr_event* event, void* context) {
         break; /* messages, and kinds of later versions */
     }
     if (isStopWanted) {
-        (void)kvr_session_request_stop(session, KVR_STOP_FINISH);
+        (void)kvr_request_stop(session, KVR_STOP_FINISH);
     }
 }
 
@@ -114,10 +114,10 @@ static int update(const char* archive, const char* host) {
         return 1;
     }
     if (kvr_session_set_event_function(session, onEvent, session) == KVR_SUCCESS &&
-        kvr_session_prepare(session) == KVR_SUCCESS) {
+        kvr_prepare(session) == KVR_SUCCESS) {
         printPlan(session);
-        if (kvr_session_preflight(session) == KVR_SUCCESS && kvr_session_run(session) == KVR_SUCCESS) {
-            printf("Verified: %s\n", kvr_session_verify(session, 0) == KVR_SUCCESS ? "yes" : "no");
+        if (kvr_preflight(session) == KVR_SUCCESS && kvr_run(session) == KVR_SUCCESS) {
+            printf("Verified: %s\n", kvr_verify(session, 0) == KVR_SUCCESS ? "yes" : "no");
         }
     }
     code = conclude(session);

@@ -25,8 +25,8 @@ public:
     std::string documentText;
 };
 
-kvr_run recordOf(const KvTRun& run) {
-    kvr_run record{};
+kvr_run_info recordOf(const KvTRun& run) {
+    kvr_run_info record{};
     record.state = static_cast<std::uint32_t>(run.state);
     record.failure = static_cast<std::uint32_t>(run.verdict.failure);
     record.exit_code = static_cast<std::uint32_t>(run.exitCode);
@@ -102,7 +102,7 @@ std::int32_t KVR_CALL kvr_runs_free(kvr_runs* runs) {
     return freeHandle<KvCRunsHandle>(runs);
 }
 
-std::int32_t KVR_CALL kvr_runs_get(kvr_runs* runs, std::uint32_t index, kvr_run* run) {
+std::int32_t KVR_CALL kvr_runs_get(kvr_runs* runs, std::uint32_t index, kvr_run_info* run) {
     return guarded([&] {
         const auto handle = objectOf<KvCRunsHandle>(runs);
         fill(run, recordOf(itemOf(handle->list.runs, index)));

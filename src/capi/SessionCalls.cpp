@@ -40,11 +40,11 @@ std::int32_t KVR_CALL kvr_session_set_event_function(kvr_session* session, kvr_e
     });
 }
 
-std::int32_t KVR_CALL kvr_session_prepare(kvr_session* session) {
+std::int32_t KVR_CALL kvr_prepare(kvr_session* session) {
     return callAlone(session, [](KvCSessionHandle& handle) { return handle.prepare(); });
 }
 
-std::int32_t KVR_CALL kvr_session_disable(kvr_session* session, const char* element, std::uint32_t* found) {
+std::int32_t KVR_CALL kvr_disable(kvr_session* session, const char* element, std::uint32_t* found) {
     return callAlone(session, [&](KvCSessionHandle& handle) {
         std::uint32_t count = 0;
         const std::int32_t result = handle.disable(textOf(element), count);
@@ -53,25 +53,25 @@ std::int32_t KVR_CALL kvr_session_disable(kvr_session* session, const char* elem
     });
 }
 
-std::int32_t KVR_CALL kvr_session_preflight(kvr_session* session) {
+std::int32_t KVR_CALL kvr_preflight(kvr_session* session) {
     return callAlone(session, [](KvCSessionHandle& handle) { return handle.preflight(); });
 }
 
-std::int32_t KVR_CALL kvr_session_run(kvr_session* session) {
+std::int32_t KVR_CALL kvr_run(kvr_session* session) {
     return callAlone(session, [](KvCSessionHandle& handle) { return handle.run(); });
 }
 
-std::int32_t KVR_CALL kvr_session_request_stop(kvr_session* session, std::uint32_t how) {
+std::int32_t KVR_CALL kvr_request_stop(kvr_session* session, std::uint32_t how) {
     return guarded([&] {
         objectOf<KvCSessionHandle>(session)->requestStop(how);
         return KVR_SUCCESS;
     });
 }
 
-std::int32_t KVR_CALL kvr_session_verify(kvr_session* session, std::uint32_t was_rebooted) {
+std::int32_t KVR_CALL kvr_verify(kvr_session* session, std::uint32_t was_rebooted) {
     return callAlone(session, [&](KvCSessionHandle& handle) { return handle.verify(was_rebooted != 0); });
 }
 
-std::int32_t KVR_CALL kvr_session_reboot(kvr_session* session) {
+std::int32_t KVR_CALL kvr_reboot(kvr_session* session) {
     return callAlone(session, [](KvCSessionHandle& handle) { return handle.reboot(); });
 }

@@ -21,15 +21,15 @@ protected:
         {
             const FailingMemory failing(number, exhaustion);
             results.push_back(kvr_session_create(&options, &handle));
-            results.push_back(kvr_session_prepare(handle));
+            results.push_back(kvr_prepare(handle));
             auto plan = sized<kvr_plan>();
             results.push_back(kvr_session_get_plan(handle, &plan));
-            results.push_back(kvr_session_disable(handle, "1", nullptr));
-            results.push_back(kvr_session_preflight(handle));
-            results.push_back(kvr_session_run(handle));
+            results.push_back(kvr_disable(handle, "1", nullptr));
+            results.push_back(kvr_preflight(handle));
+            results.push_back(kvr_run(handle));
             auto outcome = sized<kvr_outcome>();
             results.push_back(kvr_session_get_outcome(handle, &outcome));
-            results.push_back(kvr_session_verify(handle, 0));
+            results.push_back(kvr_verify(handle, 0));
             const char* text = nullptr;
             results.push_back(kvr_session_get_document(handle, KVR_DOCUMENT_UPDATE, &text));
             results.push_back(kvr_session_free(handle));

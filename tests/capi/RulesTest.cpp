@@ -27,13 +27,13 @@ std::vector<std::int32_t> callWith(kvr_session* handle) {
     std::uint32_t number = 0;
     const char* text = nullptr;
     return {kvr_session_set_event_function(handle, nullptr, nullptr),
-            kvr_session_prepare(handle),
-            kvr_session_disable(handle, "0", &number),
-            kvr_session_preflight(handle),
-            kvr_session_run(handle),
-            kvr_session_request_stop(handle, KVR_STOP_FINISH),
-            kvr_session_verify(handle, 0),
-            kvr_session_reboot(handle),
+            kvr_prepare(handle),
+            kvr_disable(handle, "0", &number),
+            kvr_preflight(handle),
+            kvr_run(handle),
+            kvr_request_stop(handle, KVR_STOP_FINISH),
+            kvr_verify(handle, 0),
+            kvr_reboot(handle),
             kvr_session_get_plan(handle, &plan),
             kvr_session_get_node(handle, 0, &number),
             kvr_session_get_element(handle, 0, &element),
@@ -151,18 +151,18 @@ TEST_F(RulesOfC, ValuesThatAreNotKnownAreRefused) {
 TEST_F(RulesOfC, WhatComesOutOfOrderIsRefused) {
     serve();
     create();
-    EXPECT_EQ(kvr_session_run(session), KVR_ERROR_ORDER);
-    EXPECT_EQ(kvr_session_verify(session, 0), KVR_ERROR_ORDER);
-    EXPECT_EQ(kvr_session_reboot(session), KVR_ERROR_ORDER);
-    EXPECT_EQ(kvr_session_disable(session, "0", nullptr), KVR_ERROR_ORDER);
-    EXPECT_EQ(kvr_session_preflight(session), KVR_ERROR_ORDER);
-    ASSERT_EQ(kvr_session_prepare(session), KVR_SUCCESS);
-    EXPECT_EQ(kvr_session_prepare(session), KVR_ERROR_ORDER);
+    EXPECT_EQ(kvr_run(session), KVR_ERROR_ORDER);
+    EXPECT_EQ(kvr_verify(session, 0), KVR_ERROR_ORDER);
+    EXPECT_EQ(kvr_reboot(session), KVR_ERROR_ORDER);
+    EXPECT_EQ(kvr_disable(session, "0", nullptr), KVR_ERROR_ORDER);
+    EXPECT_EQ(kvr_preflight(session), KVR_ERROR_ORDER);
+    ASSERT_EQ(kvr_prepare(session), KVR_SUCCESS);
+    EXPECT_EQ(kvr_prepare(session), KVR_ERROR_ORDER);
     EXPECT_EQ(kvr_session_set_event_function(session, nullptr, nullptr), KVR_ERROR_ORDER);
-    EXPECT_EQ(kvr_session_verify(session, 0), KVR_ERROR_ORDER);
-    ASSERT_EQ(kvr_session_run(session), KVR_SUCCESS);
-    EXPECT_EQ(kvr_session_run(session), KVR_ERROR_ORDER);
-    EXPECT_EQ(kvr_session_disable(session, "0", nullptr), KVR_ERROR_ORDER);
+    EXPECT_EQ(kvr_verify(session, 0), KVR_ERROR_ORDER);
+    ASSERT_EQ(kvr_run(session), KVR_SUCCESS);
+    EXPECT_EQ(kvr_run(session), KVR_ERROR_ORDER);
+    EXPECT_EQ(kvr_disable(session, "0", nullptr), KVR_ERROR_ORDER);
     EXPECT_STREQ(kvr_last_error(), "the function must not be called now");
 }
 
@@ -176,7 +176,7 @@ TEST_F(RulesOfC, ACallbackMayAskAndNothingElse) {
         }
     };
     ASSERT_EQ(prepare(), KVR_SUCCESS);
-    EXPECT_EQ(kvr_session_run(session), KVR_FAILED);
+    EXPECT_EQ(kvr_run(session), KVR_FAILED);
     const std::int32_t no = KVR_ERROR_ORDER;
     const std::int32_t none = KVR_ERROR_ARGUMENT; // there are no faults, no errors
     EXPECT_THAT(results, testing::ElementsAre(no, no, no, no, no, 0, no, no, 0, 0, 0, 0, 0, 0, none, none, 0, none, no,
@@ -185,7 +185,7 @@ TEST_F(RulesOfC, ACallbackMayAskAndNothingElse) {
 }
 
 TEST_F(RulesOfC, TheLastErrorIsThatOfTheThread) {
-    EXPECT_EQ(kvr_session_run(nullptr), KVR_ERROR_ARGUMENT);
+    EXPECT_EQ(kvr_run(nullptr), KVR_ERROR_ARGUMENT);
     EXPECT_STRNE(kvr_last_error(), "");
     std::thread([] { EXPECT_STREQ(kvr_last_error(), ""); }).join();
     EXPECT_EQ(kvr_session_free(nullptr), KVR_SUCCESS);
@@ -196,11 +196,11 @@ TEST_F(RulesOfC, AStopMayBeRequestedByAnotherThread) {
     serve();
     onEvent = [this](const kvr_event& event) {
         if (event.kind == KVR_EVENT_LOCKED) {
-            std::thread([this] { EXPECT_EQ(kvr_session_request_stop(session, KVR_STOP_GIVE_UP), 0); }).join();
+            std::thread([this] { EXPECT_EQ(kvr_request_stop(session, KVR_STOP_GIVE_UP), 0); }).join();
         }
     };
     ASSERT_EQ(prepare(), KVR_SUCCESS);
-    EXPECT_EQ(kvr_session_run(session), KVR_FAILED);
+    EXPECT_EQ(kvr_run(session), KVR_FAILED);
     EXPECT_EQ(outcome().failure, static_cast<std::uint32_t>(KVR_FAILURE_STOPPED));
 }
 

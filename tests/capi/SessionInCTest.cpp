@@ -41,11 +41,11 @@ void SessionInCTest::create() {
 
 std::int32_t SessionInCTest::prepare() {
     create();
-    return kvr_session_prepare(session);
+    return kvr_prepare(session);
 }
 
 std::int32_t SessionInCTest::update() {
-    const std::int32_t result = prepare() == KVR_SUCCESS ? kvr_session_run(session) : KVR_FAILED;
+    const std::int32_t result = prepare() == KVR_SUCCESS ? kvr_run(session) : KVR_FAILED;
     close();
     return result;
 }

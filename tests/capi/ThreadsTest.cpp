@@ -43,8 +43,8 @@ protected:
         options.archive = folder_.c_str();
         options.target = addresses[target];
         kvr_session* session = nullptr;
-        std::vector<std::int32_t> results{kvr_session_create(&options, &session), kvr_session_prepare(session),
-                                          kvr_session_run(session)};
+        std::vector<std::int32_t> results{kvr_session_create(&options, &session), kvr_prepare(session),
+                                          kvr_run(session)};
         auto result = sized<kvr_element_result>();
         EXPECT_EQ(kvr_session_get_result(session, 0, &result), KVR_SUCCESS);
         EXPECT_EQ(result.result, static_cast<std::uint32_t>(KVR_RESULT_UPDATED));

@@ -43,8 +43,8 @@ TEST_F(UpdateInC, APlanSaysWhatWasFoundAndDecided) {
 TEST_F(UpdateInC, AnUpdateIsNotifiedOfAndVerified) {
     serve();
     ASSERT_EQ(prepare(), KVR_SUCCESS);
-    EXPECT_EQ(kvr_session_preflight(session), KVR_SUCCESS);
-    EXPECT_EQ(kvr_session_run(session), KVR_SUCCESS);
+    EXPECT_EQ(kvr_preflight(session), KVR_SUCCESS);
+    EXPECT_EQ(kvr_run(session), KVR_SUCCESS);
     EXPECT_EQ(outcome().failure, static_cast<std::uint32_t>(KVR_FAILURE_NONE));
     EXPECT_EQ(outcome().stage, static_cast<std::uint32_t>(KVR_STAGE_ENDED));
     EXPECT_EQ(outcome().exit_code, 0U);
@@ -54,7 +54,7 @@ TEST_F(UpdateInC, AnUpdateIsNotifiedOfAndVerified) {
     EXPECT_THAT(events, Contains("0 0 1"));
     EXPECT_THAT(events, Contains("7 0 1"));
     EXPECT_THAT(messages, HasSubstr("Update completed successfully!"));
-    static_cast<void>(kvr_session_verify(session, 0));
+    static_cast<void>(kvr_verify(session, 0));
     auto verification = sized<kvr_verification>();
     ASSERT_EQ(kvr_session_get_verification(session, &verification), KVR_SUCCESS);
     ASSERT_EQ(verification.elements, 3U);
@@ -67,7 +67,7 @@ TEST_F(UpdateInC, AFailureHasItsClassItsReasonAndItsErrors) {
     addFault(fault("update2"));
     serve();
     ASSERT_EQ(prepare(), KVR_SUCCESS);
-    EXPECT_EQ(kvr_session_run(session), KVR_FAILED);
+    EXPECT_EQ(kvr_run(session), KVR_FAILED);
     EXPECT_EQ(outcome().failure, static_cast<std::uint32_t>(KVR_FAILURE_ELEMENTS));
     EXPECT_EQ(outcome().exit_code, 1U);
     EXPECT_STRNE(outcome().message, "");
@@ -93,7 +93,7 @@ TEST_F(UpdateInC, ATargetThatIsNotThereIsAFailureOfItsClass) {
     EXPECT_EQ(outcome().exit_code, 4U);
     auto none = sized<kvr_plan>();
     EXPECT_EQ(kvr_session_get_plan(session, &none), KVR_ERROR_ORDER);
-    EXPECT_EQ(kvr_session_run(session), KVR_ERROR_ORDER);
+    EXPECT_EQ(kvr_run(session), KVR_ERROR_ORDER);
 }
 
 TEST_F(UpdateInC, FiltersThatLetNothingThroughAreAFailure) {
@@ -105,7 +105,7 @@ TEST_F(UpdateInC, FiltersThatLetNothingThroughAreAFailure) {
     EXPECT_EQ(prepare(), KVR_FAILED);
     EXPECT_EQ(outcome().failure, static_cast<std::uint32_t>(KVR_FAILURE_SELECTION));
     EXPECT_EQ(outcome().exit_code, 8U);
-    EXPECT_EQ(kvr_session_run(session), KVR_ERROR_ORDER);
+    EXPECT_EQ(kvr_run(session), KVR_ERROR_ORDER);
 }
 
 TEST_F(UpdateInC, APlanWhoseFilesCannotBeReadIsNotSaved) {
@@ -122,14 +122,14 @@ TEST_F(UpdateInC, ElementsAreLeftOutByTheirNames) {
     serve();
     ASSERT_EQ(prepare(), KVR_SUCCESS);
     std::uint32_t found = 99;
-    EXPECT_EQ(kvr_session_disable(session, "nothing of this name", &found), KVR_FAILED);
+    EXPECT_EQ(kvr_disable(session, "nothing of this name", &found), KVR_FAILED);
     EXPECT_EQ(found, 0U);
-    EXPECT_EQ(kvr_session_disable(session, "NODE, Two", &found), KVR_SUCCESS);
+    EXPECT_EQ(kvr_disable(session, "NODE, Two", &found), KVR_SUCCESS);
     EXPECT_EQ(found, 1U);
-    EXPECT_EQ(kvr_session_disable(session, "0", nullptr), KVR_SUCCESS);
+    EXPECT_EQ(kvr_disable(session, "0", nullptr), KVR_SUCCESS);
     EXPECT_EQ(element(0).disabled, 1U);
     EXPECT_EQ(plan().changes, 1U);
-    EXPECT_EQ(kvr_session_run(session), KVR_SUCCESS);
+    EXPECT_EQ(kvr_run(session), KVR_SUCCESS);
     EXPECT_EQ(result(0).result, static_cast<std::uint32_t>(KVR_RESULT_NOT_PLANNED));
 }
 
@@ -137,30 +137,30 @@ TEST_F(UpdateInC, AFaultOfThePreflightRefusesTheUpdate) {
     serve();
     ASSERT_EQ(prepare(), KVR_SUCCESS);
     archive.removeFile("node1.bin");
-    EXPECT_EQ(kvr_session_preflight(session), KVR_FAILED);
+    EXPECT_EQ(kvr_preflight(session), KVR_FAILED);
     EXPECT_EQ(outcome().exit_code, 3U);
     ASSERT_EQ(outcome().faults, 1U);
     const char* fault = nullptr;
     ASSERT_EQ(kvr_session_get_fault(session, 0, &fault), KVR_SUCCESS);
     EXPECT_THAT(fault, HasSubstr("node1.bin"));
     EXPECT_EQ(kvr_session_get_fault(session, 1, &fault), KVR_ERROR_ARGUMENT);
-    EXPECT_EQ(kvr_session_run(session), KVR_ERROR_ORDER);
+    EXPECT_EQ(kvr_run(session), KVR_ERROR_ORDER);
 }
 
 TEST_F(UpdateInC, EndsWhenACallbackAsksForIt) {
     serve();
     onEvent = [this](const kvr_event& event) {
         if (event.kind == KVR_EVENT_ELEMENT_START) {
-            EXPECT_EQ(kvr_session_request_stop(session, KVR_STOP_FINISH), KVR_SUCCESS);
+            EXPECT_EQ(kvr_request_stop(session, KVR_STOP_FINISH), KVR_SUCCESS);
             EXPECT_EQ(result(1).result, static_cast<std::uint32_t>(KVR_RESULT_NOT_STARTED));
         }
     };
     ASSERT_EQ(prepare(), KVR_SUCCESS);
-    EXPECT_EQ(kvr_session_run(session), KVR_FAILED);
+    EXPECT_EQ(kvr_run(session), KVR_FAILED);
     EXPECT_EQ(outcome().failure, static_cast<std::uint32_t>(KVR_FAILURE_STOPPED));
     EXPECT_EQ(result(0).result, static_cast<std::uint32_t>(KVR_RESULT_UPDATED));
     EXPECT_EQ(result(1).result, static_cast<std::uint32_t>(KVR_RESULT_NOT_STARTED));
-    EXPECT_EQ(kvr_session_request_stop(session, 2), KVR_ERROR_ARGUMENT);
+    EXPECT_EQ(kvr_request_stop(session, 2), KVR_ERROR_ARGUMENT);
 }
 
 TEST_F(UpdateInC, DocumentsAreThoseOfTheTool) {
@@ -170,7 +170,7 @@ TEST_F(UpdateInC, DocumentsAreThoseOfTheTool) {
     EXPECT_THAT(document(KVR_DOCUMENT_ELEMENTS), HasSubstr(R"("name": "kvreflash.elements")"));
     EXPECT_THAT(document(KVR_DOCUMENT_EXPLAIN), HasSubstr(R"("name": "kvreflash.explain")"));
     EXPECT_THAT(document(KVR_DOCUMENT_SAVED_PLAN), HasSubstr(R"("name": "kvreflash.saved-plan")"));
-    EXPECT_EQ(kvr_session_run(session), KVR_SUCCESS);
+    EXPECT_EQ(kvr_run(session), KVR_SUCCESS);
     EXPECT_THAT(document(KVR_DOCUMENT_UPDATE), HasSubstr(R"("name": "kvreflash.update")"));
     EXPECT_THAT(document(KVR_DOCUMENT_UPDATE), HasSubstr(R"("exitCode": 0)"));
     const char* text = nullptr;
@@ -182,9 +182,9 @@ TEST_F(UpdateInC, TheTargetIsRebooted) {
     serve();
     options.mode = KVR_MODE_CONNECT;
     ASSERT_EQ(prepare(), KVR_SUCCESS);
-    const std::int32_t result = kvr_session_reboot(session);
+    const std::int32_t result = kvr_reboot(session);
     EXPECT_EQ(result == KVR_SUCCESS, outcome().failure == KVR_FAILURE_NONE);
-    EXPECT_EQ(kvr_session_verify(session, 1), KVR_SUCCESS);
+    EXPECT_EQ(kvr_verify(session, 1), KVR_SUCCESS);
 }
 
 // --- saved plans and runs ---
@@ -192,7 +192,7 @@ TEST_F(UpdateInC, TheTargetIsRebooted) {
 TEST_F(UpdateInC, ASavedPlanIsRunAsItStandsAndNotTwice) {
     serve();
     ASSERT_EQ(prepare(), KVR_SUCCESS);
-    EXPECT_EQ(kvr_session_disable(session, "1", nullptr), KVR_SUCCESS);
+    EXPECT_EQ(kvr_disable(session, "1", nullptr), KVR_SUCCESS);
     const std::string saved = document(KVR_DOCUMENT_SAVED_PLAN);
     close();
     auto record = sized<kvr_saved_plan>();
@@ -207,8 +207,8 @@ TEST_F(UpdateInC, ASavedPlanIsRunAsItStandsAndNotTwice) {
     options.saved_plan = saved.c_str();
     ASSERT_EQ(prepare(), KVR_SUCCESS) << outcome().message;
     EXPECT_EQ(element(1).disabled, 1U);
-    EXPECT_EQ(kvr_session_disable(session, "0", nullptr), KVR_ERROR_ORDER);
-    EXPECT_EQ(kvr_session_run(session), KVR_SUCCESS);
+    EXPECT_EQ(kvr_disable(session, "0", nullptr), KVR_ERROR_ORDER);
+    EXPECT_EQ(kvr_run(session), KVR_SUCCESS);
     close();
     ASSERT_EQ(prepare(), KVR_FAILED);
     EXPECT_EQ(outcome().failure, static_cast<std::uint32_t>(KVR_FAILURE_STALE));
@@ -223,7 +223,7 @@ TEST_F(UpdateInC, ARunIsRememberedAndGoesOn) {
     options.journal_folder = folder.c_str();
     onEvent = [this](const kvr_event& event) {
         if (event.kind == KVR_EVENT_ELEMENT_START) {
-            static_cast<void>(kvr_session_request_stop(session, KVR_STOP_FINISH));
+            static_cast<void>(kvr_request_stop(session, KVR_STOP_FINISH));
         }
     };
     EXPECT_EQ(update(), KVR_FAILED);
@@ -233,7 +233,7 @@ TEST_F(UpdateInC, ARunIsRememberedAndGoesOn) {
     std::uint32_t count = 0;
     ASSERT_EQ(kvr_runs_create(folder.c_str(), &runs, &count), KVR_SUCCESS);
     ASSERT_EQ(count, 1U);
-    auto run = sized<kvr_run>();
+    auto run = sized<kvr_run_info>();
     ASSERT_EQ(kvr_runs_get(runs, 0, &run), KVR_SUCCESS);
     EXPECT_EQ(run.state, static_cast<std::uint32_t>(KVR_RUN_STOPPED));
     EXPECT_EQ(run.resumable, 1U);
@@ -256,7 +256,7 @@ TEST_F(UpdateInC, ARunIsRememberedAndGoesOn) {
     ASSERT_EQ(prepare(), KVR_SUCCESS) << outcome().message;
     EXPECT_EQ(element(0).updated, 0U);
     EXPECT_EQ(element(1).updated, 1U);
-    EXPECT_EQ(kvr_session_run(session), KVR_SUCCESS);
+    EXPECT_EQ(kvr_run(session), KVR_SUCCESS);
     EXPECT_STRNE(outcome().run, "");
     EXPECT_STRNE(outcome().run, id.c_str());
 }

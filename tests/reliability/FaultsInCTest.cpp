@@ -37,9 +37,9 @@ protected:
         kvr_session* session = nullptr;
         EXPECT_EQ(kvr_session_create(&options, &session), KVR_SUCCESS);
         Seen seen;
-        seen.prepared = kvr_session_prepare(session);
+        seen.prepared = kvr_prepare(session);
         if (seen.prepared == KVR_SUCCESS) {
-            seen.ran = kvr_session_run(session);
+            seen.ran = kvr_run(session);
         }
         seen.outcome.size = sizeof(seen.outcome);
         EXPECT_EQ(kvr_session_get_outcome(session, &seen.outcome), KVR_SUCCESS);

@@ -45,7 +45,7 @@ namespace KvReflash {
         });
 
         private Run Run(uint index) {
-            var run = new kvr_run {size = (uint)Marshal.SizeOf(typeof(kvr_run))};
+            var run = new kvr_run_info {size = (uint)Marshal.SizeOf(typeof(kvr_run_info))};
             CallResult.Judged(Native.kvr_runs_get(handle, index, ref run));
             return new Run(run);
         }
@@ -53,7 +53,7 @@ namespace KvReflash {
 
     /// <summary>A run, in short.</summary>
     public sealed class Run {
-        internal Run(kvr_run run) {
+        internal Run(kvr_run_info run) {
             State = (RunState)run.state;
             End = Utf8.TextOrNull(run.end);
             Failure = End != null ? (Failure)run.failure : (Failure?)null;

@@ -39,26 +39,26 @@ namespace KvReflash {
                                                                   IntPtr context);
 
         [DllImport(File, CallingConvention = Cdecl)]
-        internal static extern int kvr_session_prepare(SessionHandle session);
+        internal static extern int kvr_prepare(SessionHandle session);
 
         [DllImport(File, CallingConvention = Cdecl)]
-        internal static extern int kvr_session_disable(SessionHandle session, byte[] element, out uint found);
+        internal static extern int kvr_disable(SessionHandle session, byte[] element, out uint found);
 
         [DllImport(File, CallingConvention = Cdecl)]
-        internal static extern int kvr_session_preflight(SessionHandle session);
+        internal static extern int kvr_preflight(SessionHandle session);
 
         [DllImport(File, CallingConvention = Cdecl)]
-        internal static extern int kvr_session_run(SessionHandle session);
+        internal static extern int kvr_run(SessionHandle session);
 
         /// <summary>Takes the number of the handle: of a session that is gone it is refused.</summary>
         [DllImport(File, CallingConvention = Cdecl)]
-        internal static extern int kvr_session_request_stop(IntPtr session, uint how);
+        internal static extern int kvr_request_stop(IntPtr session, uint how);
 
         [DllImport(File, CallingConvention = Cdecl)]
-        internal static extern int kvr_session_verify(SessionHandle session, uint wasRebooted);
+        internal static extern int kvr_verify(SessionHandle session, uint wasRebooted);
 
         [DllImport(File, CallingConvention = Cdecl)]
-        internal static extern int kvr_session_reboot(SessionHandle session);
+        internal static extern int kvr_reboot(SessionHandle session);
 
         [DllImport(File, CallingConvention = Cdecl)]
         internal static extern int kvr_session_get_plan(SessionHandle session, ref kvr_plan plan);
@@ -147,7 +147,7 @@ namespace KvReflash {
         internal static extern int kvr_runs_free(IntPtr runs);
 
         [DllImport(File, CallingConvention = Cdecl)]
-        internal static extern int kvr_runs_get(RunsHandle runs, uint index, ref kvr_run run);
+        internal static extern int kvr_runs_get(RunsHandle runs, uint index, ref kvr_run_info run);
 
         [DllImport(File, CallingConvention = Cdecl)]
         internal static extern int kvr_runs_get_document(RunsHandle runs, byte[] id, out IntPtr text);

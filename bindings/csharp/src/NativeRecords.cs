@@ -228,7 +228,7 @@ namespace KvReflash {
     }
 
     [StructLayout(LayoutKind.Sequential)]
-    internal struct kvr_run {
+    internal struct kvr_run_info {
         internal uint size;
         internal uint state;
         internal uint failure;

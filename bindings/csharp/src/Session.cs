@@ -44,7 +44,7 @@ namespace KvReflash {
         /// Throws KvReflashException if that fails, the archive does not support the target, or the filters let no
         /// element through. For a saved plan or a run that does not hold any more, its faults are all differences.
         /// </summary>
-        public void Prepare() => Do(() => Native.kvr_session_prepare(handle));
+        public void Prepare() => Do(() => Native.kvr_prepare(handle));
 
         /// <summary>Leaves an element out of the update, between <see cref="Prepare"/> and <see cref="Run"/>.
         /// `element` is its index in digits, its inventory address, its target path or its displayed name. Throws
@@ -52,7 +52,7 @@ namespace KvReflash {
         public void Disable(string element) {
             byte[] name = Utf8.Bytes(element);
             uint found = 0;
-            int result = use.During(() => Call(() => Native.kvr_session_disable(handle, name, out found)));
+            int result = use.During(() => Call(() => Native.kvr_disable(handle, name, out found)));
             if (result != CallResult.Success) {
                 throw new KvReflashException(Failure.Selection, found + " elements are named '" + element + "'");
             }
@@ -61,7 +61,7 @@ namespace KvReflash {
         /// <summary>Looks for all that would keep the update from running. Between <see cref="Prepare"/> and
         /// <see cref="Run"/>. Throws KvReflashException with all faults if there are any; the session does not run
         /// then.</summary>
-        public void Preflight() => Do(() => Native.kvr_session_preflight(handle));
+        public void Preflight() => Do(() => Native.kvr_preflight(handle));
 
         /// <summary>Updates the target in the mode <see cref="SessionMode.Update"/>, otherwise sends what it has found
         /// as messages. Once, after <see cref="Prepare"/>. Throws KvReflashException if the update failed or was ended
@@ -90,7 +90,7 @@ namespace KvReflash {
             if (handle.IsClosed) {
                 throw new ObjectDisposedException("Session");
             }
-            CallResult.Judged(Native.kvr_session_request_stop(number, (uint)how));
+            CallResult.Judged(Native.kvr_request_stop(number, (uint)how));
         }
 
         /// <summary>Looks at what the target reports now and holds it against the plan and what was updated.
@@ -99,13 +99,13 @@ namespace KvReflash {
         /// <see cref="Run"/>. A target that does not report what it should, or cannot be looked at, is not an exception
         /// but a result.</summary>
         public Verification Verify(bool wasRebooted = false) => use.During(() => {
-            Call(() => Native.kvr_session_verify(handle, wasRebooted ? 1U : 0U));
+            Call(() => Native.kvr_verify(handle, wasRebooted ? 1U : 0U));
             return queries.Verification();
         });
 
         /// <summary>Resets the target. After a <see cref="Prepare"/> that has scanned it. Throws KvReflashException if
         /// it was not reset.</summary>
-        public void Reboot() => Do(() => Native.kvr_session_reboot(handle));
+        public void Reboot() => Do(() => Native.kvr_reboot(handle));
 
         /// <summary>The plan. Throws InvalidOperationException if the target was not scanned.</summary>
         public Plan Plan => use.During(queries.Plan);
@@ -139,7 +139,7 @@ namespace KvReflash {
         private Outcome RunWith(IProgress<UpdateEvent> receiver) {
             progress = receiver;
             try {
-                int result = Call(() => Native.kvr_session_run(handle));
+                int result = Call(() => Native.kvr_run(handle));
                 Outcome outcome = queries.Outcome();
                 return result == CallResult.Success ? outcome : throw new KvReflashException(outcome);
             } finally {
@@ -165,7 +165,7 @@ namespace KvReflash {
         }
 
         /// <summary>Stops, if there is still something to stop.</summary>
-        private void Stop() => Native.kvr_session_request_stop(number, (uint)StopRequest.Finish);
+        private void Stop() => Native.kvr_request_stop(number, (uint)StopRequest.Finish);
 
         /// <summary>Calls the library, and throws what a handler has thrown meanwhile.</summary>
         private int Call(Func<int> operation) {

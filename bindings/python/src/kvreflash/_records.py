@@ -260,7 +260,7 @@ class SavedPlan(Record):
     ]
 
 
-class Run(Record):
+class RunInfo(Record):
     _fields_ = [
         ("size", c_uint32),
         ("state", c_uint32),

@@ -90,7 +90,7 @@ def _journal(folder: PathText) -> Iterator[Tuple[records.HANDLE, int]]:
 
 
 def _run(handle: records.HANDLE, index: int) -> Run:
-    record = _library.filled("kvr_runs_get", records.Run, handle, index)
+    record = _library.filled("kvr_runs_get", records.RunInfo, handle, index)
     return Run(id=decoded(record.id), state=RunState(record.state), command=decoded(record.command),
                begin=decoded(record.begin), end=known(record.end), target=decoded(record.target),
                target_address=known(record.target_address), archive=known(record.archive), user=decoded(record.user),

@@ -157,7 +157,7 @@ class Session:
         """Reads the archive, finds and scans the target, and plans, as the mode asks; returns the plan. Once for each
         session. Raises the exception for the failure; its ``faults`` list how a saved plan, or a run that is to go on,
         differs."""
-        if self._perform("kvr_session_prepare") != _library.SUCCESS:
+        if self._perform("kvr_prepare") != _library.SUCCESS:
             raise self.outcome().failure_exception()
         return self.plan()
 
@@ -165,7 +165,7 @@ class Session:
         """Leaves an element out of the update. ``element`` is its index, its inventory address, its target path or its
         displayed name. Raises :class:`SelectionFailed` if not exactly one is named so. Between prepare and run."""
         found = c_uint32()
-        result = _library.call("kvr_session_disable", self._own(), encoded(str(element)), byref(found))
+        result = _library.call("kvr_disable", self._own(), encoded(str(element)), byref(found))
         if result != _library.SUCCESS:
             raise SelectionFailed(f"'{element}' must name one element, and names {found.value}")
         self._plan = None
@@ -174,7 +174,7 @@ class Session:
         """Checks the update files that an update would use; returns what is wrong with them. If something is, the
         session cannot run any more, and :class:`ArchiveRefused` is raised unless ``check`` is False. Between prepare
         and run."""
-        if self._perform("kvr_session_preflight") == _library.SUCCESS:
+        if self._perform("kvr_preflight") == _library.SUCCESS:
             return ()
         faults = self.outcome().faults
         if check:
@@ -184,7 +184,7 @@ class Session:
     def run(self, check: bool = True) -> Outcome:
         """Updates the target in the mode :attr:`Mode.UPDATE`, and gives what other modes print to ``on_message``. Once,
         after a successful prepare. If it fails, raises the exception for the failure unless ``check`` is False."""
-        result = self._perform("kvr_session_run")
+        result = self._perform("kvr_run")
         outcome = self.outcome()
         if check and result != _library.SUCCESS:
             raise outcome.failure_exception()
@@ -208,7 +208,7 @@ class Session:
         QB6210 (DI16), SN 61001, UserLogic True
         """
         events: queue.SimpleQueue[Optional[Event]] = queue.SimpleQueue()
-        worker = self._begin("kvr_session_run", events=events)
+        worker = self._begin("kvr_run", events=events)
         try:
             while True:
                 with suppress(queue.Empty):
@@ -224,19 +224,19 @@ class Session:
 
     def request_stop(self, how: StopRequest = StopRequest.FINISH) -> None:
         """Asks a running update to end. Never taken back. Any thread, at any time."""
-        _library.call("kvr_session_request_stop", self._handle, how)
+        _library.call("kvr_request_stop", self._handle, how)
 
     def verify(self, was_rebooted: bool = False) -> Verification:
         """Looks at what the target reports now and holds it against the plan and what was updated. ``was_rebooted``:
         the target was rebooted since. After a successful prepare and, in the mode :attr:`Mode.UPDATE`, after run.
         Raises nothing if the target does not report what it should; :meth:`Verification.raise_for_failure` does."""
-        self._perform("kvr_session_verify", int(was_rebooted))
+        self._perform("kvr_verify", int(was_rebooted))
         return verification_of(self._own())
 
     def reboot(self, check: bool = True) -> Outcome:
         """Resets the target. If it cannot be reset, raises the exception for the failure unless ``check`` is False.
         After a successful prepare."""
-        result = self._perform("kvr_session_reboot")
+        result = self._perform("kvr_reboot")
         outcome = self.outcome()
         if check and result != _library.SUCCESS:
             raise outcome.failure_exception()
