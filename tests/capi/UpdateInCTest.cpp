@@ -259,6 +259,7 @@ TEST_F(UpdateInC, ARunIsRememberedAndGoesOn) {
     EXPECT_EQ(kvr_run(session), KVR_SUCCESS);
     EXPECT_STRNE(outcome().run, "");
     EXPECT_STRNE(outcome().run, id.c_str());
+    close(); // the folder goes, and the session holds a file of it
 }
 
 TEST_F(UpdateInC, AJournalThatIsRequiredRefusesTheUpdate) {
