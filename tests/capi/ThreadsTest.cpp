@@ -8,7 +8,7 @@
 #include "TargetBuilder.h"
 #include "UpdateFiles.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <array>
 #include <string>
@@ -35,21 +35,27 @@ protected:
     }
     ~TwoTargets() override { KvEmulation::reset(); }
 
-    /// A whole session; the results of its steps.
-    [[nodiscard]] std::vector<std::int32_t> update(std::size_t target) const {
+    /// A whole session, which updates its target. It may take an error of the other session for its own: the access
+    /// libraries have one list of errors.
+    void update(std::size_t target) const {
         auto options = sized<kvr_session_options>();
         options.mode = KVR_MODE_UPDATE;
         options.flags = KVR_FORCE;
         options.archive = folder_.c_str();
         options.target = addresses[target];
         kvr_session* session = nullptr;
-        std::vector<std::int32_t> results{kvr_session_create(&options, &session), kvr_prepare(session),
-                                          kvr_run(session)};
+        EXPECT_EQ(kvr_session_create(&options, &session), KVR_SUCCESS);
+        EXPECT_EQ(kvr_prepare(session), KVR_SUCCESS);
+        const std::int32_t run = kvr_run(session);
+        auto outcome = sized<kvr_outcome>();
+        EXPECT_EQ(kvr_session_get_outcome(session, &outcome), KVR_SUCCESS);
+        EXPECT_EQ(outcome.failure,
+                  static_cast<std::uint32_t>(run == KVR_SUCCESS ? KVR_FAILURE_NONE : KVR_FAILURE_ERRORS));
         auto result = sized<kvr_element_result>();
         EXPECT_EQ(kvr_session_get_result(session, 0, &result), KVR_SUCCESS);
         EXPECT_EQ(result.result, static_cast<std::uint32_t>(KVR_RESULT_UPDATED));
-        results.push_back(kvr_session_free(session));
-        return results;
+        EXPECT_EQ(result.errors, 0U);
+        EXPECT_EQ(kvr_session_free(session), KVR_SUCCESS);
     }
 
 private:
@@ -66,7 +72,7 @@ TEST_F(TwoTargets, AreUpdatedAtTheSameTime) {
     for (std::size_t target = 0; target < threads.size(); ++target) {
         threads[target] = std::thread([this, target] {
             for (int round = 0; round < rounds; ++round) {
-                EXPECT_THAT(update(target), testing::Each(KVR_SUCCESS));
+                update(target);
             }
         });
     }
