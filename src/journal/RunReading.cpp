@@ -219,6 +219,13 @@ private:
     std::vector<std::uint32_t> intended_;
 };
 
+/// The id of the last of the runs that has gone on with this one; empty if none has.
+std::string resumerOf(const std::string& id, const std::vector<KvTRun>& runs) {
+    const auto last =
+        std::find_if(runs.rbegin(), runs.rend(), [&id](const KvTRun& later) { return later.resumes == id; });
+    return last != runs.rend() ? last->id : std::string();
+}
+
 } // namespace
 
 KvTRunList listRuns(const std::wstring& folder) {
@@ -235,12 +242,8 @@ KvTRunList listRuns(const std::wstring& folder) {
             list.faults.push_back("the file of the run " + id + " is not a journal");
         }
     }
-    for (const KvTRun& later : list.runs) {
-        const auto resumed = std::find_if(list.runs.begin(), list.runs.end(),
-                                          [&later](const KvTRun& run) { return run.id == later.resumes; });
-        if (resumed != list.runs.end()) {
-            resumed->resumedBy = later.id;
-        }
+    for (KvTRun& run : list.runs) {
+        run.resumedBy = resumerOf(run.id, list.runs);
     }
     return list;
 }
@@ -261,6 +264,9 @@ std::optional<KvTRunRecord> readRun(const std::wstring& folder, const std::strin
         replay.follow(json::parse(line).view());
     }
     record.outcome.verdict = record.run.verdict;
+    if (record.run.state != KvERunState::running) { // those that wait for it ask often
+        record.run.resumedBy = resumerOf(id, listRuns(folder).runs);
+    }
     return record;
 }
 

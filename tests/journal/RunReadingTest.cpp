@@ -203,6 +203,10 @@ TEST_F(RunReadingTest, ARunThatAnotherHasGoneOnWithIsNotOpen) {
     ASSERT_EQ(list.runs.size(), 2U);
     EXPECT_EQ(list.runs[0].resumedBy, id_);
     EXPECT_FALSE(list.runs[0].isOpen());
+    std::string reason;
+    const std::optional<KvTRunRecord> alone = readRun(folder_.path().wstring(), earlier, reason);
+    ASSERT_TRUE(alone) << reason;
+    EXPECT_EQ(alone->run.resumedBy, id_);
 }
 
 TEST_F(RunReadingTest, AVerificationIsRead) {
