@@ -31,6 +31,7 @@
 #ifndef KVREFLASH_H
 #define KVREFLASH_H
 
+/* This is C. NOLINTBEGIN(modernize-deprecated-headers, modernize-use-using) */
 #include <stdint.h>
 
 #if defined(_WIN32)
@@ -685,5 +686,7 @@ KVR_API int32_t KVR_CALL kvr_runs_get_document(kvr_runs* runs, const char* id, c
 #ifdef __cplusplus
 }
 #endif
+
+/* NOLINTEND(modernize-deprecated-headers, modernize-use-using) */
 
 #endif

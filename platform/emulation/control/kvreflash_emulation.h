@@ -4,7 +4,7 @@
 #ifndef KVREFLASH_EMULATION_H
 #define KVREFLASH_EMULATION_H
 
-#include <stdint.h>
+#include <stdint.h> /* this is C; NOLINT(modernize-deprecated-headers) */
 
 #if defined(_WIN32)
 #define KVR_EMULATION_CALL __cdecl
