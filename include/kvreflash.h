@@ -35,6 +35,10 @@
 /* This is C. NOLINTBEGIN(modernize-deprecated-headers, modernize-use-using) */
 #include <stdint.h>
 
+/** @def KVR_CALL
+   The calling convention of functions and callbacks. */
+/** @def KVR_API
+   What a compiler needs to find a function in the library. */
 #if defined(_WIN32)
 #define KVR_CALL __cdecl
 #if defined(KV_REFLASH_BUILD)
@@ -67,10 +71,10 @@ enum {
     KVR_ERROR_VERSION = -4   /**< a record is smaller than its first version */
 };
 
-/** Handles. */
-typedef struct kvr_session kvr_session;
-typedef struct kvr_archive kvr_archive;
-typedef struct kvr_runs kvr_runs;
+/* Handles. */
+typedef struct kvr_session kvr_session; /**< a session with one target */
+typedef struct kvr_archive kvr_archive; /**< an archive that is looked at without a target */
+typedef struct kvr_runs kvr_runs;       /**< the runs of a journal */
 
 /* --- the library ------------------------------------------------------------------------------------------------- */
 
@@ -527,6 +531,7 @@ typedef struct kvr_archive_options {
 
 /** Makes an archive. Nothing is read yet. `archive` receives the handle, and null if the result is negative. */
 KVR_API int32_t KVR_CALL kvr_archive_create(const kvr_archive_options* options, kvr_archive** archive);
+/** Ends an archive. */
 KVR_API int32_t KVR_CALL kvr_archive_free(kvr_archive* archive);
 
 /** Reads the archive as a session does. 0: it is accepted. 1: it is refused. */
@@ -645,6 +650,7 @@ KVR_API int32_t KVR_CALL kvr_read_saved_plan(const char* content, kvr_saved_plan
 /** Lists the runs of a journal. `runs` receives the handle, and null if the result is negative. `count` (may be null)
    receives their number: none if there is no such folder. */
 KVR_API int32_t KVR_CALL kvr_runs_create(const char* journal_folder, kvr_runs** runs, uint32_t* count);
+/** Gives a list of runs back. */
 KVR_API int32_t KVR_CALL kvr_runs_free(kvr_runs* runs);
 
 /** States of runs. */

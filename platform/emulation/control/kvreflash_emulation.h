@@ -7,6 +7,10 @@
 
 #include <stdint.h> /* this is C; NOLINT(modernize-deprecated-headers) */
 
+/** @def KVR_EMULATION_CALL
+   The calling convention of functions. */
+/** @def KVR_EMULATION_API
+   What a compiler needs to find a function in the library. */
 #if defined(_WIN32)
 #define KVR_EMULATION_CALL __cdecl
 #if defined(KV_PLATFORM_STATIC)
