@@ -72,7 +72,11 @@ private:
         if (which < handles_.size()) {
             return static_cast<Handle*>(handles_[which]);
         }
-        return which % 2 == 0 ? nullptr : reinterpret_cast<Handle*>(static_cast<std::uintptr_t>(which) << 20U);
+        if (which % 2 == 0) {
+            return nullptr;
+        }
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): a handle is a number
+        return reinterpret_cast<Handle*>(static_cast<std::uintptr_t>(which) << 20U);
     }
     template <typename Handle>
     void keep(Handle* handle) {

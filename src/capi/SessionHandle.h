@@ -19,6 +19,8 @@ public:
     explicit KvCSessionHandle(const kvr_session_options& options);
     /// The journal's run ends with the session.
     ~KvCSessionHandle() override;
+    KvCSessionHandle(const KvCSessionHandle&) = delete;
+    KvCSessionHandle& operator=(const KvCSessionHandle&) = delete;
 
     void setEventFunction(kvr_event_function function, void* context);
     [[nodiscard]] std::int32_t prepare();
