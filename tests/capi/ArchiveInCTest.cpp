@@ -19,6 +19,8 @@ protected:
         files_.write();
     }
     ~ArchiveInC() override { EXPECT_EQ(kvr_archive_free(archive_), KVR_SUCCESS); }
+    ArchiveInC(const ArchiveInC&) = delete;
+    ArchiveInC& operator=(const ArchiveInC&) = delete;
 
     void open(std::uint32_t flags = 0) {
         EXPECT_EQ(kvr_archive_free(archive_), KVR_SUCCESS);

@@ -34,6 +34,8 @@ protected:
         }
     }
     ~TwoTargets() override { KvEmulation::reset(); }
+    TwoTargets(const TwoTargets&) = delete;
+    TwoTargets& operator=(const TwoTargets&) = delete;
 
     /// A whole session, which updates its target. It may take an error of the other session for its own: the access
     /// libraries have one list of errors.
