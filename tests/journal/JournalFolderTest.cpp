@@ -25,7 +25,7 @@ protected:
         KvTJournalOptions options;
         options.folder = folder();
         options.resumes = resumes;
-        const std::string id = newRunId(system_clock::now() - age);
+        std::string id = newRunId(system_clock::now() - age);
         KvCLineChain chain;
         std::string text;
         chain.addTo(text, beginRecord("2026-11-22T10:15:00.000Z", options, sampleSavedPlan()));

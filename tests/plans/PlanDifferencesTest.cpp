@@ -38,7 +38,7 @@ json copyWithChange(jsonView value, int& countdown, const std::string& here, std
         json copy = json::makeObject();
         for (std::size_t member = 0; member < value.size(); ++member) {
             const std::string key(value.key(member));
-            copy.set(key, copyWithChange(value.at(member), countdown, here + "." + key, path));
+            copy.set(key, copyWithChange(value.at(member), countdown, std::string(here).append(".").append(key), path));
         }
         return copy;
     }
