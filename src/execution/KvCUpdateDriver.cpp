@@ -32,6 +32,7 @@ bool KvCUpdateDriver::run() {
 /// Marks the elements to be updated and lists them by phase.
 void KvCUpdateDriver::begin() {
     forgetRun();
+    run_.hasBegun = true;
     context_.control.forgetStall();
     directWriter_.readFrom(context_.archive.folder());
     run_.hasNode = context_.inventory.systemAddress() != nullptr;

@@ -14,6 +14,7 @@ class KvCTargetAccess;
 
 /// What a run has done, beside what the elements say.
 struct KvTUpdateRun {
+    bool hasBegun = false;
     /// The target has a node that can be locked.
     bool hasNode = false;
     bool wasLocked = false;

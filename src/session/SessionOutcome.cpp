@@ -68,7 +68,7 @@ void KvCReflasher::concludeRun(bool succeeded) {
     if (succeeded) {
         return;
     }
-    if (options_.mode == performUpdate) {
+    if (options_.mode == performUpdate && update.hasBegun) {
         verdict_.add(verdictOfUpdate());
     }
     if (!otherErrors_.empty()) {

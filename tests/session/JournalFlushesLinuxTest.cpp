@@ -1,9 +1,13 @@
 #include "ObservedSessionTest.h"
 
+#include <algorithm>
+#include <cerrno>
 #include <filesystem>
+#include <string>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 using namespace KvNReflasher;
@@ -18,6 +22,15 @@ struct Flushes {
 };
 
 Flushes flushes;
+/// The flush of a file with this number fails, from 1; 0: none does.
+int failingFlush = 0;
+/// What the next write into a journal fails with; 0: it does not.
+int writeError = 0;
+
+bool isJournal(int file) {
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(file), error).extension() == ".jsonl";
+}
 
 } // namespace
 
@@ -26,7 +39,19 @@ Flushes flushes;
 extern "C" int fsync(int file) {
     struct stat status {};
     ++(fstat(file, &status) == 0 && S_ISDIR(status.st_mode) ? flushes.folders : flushes.files);
+    if (failingFlush != 0 && flushes.files == failingFlush) {
+        errno = EIO;
+        return -1;
+    }
     return static_cast<int>(syscall(SYS_fsync, file));
+}
+
+extern "C" ssize_t write(int file, const void* bytes, size_t size) {
+    if (writeError != 0 && isJournal(file)) {
+        errno = std::exchange(writeError, 0);
+        return -1;
+    }
+    return syscall(SYS_write, file, bytes, size);
 }
 
 extern "C" int fdatasync(int file) {
@@ -50,12 +75,23 @@ protected:
         addFile("a.cfg", "cfg/a.cfg", 3);
         flushes = {};
     }
+    ~JournalFlushesTest() override {
+        failingFlush = 0;
+        writeError = 0;
+    }
+    JournalFlushesTest(const JournalFlushesTest&) = delete;
+    JournalFlushesTest& operator=(const JournalFlushesTest&) = delete;
 
-    [[nodiscard]] KvTVerdict openJournal() {
+    [[nodiscard]] KvTVerdict openJournal(bool isRequired = true) {
         KvTJournalOptions journal;
         journal.folder = (archive.folder().path() / "journal").wstring();
-        journal.isRequired = true;
+        journal.isRequired = isRequired;
         return observed().openJournal(journal);
+    }
+    /// How many elements and files were updated.
+    [[nodiscard]] std::ptrdiff_t updated() {
+        const std::vector<std::string> all = results();
+        return std::count(all.begin(), all.end(), nameOf(KvEResult::updated));
     }
 };
 
@@ -82,4 +118,63 @@ TEST_F(JournalFlushesTest, AnUpdateWaitsForTheDiskAtItsBeginBeforeEachPhaseAndAt
 TEST_F(JournalFlushesTest, AnUpdateWithoutAJournalDoesNotWaitForTheDisk) {
     EXPECT_TRUE(perform(performUpdate));
     EXPECT_EQ(Flushes(), flushes);
+}
+
+namespace {
+
+struct FailingFlush {
+    int number;
+    std::ptrdiff_t updated;
+};
+
+class FailingFlushTest : public JournalFlushesTest, public testing::WithParamInterface<FailingFlush> {};
+
+} // namespace
+
+TEST_P(FailingFlushTest, NoPhaseBeginsThatTheDiskDoesNotHave) {
+    failingFlush = GetParam().number;
+    ASSERT_EQ(0U, prepare(performUpdate));
+    ASSERT_TRUE(openJournal().isSuccess());
+    EXPECT_FALSE(run());
+    EXPECT_EQ(GetParam().updated, updated());
+    const KvTVerdict verdict = outcome().verdict;
+    EXPECT_EQ(KvEFailure::output, verdict.failure);
+    EXPECT_NE(std::string::npos, verdict.message.find("the journal cannot be written: ")) << verdict.message;
+}
+
+INSTANTIATE_TEST_SUITE_P(BeginAndPhases, FailingFlushTest,
+                         testing::Values(FailingFlush{1, 0}, FailingFlush{2, 0}, FailingFlush{3, 1},
+                                         FailingFlush{4, 3}));
+
+TEST_F(JournalFlushesTest, AnUpdateGoesOnWithoutAJournalThatNobodyAskedFor) {
+    failingFlush = 3;
+    ASSERT_EQ(0U, prepare(performUpdate));
+    ASSERT_TRUE(openJournal(false).isSuccess());
+    EXPECT_TRUE(run());
+    EXPECT_EQ(4, updated());
+    EXPECT_EQ(KvEFailure::output, observed().closeJournal({}, 0).failure);
+}
+
+TEST_F(JournalFlushesTest, AWriteThatIsInterruptedIsTriedAgainAndAnotherFaultIsTheEnd) {
+    writeError = EINTR;
+    ASSERT_EQ(0U, prepare(performUpdate));
+    ASSERT_TRUE(openJournal().isSuccess());
+    observed().setEventFunction(
+        [](const KvTEvent& event, void*) {
+            if (event.event == KvEEvent::elementEnd) {
+                writeError = ENOSPC;
+            }
+        },
+        nullptr);
+    EXPECT_FALSE(run());
+    EXPECT_EQ(1, updated());
+    EXPECT_EQ(KvEFailure::output, outcome().verdict.failure);
+}
+
+TEST_F(JournalFlushesTest, ATargetIsNotRebootedIfThatCannotBeWrittenDown) {
+    failingFlush = 1;
+    ASSERT_EQ(0U, prepare(connectOnly));
+    ASSERT_TRUE(openJournal().isSuccess());
+    EXPECT_FALSE(observed().reboot());
+    EXPECT_EQ(KvEFailure::output, outcome().verdict.failure);
 }
