@@ -119,6 +119,8 @@ TEST_F(ArchiveInC, ChangesAreThoseFromTheOlderArchive) {
     EXPECT_STREQ(change.version_after, "24.0");
     EXPECT_EQ(change.element_id, 1U);
     EXPECT_THAT(document(KVR_DOCUMENT_COMPARE), HasSubstr(R"("name": "kvreflash.compare")"));
+    const char* text = nullptr;
+    EXPECT_EQ(kvr_archive_get_document(archive(), 99, &text), KVR_ERROR_ARGUMENT);
     EXPECT_EQ(kvr_archive_get_change(before, 0, &change), KVR_ERROR_ORDER);
     older.folder().write("archive.json", "{");
     EXPECT_EQ(kvr_archive_compare(archive(), before, &places), KVR_FAILED);

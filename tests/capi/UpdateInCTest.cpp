@@ -61,6 +61,12 @@ TEST_F(UpdateInC, AnUpdateIsNotifiedOfAndVerified) {
     auto verified = sized<kvr_verified_element>();
     ASSERT_EQ(kvr_session_get_verified(session, 2, &verified), KVR_SUCCESS);
     EXPECT_EQ(verified.result, static_cast<std::uint32_t>(KVR_VERIFIED_NOT_LISTED));
+    EXPECT_EQ(verified.known, 0U);
+    ASSERT_EQ(kvr_session_get_verified(session, 0, &verified), KVR_SUCCESS);
+    EXPECT_EQ(verified.known & (KVR_KNOWS_VERSION | KVR_KNOWS_VALID), KVR_KNOWS_VERSION | KVR_KNOWS_VALID);
+    EXPECT_STREQ(verified.version, "2.0");
+    EXPECT_EQ(verified.valid, 1U);
+    EXPECT_EQ(verified.active, 1U);
 }
 
 TEST_F(UpdateInC, AFailureHasItsClassItsReasonAndItsErrors) {
@@ -173,6 +179,8 @@ TEST_F(UpdateInC, DocumentsAreThoseOfTheTool) {
     EXPECT_EQ(kvr_run(session), KVR_SUCCESS);
     EXPECT_THAT(document(KVR_DOCUMENT_UPDATE), HasSubstr(R"("name": "kvreflash.update")"));
     EXPECT_THAT(document(KVR_DOCUMENT_UPDATE), HasSubstr(R"("exitCode": 0)"));
+    static_cast<void>(kvr_verify(session, 0));
+    EXPECT_THAT(document(KVR_DOCUMENT_VERIFY), HasSubstr(R"("name": "kvreflash.verify")"));
     const char* text = nullptr;
     EXPECT_EQ(kvr_session_get_document(session, 77, &text), KVR_ERROR_ARGUMENT);
     EXPECT_EQ(kvr_session_get_document(session, KVR_DOCUMENT_SAVED_PLAN, &text), KVR_ERROR_ORDER);
@@ -221,6 +229,7 @@ TEST_F(UpdateInC, ARunIsRememberedAndGoesOn) {
     const std::string folder = journal.text() + "/journal";
     serve();
     options.journal_folder = folder.c_str();
+    options.journal_place = "bench 7";
     onEvent = [this](const kvr_event& event) {
         if (event.kind == KVR_EVENT_ELEMENT_START) {
             static_cast<void>(kvr_request_stop(session, KVR_STOP_FINISH));
@@ -243,6 +252,7 @@ TEST_F(UpdateInC, ARunIsRememberedAndGoesOn) {
     const char* text = nullptr;
     EXPECT_EQ(kvr_runs_get_document(runs, id.c_str(), &text), KVR_SUCCESS);
     EXPECT_THAT(text, HasSubstr(R"("name": "kvreflash.run")"));
+    EXPECT_THAT(text, HasSubstr(R"("bench 7")"));
     EXPECT_EQ(kvr_runs_get_document(runs, nullptr, &text), KVR_SUCCESS);
     EXPECT_THAT(text, HasSubstr(R"("name": "kvreflash.history")"));
     EXPECT_EQ(kvr_runs_get_document(runs, "none of this name", &text), KVR_FAILED);
@@ -260,6 +270,42 @@ TEST_F(UpdateInC, ARunIsRememberedAndGoesOn) {
     EXPECT_STRNE(outcome().run, "");
     EXPECT_STRNE(outcome().run, id.c_str());
     close(); // the folder goes, and the session holds a file of it
+}
+
+TEST_F(UpdateInC, WithoutAnArchiveThereIsNoPlanToSave) {
+    serve();
+    options.mode = KVR_MODE_ELEMENTS;
+    options.archive = nullptr;
+    ASSERT_EQ(prepare(), KVR_SUCCESS);
+    const char* text = nullptr;
+    EXPECT_EQ(kvr_session_get_document(session, KVR_DOCUMENT_SAVED_PLAN, &text), KVR_FAILED);
+    EXPECT_STREQ(kvr_last_error(), "there is no plan");
+}
+
+TEST_F(UpdateInC, WithATrustFolderAnArchiveMustBeSealedUnlessThatIsAccepted) {
+    serve();
+    const ScratchFolder trust;
+    const std::string folder = trust.text();
+    static_cast<void>(trust.write("allowed_signers", ""));
+    options.trust_folder = folder.c_str();
+    EXPECT_EQ(prepare(), KVR_FAILED);
+    EXPECT_EQ(outcome().failure, static_cast<std::uint32_t>(KVR_FAILURE_ARCHIVE));
+    close();
+    options.flags = KVR_ACCEPT_UNSEALED;
+    EXPECT_EQ(prepare(), KVR_SUCCESS);
+}
+
+TEST_F(UpdateInC, LowerVersionsAreLeftOutIfThatIsAskedFor) {
+    archive.add(entry("old.bin").board("IO1", 1).version("0.1"));
+    boards.push_back(completeBoard("IOMODULE", "IO1", 1).element(completeElement(1)));
+    serve();
+    ASSERT_EQ(prepare(), KVR_SUCCESS);
+    EXPECT_EQ(element(2).downgrade, 1U);
+    EXPECT_EQ(element(2).updated, 1U);
+    close();
+    options.flags = KVR_NO_DOWNGRADE;
+    ASSERT_EQ(prepare(), KVR_SUCCESS);
+    EXPECT_EQ(element(2).updated, 0U);
 }
 
 TEST_F(UpdateInC, AJournalThatIsRequiredRefusesTheUpdate) {

@@ -216,8 +216,9 @@ TEST_F(RunReadingTest, AVerificationIsRead) {
     chain.addTo(text, planRecord(time0, plan_.plan));
     KvTVerification verification;
     verification.look.succeeded = true;
-    verification.elements.resize(1);
+    verification.elements.resize(2);
     verification.elements[0].index = 2;
+    verification.elements[1].index = 99; // not one of the plan
     verification.elements[0].result = KvEVerified::asExpected;
     verification.elements[0].found.emplace().checksumCrc32 = 77;
     chain.addTo(text, withVerifiedElements(verifyEvent(time0, verification, {}), verification));

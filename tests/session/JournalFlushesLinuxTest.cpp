@@ -178,3 +178,12 @@ TEST_F(JournalFlushesTest, ATargetIsNotRebootedIfThatCannotBeWrittenDown) {
     EXPECT_FALSE(observed().reboot());
     EXPECT_EQ(KvEFailure::output, outcome().verdict.failure);
 }
+
+TEST_F(JournalFlushesTest, AFolderThatTakesNoFileIsAFaultOfTheOutput) {
+    KvTJournalOptions journal;
+    journal.folder = L"/proc/self";
+    ASSERT_EQ(0U, prepare(performUpdate));
+    const KvTVerdict verdict = observed().openJournal(journal);
+    EXPECT_EQ(KvEFailure::output, verdict.failure);
+    EXPECT_EQ(0U, verdict.message.find("the journal in '/proc/self' cannot be written: ")) << verdict.message;
+}

@@ -351,3 +351,17 @@ TEST_F(PlanQueriesTest, WithoutAScanNoTreeIsShown) {
     EXPECT_EQ(1U, prepare(connectOnly));
     EXPECT_EQ(0, count);
 }
+
+TEST_F(PlanQueriesTest, ASavedPlanThatLeavesOutWhatIsNotThereDoesNotHold) {
+    addNodeElement(1, completeElement(1));
+    writeImage("node1.bin");
+    ASSERT_EQ(0U, prepare(showUpdatePlan));
+    std::string reason;
+    std::optional<KvTSavedPlan> saved = observed().planToSave(reason);
+    ASSERT_TRUE(saved) << reason;
+    saved->options.disabledElements = {"nothing of this name"};
+    close();
+    ASSERT_EQ(0U, prepare(performUpdate));
+    EXPECT_THAT(observed().holdTo(*saved, {}),
+                testing::Contains("'nothing of this name', which was left out, does not name one element any more"));
+}
