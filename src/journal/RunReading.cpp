@@ -99,7 +99,7 @@ public:
 
     void follow(jsonView line) {
         const std::string event = eventOf(line);
-        if (event == "plan") {
+        if (event == "plan" && record_.outcome.stage < KvEStage::prepared) { // a run has one
             readPlan(line);
         } else if (event == "locked") {
             reach(KvEStage::locked);

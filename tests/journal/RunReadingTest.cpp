@@ -209,6 +209,18 @@ TEST_F(RunReadingTest, ARunThatAnotherHasGoneOnWithIsNotOpen) {
     EXPECT_EQ(alone->run.resumedBy, id_);
 }
 
+TEST_F(RunReadingTest, ASecondPlanDoesNotCount) {
+    KvCLineChain chain;
+    std::string text;
+    chain.addTo(text, beginRecord(time0, options_, plan_));
+    chain.addTo(text, planRecord(time0, plan_.plan));
+    chain.addTo(text, planRecord(time0, KvTPlan()));
+    const KvTRunRecord run = readText(text);
+    EXPECT_EQ(run.plan.plan.elements.size(), plan_.plan.elements.size());
+    EXPECT_EQ(run.progress.size(), plan_.plan.elements.size());
+    EXPECT_EQ(run.outcome.elements.size(), plan_.plan.elements.size());
+}
+
 TEST_F(RunReadingTest, AVerificationIsRead) {
     KvCLineChain chain;
     std::string text;
