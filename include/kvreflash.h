@@ -38,7 +38,7 @@
 /** @def KVR_CALL
    The calling convention of functions and callbacks. */
 /** @def KVR_API
-   What a compiler needs to find a function in the library. */
+   Marks a function of the library for the compiler. */
 #if defined(_WIN32)
 #define KVR_CALL __cdecl
 #if defined(KV_REFLASH_BUILD)
@@ -130,7 +130,7 @@ KVR_API uint32_t KVR_CALL kvr_exit_code(uint32_t failure);
 
 /* --- sessions ---------------------------------------------------------------------------------------------------- */
 
-/** What a session does. */
+/** Modes of a session. */
 enum {
     KVR_MODE_ELEMENTS = 4, /**< scans the target */
     KVR_MODE_CONNECT = 5,  /**< scans the target, before a reboot */
@@ -152,9 +152,9 @@ enum {
     KVR_REDO = 512              /**< a run that goes on: updates elements in doubt again */
 };
 
-/** Which files that the inventory does not list are written. */
+/** Treatment of files that the inventory does not list. */
 enum {
-    KVR_UNLISTED_ALWAYS = 0,
+    KVR_UNLISTED_ALWAYS = 0,  /**< all are written */
     KVR_UNLISTED_CHANGED = 1, /**< those whose content is not the one that the journal has for this place */
     KVR_UNLISTED_NEVER = 2
 };
@@ -175,8 +175,8 @@ typedef struct kvr_session_options {
     const char* element_names;  /**< as board_types, names of the inventory */
     const char* trust_folder;   /**< empty: nobody is trusted */
     const char* journal_folder; /**< empty: no journal */
-    const char* journal_place;  /**< what says, beside address and serial numbers, which target it is: the folder of an
-                                   emulated one */
+    const char* journal_place;  /**< identifies the target in the journal, beside address and serial numbers: the
+                                   folder of an emulated one */
     const char* saved_plan;     /**< content of a saved plan: the session does exactly that. Target, filters and what
                                    decides come from the plan, the archive too unless it is given here */
     const char* resumed_run;    /**< id of a run of the journal: the session goes on with it, in the same way */
@@ -240,10 +240,10 @@ KVR_API int32_t KVR_CALL kvr_preflight(kvr_session* session);
    errors were reported. Once, after kvr_prepare() has returned 0. */
 KVR_API int32_t KVR_CALL kvr_run(kvr_session* session);
 
-/** How kvr_run() is asked to end. */
+/** Ways to end kvr_run() early. */
 enum {
-    KVR_STOP_FINISH = 0, /**< nothing new begins; what has begun is awaited */
-    KVR_STOP_GIVE_UP = 1 /**< what has begun is not awaited either */
+    KVR_STOP_FINISH = 0, /**< nothing new begins; updates that have begun are awaited */
+    KVR_STOP_GIVE_UP = 1 /**< updates that have begun are not awaited either */
 };
 
 /** Asks a running update to end. Never taken back. Any thread, at any time; not from a signal handler. */
@@ -282,7 +282,7 @@ typedef struct kvr_plan {
     const char* target_address;  /**< IPv4, in dotted form */
     const char* archive_name;    /**< these are empty without an archive */
     const char* archive_version; /**< of the whole release */
-    const char* product_name;    /**< what the archive is for */
+    const char* product_name;    /**< product that the archive updates */
     const char* archive_variant; /**< may be empty */
 } kvr_plan;
 
@@ -373,7 +373,7 @@ typedef struct kvr_entry {
 /** Fills `entry` with the accepted entry of this index. */
 KVR_API int32_t KVR_CALL kvr_session_get_entry(kvr_session* session, uint32_t index, kvr_entry* entry);
 
-/** How far a session came. Each value includes those before it. */
+/** Stages of a session. Each includes those before it. */
 enum {
     KVR_STAGE_CREATED = 0,
     KVR_STAGE_ARCHIVE_READ = 1,
@@ -386,7 +386,7 @@ enum {
     KVR_STAGE_REBOOTED = 8
 };
 
-/** What has become of a session so far. */
+/** Outcome of a session so far. */
 typedef struct kvr_outcome {
     uint32_t size;       /**< of the record, as the caller knows it (rule 3) */
     uint32_t stage;      /**< KVR_STAGE_... */
@@ -441,7 +441,7 @@ enum {
     KVR_FAILED_CALL_WRITE_FILE = 5
 };
 
-/** What has become of an element. */
+/** Outcome of an element. */
 typedef struct kvr_element_result {
     uint32_t size;         /**< of the record, as the caller knows it (rule 3) */
     uint32_t result;       /**< KVR_RESULT_... */
@@ -511,8 +511,8 @@ enum {
     KVR_DOCUMENT_REBOOT = 3,
     KVR_DOCUMENT_ELEMENTS = 4,
     KVR_DOCUMENT_EXPLAIN = 5,   /**< of all elements, each with the entries that were tried */
-    KVR_DOCUMENT_SAVED_PLAN = 6 /**< for kvr_session_options.saved_plan; 1 if there is no plan, or a file of it cannot
-                                   be read, and kvr_last_error() says which */
+    KVR_DOCUMENT_SAVED_PLAN = 6 /**< for kvr_session_options.saved_plan; 1 if the session has not planned, or a file
+                                   of the plan cannot be read: kvr_last_error() states which */
 };
 
 /** `text` receives a document (KVR_DOCUMENT_...) of the session as it stands. */
@@ -537,7 +537,7 @@ KVR_API int32_t KVR_CALL kvr_archive_free(kvr_archive* archive);
 /** Reads the archive as a session does. 0: it is accepted. 1: it is refused. */
 KVR_API int32_t KVR_CALL kvr_archive_read(kvr_archive* archive);
 
-/** How far the content of an archive is vouched for. */
+/** Guarantees for the content of an archive. */
 enum {
     KVR_SEAL_NONE = 0,               /**< it has no manifest */
     KVR_SEAL_SEALED = 1,             /**< it is what its manifest says; nobody has signed that */
@@ -554,7 +554,7 @@ typedef struct kvr_archive_info {
     const char* message;         /**< why it is refused; empty otherwise */
     const char* archive_name;    /**< these are the information of the description */
     const char* archive_version; /**< of the whole release */
-    const char* product_name;    /**< what the archive is for */
+    const char* product_name;    /**< product that the archive updates */
     const char* format_version;  /**< of the description */
     const char* archive_variant; /**< may be empty */
     const char* manifest_digest; /**< SHA-256 of the manifest in hexadecimal digits; this and the rest may be empty */
@@ -580,7 +580,7 @@ typedef struct kvr_finding {
     uint32_t column;     /**< place in its line, from 1 */
     const char* code;    /**< kind of finding; docs/archive-check.md lists them */
     const char* path;    /**< JSON path of the value */
-    const char* message; /**< what is wrong */
+    const char* message; /**< the mistake or surprise, for people */
     const char* hint;    /**< advice; may be empty */
 } kvr_finding;
 
@@ -648,7 +648,7 @@ typedef struct kvr_saved_plan {
 KVR_API int32_t KVR_CALL kvr_read_saved_plan(const char* content, kvr_saved_plan* plan);
 
 /** Lists the runs of a journal. `runs` receives the handle, and null if the result is negative. `count` (may be null)
-   receives their number: none if there is no such folder. */
+   receives their number, 0 if the folder is missing. */
 KVR_API int32_t KVR_CALL kvr_runs_create(const char* journal_folder, kvr_runs** runs, uint32_t* count);
 /** Gives a list of runs back. */
 KVR_API int32_t KVR_CALL kvr_runs_free(kvr_runs* runs);
@@ -686,8 +686,8 @@ typedef struct kvr_run_info {
 /** Fills `run`, from the oldest to the newest. */
 KVR_API int32_t KVR_CALL kvr_runs_get(kvr_runs* runs, uint32_t index, kvr_run_info* run);
 
-/** `text` receives the document of one run; of the list if `id` is null or empty. 1 if there is no run of this id, or
-   it cannot be read: kvr_last_error() says why, and so does the document. */
+/** `text` receives the document of one run; of the list if `id` is null or empty. 1 if the run is missing or
+   cannot be read: kvr_last_error() and the document state why. */
 KVR_API int32_t KVR_CALL kvr_runs_get_document(kvr_runs* runs, const char* id, const char** text);
 
 #ifdef __cplusplus

@@ -54,8 +54,8 @@ stage_tidy() {
 
 # Test sources are looked at several at a time, as they are compiled: most of the time goes into the headers of the test
 # library. What a test does on its paths it shows itself; the analyzer's walk would take longer than everything else. Its
-# macros nest deep, and sources that are put together may hide names of each other. The example in C is C, also where a
-# test compiles it as C++.
+# macros nest deep, and sources that are put together may hide names of each other. The example in C is left out,
+# although a test compiles it as C++.
 tidy_all() {
     local failed=0
     tidy_files clang "$project_dir/(src|platform|tools|fuzz)/.*\\.cpp\$" || failed=1

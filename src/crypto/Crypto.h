@@ -26,7 +26,7 @@ public:
     ~KvCSha256();
 
     void add(KvTBytes bytes);
-    /// The digest of all bytes. None are taken after that.
+    /// Returns the digest of all bytes. add() must not be called after it.
     [[nodiscard]] KvTSha256 digest();
 
 private:

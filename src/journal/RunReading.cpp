@@ -99,7 +99,7 @@ public:
 
     void follow(jsonView line) {
         const std::string event = eventOf(line);
-        if (event == "plan" && record_.outcome.stage < KvEStage::prepared) { // a run has one
+        if (event == "plan" && record_.outcome.stage < KvEStage::prepared) { // later ones do not count
             readPlan(line);
         } else if (event == "locked") {
             reach(KvEStage::locked);
@@ -264,7 +264,7 @@ std::optional<KvTRunRecord> readRun(const std::wstring& folder, const std::strin
         replay.follow(json::parse(line).view());
     }
     record.outcome.verdict = record.run.verdict;
-    if (record.run.state != KvERunState::running) { // those that wait for it ask often
+    if (record.run.state != KvERunState::running) { // a run that goes on was not resumed
         record.run.resumedBy = resumerOf(id, listRuns(folder).runs);
     }
     return record;

@@ -222,7 +222,7 @@ std::optional<KvTSavedPlan> KvCReflasher::planToSave(std::string& reason) {
     return withoutException(std::optional<KvTSavedPlan>(), [&]() -> std::optional<KvTSavedPlan> {
         KvTSavedPlan saved = planAsItStands();
         if (!saved.plan.archive) {
-            reason = "there is no plan";
+            reason = "the session has not planned an update";
             return std::nullopt;
         }
         saved.id = newRunId(std::chrono::system_clock::now());

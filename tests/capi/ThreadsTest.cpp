@@ -53,6 +53,7 @@ protected:
         EXPECT_EQ(kvr_session_get_outcome(session, &outcome), KVR_SUCCESS);
         EXPECT_EQ(outcome.failure,
                   static_cast<std::uint32_t>(run == KVR_SUCCESS ? KVR_FAILURE_NONE : KVR_FAILURE_ERRORS));
+        EXPECT_EQ(outcome.errors > 0, run != KVR_SUCCESS);
         auto result = sized<kvr_element_result>();
         EXPECT_EQ(kvr_session_get_result(session, 0, &result), KVR_SUCCESS);
         EXPECT_EQ(result.result, static_cast<std::uint32_t>(KVR_RESULT_UPDATED));

@@ -272,14 +272,14 @@ TEST_F(UpdateInC, ARunIsRememberedAndGoesOn) {
     close(); // the folder goes, and the session holds a file of it
 }
 
-TEST_F(UpdateInC, WithoutAnArchiveThereIsNoPlanToSave) {
+TEST_F(UpdateInC, WithoutAnArchiveAPlanCannotBeSaved) {
     serve();
     options.mode = KVR_MODE_ELEMENTS;
     options.archive = nullptr;
     ASSERT_EQ(prepare(), KVR_SUCCESS);
     const char* text = nullptr;
     EXPECT_EQ(kvr_session_get_document(session, KVR_DOCUMENT_SAVED_PLAN, &text), KVR_FAILED);
-    EXPECT_STREQ(kvr_last_error(), "there is no plan");
+    EXPECT_STREQ(kvr_last_error(), "the session has not planned an update");
 }
 
 TEST_F(UpdateInC, WithATrustFolderAnArchiveMustBeSealedUnlessThatIsAccepted) {

@@ -153,7 +153,7 @@ namespace KvReflash.Tests {
                                                                        Target = Rack.Address})) {
                 string message = Expect.Throws<InvalidOperationException>(
                     () => session.GetDocument(DocumentKind.SavedPlan)).Message;
-                Expect.Equal("there is no plan", message);
+                Expect.Equal("the session has not planned an update", message);
             }
         }
 

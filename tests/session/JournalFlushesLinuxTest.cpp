@@ -22,9 +22,9 @@ struct Flushes {
 };
 
 Flushes flushes;
-/// The flush of a file with this number fails, from 1; 0: none does.
+/// Number of the flush that fails, counted from 1; 0: all succeed.
 int failingFlush = 0;
-/// What the next write into a journal fails with; 0: it does not.
+/// Error of the next write into a journal; 0: it succeeds.
 int writeError = 0;
 
 bool isJournal(int file) {
@@ -88,7 +88,7 @@ protected:
         journal.isRequired = isRequired;
         return observed().openJournal(journal);
     }
-    /// How many elements and files were updated.
+    /// Number of elements and files that were updated.
     [[nodiscard]] std::ptrdiff_t updated() {
         const std::vector<std::string> all = results();
         return std::count(all.begin(), all.end(), nameOf(KvEResult::updated));
@@ -179,7 +179,7 @@ TEST_F(JournalFlushesTest, ATargetIsNotRebootedIfThatCannotBeWrittenDown) {
     EXPECT_EQ(KvEFailure::output, outcome().verdict.failure);
 }
 
-TEST_F(JournalFlushesTest, AFolderThatTakesNoFileIsAFaultOfTheOutput) {
+TEST_F(JournalFlushesTest, AJournalInAFolderThatCannotBeWrittenIsRefused) {
     KvTJournalOptions journal;
     journal.folder = L"/proc/self";
     ASSERT_EQ(0U, prepare(performUpdate));

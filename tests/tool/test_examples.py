@@ -61,7 +61,7 @@ class ExamplesTest(ScratchTest):
         with self.subTest(line):
             self.assertEqual(done.code, int(code.group(1)) if code else 0, done.errors)
             text = in_posix_quotes("\n".join(shown(done.output + done.errors)) + "\n")
-            # Whatever is in quotes: the values of a plan, too, which are in the same ones on every system.
+            # Values of a plan have the same quotes on every system.
             self.assertTrue(pattern_of([in_posix_quotes(line) for line in expected]).fullmatch(text), text)
 
     def test_the_exit_codes_are_those_of_the_help(self):

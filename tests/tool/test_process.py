@@ -96,6 +96,21 @@ class ProcessTest(ScratchTest):
             self.assertEqual(folder.exists(), left)
             self.assertEqual(list(folder.glob("*")), [])
 
+    def test_an_update_that_the_journal_cannot_take_touches_nothing(self):
+        archive, rack = self.lay_out_examples()
+        done = run("update", "-a", archive, "-t", "127.0.0.1", "--emulate", rack, "--journal", self.scratch / "journal",
+                   "--preflight", "--verify", "--json", "--events", "-", preexec_fn=forbid_long_files)
+        self.assertEqual(done.code, 1)
+        message = f"nothing was touched: the journal cannot be written: {os.strerror(errno.EFBIG)}"
+        lines = done.errors.decode().splitlines()
+        events = [json.loads(line) for line in lines if line.startswith("{")]
+        self.assertEqual([line for line in lines if not line.startswith("{")][-1], f"kvreflash: {message}")
+        end, document = events[-1], json.loads(done.output)
+        self.assertEqual((end["event"], end["exitCode"]), ("runEnd", 1))
+        for verdict in (end, document):
+            self.assertEqual((verdict["failure"], verdict["retryable"], verdict["message"]), ("output", False, message))
+        self.assertFalse((rack / "state").exists())
+
     def test_what_a_capture_prints_can_be_pasted_into_a_shell(self):
         rack = self.lay_out_examples()[1]
         folder = self.scratch / "it's a `copy` of $HOME"

@@ -10,7 +10,7 @@
 /** @def KVR_EMULATION_CALL
    The calling convention of functions. */
 /** @def KVR_EMULATION_API
-   What a compiler needs to find a function in the library. */
+   Marks a function of the library for the compiler. */
 #if defined(_WIN32)
 #define KVR_EMULATION_CALL __cdecl
 #if defined(KV_PLATFORM_STATIC)
@@ -35,7 +35,7 @@ extern "C" {
 KVR_EMULATION_API int32_t KVR_EMULATION_CALL kvr_emulation_serve(const char* folder, char* address,
                                                                  uint32_t address_size);
 
-/** Serves no target any more. Not while a session is open. */
+/** Stops serving all targets. Not while a session is open. */
 KVR_EMULATION_API int32_t KVR_EMULATION_CALL kvr_emulation_reset(void);
 
 /** Why the last call of this thread has failed; empty if it has not. Lasts until the next call of this thread. */
